@@ -1,0 +1,101 @@
+// The exchange with the amplifiers: one command out, one reply back, with a limit in time. Everybody
+// who speaks to an amplifier does it through one object of this class.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "buslink/line_settings.h"
+#include "buslink/wire/crc16.h"
+#include "platform/clock.h"
+#include "platform/operator.h"
+#include "platform/serial_port.h"
+
+namespace ampdesk {
+
+struct BusOptions {
+    CrcParameters crc;
+    bool reply_address_checked = false;
+    PortMap ports;
+};
+
+// What a traffic view is told: every stretch of bytes that went out or came in.
+struct BusTraffic {
+    bool sent = false;
+    int address = 0;  // of the amplifier spoken to
+    std::string_view bytes;
+};
+
+class BusLink {
+  public:
+    static constexpr std::chrono::milliseconds k_reply_limit{1000};
+
+    BusLink(SerialPort& port, Clock& clock, Operator& person, BusOptions options = {});
+
+    // Sends one binary frame and waits for its reply, at most `limit` from the sending. Returns
+    // L + 5 with the whole reply, ACK or NAK; 0 with an empty reply on any failure. Callers treat
+    // a result below 6 as no usable reply. Blocks; runs no window events.
+    std::int16_t bus_command(std::int16_t address, std::string_view command, std::string& reply,
+                             Duration limit = k_reply_limit);
+
+    // Sends one text frame, and once more when the first gets no answer within
+    // text_reply_timeout. Returns 0 with the characters up to and including the first CR, 1 with
+    // an empty reply on time-out.
+    std::int16_t text_command(std::int16_t address, std::string_view command, std::string& reply);
+
+    // Sends one text frame and does not wait. Returns 0.
+    std::int16_t text_send(std::int16_t address, std::string_view command);
+
+    // Closes the bus port when it is open and opens it anew. Returns 0 for success; on failure the
+    // port is closed and open_failure() tells the cause in one line.
+    std::int16_t open_bus_port(std::string_view port_name, int baud, int parity_code, int data_bits,
+                               int stop_bits);
+    std::int16_t open_bus_port(const LineSettings& settings);
+    void close_bus_port();
+    const std::string& open_failure() const { return open_failure_; }
+
+    // Blocks for that long.
+    void delay_ms(float milliseconds);
+
+    // Asks the amplifier at bus_address for its status, with the busy pointer shown. Returns 1 when
+    // it did not answer, 0 when it did.
+    std::int16_t probe_link();
+
+    // Non-zero while bus commands may be sent: while the port is open.
+    bool bus_link_on() const { return port_.is_open(); }
+
+    // The settings that the port was opened with last.
+    const LineSettings& settings() const { return settings_; }
+    const PortMap& ports() const { return options_.ports; }
+    SerialPort& port() { return port_; }
+
+    float text_reply_timeout = 0.394F;  // seconds; open_bus_port sets it from the baud rate
+    std::string last_bus_frame;         // the last binary frame sent
+    std::int16_t bus_address = 0;       // whom probe_link speaks to
+    std::int16_t probe_failed = 0;      // 1 when the last probe got no valid reply
+    std::string probe_marker;           // the probe command after a successful probe, else empty
+
+    // How long the last answered bus_command took, from the sending to the whole reply.
+    Duration last_reply_time{};
+
+    std::function<void(const BusTraffic&)> on_traffic;
+
+  private:
+    void settle();
+    bool send(int address, std::string_view frame);
+    std::string receive(int address);
+
+    SerialPort& port_;
+    Clock& clock_;
+    Operator& operator_;
+    BusOptions options_;
+    Crc16 crc_;
+    LineSettings settings_;
+    std::string open_failure_;
+    bool unsettled_ = false;  // the last exchange failed: a late answer may still come
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,77 @@
+# Two kinds of library: logic on the standard library alone, and windows on Qt. A logic target never
+# sees a Qt include path, so a Qt header in it fails to compile. Each takes every source of one
+# folder.
+
+add_library(ampdesk_options INTERFACE)
+target_include_directories(ampdesk_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(ampdesk_options INTERFACE -Wall -Wextra -Wconversion -Wshadow)
+if(AMPDESK_STRICT)
+  target_compile_options(ampdesk_options INTERFACE -Werror)
+endif()
+if(AMPDESK_SANITIZE)
+  target_compile_options(ampdesk_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  target_link_options(ampdesk_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# The .cpp files of a folder, relative to the calling list file, without those excluded.
+function(ampdesk_sources result folder)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp)
+  foreach(name IN LISTS ARGN)
+    list(FILTER sources EXCLUDE REGEX "/${name}$")
+  endforeach()
+  set(${result} ${sources} PARENT_SCOPE)
+endfunction()
+
+# ampdesk_logic(NAME FOLDER folder [EXCLUDE file…] [LINK lib…])
+function(ampdesk_logic name)
+  cmake_parse_arguments(ARG "" "FOLDER" "EXCLUDE;LINK" ${ARGN})
+  ampdesk_sources(sources ${ARG_FOLDER} ${ARG_EXCLUDE})
+  if(sources)
+    add_library(${name} STATIC ${sources})
+    target_link_libraries(${name} PUBLIC ampdesk_options ${ARG_LINK})
+  else()
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE ampdesk_options ${ARG_LINK})
+  endif()
+endfunction()
+
+# ampdesk_windows(NAME FOLDER folder [LINK lib…])
+function(ampdesk_windows name)
+  ampdesk_logic(${name} ${ARGN})
+  get_target_property(type ${name} TYPE)
+  if(type STREQUAL "STATIC_LIBRARY")
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_compile_definitions(${name} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS)
+    target_link_libraries(${name} PUBLIC Qt6::Widgets)
+  else()
+    target_link_libraries(${name} INTERFACE Qt6::Widgets)
+  endif()
+endfunction()
+
+include(GoogleTest)
+
+# ampdesk_test(NAME FOLDER folder [LINK lib…]): a GoogleTest program, one ctest entry a case.
+function(ampdesk_test name)
+  cmake_parse_arguments(ARG "" "FOLDER" "LINK" ${ARGN})
+  ampdesk_sources(sources ${ARG_FOLDER})
+  if(sources)
+    add_executable(${name} ${sources})
+    target_link_libraries(${name} PRIVATE test_support ${ARG_LINK} GTest::gtest GTest::gtest_main)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  endif()
+endfunction()
+
+# As ampdesk_test, with windows on the offscreen platform; brings its own main().
+function(ampdesk_widget_test name)
+  cmake_parse_arguments(ARG "" "FOLDER" "LINK" ${ARGN})
+  ampdesk_sources(sources ${ARG_FOLDER})
+  if(sources)
+    add_executable(${name} ${sources})
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_link_libraries(${name} PRIVATE test_support ${ARG_LINK} Qt6::Test Qt6::Widgets GTest::gtest)
+    set(offscreen "QT_QPA_PLATFORM=offscreen;QT_ACCESSIBILITY=0")
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+      PROPERTIES TIMEOUT 120 ENVIRONMENT "${offscreen}")
+  endif()
+endfunction()

@@ -1,0 +1,23 @@
+// Which band the amplifier works in, and which bands its model can work in.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "controlhead/head.h"
+
+namespace ampdesk {
+
+// Capability 0..4 of a model text: "C/KU/X" 1, "C/KU" 2, "KU/K" 3, "KU/DBS" 4, else what is
+// configured for the designation, else 0.
+std::int16_t band_capability(const HeadOptions& options, std::string_view model);
+
+// Asks the amplifier for its band and sets band name, index and forward-power label. Returns 1 for
+// a known band, 0 after "Read Band Error". Throws error 100, or Overflow for a number that no
+// 16-bit integer holds.
+std::int16_t find_band(Head& head);
+
+// The command that steps to the next band, empty when the capability offers none.
+std::string next_band_command(const Head& head);
+
+}  // namespace ampdesk

@@ -1,0 +1,125 @@
+// The state of one control head. The screens are free functions over it, one file a screen; see
+// menu_engine.h for how they hang together.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "controlhead/amplifier_access.h"
+#include "controlhead/fault_log.h"
+#include "controlhead/panel.h"
+
+namespace ampdesk {
+
+// Bits of status_byte.
+inline constexpr int k_status_hv_on = 4;
+inline constexpr int k_status_rf_on = 8;
+inline constexpr int k_status_shutdown = 16;
+
+// Bits of settings_byte.
+inline constexpr int k_settings_remote_on = 1;
+inline constexpr int k_settings_fahrenheit = 2;
+inline constexpr int k_settings_forward_watts = 4;
+inline constexpr int k_settings_reverse_watts = 8;
+inline constexpr int k_settings_power_save = 16;
+
+// Which sub-menu owns the display.
+enum SubMenu : std::int16_t {
+    k_no_sub_menu = 0,
+    k_help_pages = 1,
+    k_setup_menus = 2,
+    k_warning_levels = 3,
+    k_information = 4,
+    k_event_list = 5,
+};
+
+// Key arguments of the sub-menu procedures: 1..5 are soft keys 0..4.
+inline constexpr std::int16_t k_key_refresh = 0;
+inline constexpr std::int16_t k_key_exit = 5;
+inline constexpr std::int16_t k_key_leave = 88;
+inline constexpr std::int16_t k_key_enter = 99;
+
+enum class LinkKind { none = 0, rs485 = 1, modem = 2 };
+
+struct HeadIdentity {
+    int slot = 0;
+    std::int16_t unit_address = 0;
+    std::string number;  // the amplifier number in decimal
+    std::string model;   // model text, for the band capability
+};
+
+struct Head {
+    Head(HeadServices& head_services, HeadIdentity head_identity)
+        : services(head_services),
+          identity(std::move(head_identity)),
+          amplifier(services, identity.unit_address) {}
+
+    HeadServices& services;
+    HeadIdentity identity;
+    AmplifierAccess amplifier;
+    Panel panel;
+    FaultLog faults;
+
+    // Menu position.
+    std::int16_t menu_ptr = 0;    // status screen 1..4; 0 while a sub-menu owns the display
+    std::int16_t menu_saved = 0;  // menu_ptr when the sub-menu was entered
+    std::int16_t sub_menu = k_no_sub_menu;
+    bool gain_mode = false;  // the attenuation adjustment owns the display
+    char left_marker = '[';
+    char right_marker = ']';
+
+    // Last status reply.
+    std::string status_text;
+    std::int16_t status_byte = 0;
+    std::int16_t settings_byte = 0;
+    bool has_switch = false;
+    bool filament_in_ma = false;
+    std::int16_t switch_state = 0;
+    std::int16_t switch_count = 0;
+    std::string alarm_text;
+    std::int16_t last_command_status = 0;
+
+    // Requests to the next display tick, and what the ticks keep.
+    std::int16_t link_fail_count = 0;
+    bool key_activity = false;
+    bool redraw_request = false;
+    bool home_request = false;
+    bool event_refresh = false;
+    bool ignore_next_change = false;  // the program itself moved the scroll bar
+    bool comm_error_shown = false;
+    bool shutdown_shown = false;  // this shutdown is on the display
+    LinkKind link_kind = LinkKind::none;
+    double last_beep_time = -86400;  // seconds since midnight when the alarm beep ended last
+
+    // Band.
+    std::string band_reply;
+    std::string band_name;
+    std::string fwd_label = "Fwd Power  ";
+    std::int16_t band_count = 0;  // capability 0..4
+    std::int16_t band_index = 0;  // 0, 1 or 2
+
+    // Attenuation.
+    std::int16_t atten_value = 0;  // tenths of a dB
+    bool alarm_blink = false;
+
+    // Setup menus.
+    std::int16_t setup_page = 0;
+    std::int16_t setup_page_count = 4;
+    std::int16_t switch_mode = 0;  // 0 off, 1 manual, 2 auto
+
+    // Warning levels.
+    std::int16_t warn_page = 0;
+    std::int16_t warn_page_count = 6;
+    bool warn_editing = false;
+
+    // Event list: number of the entry on the first line.
+    std::int16_t event_position = 0;
+
+    // Help pages.
+    std::vector<std::string> help_lines;  // 20 characters each, 100 at most
+    std::int16_t help_line_count = 0;
+    std::int16_t help_position = 0;  // index of the stored line on the first display line
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,29 @@
+// What the keys, lamps and scroll bar of the panel do, and the display tick.
+#pragma once
+
+#include <cstdint>
+
+#include "controlhead/head.h"
+
+namespace ampdesk {
+
+// Soft key 0..3 or EXIT, 4.
+void cmdKey_Click(Head& head, std::int16_t index);
+
+// 0 HV On, 1 HV Off, 2 RF On, 3 RF Off.
+void cmdHardkey_Click(Head& head, std::int16_t index);
+
+// Lamp 0..3 acts as that soft key, 4..7 as hard key 0..3; other numbers do nothing.
+void picLight_Click(Head& head, std::int16_t index);
+
+// The scroll bar stands at a new value.
+void VScroll1_Change(Head& head, int value);
+
+// One display tick: alarm beep, blinking markers, refresh of the screen. Errors end in
+// Error_handler_local.
+void updateDisplay(Head& head);
+
+// Puts the panel into its first state: lines empty, lamps dark, scroll bar hidden.
+void Form_Load(Head& head);
+
+}  // namespace ampdesk

@@ -1,0 +1,25 @@
+// The eight lamps and the logic that polls an amplifier's status and shutdown.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "controlhead/head.h"
+
+namespace ampdesk {
+
+// Lamp 1..8 is lit when state is 1 and dark otherwise; lamp 0 darkens all, lamp 88 lamps 1 to 4.
+// Any other number does nothing.
+void lite_service(Head& head, std::int16_t lamp, std::int16_t state);
+
+// Sets lamps 5 to 8 from the status byte and the alarm-state text.
+void show_state_lamps(Head& head, std::string_view alarm_state);
+
+// Takes the fields of a status reply payload; fields that it lacks become 0.
+void take_status(Head& head, const std::string& payload);
+
+// Reads the status, takes over the display on a shutdown, sets the lamps. Errors end in
+// Error_handler_local.
+void updateLogic(Head& head);
+
+}  // namespace ampdesk

@@ -1,0 +1,78 @@
+// One serial line, as everything above it sees it: bytes out, bytes in, and waiting with a limit.
+// Implementations: the line on termios (platform/posix), the simulated bus (demo), the scripted
+// port of the tests.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "platform/clock.h"
+
+namespace ampdesk {
+
+enum class PortError {
+    none,
+    not_found,          // no such device
+    permission_denied,  // the cause names the group that owns the device
+    in_use,             // another program or port object holds it
+    not_a_serial_line,  // the name is a file, a folder, a disk …
+    bad_settings,       // the driver refused the settings or did not keep them
+    lost,               // unplugged or hung up; the port goes on trying by the same name
+    stalled,            // the other side took no output before the deadline
+    failed,             // any other operating-system error
+};
+
+enum class Handshake { none, xon_xoff, rts_cts };
+
+struct PortSettings {
+    std::string device;  // operating-system name, for example "/dev/ttyUSB0"
+    int baud = 9600;     // 110, 300, 600, 1200, 2400, 4800, 9600 or 19200
+    char parity = 'n';   // 'n', 'o' or 'e'
+    int data_bits = 8;   // 5..8
+    int stop_bits = 1;   // 1 or 2
+    Handshake handshake = Handshake::none;
+    bool operator==(const PortSettings&) const = default;
+};
+
+struct PortResult {
+    PortError error = PortError::none;
+    std::string cause;  // one line for the operator, UTF-8; empty on success
+    bool ok() const { return error == PortError::none; }
+};
+
+enum class WaitResult { data, timed_out, lost };
+
+class SerialPort {
+  public:
+    virtual ~SerialPort() = default;
+
+    // Opens the line; one that was open is closed first. On failure the port is left closed.
+    virtual PortResult open(const PortSettings& settings) = 0;
+
+    virtual void close() = 0;
+
+    // True from a successful open() to close(), also while the line is unplugged.
+    virtual bool is_open() const = 0;
+
+    // False while an open line is unplugged. Calls on a lost line try to open it again by the
+    // same name, at most once every two seconds, and fail at once otherwise.
+    virtual bool is_connected() const = 0;
+
+    // Writes all bytes or reports why not. Waits at most until the deadline for room.
+    virtual PortError write(std::string_view bytes, Instant deadline) = 0;
+
+    // Everything that is waiting, possibly nothing. Never blocks.
+    virtual std::string read_waiting() = 0;
+
+    // Blocks until input is waiting, the deadline has passed or the line is lost. Never spins.
+    virtual WaitResult wait_readable(Instant deadline) = 0;
+
+    // Throws away what is waiting.
+    virtual void discard_input() { read_waiting(); }
+
+    // Called once when an open line is lost (false) and once when it is back (true).
+    std::function<void(bool connected)> on_connection_change;
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,42 @@
+// An operator who remembers what was said and answers as the test prepared.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/operator.h"
+
+namespace ampdesk {
+
+class RecordingOperator : public Operator {
+  public:
+    Answer ask(const Message& message) override;
+    std::optional<std::string> input_box(std::string_view prompt) override;
+    std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view filter) override;
+    std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
+                                                   std::string_view suggestion) override;
+    void start_beep(std::chrono::milliseconds length) override { beeps.push_back(length); }
+    void set_busy_pointer(bool busy) override { pointer.push_back(busy); }
+    void let_events_run() override {
+        if (on_events)
+            on_events();
+    }
+
+    // The texts of all boxes so far, emptied by the call: a test that shows a box nobody asked for
+    // fails by comparing this with {}.
+    std::vector<std::string> take_texts();
+
+    std::vector<Message> messages;
+    std::deque<Answer> answers;                      // else ok, or yes where there is no ok
+    std::deque<std::optional<std::string>> inputs;   // else cancelled
+    std::deque<std::optional<std::string>> choices;  // of both file dialogs; else cancelled
+    std::vector<std::string> prompts;                // input boxes and file dialog titles
+    std::vector<std::chrono::milliseconds> beeps;
+    std::vector<bool> pointer;
+    std::function<void()> on_events;             // runs inside let_events_run
+    std::function<void(const Message&)> on_ask;  // runs while a box is open
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,62 @@
+// A serial port in memory. A test prepares what comes back after each write and when, sees what was
+// written, and can make the port fail, stall or vanish. It waits on the manual clock, so a time-out
+// of a second costs nothing.
+#pragma once
+
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "platform/serial_port.h"
+#include "tests/support/manual_clock.h"
+
+namespace ampdesk {
+
+class ScriptedPort : public SerialPort {
+  public:
+    // Bytes that arrive that long after the write they answer.
+    struct Arrival {
+        std::chrono::milliseconds after{0};
+        std::string bytes;
+    };
+    using Answer = std::vector<Arrival>;
+
+    explicit ScriptedPort(ManualClock& clock) : clock_(clock) {}
+
+    PortResult open(const PortSettings& settings) override;
+    void close() override { open_ = false; }
+    bool is_open() const override { return open_; }
+    bool is_connected() const override { return open_ && !unplugged; }
+    PortError write(std::string_view bytes, Instant deadline) override;
+    std::string read_waiting() override;
+    WaitResult wait_readable(Instant deadline) override;
+
+    // The answer to the next write that has none yet; an empty one is silence.
+    void answer(Answer arrivals) { answers_.push_back(std::move(arrivals)); }
+    void answer(std::string bytes) { answers_.push_back({{std::chrono::milliseconds(0), std::move(bytes)}}); }
+    void silence(int times = 1);
+
+    // When no prepared answer is left, this is asked; without it there is silence.
+    std::function<Answer(const std::string& written)> responder;
+
+    // Bytes on the line that answer nothing, that long from now.
+    void arrive(std::string bytes, std::chrono::milliseconds after = std::chrono::milliseconds(0));
+
+    std::vector<std::string> written;
+    std::vector<PortSettings> opened;
+    PortResult open_result;  // what the next open() gives
+    bool unplugged = false;  // waits and writes then report `lost`
+    PortError write_error = PortError::none;
+
+  private:
+    struct Due {
+        Instant at;
+        std::string bytes;
+    };
+    ManualClock& clock_;
+    bool open_ = false;
+    std::deque<Answer> answers_;
+    std::vector<Due> due_;
+};
+
+}  // namespace ampdesk
