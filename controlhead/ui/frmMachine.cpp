@@ -39,8 +39,6 @@ void frmMachine::let_go() {
         return;
     head_->panel().on_change = nullptr;
     head_.reset();
-    if (!closing_)
-        close();
 }
 
 // A key may open a message box or close the window; the copy keeps the head until its handler is
@@ -80,9 +78,13 @@ void frmMachine::refresh() {
         view_->show_panel(head_->panel());
 }
 
-QSize frmMachine::sizeHint() const { return view_->size() + QSize(2 * k_surround, 2 * k_surround); }
+QSize frmMachine::sizeHint() const {
+    return view_->size() + QSize(2 * k_surround, 2 * k_surround);
+}
 
-void frmMachine::resizeEvent(QResizeEvent*) { Form_Resize(); }
+void frmMachine::resizeEvent(QResizeEvent*) {
+    Form_Resize();
+}
 
 void frmMachine::Form_Resize() {
     if (isMinimized())

@@ -21,9 +21,11 @@ class frmMachine : public QWidget {
     // The head, as long as it has not been let go of.
     const std::shared_ptr<ControlHead>& head() const { return head_; }
 
-    // The head has closed: the window shows nothing more of it and sends it nothing more. The
-    // window itself is closed unless it is closing already.
+    // The head has closed: the window shows nothing more of it and sends it nothing more.
     void let_go();
+
+    // The window is on its way out by the operator's hand.
+    bool closing() const { return closing_; }
 
     // Handlers; they do nothing once the head is let go.
     void cmdKey_Click(int index);
@@ -34,7 +36,7 @@ class frmMachine : public QWidget {
     PanelView& panel_view() { return *view_; }
     QSize sizeHint() const override;
 
-    // The window is being closed by the operator.
+    // The operator closes the window.
     std::function<void(ControlHead&)> on_close;
 
   protected:

@@ -10,7 +10,8 @@
 namespace ampdesk {
 
 inline QColor colour_of(std::uint32_t bgr) {
-    return {static_cast<int>(bgr & 0xFF), static_cast<int>(bgr >> 8 & 0xFF), static_cast<int>(bgr >> 16 & 0xFF)};
+    return {static_cast<int>(bgr & 0xFF), static_cast<int>(bgr >> 8 & 0xFF),
+            static_cast<int>(bgr >> 16 & 0xFF)};
 }
 
 // Part 0 gives `a`, 1 gives `b`; both colours opaque.

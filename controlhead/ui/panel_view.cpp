@@ -234,7 +234,8 @@ void PanelView::paintEvent(QPaintEvent* event) {
     painter.drawRoundedRect(plate, 7, 7);
 
     // Screws in the corners.
-    for (const QPointF corner : {plate.topLeft(), plate.topRight(), plate.bottomLeft(), plate.bottomRight()}) {
+    for (const QPointF corner :
+         {plate.topLeft(), plate.topRight(), plate.bottomLeft(), plate.bottomRight()}) {
         const QPointF inward(corner.x() < width() / 2.0 ? 10 : -10, corner.y() < height() / 2.0 ? 10 : -10);
         const QPointF middle = corner + inward;
         QLinearGradient metal(middle - QPointF(0, 4.5), middle + QPointF(0, 4.5));

@@ -3,9 +3,9 @@
 #pragma once
 
 #include <QFrame>
-#include <QWidget>
 #include <QLabel>
 #include <QScrollBar>
+#include <QWidget>
 #include <array>
 
 #include "controlhead/panel.h"
