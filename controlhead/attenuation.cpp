@@ -101,7 +101,7 @@ void set_attenuation(Head& head, std::int16_t value) {
 void set_gain(Head& head, std::int16_t key) {
     switch (key) {
         case k_key_leave:
-            head.panel.set_scroll({});
+            head.panel.hide_scroll();
             lite_service(head, 1, 0);
             head.left_marker = '[';
             return;

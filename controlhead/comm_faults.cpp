@@ -21,9 +21,7 @@ void DispCommError(Head& head, std::int16_t kind) {
         show_lines(head, {"Modem Connection    ", "Error, Hangup Modem,", "Then Try Connect    ",
                           "Again.              "});
     lite_service(head, 0, 0);
-    if (!head.comm_error_shown)
-        head.covered_scroll = head.panel.scroll();
-    head.panel.set_scroll({});
+    head.panel.hide_scroll();
     head.panel.set_gauge(std::nullopt);
     head.shutdown_shown = false;
     head.comm_error_shown = true;

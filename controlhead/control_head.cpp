@@ -18,10 +18,11 @@ std::string settings_path(const Head& head) {
 }
 
 bool wants_restore(Head& head) {
-    return head.services.person.ask(
-               {.text = "The settings for this HPA already exist, do you want to restore ? ",
-                .icon = Icon::question,
-                .buttons = Buttons::yes_no}) == Answer::yes;
+    Message question;
+    question.text = "The settings for this HPA already exist, do you want to restore ? ";
+    question.icon = Icon::question;
+    question.buttons = Buttons::yes_no;
+    return head.services.person.ask(question) == Answer::yes;
 }
 
 // False for a file that holds no settings.

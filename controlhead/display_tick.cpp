@@ -22,8 +22,8 @@ bool in_shutdown(const Head& head) {
 }
 
 bool beep_is_due(const Head& head, double now) {
-    const double still_sounding = seconds_elapsed(now, head.last_beep_time);
-    return still_sounding > k_beep_seconds && seconds_elapsed(head.last_beep_time, now) >= k_alarm_spacing;
+    const bool sounding = head.last_beep_time > now && head.last_beep_time <= now + k_beep_seconds;
+    return !sounding && seconds_elapsed(head.last_beep_time, now) >= k_alarm_spacing;
 }
 
 // A shutdown beeps at every tick, an alarm every 15 s.
@@ -78,7 +78,7 @@ void tick(Head& head) {
     if (!shutdown)
         refresh(head);
     // In a shutdown nothing is read here: what counts then is the status read of this visit.
-    if (head.amplifier.comm_error == 0)
+    if (head.amplifier.comm_error == 0 && !head.comm_error_shown)
         head.link_fail_count = 0;
 }
 
@@ -92,7 +92,7 @@ void updateDisplay(Head& head) {
 }
 
 void Form_Load(Head& head) {
-    head.panel.set_scroll({});
+    head.panel.hide_scroll();
     head.left_marker = '[';
     head.right_marker = ']';
     head.redraw_request = head.home_request = head.event_refresh = false;

@@ -88,7 +88,6 @@ struct Head {
     bool event_refresh = false;
     bool ignore_next_change = false;  // the program itself moved the scroll bar
     bool comm_error_shown = false;
-    ScrollBar covered_scroll;     // as it stood when the communication error screen covered it
     bool shutdown_shown = false;  // this shutdown is on the display
     bool first_draw = true;       // no status screen has been drawn yet
     LinkKind link_kind = LinkKind::none;

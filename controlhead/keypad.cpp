@@ -70,9 +70,20 @@ void throw_switch(Head& head) {
         send_item(head, k_throw_switch);
 }
 
-void enter(Head& head, SubMenu sub_menu) {
-    if (!attempted([&] { enter_sub_menu(head, sub_menu); }))
+// What a sub-menu could not draw the next display tick draws; one that has left itself leaves the
+// outline of the status screen.
+template <class Statement>
+void in_sub_menu(Head& head, Statement statement) {
+    if (attempted(statement))
+        return;
+    if (head.menu_ptr != 0)
+        draw_outline(head);
+    else
         head.event_refresh = true;
+}
+
+void enter(Head& head, SubMenu sub_menu) {
+    in_sub_menu(head, [&] { enter_sub_menu(head, sub_menu); });
 }
 
 void press_status_key(Head& head, std::int16_t index) {
@@ -97,16 +108,6 @@ void press_status_key(Head& head, std::int16_t index) {
     }
 }
 
-// A sub-menu may leave itself here; then the status screen is what could not be drawn.
-void press_sub_menu_key(Head& head, std::int16_t index) {
-    if (attempted([&] { attach_sub_menu(head, static_cast<std::int16_t>(index + 1)); }))
-        return;
-    if (head.menu_ptr != 0)
-        draw_outline(head);
-    else
-        head.event_refresh = true;
-}
-
 }  // namespace
 
 void cmdKey_Click(Head& head, std::int16_t index) {
@@ -122,7 +123,7 @@ void cmdKey_Click(Head& head, std::int16_t index) {
         set_gain(head, k_key_leave);
         show_screen(head, head.menu_ptr);
     } else if (head.sub_menu != k_no_sub_menu) {
-        press_sub_menu_key(head, index);
+        in_sub_menu(head, [&] { attach_sub_menu(head, static_cast<std::int16_t>(index + 1)); });
     } else if (head.menu_ptr != 0) {
         press_status_key(head, index);
     } else {

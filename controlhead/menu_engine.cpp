@@ -53,7 +53,7 @@ void leave_sub_menu(Head& head) {
     head.menu_ptr = head.menu_saved >= 1 ? head.menu_saved : std::int16_t{1};
     head.sub_menu = k_no_sub_menu;
     head.warn_editing = false;
-    head.panel.set_scroll({});
+    head.panel.hide_scroll();
     rest_markers(head);
     set_menu(head);
 }
@@ -87,16 +87,11 @@ void redraw_display(Head& head) {
             set_gain(head, k_key_enter);  // shows the scroll bar where the amplifier stands now
         return;
     }
-    if (head.sub_menu == k_help_pages)
-        scroll_help(head, head.help_position);
+    attach_sub_menu(head, k_key_refresh);
+    if (head.amplifier.comm_error == 0)
+        head.comm_error_shown = false;
     else
-        attach_sub_menu(head, head.sub_menu == k_information ? k_key_enter : k_key_refresh);
-    if (head.amplifier.comm_error != 0)
-        return DispCommError(head, 0);
-    if (head.sub_menu == k_no_sub_menu)
-        return;
-    head.panel.set_scroll(head.covered_scroll);
-    head.comm_error_shown = false;
+        DispCommError(head, 0);
 }
 
 }  // namespace ampdesk

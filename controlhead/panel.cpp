@@ -49,6 +49,12 @@ void Panel::set_scroll(const ScrollBar& scroll) {
     changed();
 }
 
+void Panel::hide_scroll() {
+    ScrollBar hidden = scroll_;
+    hidden.visible = false;
+    set_scroll(hidden);
+}
+
 void Panel::set_gauge(std::optional<double> dbm) {
     if (gauge_ == dbm)
         return;

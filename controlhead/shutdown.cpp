@@ -20,7 +20,7 @@ void end_modes(Head& head) {
     if (head.menu_ptr == 0)
         head.menu_ptr = 1;
     rest_markers(head);
-    head.panel.set_scroll({});
+    head.panel.hide_scroll();
     head.panel.set_gauge(std::nullopt);  // nothing is measured meanwhile
     head.comm_error_shown = false;
     head.shutdown_shown = true;
