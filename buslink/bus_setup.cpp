@@ -40,7 +40,7 @@ bool accepted_port(std::string_view text) {
 
 bool accepted_address(std::string_view text) {
     const double value = lenient_number(text);
-    return value >= 0 && value <= 99;
+    return !trimmed(text).empty() && value >= 0 && value <= 99;
 }
 
 std::string checked_port(const std::string& text, Operator& person) {
@@ -128,7 +128,7 @@ SetupResult AmplifierSetup::identify(std::int16_t address) {
         if (serial_number.empty())
             return {.outcome = Outcome::close};
     }
-    const std::string number = std::to_string(round_to_int32(lenient_number(serial_number)));
+    const std::string number = amplifier_number(serial_number);
     operator_.let_events_run();
     std::optional<std::string> model = read_model(bus_, address);
     if (!model) {

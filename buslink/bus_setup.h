@@ -27,7 +27,7 @@ struct BusChoices {
 // Exactly "COM1:", "COM2:", "COM3:" or "COM4:".
 bool accepted_port(std::string_view text);
 
-// The leading number of the text is 0..99; a text without one counts as 0.
+// Not blank, and the leading number is 0..99; a text without a number counts as 0.
 bool accepted_address(std::string_view text);
 
 // Tells "Invalid Com Port" or "Invalid Unit Address" of a text that is not accepted and gives what

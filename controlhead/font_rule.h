@@ -13,10 +13,10 @@ struct FontChoice {
     double size = 14;  // points
 };
 
-// Only the size may differ from the font that is shown, and it lies from 13 to 15.
-bool accepted_font(const FontChoice& shown, const FontChoice& chosen);
+// Only the size may differ from what was preset, and it lies from 13 to 15.
+bool accepted_font(const FontChoice& preset, const FontChoice& chosen);
 
-// What the operator is told when the choice is not accepted.
-Message font_refusal(const FontChoice& shown);
+// What the operator is told when the choice is not accepted; `family` is the display's font.
+Message font_refusal(const std::string& family);
 
 }  // namespace ampdesk

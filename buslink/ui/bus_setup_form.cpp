@@ -3,7 +3,6 @@
 
 #include <QApplication>
 #include <QButtonGroup>
-#include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -13,6 +12,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStyledItemDelegate>
+
+#include "platform/qt/labelled_list.h"
 
 namespace ampdesk {
 
@@ -29,18 +30,6 @@ class PortDelegate : public QStyledItemDelegate {
         option->text += QStringLiteral("   ") + index.data(Qt::UserRole).toString();
     }
 };
-
-QComboBox* make_list(QWidget* parent, const QString& name, const QString& label) {
-    auto* list = new QComboBox(parent);
-    list->setObjectName(name);
-    list->setAccessibleName(label);
-    list->setEditable(true);
-    list->lineEdit()->setAccessibleName(label);
-    list->setInsertPolicy(QComboBox::NoInsert);
-    // A completer would turn "com1:" into "COM1:"; the text is taken exactly as typed.
-    list->setCompleter(nullptr);
-    return list;
-}
 
 QLabel* make_label(QWidget* parent, const QString& name, const QString& text, QWidget* buddy) {
     auto* label = new QLabel(text, parent);
@@ -109,7 +98,7 @@ BusSetupForm::BusSetupForm(const QString& caption, std::string path, const PortM
 
 void BusSetupForm::build_lists(QGridLayout* layout) {
     const QString port_label = QStringLiteral("Com Port:");
-    port_ = make_list(fields_, QStringLiteral("cboPort"), port_label);
+    port_ = new LabelledList(QStringLiteral("cboPort"), port_label, fields_);
     for (int number = 1; number <= 4; ++number)
         port_->addItem(QStringLiteral("COM%1:").arg(number), QString::fromStdString(ports_.device(number)));
     port_->setItemDelegate(new PortDelegate(port_));
@@ -117,7 +106,7 @@ void BusSetupForm::build_lists(QGridLayout* layout) {
     device_ = make_label(fields_, QStringLiteral("lblDevice"), QString(), nullptr);
 
     const QString address_label = QStringLiteral("Address:");
-    address_ = make_list(fields_, QStringLiteral("cboAddress"), address_label);
+    address_ = new LabelledList(QStringLiteral("cboAddress"), address_label, fields_);
     for (int address = 0; address <= 99; ++address) address_->addItem(QString::number(address));
 
     layout->addWidget(make_label(fields_, QStringLiteral("Label1"), port_label, port_), 0, 0);

@@ -1,11 +1,11 @@
 // The band dialog.
 #include "controlhead/ui/frmBand.h"
 
-#include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
+
+#include "platform/qt/labelled_list.h"
 
 namespace ampdesk {
 
@@ -18,22 +18,16 @@ frmBand::frmBand(const std::vector<std::string>& models, QWidget* parent) : QDia
     setWindowTitle(QStringLiteral("Select or input the band name"));
     auto* layout = new QGridLayout(this);
 
-    band_ = new QComboBox(this);
-    band_->setObjectName(QStringLiteral("cboBand"));
-    band_->setEditable(true);
-    band_->setInsertPolicy(QComboBox::NoInsert);
-    band_->setCompleter(nullptr);  // the text is taken as typed
+    auto* label = new QLabel(QStringLiteral("Band Name:"), this);
+    label->setObjectName(QStringLiteral("Label1"));
+    band_ = new LabelledList(QStringLiteral("cboBand"), label->text(), this);
+    label->setBuddy(band_);
     band_->addItems(QStringLiteral("C/KU/X C/KU KU/K KU/DBS").split(u' '));
     for (std::size_t i = 0; i < models.size() && i < k_most_models; ++i)
         band_->addItem(QString::fromLatin1(models[i]));
     band_->addItem(QStringLiteral("KU"));
     band_->setMaxVisibleItems(band_->count());
 
-    auto* label = new QLabel(QStringLiteral("Band Name:"), this);
-    label->setObjectName(QStringLiteral("Label1"));
-    label->setBuddy(band_);
-    band_->setAccessibleName(label->text());
-    band_->lineEdit()->setAccessibleName(label->text());
     layout->addWidget(label, 0, 0);
     layout->addWidget(band_, 0, 1, 1, 2);
 

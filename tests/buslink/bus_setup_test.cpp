@@ -58,7 +58,7 @@ TEST_F(BusSetupTest, the_text_rules_take_exactly_what_is_offered) {
     for (const auto* good : {"COM1:", "COM2:", "COM3:", "COM4:"}) EXPECT_TRUE(accepted_port(good)) << good;
     for (const auto* bad : {"COM5:", "com1:", "COM1", "COM1: ", ""}) EXPECT_FALSE(accepted_port(bad)) << bad;
     for (const auto* good : {"0", "99", " 7"}) EXPECT_TRUE(accepted_address(good)) << good;
-    for (const auto* bad : {"100", "-1", "99.5"}) EXPECT_FALSE(accepted_address(bad)) << bad;
+    for (const auto* bad : {"100", "-1", "99.5", "", " "}) EXPECT_FALSE(accepted_address(bad)) << bad;
     EXPECT_EQ(checked_port("com1:", person), "COM2:");
     EXPECT_EQ(checked_address("100", person), "1");
     EXPECT_EQ(checked_port("COM4:", person) + checked_address("0", person), "COM4:0");
