@@ -37,7 +37,10 @@ class ControlHead {
     bool silent() const { return head_.comm_error_shown; }
 
     // The window has closed; nothing runs any more.
-    void close() { closed_ = true; }
+    void close() {
+        closed_ = true;
+        head_.panel.on_change = nullptr;
+    }
     bool closed() const { return closed_; }
 
     // Keeps colours and font size in the amplifier's settings file. Throws what writing throws.
