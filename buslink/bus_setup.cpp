@@ -1,8 +1,7 @@
 // The setup dialogs' rules, files and OK procedures.
 #include "buslink/bus_setup.h"
 
-#include <algorithm>
-#include <optional>
+#include <utility>
 
 #include "buslink/identity.h"
 #include "buslink/settings_files.h"
@@ -99,49 +98,63 @@ void save_bus_choices(const std::string& path, const BusChoices& choices, Operat
     }
 }
 
-SetupResult AmplifierSetup::ok(const BusChoices& choices) {
+std::optional<SetupResult> AmplifierSetup::step(const BusChoices& choices) {
+    switch (std::exchange(stage_, Stage::find)) {
+        case Stage::number:
+            return read_number();
+        case Stage::model:
+            return read_model_name();
+        case Stage::find:
+            break;
+    }
+    return find(choices);
+}
+
+std::optional<SetupResult> AmplifierSetup::find(const BusChoices& choices) {
     if (!hooks_.bus_in_use() && !open_line(bus_, operator_, choices))
-        return {};
+        return SetupResult{};
     const std::int16_t address = address_value(choices);
     if (hooks_.address_in_use(address)) {
         operator_.ask(
             {.text = "This Address Is Used, Please Pick Up Another One.", .detail = {}, .icon = Icon::none});
-        return {};
+        return SetupResult{};
     }
     if (!answers(bus_, address)) {
         operator_.notify("Read Status Failed, Check the Settings");
-        return {};
+        return SetupResult{};
     }
-    try {
-        return identify(address);
-    } catch (const RunTimeError& error) {  // a serial number beyond 32 bits
-        operator_.notify(error.what());
-        return {};
-    }
+    found_ = {.outcome = Outcome::add, .unit_address = address};
+    stage_ = Stage::number;
+    return std::nullopt;
 }
 
-SetupResult AmplifierSetup::identify(std::int16_t address) {
-    operator_.let_events_run();
-    std::string serial_number = read_serial_number(bus_, address);
-    if (serial_number.empty()) {
+std::optional<SetupResult> AmplifierSetup::read_number() {
+    std::string serial_number = read_serial_number(bus_, found_.unit_address);
+    if (serial_number.empty())
         serial_number = trimmed(operator_.input_box("Input amplifier serial number:").value_or(""));
-        if (serial_number.empty())
-            return {.outcome = Outcome::close};
+    if (serial_number.empty())
+        return SetupResult{.outcome = Outcome::close};
+    try {
+        found_.number = amplifier_number(serial_number);
+    } catch (const RunTimeError& error) {
+        operator_.notify(error.what());
+        return SetupResult{};
     }
-    const std::string number = amplifier_number(serial_number);
-    operator_.let_events_run();
-    std::optional<std::string> model = read_model(bus_, address);
-    if (!model) {
-        model = hooks_.ask_band();
-        if (model->empty())
-            return {.outcome = Outcome::close};
-    }
-    return {.outcome = Outcome::add, .unit_address = address, .number = number, .model = *model};
+    stage_ = Stage::model;
+    return std::nullopt;
 }
 
-SetupResult LineSetup::ok(const BusChoices& choices) {
+SetupResult AmplifierSetup::read_model_name() {
+    const std::optional<std::string> reported = read_model(bus_, found_.unit_address);
+    found_.model = reported ? *reported : hooks_.ask_band();
+    if (!reported && found_.model.empty())
+        return {.outcome = Outcome::close};
+    return found_;
+}
+
+std::optional<SetupResult> LineSetup::step(const BusChoices& choices) {
     if (!open_line(bus_, operator_, choices))
-        return {};
+        return SetupResult{};
     rs422_mode_ = true;
     try {
         write_rs422(rs422_path_, {.port_name = choices.port,
@@ -154,7 +167,7 @@ SetupResult LineSetup::ok(const BusChoices& choices) {
     }
     if (!answers(bus_, address_value(choices)))
         operator_.notify("Com Settings Are Probably Not Right, Select Settings Again When Not Communicating");
-    return {.outcome = Outcome::close};
+    return SetupResult{.outcome = Outcome::close};
 }
 
 }  // namespace ampdesk

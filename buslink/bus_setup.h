@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -55,8 +56,19 @@ struct SetupResult {
     std::string model{};   // may be empty
 };
 
-// OK of frmSetup.
-class AmplifierSetup {
+// What OK does, in pieces of at most one exchange, so that the polling of open amplifiers goes on
+// between them. Failures are told by it.
+class BusSetup {
+  public:
+    virtual ~BusSetup() = default;
+
+    // Does the next piece; called again with the same fields until there is a result. The call
+    // after a result begins anew.
+    virtual std::optional<SetupResult> step(const BusChoices& choices) = 0;
+};
+
+// OK of frmSetup: opens the line, looks for the amplifier and asks who it is. One object a dialog.
+class AmplifierSetup : public BusSetup {
   public:
     struct Hooks {
         std::function<bool()> bus_in_use;         // by open amplifier windows: the line is left as it is
@@ -67,26 +79,29 @@ class AmplifierSetup {
     AmplifierSetup(BusLink& bus, Operator& person, Hooks hooks)
         : bus_(bus), operator_(person), hooks_(std::move(hooks)) {}
 
-    // Opens the line, looks for the amplifier and asks who it is. Tells every failure itself. Blocks
-    // for up to 3 s when nobody answers; lets events run between the exchanges.
-    SetupResult ok(const BusChoices& choices);
+    std::optional<SetupResult> step(const BusChoices& choices) override;
 
   private:
-    SetupResult identify(std::int16_t address);
+    enum class Stage { find, number, model };
+    std::optional<SetupResult> find(const BusChoices& choices);
+    std::optional<SetupResult> read_number();
+    SetupResult read_model_name();
 
     BusLink& bus_;
     Operator& operator_;
     Hooks hooks_;
+    Stage stage_ = Stage::find;
+    SetupResult found_;
 };
 
-// OK of frmSerial.
-class LineSetup {
+// OK of frmSerial: opens the line anew, keeps its settings in "rs422.dat" and looks whether the
+// amplifier answers.
+class LineSetup : public BusSetup {
   public:
     LineSetup(BusLink& bus, Operator& person, std::string rs422_path)
         : bus_(bus), operator_(person), rs422_path_(std::move(rs422_path)) {}
 
-    // Opens the line anew, keeps its settings in "rs422.dat" and looks whether the amplifier answers.
-    SetupResult ok(const BusChoices& choices);
+    std::optional<SetupResult> step(const BusChoices& choices) override;
 
     // The RS-422 mode flag: the line was set up here.
     bool rs422_mode() const { return rs422_mode_; }

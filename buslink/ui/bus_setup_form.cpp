@@ -12,12 +12,15 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStyledItemDelegate>
+#include <QTimer>
 
 #include "platform/qt/labelled_list.h"
 
 namespace ampdesk {
 
 namespace {
+
+constexpr std::chrono::milliseconds k_between_steps{10};
 
 // Shows the device behind the port's name in the open list; the text of the entry stays the name.
 class PortDelegate : public QStyledItemDelegate {
@@ -53,8 +56,8 @@ QButtonGroup* make_options(QGroupBox* frame, const QString& name, const QStringL
 }  // namespace
 
 BusSetupForm::BusSetupForm(const QString& caption, std::string path, const PortMap& ports, Operator& person,
-                           std::function<SetupResult(const BusChoices&)> ok, QWidget* parent)
-    : QDialog(parent), path_(std::move(path)), ports_(ports), operator_(person), ok_(std::move(ok)) {
+                           BusSetup& logic, QWidget* parent)
+    : QDialog(parent), path_(std::move(path)), ports_(ports), operator_(person), logic_(logic) {
     setWindowTitle(caption);
     auto* layout = new QVBoxLayout(this);
     fields_ = new QWidget(this);
@@ -195,22 +198,34 @@ void BusSetupForm::showEvent(QShowEvent* event) {
 void BusSetupForm::cmdOk_Click() {
     if (checking_ || !check_all())
         return;
-    checking_ = true;
-    QWidget* focused = focusWidget();
-    fields_->setEnabled(false);
-    ok_button_->setEnabled(false);
-    cancel_button_->setEnabled(false);
+    set_checking(true);
     wait_->show();
     repaint();
-    result_ = ok_(choices());
-    fields_->setEnabled(true);
-    ok_button_->setEnabled(true);
-    cancel_button_->setEnabled(true);
-    if (focused != nullptr)
-        focused->setFocus();
-    checking_ = false;
+    step();
+}
+
+// Between two pieces the event loop has its turn: open amplifiers are polled there.
+void BusSetupForm::step() {
+    const std::optional<SetupResult> result = logic_.step(choices());
+    if (!result) {
+        QTimer::singleShot(k_between_steps, this, &BusSetupForm::step);
+        return;
+    }
+    result_ = *result;
+    set_checking(false);
     if (result_.outcome != SetupResult::Outcome::stay_open)
         accept();
+}
+
+void BusSetupForm::set_checking(bool checking) {
+    checking_ = checking;
+    if (checking)
+        focused_ = focusWidget();
+    fields_->setEnabled(!checking);
+    ok_button_->setEnabled(!checking);
+    cancel_button_->setEnabled(!checking);
+    if (!checking && focused_ != nullptr)
+        focused_->setFocus();
 }
 
 void BusSetupForm::reject() {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <QDialog>
-#include <functional>
 #include <string>
 
 #include "buslink/bus_setup.h"
@@ -21,10 +20,10 @@ class BusSetupForm : public QDialog {
 
   public:
     // Loads the fields from the file at `path` ("rs485.dat") and keeps them there when the dialog
-    // closes, however it closes. `ok` runs with the fields when OK is pressed; until it returns the
-    // dialog takes no input. `ports` tells which device each name stands for.
+    // closes, however it closes. `logic` is what OK does; until it has a result the dialog
+    // takes no input. `ports` tells which device each name stands for.
     BusSetupForm(const QString& caption, std::string path, const PortMap& ports, Operator& person,
-                 std::function<SetupResult(const BusChoices&)> ok, QWidget* parent);
+                 BusSetup& logic, QWidget* parent);
 
     // What OK came to; stay_open when the dialog was cancelled.
     const SetupResult& result_of_ok() const { return result_; }
@@ -45,14 +44,17 @@ class BusSetupForm : public QDialog {
     bool check_all();
     void show_device();
     void cmdOk_Click();
+    void step();
+    void set_checking(bool checking);
 
     const std::string path_;
     const PortMap ports_;
     Operator& operator_;
-    const std::function<SetupResult(const BusChoices&)> ok_;
+    BusSetup& logic_;
     SetupResult result_;
-    bool telling_ = false;   // a rule's message is open
-    bool checking_ = false;  // OK is running
+    bool telling_ = false;        // a rule's message is open
+    bool checking_ = false;       // OK is running
+    QWidget* focused_ = nullptr;  // what had the focus when it began
 
     QWidget* fields_;
     QComboBox* port_;

@@ -5,9 +5,8 @@ namespace ampdesk {
 
 frmSerial::frmSerial(LineSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
                      QWidget* parent)
-    : BusSetupForm(
-          QStringLiteral("Serial RS422 Setup"), std::move(rs485_path), ports, person,
-          [&logic](const BusChoices& choices) { return logic.ok(choices); }, parent) {
+    : BusSetupForm(QStringLiteral("Serial RS422 Setup"), std::move(rs485_path), ports, person, logic,
+                   parent) {
     setObjectName(QStringLiteral("frmSerial"));
 }
 

@@ -5,9 +5,8 @@ namespace ampdesk {
 
 frmSetup::frmSetup(AmplifierSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
                    QWidget* parent)
-    : BusSetupForm(
-          QStringLiteral("Setup Amplifier Communication"), std::move(rs485_path), ports, person,
-          [&logic](const BusChoices& choices) { return logic.ok(choices); }, parent) {
+    : BusSetupForm(QStringLiteral("Setup Amplifier Communication"), std::move(rs485_path), ports, person,
+                   logic, parent) {
     setObjectName(QStringLiteral("frmSetup"));
 }
 
