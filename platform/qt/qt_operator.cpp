@@ -97,6 +97,8 @@ QtOperator::~QtOperator() {
 
 Answer QtOperator::ask(const Message& message) {
     const ButtonSet set = box_buttons(message.buttons);
+    if (retired_)
+        return answer_of(set.closed);
     QMessageBox box(box_icon(message.icon), from_utf8(message.title), QString(), set.buttons, parent_);
     box.setTextFormat(Qt::PlainText);
     box.setText(from_utf8(message.text));
@@ -114,6 +116,8 @@ Answer QtOperator::ask(const Message& message) {
 }
 
 std::optional<std::string> QtOperator::input_box(std::string_view prompt) {
+    if (retired_)
+        return std::nullopt;
     QInputDialog dialog(parent_);
     dialog.setWindowTitle(QStringLiteral("JEX Remote Control"));
     dialog.setInputMode(QInputDialog::TextInput);
@@ -127,6 +131,8 @@ std::optional<std::string> QtOperator::input_box(std::string_view prompt) {
 
 std::optional<std::string> QtOperator::choose_file(bool save, std::string_view title, std::string_view filter,
                                                    std::string_view suggestion) {
+    if (retired_)
+        return std::nullopt;
     QFileDialog dialog(parent_, from_utf8(title), QDir::currentPath());
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);

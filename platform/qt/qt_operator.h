@@ -19,6 +19,10 @@ class QtOperator : public Operator {
     // Boxes stand in front of this window; without one they stand alone.
     void set_parent_window(QWidget* window) { parent_ = window; }
 
+    // The program is ending: nothing is shown any more, and every question is answered as if its box
+    // had been closed.
+    void retire() { retired_ = true; }
+
     Answer ask(const Message& message) override;
     std::optional<std::string> input_box(std::string_view prompt) override;
     std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view filter) override;
@@ -41,6 +45,7 @@ class QtOperator : public Operator {
     QPointer<QWidget> parent_;
     QTimer beep_timer_;
     Instant beep_end_{};
+    bool retired_ = false;
     int busy_ = 0;
     int letting_events_run_ = 0;
 };
