@@ -13,10 +13,12 @@
 #include "platform/posix/system_clock.h"
 #include "platform/qt/qt_operator.h"
 #include "platform/qt/text.h"
+#include "platform/run_time_error.h"
 #include "shell/command_line.h"
 #include "shell/site_configuration.h"
 #include "shell/station.h"
 #include "shell/ui/MDIForm1.h"
+#include "shell/ui/program_icon.h"
 #include "shell/ui/start_up.h"
 
 using namespace ampdesk;
@@ -150,7 +152,7 @@ int main(int argc, char** argv) {
     int own_arguments = 1;  // the rest has been read above
     const QApplication application(own_arguments, argv);
     QApplication::setApplicationName(QStringLiteral("ampdesk"));
-    QApplication::setApplicationDisplayName(QString());
+    QApplication::setWindowIcon(program_icon());
     QApplication::setApplicationVersion(QStringLiteral(AMPDESK_VERSION));
 
     QtOperator person;

@@ -61,12 +61,12 @@ void DisplayLine::paintEvent(QPaintEvent*) {
     glow.setAlpha(45);
 
     const QFontMetricsF metrics(font());
-    const double cell = static_cast<double>(width()) / Panel::k_columns;
+    const int cell = width() / static_cast<int>(Panel::k_columns);
     const double baseline = (height() - metrics.height()) / 2 + metrics.ascent();
     const QString line = text();
     for (int column = 0; column < static_cast<int>(Panel::k_columns); ++column) {
-        const double left = column * cell;
-        painter.fillRect(QRectF(left + 0.5, 1, cell - 1, height() - 2), unlit);
+        const int left = column * cell;
+        painter.fillRect(QRect(left, 1, cell - 1, height() - 2), unlit);
         if (column >= line.size() || line[column] == u' ')
             continue;
         const QString character = line.mid(column, 1);

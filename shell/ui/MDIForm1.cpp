@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 
 // A visit that opens a message box does not return for a while; the next call comes all the same.
 constexpr milliseconds k_poll_again{250};
-constexpr QSize k_natural_size(1320, 900);  // room for four control heads
+constexpr QSize k_natural_size(1300, 860);  // room for four control heads
 constexpr int k_terminal_height = 96;
 
 }  // namespace
@@ -74,6 +74,10 @@ void MDIForm1::build_centre() {
     Term_->setObjectName(QStringLiteral("Term"));
     Term_->setAccessibleName(QStringLiteral("Terminal"));
     Term_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    QPalette screen_colours = Term_->palette();
+    screen_colours.setColor(QPalette::Base, QColor(0x1E, 0x20, 0x22));
+    screen_colours.setColor(QPalette::Text, QColor(0xE2, 0xE4, 0xE0));
+    Term_->setPalette(screen_colours);
     divider->setStretchFactor(0, 1);
     divider->setCollapsible(0, false);
     divider->setSizes({k_natural_size.height(), k_terminal_height});
