@@ -92,7 +92,7 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
             person.notify("The program's folder cannot be written",
                           QDir::currentPath().toStdString() + ": settings will not be kept");
         std::string warnings;
-        for (const std::string& warning : site.warnings) warnings += warning + "\n";
+        for (const std::string& warning : site.warnings) warnings += (warnings.empty() ? "" : "\n") + warning;
         if (!warnings.empty())
             person.notify("Some settings of ampdesk.ini are not understood; their defaults are used",
                           warnings);

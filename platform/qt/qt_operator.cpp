@@ -9,6 +9,7 @@
 #include <QMessageBox>
 #include <QRegularExpression>
 #include <algorithm>
+#include <utility>
 
 #include "platform/qt/text.h"
 
@@ -172,9 +173,15 @@ void QtOperator::set_busy_pointer(bool busy) {
 }
 
 void QtOperator::let_events_run() {
-    ++letting_events_run_;
+    const bool outer = std::exchange(letting_events_run_, true);
+    const QPointer<QWidget> outer_box = std::exchange(box_before_, QApplication::activeModalWidget());
     QCoreApplication::processEvents();
-    --letting_events_run_;
+    box_before_ = outer_box;
+    letting_events_run_ = outer;
+}
+
+bool QtOperator::letting_events_run() const {
+    return letting_events_run_ && QApplication::activeModalWidget() == box_before_;
 }
 
 }  // namespace ampdesk

@@ -32,8 +32,8 @@ class QtOperator : public Operator {
     void set_busy_pointer(bool busy) override;
     void let_events_run() override;
 
-    // let_events_run is on the stack.
-    bool letting_events_run() const { return letting_events_run_ > 0; }
+    // let_events_run is on the stack, with no box or dialog opened from inside it.
+    bool letting_events_run() const;
 
     // One short sound; a beep is made of them.
     std::function<void()> sound;
@@ -47,7 +47,8 @@ class QtOperator : public Operator {
     Instant beep_end_{};
     bool retired_ = false;
     int busy_ = 0;
-    int letting_events_run_ = 0;
+    bool letting_events_run_ = false;
+    QPointer<QWidget> box_before_;  // the box that was open when let_events_run began
 };
 
 // "Text (*.ext)|*.ext|All Files (*.*)|*.*" as the file dialog takes it: one entry a filter, the

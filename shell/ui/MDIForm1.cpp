@@ -3,7 +3,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFontDatabase>
-#include <QGuiApplication>
+#include <QProxyStyle>
 #include <QScreen>
 #include <QStatusBar>
 #include <algorithm>
@@ -25,10 +25,23 @@ constexpr milliseconds k_poll_again{250};
 constexpr QSize k_natural_size(1300, 860);  // room for four control heads
 constexpr int k_terminal_height = 96;
 
+// An icon has room for the whole caption, as its number is at the end.
+class IconStyle : public QProxyStyle {
+  public:
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override {
+        const int width = QProxyStyle::pixelMetric(metric, option, widget);
+        return metric == PM_MdiSubWindowMinimizedWidth ? std::max(width, 250) : width;
+    }
+};
+
 }  // namespace
 
 MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1Options options)
-    : station_(station), bus_(bus), person_(person), options_(std::move(options)) {
+    : station_(station),
+      bus_(bus),
+      person_(person),
+      options_(std::move(options)),
+      icon_style_(new IconStyle) {
     setObjectName(QStringLiteral("MDIForm1"));
     setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
                                           : QStringLiteral("JEX Remote Control"));
@@ -142,6 +155,7 @@ void MDIForm1::window_created(const std::shared_ptr<ControlHead>& head) {
     connect(&machine->panel_view(), &PanelView::scroll_shown, keys_, &HeadKeys::follow);
     QMdiSubWindow* window = area_->addSubWindow(machine);
     window->setAttribute(Qt::WA_DeleteOnClose);
+    window->setStyle(icon_style_.get());
     connect(window, &QMdiSubWindow::windowStateChanged, keys_, &HeadKeys::follow);
     machines_.push_back(machine);
     window->show();

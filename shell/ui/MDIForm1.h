@@ -8,6 +8,7 @@
 #include <QMdiSubWindow>
 #include <QPlainTextEdit>
 #include <QSplitter>
+#include <QStyle>
 #include <QTimer>
 #include <string>
 #include <vector>
@@ -74,6 +75,7 @@ class MDIForm1 : public QMainWindow {
     QtOperator& person_;
     MDIForm1Options options_;
     std::optional<int> terminal_port_;
+    std::unique_ptr<QStyle> icon_style_;
 
     QMdiArea* area_ = nullptr;
     QPlainTextEdit* Term_ = nullptr;

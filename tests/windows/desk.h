@@ -30,11 +30,26 @@ class Desk : public ::testing::Test {
                 settings.emplace_back(traffic.bytes.substr(3, traffic.bytes.size() - 5));
         };
         link.open_bus_port("COM1:", 9600, 0, 8, 1);
+        QObject::connect(&box_watch, &QTimer::timeout, &form, [this] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box == nullptr)
+                return;
+            box_watch.stop();
+            box_action(*box);
+            QTest::keyClick(box, Qt::Key_Escape);
+        });
         form.show();
+        activate();
+    }
+    ~Desk() override {
+        EXPECT_FALSE(box_watch.isActive()) << "no box opened";
+        QDir::setCurrent(QDir::rootPath());
+    }
+
+    void activate() {
         form.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&form));
     }
-    ~Desk() override { QDir::setCurrent(QDir::rootPath()); }
 
     // Hangs an amplifier on the bus and opens its head, number 1000 + address.
     frmMachine& open(int address) {
@@ -65,16 +80,11 @@ class Desk : public ::testing::Test {
         QApplication::processEvents();
     }
 
-    // Runs the action as soon as a message box is open, then closes the box with Escape. The box
-    // must come within five seconds.
-    static void when_box_opens(const std::function<void(QMessageBox&)>& action) {
-        QTimer::singleShot(1, [action] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (box == nullptr)
-                return when_box_opens(action);
-            action(*box);
-            QTest::keyClick(box, Qt::Key_Escape);
-        });
+    // Runs the action as soon as a message box is open, then closes the box with Escape. A test
+    // whose box never came fails.
+    void when_box_opens(std::function<void(QMessageBox&)> action) {
+        box_action = std::move(action);
+        box_watch.start(1);
     }
 
     std::vector<std::string> take_settings() { return std::exchange(settings, {}); }
@@ -92,6 +102,8 @@ class Desk : public ::testing::Test {
     std::vector<std::string> settings;  // commands of class 16, without their frames
     std::map<int, int> frames_sent;     // by address
     int sounds = 0;
+    QTimer box_watch;
+    std::function<void(QMessageBox&)> box_action;
 };
 
 }  // namespace ampdesk

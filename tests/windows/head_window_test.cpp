@@ -25,9 +25,9 @@ TEST_F(HeadWindow, HardKeysAndTheirLampsSendTheirSetting) {
                  {"cmdHardkey(1)", "picLight(5)", Qt::Key_2, 19},
                  {"cmdHardkey(2)", "picLight(6)", Qt::Key_3, 22},
                  {"cmdHardkey(3)", "picLight(7)", Qt::Key_4, 23}};
-    bus.find(1)->set_hv(true);
     for (const auto& c : cases) {
         SCOPED_TRACE(c.key);
+        bus.find(1)->set_hv(true);
         const Commands once = {{16, c.item}};
         click(machine, c.key);
         EXPECT_EQ(take_settings(), once);
@@ -125,6 +125,7 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
     EXPECT_EQ(take_settings().size(), 1U);
     EXPECT_EQ(bar.value(), before);
 
+    activate();
     // The key that ends the mode hides the bar; the focus must not wander to the terminal.
     key(Qt::Key_F1);
     EXPECT_TRUE(bar.isHidden());
