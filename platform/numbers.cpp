@@ -56,10 +56,12 @@ Decimal decimal(double value) {
 void step_up(std::string& digits) {
     const std::size_t other = digits.find_last_not_of('9');
     std::fill(digits.begin() + static_cast<std::ptrdiff_t>(other + 1), digits.end(), '0');
-    if (other == std::string::npos)
-        digits.insert(0, "1");
-    else
+    if (other != std::string::npos) {
         ++digits[other];
+    } else {
+        digits += '0';
+        digits.front() = '1';
+    }
 }
 
 }  // namespace
@@ -134,8 +136,8 @@ std::string fixed_point(double value, int decimals) {
         text.insert(0, needed - text.size(), '0');
     const bool negative = value < 0 && text.find_first_not_of('0') != std::string::npos;
     if (decimals > 0)
-        text.insert(text.size() - static_cast<std::size_t>(decimals), ".");
-    return (negative ? "-" : "") + text;
+        text.insert(text.end() - decimals, '.');
+    return std::string(negative ? 1 : 0, '-').append(text);
 }
 
 std::string plain_number(double value) {
