@@ -112,7 +112,7 @@ TEST_F(HelpFile, LooksInTheProgramsFolderFirst) {
 
 // A line of the shipped text that runs over the display's edge, or a section that is missing.
 TEST(ShippedHelp, FitsTheDisplay) {
-    const fs::path folder = fs::path(__FILE__).parent_path() / "../../data";
+    const fs::path folder = fs::path(AMPDESK_SOURCE_DIR) / "data";
     HeadOptions options;
     options.folder = folder.string();
     for (int screen = 1; screen <= 4; ++screen) {
