@@ -48,7 +48,7 @@ TEST_F(HelpPages, TheFileInAllShapes) {
         std::size_t lines;
         std::string first;  // or why the file is refused
     } cases[] = {
-        {"machine help\r\n3\r\nx \"12345678901234567890\" more\r\n[END]\r\n", 1, "12345678901234567890"},
+        {"3 machine help\r\n3\r\nx \"12345678901234567890\" more\r\n[END]\r\n", 1, "12345678901234567890"},
         {"the machine help file\n 3 temperatures\nabc\n[END]\n", 1, abc},
         {"machine help\n1\n\"one\n[END]\n3\n\"abc\n\"\x01\n[END]\n4\n\"four\n", 2, abc},
         {"machine help\n3\n\"abc", 1, abc},

@@ -103,13 +103,16 @@ TEST_F(EventScreen, KeysAndBarStopAtBothEnds) {
     }
 }
 
-// A silent amplifier taken for an empty log; a list that does not come back.
+// A silent amplifier taken for an empty log; a page that is not tried again; a list that is lost.
 TEST_F(EventScreen, SilenceIsNotTheEndOfTheLog) {
-    put_entries(10);
     silent = true;
     open(4, 1);
     EXPECT_EQ(head.panel.line(1), k_blank);
     silent = false;
+    go_mute(k_status_request);
+    updateDisplay(head);  // refused, but nothing says that it is there
+    set_status(0);
+    put_entries(10);
     updateDisplay(head);
     VScroll1_Change(head, 4);
     expect_from(4, 10, 99);
