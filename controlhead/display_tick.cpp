@@ -22,7 +22,9 @@ bool in_shutdown(const Head& head) {
 }
 
 bool beep_is_due(const Head& head, double now) {
-    const bool sounding = head.last_beep_time > now && head.last_beep_time <= now + k_beep_seconds;
+    constexpr double k_clock_step = 0.001;
+    const bool sounding = head.last_beep_time >= 0 &&
+                          seconds_elapsed(now, head.last_beep_time) <= k_beep_seconds + k_clock_step;
     return !sounding && seconds_elapsed(head.last_beep_time, now) >= k_alarm_spacing;
 }
 

@@ -181,7 +181,7 @@ TEST_F(HeadTest, BandLabels) {
         take_sent();
         update_menu(one);
         EXPECT_EQ(count_sent("RDBAND"), 0U);
-        EXPECT_EQ(one.panel.line(1).substr(11), "     0 dBm");
+        EXPECT_EQ(one.panel.line(1).substr(11), "    0 dBm");
     }
 }
 
