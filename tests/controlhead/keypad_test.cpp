@@ -174,8 +174,7 @@ TEST_F(KeypadTest, ScreenThatCannotBeDrawnShowsItsLegendAlone) {
     head.band_count = 1;
     silent = true;
     cmdKey_Click(head, 3);
-    EXPECT_EQ(lines(), (Sent{std::string(20, ' '), std::string(20, ' '), std::string(20, ' '),
-                             "ATTN  BAND HELP MORE"}));
+    EXPECT_EQ(lines(), "                    |                    |                    |ATTN  BAND HELP MORE");
     EXPECT_TRUE(head.redraw_request);
     silent = false;
     reply_to("RDBAND") = "RDBAND=1";
