@@ -181,6 +181,11 @@ TEST_F(KeypadTest, ScreenThatCannotBeDrawnShowsItsLegendAlone) {
     updateDisplay(head);
     EXPECT_EQ(head.panel.line(1), "X Fwd Pwr      0 dBm");
     EXPECT_FALSE(head.redraw_request);
+    go_to(3);
+    cmdKey_Click(head, 0);
+    silent = true;
+    cmdKey_Click(head, 4);
+    EXPECT_EQ(lines(), " --System Temps--   |                    |                    |WARNINGS   HELP MORE");
 }
 
 // Catches attenuation mode without its scroll bar.
@@ -197,7 +202,9 @@ TEST_F(KeypadTest, AttenuationThatCannotBeReadIsNotEntered) {
 // Catches a scroll position that is taken for a soft key, or passed on the wrong way round.
 TEST_F(KeypadTest, ScrollBarPositions) {
     go_to(3);
+    head.redraw_request = true;
     cmdKey_Click(head, 0);
+    EXPECT_FALSE(head.redraw_request) << "the hard keys would be dead in the sub-menu";
     cmdKey_Click(head, 0);  // adjust state: the bar is shown, page 0 at its upper end
     EXPECT_EQ(head.panel.scroll(), (ScrollBar{true, 0, 5, 5}));
     VScroll1_Change(head, 2);

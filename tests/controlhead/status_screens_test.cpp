@@ -99,6 +99,7 @@ TEST_F(HeadTest, BandLabels) {
         SCOPED_TRACE(std::string(c.model) + " " + c.reply);
         Head one(services, {.slot = 1, .unit_address = 7, .number = "1", .model = c.model});
         one.menu_ptr = 1;
+        one.panel.set_line(1, "another screen");
         replies["RDBAND"] = c.reply;
         set_menu(one);
         EXPECT_EQ(one.band_name, c.name);

@@ -93,11 +93,11 @@ TEST_F(VisitTest, StatusFieldsAndLegend) {
 // Catches logic that goes on although the operator is at the keys, and a flag that then stays set.
 TEST_F(VisitTest, KeyActivityCutsTheLogicShort) {
     head.key_activity = true;
-    set_shutdown("12,Waveguide arc");
     take_sent();
     updateLogic(head);
     EXPECT_EQ(take_sent(), Texts{std::string(k_status_request)});
     updateDisplay(head);
+    set_shutdown("12,Waveguide arc");
     EXPECT_FALSE(head.key_activity);
     person.on_events = [&] { head.key_activity = true; };  // a key pressed during the short wait
     updateLogic(head);
@@ -160,7 +160,8 @@ TEST_F(VisitTest, ShutdownIsAcknowledgedByItsOkOnly) {
     EXPECT_EQ(lines(), k_shutdown);
     refusal = 0;
     cmdKey_Click(head, 3);
-    EXPECT_EQ(take_settings(), ack);
+    cmdHardkey_Click(head, 0);
+    EXPECT_EQ(take_settings(), ack) << "hard keys wait for the next status";
     EXPECT_EQ(lines(), k_screen_1);
     visit(2);
     EXPECT_EQ(lines(), k_shutdown) << "it is still shut down";
@@ -277,8 +278,20 @@ TEST_F(VisitTest, SilentAmplifierIsOnlyLookedFor) {
     go_mute(k_alarm_request);
     visit();
     EXPECT_EQ(lines(), k_error);
+    EXPECT_EQ(count_sent(k_alarm_request), 2U) << "after the look reads are tried twice again";
     EXPECT_TRUE(head.comm_error_shown);
     EXPECT_EQ(head.link_fail_count, 3);
+}
+
+// Catches a page drawn over the error screen with what could not be read.
+TEST_F(VisitTest, ErrorScreenStaysWhenThePageCannotBeRead) {
+    enter_sub_menu(head, k_information);
+    for (int i = 0; i < 3; ++i) guarded(head, [] { throw RunTimeError::no_answer(); });
+    visit();
+    EXPECT_EQ(lines(), k_error);
+    reply_to(k_identity_request) = "JEX*KU*1234*A";
+    visit();
+    EXPECT_EQ(head.panel.line(2), "   Model KU BAND    ");
 }
 
 // Catches a header, bar or mode that is not there again when the amplifier answers.
@@ -368,6 +381,10 @@ TEST_F(VisitTest, HomeRequest) {
     EXPECT_EQ(head.sub_menu, 0);
     EXPECT_EQ(head.link_fail_count, 1) << "this path leaves the count alone";
     EXPECT_FALSE(head.home_request);
+    set_shutdown("12,Waveguide arc");
+    head.home_request = true;
+    visit();
+    EXPECT_EQ(lines(), k_shutdown) << "not before it is over";
 }
 
 }  // namespace
