@@ -27,8 +27,8 @@ PollSchedule::Next PollSchedule::next(const std::vector<Head>& heads, Instant no
             next.wait = std::min<Duration>(next.wait, entry.due - now);
         } else {
             const Entry*& first = entry.silent ? look : chosen;
-            if (first == nullptr || entry.due < first->due)
-                first = &entry;
+            if (first == nullptr || earlier(entry.last, first->last))
+                first = &entry;  // on a line too slow for all, who has waited longest comes first
         }
     }
     if (look != nullptr)
