@@ -26,6 +26,8 @@ class WatchedPort : public demo::SimPort {
         return open_result.ok() ? SimPort::open(settings) : open_result;
     }
     PortError write(std::string_view bytes, Instant deadline) override {
+        if (bytes[0] == k_soh)
+            requests.emplace_back(bytes[1], bytes[3]);
         if (bytes[0] == k_soh && bytes[3] == '\x11')
             status_requests[bytes[1]].push_back(clock_.now());
         const bool lost = !lost_request.empty() && bytes.find(lost_request) != std::string_view::npos;
@@ -36,6 +38,7 @@ class WatchedPort : public demo::SimPort {
     PortResult open_result;
     std::string lost_request;
     std::map<int, std::vector<Instant>> status_requests;
+    std::vector<std::pair<int, char>> requests;  // address and first character of the command
 
   private:
     Clock& clock_;

@@ -87,9 +87,17 @@ TEST_F(StationTest, AWindowMayCloseInsideItsVisit) {
     person.on_events = [&] {
         const auto heads = station.open_heads();
         for (const auto& head : heads)
-            if (std::exchange(once, false))
+            if (std::exchange(once, false)) {
                 station.close_window(head->identity().slot);
+                port.requests.clear();
+            }
     };
+    station.poll_windows();
+    ASSERT_FALSE(port.requests.empty());  // the next head's display is drawn in its place
+    for (const auto& [address, command] : port.requests) {
+        EXPECT_EQ(address, 2);
+        EXPECT_NE(command, '\x11');
+    }
     poll(2s);
     EXPECT_EQ(closed, std::set{1});
     EXPECT_EQ(open_slots(), (std::vector{2, 3}));
