@@ -40,7 +40,7 @@ std::optional<std::string> TextReplyParser::feed(std::string_view bytes) {
         if (end == std::string::npos)
             break;
         const std::string line = buffer_.substr(0, end + 1);
-        const bool own_echo = line == sent_;
+        const bool own_echo = line.ends_with(sent_);
         if (!own_echo && buffer_.find(k_etx) != std::string::npos)
             return line;
         buffer_.erase(0, end + 1);

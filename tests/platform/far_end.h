@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "platform/descriptor.h"
+#include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
 
@@ -63,26 +64,6 @@ class FarEnd {
     Descriptor line_;
     std::string device_;
     termios modes_{};
-};
-
-// A folder of its own that vanishes with the test.
-class ScratchFolder {
-  public:
-    ScratchFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "ampdesk-test-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr)
-            throw std::runtime_error("no folder for the test");
-        path_ = pattern;
-    }
-    ~ScratchFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-    const std::string& path() const { return path_; }
-
-  private:
-    std::string path_;
 };
 
 }  // namespace ampdesk
