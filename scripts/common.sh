@@ -44,7 +44,7 @@ install_packages() {
         become=(sudo)
         sudo -v # asks for the password here, not behind the log
     fi
-    say "Installing ${#missing[@]} packages: ${missing[*]}"
+    say "Installing: ${missing[*]}"
     local apt=("${become[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -y)
     quietly "${apt[@]}" update
     quietly "${apt[@]}" install --no-install-recommends "${missing[@]}"
