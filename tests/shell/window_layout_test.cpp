@@ -6,35 +6,37 @@
 #include <filesystem>
 
 #include "platform/text_file.h"
+#include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
 namespace {
 
-std::string layout_path() {
-    return testing::TempDir() + "/layout_test.dat";
-}
+class LayoutFile : public testing::Test {
+  protected:
+    const ScratchFolder folder_;
+    const std::string path_ = folder_ / "layout.dat";
+};
 
-TEST(WindowLayout, ReadsBackWhatWasWritten) {
+TEST_F(LayoutFile, ReadsBackWhatWasWritten) {
     const WindowLayout layout{.main = {-20, 30, 1200, 800},
                               .maximised = true,
                               .heads = {{"1001", {5, 6, 400, 300}, false}, {"7", {0, 0, 410, 300}, true}}};
-    write_window_layout(layout_path(), layout);
-    EXPECT_EQ(read_window_layout(layout_path()), layout);
-    std::filesystem::remove(layout_path());
-    EXPECT_EQ(read_window_layout(layout_path()), std::nullopt);
+    write_window_layout(path_, layout);
+    EXPECT_EQ(read_window_layout(path_), layout);
+    std::filesystem::remove(path_);
+    EXPECT_EQ(read_window_layout(path_), std::nullopt);
 }
 
-TEST(WindowLayout, PassesOverDamagedLines) {
-    write_text_lines(layout_path(),
-                     {"ampdesk layout", "main 1 2 0 400 0", "head 5 1 2 3", "head 6 99999 0 10 10 0",
-                      "head 8 1 2 30 40 1", std::string("\0\xFF", 2)});
-    const auto layout = read_window_layout(layout_path());
+TEST_F(LayoutFile, PassesOverDamagedLines) {
+    write_text_lines(path_, {"ampdesk layout", "main 1 2 0 400 0", "head 5 1 2 3", "head 6 99999 0 10 10 0",
+                             "head 8 1 2 30 40 1", std::string("\0\xFF", 2)});
+    const auto layout = read_window_layout(path_);
     ASSERT_TRUE(layout);
     EXPECT_EQ(layout->main, Place{});
     ASSERT_EQ(layout->heads.size(), 1U);
     EXPECT_EQ(layout->heads[0], (HeadPlace{"8", {1, 2, 30, 40}, true}));
-    write_text_lines(layout_path(), {"another file", "main 1 2 3 4 0"});
-    EXPECT_EQ(read_window_layout(layout_path()), std::nullopt);
+    write_text_lines(path_, {"another file", "main 1 2 3 4 0"});
+    EXPECT_EQ(read_window_layout(path_), std::nullopt);
 }
 
 TEST(WindowLayout, IsBroughtBackOntoTheScreensThereAre) {
