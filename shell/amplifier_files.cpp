@@ -153,10 +153,10 @@ std::optional<Station::Identity> Station::identify(int address, const OpenTexts&
     if (serial_number.empty())
         return std::nullopt;
     Identity found;
-    const std::string no_number = failure_of([&] { found.number = amplifier_number(serial_number); });
-    if (!no_number.empty())
-        return texts.interactive ? give_up(no_number, serial_number)
-                                 : give_up(texts.no_serial_number, no_number);
+    const std::string failure = failure_of([&] { found.number = amplifier_number(serial_number); });
+    if (!failure.empty())
+        return give_up(texts.interactive ? failure : texts.no_serial_number,
+                       "Serial number " + serial_number + " is too large");
 
     const auto model = read_model(bus, address);
     if (!model && !texts.interactive)
