@@ -18,6 +18,7 @@
 #include "shell/station.h"
 #include "shell/ui/head_keys.h"
 #include "shell/ui/main_menu.h"
+#include "shell/ui/service_tools.h"
 #include "shell/ui/set_up.h"
 
 namespace ampdesk {
@@ -49,6 +50,7 @@ class MDIForm1 : public QMainWindow {
     void mnuMachineItem_Click(int index);
     void mnuToolsItem_Click(int index);
     void mnuToolsScreen_Click(int index);
+    void mnuToolsSram_Click(int index);
     void mnuWinItem_Click(int index);
     void mnuHelpItem_Click(int index);
 
@@ -66,6 +68,7 @@ class MDIForm1 : public QMainWindow {
   private:
     void build_centre();
     void build_menu();
+    ServiceTools::Hooks tool_hooks();
     frmMachine* keyboard_target() const;
     void window_created(const std::shared_ptr<ControlHead>& head);
     void window_closed(const ControlHead& head);
@@ -79,6 +82,7 @@ class MDIForm1 : public QMainWindow {
     QtOperator& person_;
     MDIForm1Options options_;
     SetUp set_up_;
+    ServiceTools tools_;
     std::optional<int> terminal_port_;
     std::unique_ptr<QStyle> icon_style_;
 
