@@ -25,7 +25,7 @@ void set_enabled_in_turn(QPushButton& first, bool first_enabled, QPushButton& se
     QPushButton& dying = first_enabled ? second : first;
     QPushButton& living = first_enabled ? first : second;
     living.setEnabled(first_enabled || second_enabled);
-    if (dying.hasFocus() && living.isEnabled())
+    if (dying.window()->focusWidget() == &dying && living.isEnabled())
         living.setFocus();
     dying.setEnabled(first_enabled && second_enabled);
 }
