@@ -11,7 +11,7 @@ constexpr std::string_view k_filter = "TXT Files (*.TXT)|*.txt|All Files (*.*)|*
 
 std::optional<std::string> choose_file_to_set(Operator& person) {
     for (;;) {
-        const auto path = person.choose_file_to_open("Open nvSram File To Read", k_filter);
+        auto path = person.choose_file_to_open("Open nvSram File To Read", k_filter);
         if (!path || file_exists(*path))
             return path;
     }
@@ -26,7 +26,7 @@ bool may_replace(const std::string& path, Operator& person) {
 
 std::optional<std::string> choose_file_to_read_into(Operator& person) {
     for (;;) {
-        const auto path = person.choose_file_to_save("Open nvSram File To Save", k_filter, {}, false);
+        auto path = person.choose_file_to_save("Open nvSram File To Save", k_filter, {}, false);
         if (!path || !file_exists(*path) || may_replace(*path, person))
             return path;
     }

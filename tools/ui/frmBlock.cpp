@@ -58,6 +58,7 @@ void frmBlock::build() {
     lblStatusLbl_ = add_label("lblStatusLbl");
     lblStatus_ = add_label("lblStatus");
     lblStatus_->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    lblStatus_->setMinimumHeight(lblStatus_->fontMetrics().height() + 6);  // also while it is empty
     lblOutputLbl_ = add_label("lblOutputLbl");
     lblOutput_ = new OutputLabel(QStringLiteral("lblOutput"), k_output_lines, this);
     layout->addWidget(lblOutput_, 1);
