@@ -255,10 +255,10 @@ void MDIForm1::mnuWinItem_Click(int index) {
 
 void MDIForm1::mnuHelpItem_Click(int index) {
     if (index == 4)
-        About();
+        show_about();
 }
 
-void MDIForm1::About() {
+void MDIForm1::show_about() {
     Message message;
     message.text = "JEX REMOTE CONTROL PROGRAM\nVersion: " + options_.version + "\nMay 14, 2008";
     message.icon = Icon::information;
