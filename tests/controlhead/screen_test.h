@@ -1,0 +1,45 @@
+// A head whose display is read as one text, its four rows joined by "|".
+#pragma once
+
+#include <functional>
+
+#include "controlhead/keypad.h"
+#include "tests/controlhead/head_fixture.h"
+
+namespace ampdesk {
+
+inline const std::string k_blank(20, ' ');
+
+class ScreenTest : public HeadTest {
+  protected:
+    std::string display() const {
+        const auto rows = lines();
+        return rows[0] + "|" + rows[1] + "|" + rows[2] + "|" + rows[3];
+    }
+    void press(std::int16_t key) { cmdKey_Click(head, key); }
+    void open(std::int16_t screen, std::int16_t key) {
+        head.menu_ptr = screen;
+        press(key);
+    }
+    // Four rows of one text each, blank from `end` on.
+    void expect_numbered(int first, int end,
+                         const std::function<std::string(const std::string&)>& text) const {
+        for (int i = 0; i < 4; ++i) {
+            std::string row = first + i < end ? text(std::to_string(first + i)) : "";
+            row.resize(20, ' ');
+            EXPECT_EQ(head.panel.line(i + 1), row);
+        }
+    }
+    // Silent until the communication error screen is up, then back with the next tick.
+    void interrupt() {
+        silent = true;
+        for (int i = 0; i < 3; ++i) updateDisplay(head);
+        EXPECT_EQ(lines()[0], "RS485 Communication ");
+        EXPECT_FALSE(head.panel.scroll().visible);
+        silent = false;
+        head.amplifier.get_ana_block();  // as the next look would
+        updateDisplay(head);
+    }
+};
+
+}  // namespace ampdesk
