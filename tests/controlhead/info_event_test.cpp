@@ -28,9 +28,9 @@ TEST_F(InfoScreen, ShowsTheIdentity) {
         SCOPED_TRACE(c.identity);
         reply_to(k_identity_request) = c.identity;
         open(2, 1);
-        EXPECT_EQ(display(), "JEX Quorvalitics Inc|" + c.rows);
+        EXPECT_EQ(lines(), "JEX Quorvalitics Inc|" + c.rows);
         press(2);
-        EXPECT_EQ(lines()[0], " --System Hours--   ");
+        EXPECT_EQ(head.panel.line(1), " --System Hours--   ");
     }
 }
 
@@ -65,10 +65,10 @@ TEST_F(EventScreen, LaysOutAnEntry) {
     entry(2) = "a\nb\x90\xB0";
     entry(3) = "";
     open(4, 1);
-    EXPECT_EQ(display(),
+    EXPECT_EQ(lines(),
               "  0 HV on           |  1 1234567890123456|  2 a b \260           |                    ");
     press(4);
-    EXPECT_EQ(lines()[3], "ATTN EVENT HELP MORE");
+    EXPECT_EQ(head.panel.line(4), "ATTN EVENT HELP MORE");
     EXPECT_FALSE(head.panel.scroll().visible);
 }
 
@@ -114,6 +114,7 @@ TEST_F(EventScreen, SilenceIsNotTheEndOfTheLog) {
     set_status(0);
     put_entries(10);
     updateDisplay(head);
+    expect_from(0, 10, 99);
     VScroll1_Change(head, 4);
     expect_from(4, 10, 99);
     interrupt();

@@ -1,4 +1,4 @@
-// A head whose display is read as one text, its four rows joined by "|".
+// What the tests of the sub-menu screens share.
 #pragma once
 
 #include <functional>
@@ -12,10 +12,6 @@ inline const std::string k_blank(20, ' ');
 
 class ScreenTest : public HeadTest {
   protected:
-    std::string display() const {
-        const auto rows = lines();
-        return rows[0] + "|" + rows[1] + "|" + rows[2] + "|" + rows[3];
-    }
     void press(std::int16_t key) { cmdKey_Click(head, key); }
     void open(std::int16_t screen, std::int16_t key) {
         head.menu_ptr = screen;
@@ -34,7 +30,7 @@ class ScreenTest : public HeadTest {
     void interrupt() {
         silent = true;
         for (int i = 0; i < 3; ++i) updateDisplay(head);
-        EXPECT_EQ(lines()[0], "RS485 Communication ");
+        EXPECT_EQ(head.panel.line(1), "RS485 Communication ");
         EXPECT_FALSE(head.panel.scroll().visible);
         silent = false;
         head.amplifier.get_ana_block();  // as the next look would

@@ -55,12 +55,12 @@ TEST_F(SetupMenu, ShowsThePagesThatTheAmplifierHas) {
         open(2, 0);
         for (const std::string& page : c.pages) {
             press(1);  // not SET; only draws again
-            EXPECT_EQ(display(), page);
+            EXPECT_EQ(lines(), page);
             press(3);
         }
-        EXPECT_EQ(display(), c.pages.front());
+        EXPECT_EQ(lines(), c.pages.front());
         press(4);
-        EXPECT_EQ(lines()[0], " --System Hours--   ");
+        EXPECT_EQ(head.panel.line(1), " --System Hours--   ");
     }
     EXPECT_TRUE(take_settings().empty());
 }
@@ -70,16 +70,16 @@ TEST_F(SetupMenu, SetStepsTheSwitchModeOnly) {
     set_status(0, k_settings_power_save, 2);
     open(2, 0);
     press(0);
-    EXPECT_EQ(display(), k_save);
+    EXPECT_EQ(lines(), k_save);
     press(3);
     refusal = 3;
     press(0);
     EXPECT_EQ(person.take_texts(), Texts{"Remote Is Not On"});
-    EXPECT_EQ(display(), k_none);
+    EXPECT_EQ(lines(), k_none);
     refusal = 0;
     for (const std::string& page : {k_hand, k_auto, k_none}) {
         press(0);
-        EXPECT_EQ(display(), page);
+        EXPECT_EQ(lines(), page);
     }
     const std::string set{"\x10\x1B"};
     EXPECT_EQ(take_settings(), (Texts{set + '\1', set + '\1', set + '\2', set + '\0'}));
@@ -90,14 +90,14 @@ TEST_F(SetupMenu, FollowsTheStatusAndLeavesWithoutOne) {
     set_status(0, k_settings_power_save, 2);
     open(2, 0);
     for (int i = 0; i < 5; ++i) press(3);
-    EXPECT_EQ(display(), k_rev_d);
+    EXPECT_EQ(lines(), k_rev_d);
     reply_to(k_status_request) = std::string(2, '\0');
     press(1);
-    EXPECT_EQ(display(), k_off);
+    EXPECT_EQ(lines(), k_off);
     go_mute(k_status_request);
     press(3);
     EXPECT_EQ(person.take_texts(), Texts{"The amplifier did not answer"});
-    EXPECT_EQ(lines()[3], "SETUP INFO HELP MORE");
+    EXPECT_EQ(head.panel.line(4), "SETUP INFO HELP MORE");
 }
 
 }  // namespace

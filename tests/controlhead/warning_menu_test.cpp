@@ -7,10 +7,10 @@ namespace {
 class WarningMenu : public ScreenTest {
   protected:
     WarningMenu() {
-        reply_to(k_limits_request) = block({{1, 55}, {2, 120}, {3, 1250}, {4, 585}, {5, 402}, {6, 5}});
+        reply_to(k_limits_request) = block("1=55 2=120 3=1250 4=585 5=402 6=5");
     }
     void expect_page(const std::string& title_and_value) const {
-        EXPECT_EQ(display(), "Warning level for   |" + title_and_value + "|                MORE");
+        EXPECT_EQ(lines(), "Warning level for   |" + title_and_value + "|                MORE");
     }
 };
 
@@ -35,7 +35,7 @@ TEST_F(WarningMenu, MorePagesThroughAllLevels) {
             press(3);
         }
         press(4);
-        EXPECT_EQ(lines()[3], "WARNINGS   HELP MORE");
+        EXPECT_EQ(head.panel.line(4), "WARNINGS   HELP MORE");
     }
 }
 
@@ -58,7 +58,7 @@ TEST_F(WarningMenu, AdjustStatePagesByKeyAndUpsideDownBar) {
     press(1);
     expect_page("TWT Temperature:    |>    120\260C<         ");
     interrupt();
-    EXPECT_EQ(lines()[1], "TWT Temperature:    ");
+    EXPECT_EQ(head.panel.line(2), "TWT Temperature:    ");
     EXPECT_EQ(head.panel.scroll(), (ScrollBar{true, 0, 5, 1}));
     EXPECT_EQ(head.panel.lamp(1), LampColour::yellow);
     for (const std::int16_t leave : {std::int16_t{0}, std::int16_t{4}}) {
@@ -74,7 +74,7 @@ TEST_F(WarningMenu, AdjustStatePagesByKeyAndUpsideDownBar) {
 TEST_F(WarningMenu, OddLimits) {
     open(3, 0);
     updateDisplay(head);
-    reply_to(k_limits_request) = block({{4, 0x8000}});
+    reply_to(k_limits_request) = block("4=32768");
     updateDisplay(head);
     expect_page("over forward power: |[     58.5 dBm]     ");
     EXPECT_EQ(head.link_fail_count, 1);
