@@ -68,7 +68,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
 }
 
 MDIForm1::~MDIForm1() {
-    disconnect(qApp, nullptr, keys_, nullptr);
+    delete keys_;  // the sub-windows go after this, and tell it of every change of the focus
     station_.on_window_created = nullptr;
     station_.on_window_closed = nullptr;
     bus_.port().on_connection_change = nullptr;
