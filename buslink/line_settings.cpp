@@ -42,6 +42,19 @@ int port_number(std::string_view port_name) {
     return number >= 1 && number <= 99 ? static_cast<int>(number) : 0;
 }
 
+int com_number(std::string_view name) {
+    if (name.size() == 5 && name.back() == ':')
+        name.remove_suffix(1);
+    if (name.size() != 4 || name[3] < '1' || name[3] > '4')
+        return 0;
+    constexpr std::string_view k_upper = "COM";
+    constexpr std::string_view k_lower = "com";
+    for (std::size_t i = 0; i < 3; ++i)
+        if (name[i] != k_upper[i] && name[i] != k_lower[i])
+            return 0;
+    return name[3] - '0';
+}
+
 PortMap::PortMap() {
     for (int number = 1; number <= 4; ++number) set(number, "/dev/ttyS" + std::to_string(number - 1));
 }

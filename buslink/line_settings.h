@@ -40,6 +40,10 @@ std::string settings_string(const LineSettings& settings);
 // The number in a port name from its fourth character ("COM3:" gives 3); 0 when there is none.
 int port_number(std::string_view port_name);
 
+// The number of a name from COM1 to COM4, in either case and with or without its colon; 0 for
+// anything else. For what a person typed into a configuration or on the command line.
+int com_number(std::string_view name);
+
 // Which operating-system device each of COM1: to COM4: stands for.
 class PortMap {
   public:

@@ -14,10 +14,16 @@ namespace ampdesk {
 class RemoteCommands {
   public:
     // `output` takes every line that is answered, CR LF included: the terminal port and, when the
-    // terminal is visible, its text box.
-    RemoteCommands(BusLink& bus, std::function<void(std::string_view)> output);
+    // terminal is visible, its text box. "rs422.dat" is looked for in `folder`.
+    RemoteCommands(BusLink& bus, std::function<void(std::string_view)> output, std::string folder = ".");
 
-    // Executes one command line. Blocks for the exchanges it makes. Never throws.
+    // Executes one command line. Blocks for the exchanges it makes. Never throws: a run-time error
+    // on the way is answered by its text.
+    //
+    // A line with the port command marker and "RS422" opens the bus port from "rs422.dat". One with
+    // the status command marker sends its command as a text frame and then asks for "RDSTAT"; any
+    // other line sends its command in a binary frame. The answer is the reply up to its first CR.
+    // While bus_link_on is 0 nothing is sent and nothing is answered.
     void commCommandProc(std::string_view line);
 
     std::string port_command_marker = "\x02\x02";
@@ -29,8 +35,13 @@ class RemoteCommands {
     std::int16_t last_bus_result = 0;
 
   private:
+    void open_port();
+    void exchange(std::string_view line, bool as_text);
+    void answer(std::string_view text);
+
     BusLink& bus_;
     std::function<void(std::string_view)> output_;
+    std::string folder_;
 };
 
 }  // namespace ampdesk

@@ -17,7 +17,9 @@ struct Rs485File {
 };
 
 // Nothing when the title line does not contain "RS-485". A file that ends early gives empty texts
-// and a baud code of 0. Throws what read_text_lines throws.
+// and a baud code of 0; a number that no code can be gives -1. Texts are trimmed, cut to 40
+// characters, and hold "?" for what does not print, so that they can be shown. Throws what
+// read_text_lines throws.
 std::optional<Rs485File> read_rs485(const std::string& path);
 
 // Replaces the file. Throws what write_text_lines throws.
@@ -27,7 +29,8 @@ void write_rs485(const std::string& path, const Rs485File& file);
 // 0..7.
 std::optional<LineSettings> line_settings(const Rs485File& file);
 
-// The numeric value of the address text, rounded; nothing when it is not in 0..99.
+// The numeric value of the address text, rounded; nothing when it is not in 0..99 or when there is
+// no text at all, as in a file that was cut short.
 std::optional<int> unit_address(const Rs485File& file);
 
 // The six lines of "rs422.dat".
@@ -43,6 +46,8 @@ struct Rs422File {
 // Nothing when the title line does not contain "RS-422".
 std::optional<Rs422File> read_rs422(const std::string& path);
 void write_rs422(const std::string& path, const Rs422File& file);
+
+// Nothing for a baud code outside 0..7, data bits outside 5..8 or stop bits outside 1..2.
 std::optional<LineSettings> line_settings(const Rs422File& file);
 
 }  // namespace ampdesk

@@ -11,8 +11,8 @@ namespace ampdesk {
 
 class AmplifierAccess {
   public:
-    AmplifierAccess(HeadServices& services, std::int16_t unit_address)
-        : unit_address(unit_address), services_(services) {}
+    AmplifierAccess(HeadServices& services, std::int16_t address)
+        : unit_address(address), services_(services) {}
 
     // Command 0x12. Throws error 100; the block then keeps what it held.
     void get_ana_block();

@@ -29,4 +29,16 @@ bool guarded(Head& head, Action action) {
     }
 }
 
+// Runs one statement of a key handler; a run-time error in it is dropped and the handler goes on.
+// Returns whether the statement came to its end.
+template <class Statement>
+bool attempted(Statement statement) {
+    try {
+        statement();
+        return true;
+    } catch (const RunTimeError&) {
+        return false;
+    }
+}
+
 }  // namespace ampdesk

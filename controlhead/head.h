@@ -89,6 +89,7 @@ struct Head {
     bool ignore_next_change = false;  // the program itself moved the scroll bar
     bool comm_error_shown = false;
     bool shutdown_shown = false;  // this shutdown is on the display
+    bool first_draw = true;       // no status screen has been drawn yet
     LinkKind link_kind = LinkKind::none;
     double last_beep_time = -86400;  // seconds since midnight when the alarm beep ended last
 

@@ -15,6 +15,9 @@ void set_menu(Head& head);
 // Rewrites the value lines of the status screen in hand. Throws as set_menu.
 void update_menu(Head& head);
 
+// Edit markers as they stand when nothing is edited; the right one blinks on screen 2.
+void rest_markers(Head& head);
+
 // Hands the display to a sub-menu and draws its first page.
 void enter_sub_menu(Head& head, SubMenu sub_menu);
 
@@ -25,7 +28,8 @@ void leave_sub_menu(Head& head);
 // Passes a key argument to the sub-menu that owns the display.
 void attach_sub_menu(Head& head, std::int16_t key);
 
-// Draws again what was on the display before the communication error screen covered it.
+// Draws again what was on the display before the communication error screen covered it. When a read
+// fails on the way that screen stays up.
 void redraw_display(Head& head);
 
 }  // namespace ampdesk

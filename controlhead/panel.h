@@ -39,6 +39,8 @@ class Panel {
     LampColour lamp(int lamp) const { return lamps_.at(static_cast<std::size_t>(lamp - 1)); }
 
     void set_scroll(const ScrollBar& scroll);
+    // The bar keeps its range and value.
+    void hide_scroll();
     const ScrollBar& scroll() const { return scroll_; }
 
     // Forward power in dBm; nothing while it is not known.

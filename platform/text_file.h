@@ -1,4 +1,5 @@
-// Small text files: settings, help pages, nvRam images. CR LF is written; CR LF and LF are read.
+// Small text files: settings, help pages, nvRam images. CR LF is written; CR LF and LF are read, a
+// CR alone ends no line.
 #pragma once
 
 #include <cstddef>
@@ -13,11 +14,13 @@ namespace ampdesk {
 // that a huge or binary file costs no more than that. Never changes the file.
 std::vector<std::string> read_text_lines(const std::string& path, std::size_t limit = 1 << 20);
 
+// Whether there is something of that name that is not a folder.
 bool file_exists(const std::string& path);
 
 // Replaces the file by the lines, each ended by CR LF: a temporary file beside it is written,
 // flushed and measured, then renamed. On any doubt the old file stays as it was and a run-time
-// error tells the cause ("Disk full", "Permission denied" …).
+// error tells the cause ("Disk full", "Permission denied" …). The old file's mode is kept; of a
+// link, the file it points to is replaced; anything but an ordinary file is refused.
 void write_text_lines(const std::string& path, const std::vector<std::string>& lines);
 
 // As above with the bytes as they stand.

@@ -18,7 +18,9 @@ struct CommandLine {
     std::string error;                         // not empty: what is wrong with the arguments
 };
 
-// `arguments` without the program's name.
+// `arguments` without the program's name. What takes a value takes it behind "=" or as the next
+// argument; "--" ends the options; files beyond the hundredth are left out. Parsing stops at the
+// first error.
 CommandLine parse_command_line(const std::vector<std::string>& arguments);
 
 std::string usage_text();

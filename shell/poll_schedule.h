@@ -1,6 +1,7 @@
 // Which control head is visited when. Every live head comes round every half second, the heads
 // spread evenly over it. A silent one is looked for every five seconds at most, and only after
-// every live head has just been visited, so that the wait for it holds nobody up.
+// every live head has just been visited, so that the wait for it holds nobody up. Instants in,
+// decisions out: no clock of its own.
 #pragma once
 
 #include <map>
@@ -20,7 +21,7 @@ class PollSchedule {
     struct Head {
         int slot = 0;
         bool silent = false;
-        bool busy = false;  // a handler of it is running: it is passed over
+        bool busy = false;  // a handler of it is running: it waits until that has returned
     };
 
     // Either a slot to visit now or how long there is nothing to do (at most k_cycle).
@@ -30,18 +31,25 @@ class PollSchedule {
     };
     Next next(const std::vector<Head>& heads, Instant now);
 
-    // The slot's visit has begun.
+    // The slot's visit has begun. A head that was late keeps its phase: what it missed is skipped.
     void visited(int slot, Instant now);
 
   private:
     struct Entry {
+        int slot = 0;
         bool silent = false;
         Instant due;
         std::optional<Instant> last;
+        long long visit = 0;  // number of the last visit
     };
     void follow(const std::vector<Head>& heads, Instant now);
+    void spread(Instant now);
+    const Entry* before_look(const std::vector<Head>& heads, const Entry& look) const;
+    static void pass(Entry& entry, Instant now);
 
     std::map<int, Entry> entries_;
+    long long visits_ = 0;
+    long long last_look_ = 0;  // number of the visit that was the last look
 };
 
 }  // namespace ampdesk

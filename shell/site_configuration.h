@@ -29,6 +29,10 @@ struct SiteConfigurationReport {
 };
 
 // A missing file gives the defaults without a warning; one that cannot be read gives them with one.
+//
+// Lines are "[section]", "key = value", blank, or a comment that starts with ";" or "#". Sections
+// and keys may stand in either case. A value ends with its line, so that a pattern may hold any
+// character. Of a key given twice the later one counts.
 SiteConfigurationReport read_site_configuration(const std::string& path);
 
 }  // namespace ampdesk

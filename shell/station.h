@@ -4,9 +4,11 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "buslink/settings_files.h"
 #include "controlhead/control_head.h"
 #include "shell/poll_schedule.h"
 
@@ -30,18 +32,20 @@ class Station {
     void add_amplifier(std::int16_t unit_address, const std::string& number, const std::string& model);
 
     // Opens the files one after another; a failure is told in a message that names the file, and
-    // the next one is tried. Names beyond the hundredth are not looked at.
+    // the next one is tried. Names beyond the hundredth are not looked at; close_all ends it.
     void auto_open_dat_files(const std::vector<std::string>& names);
 
-    // Amplifier > Open: asks for the file, then checks and opens it.
+    // Amplifier > Open: asks for the file, then checks and opens it. A failure is told in a message.
+    // When no head comes of an opening and none is open, the bus port is left as it was before.
     void open_amplifier_file();
 
     // Does what the polling loop has to do now, at most one visit, and returns how long to wait
     // before the next call. May be called again from within a visit (a message box is open there).
     Duration poll_windows();
 
-    // Frees the slot. Safe at any time, from inside the head's own visit too: the head itself lives
-    // until its last handler has returned.
+    // Frees the slot and keeps the head's screen settings; a failure to keep them is told, and the
+    // window closes all the same. Safe at any time, from inside the head's own visit too: the head
+    // itself lives until its last handler has returned. The bus port stays open.
     void close_window(int slot);
     void close_all();
 
@@ -49,7 +53,9 @@ class Station {
     std::vector<std::shared_ptr<ControlHead>> open_heads() const;  // in the order of their slots
     bool address_in_use(int unit_address) const;
 
-    // Save family: the amplifier's file in the program's folder, and its screen settings.
+    // Save family. save writes "com" + number + ".dat" with the settings of the line in use, and the
+    // screen settings; save_as writes the amplifier file under a name that is asked for. Failures are
+    // told in messages.
     void save(const ControlHead& head);
     void save_as(const ControlHead& head);
     void save_all();
@@ -57,14 +63,41 @@ class Station {
     std::function<void(const std::shared_ptr<ControlHead>&)> on_window_created;
     std::function<void(ControlHead&)> on_window_closed;
 
+    // Names the band of an amplifier that does not tell its model; an empty answer ends the opening.
+    // Without it the model stays empty. Only asked on behalf of open_amplifier_file.
+    std::function<std::string()> ask_band;
+
   private:
+    struct Slot {
+        bool free = false;
+        bool started = false;  // machine_init has succeeded
+        std::shared_ptr<ControlHead> head{};
+    };
+    struct Identity {
+        std::string number;
+        std::string model;
+    };
     struct OpenTexts;
-    bool open_file(const std::string& path, const OpenTexts& texts);
+
+    Slot& slot_at(int slot) { return slots_[static_cast<std::size_t>(slot - 1)]; }
+    std::vector<PollSchedule::Head> heads_to_visit() const;
+    std::shared_ptr<ControlHead> open_from(int slot) const;
+    void visit(int slot);
+    static std::string failure_of(const std::function<void()>& action);
+
+    // amplifier_files.cpp
+    void open_file(const std::string& path, const OpenTexts& texts);
+    bool open_line(const Rs485File& file, const OpenTexts& texts);
+    void restore_line(const std::optional<LineSettings>& before);
+    std::optional<Identity> identify(int address, const OpenTexts& texts);
+    bool tell_failure(const std::string& file, const std::function<void()>& action);
+    void write_amplifier_file(const ControlHead& head, const std::string& path);
 
     HeadServices& services_;
-    std::vector<std::shared_ptr<ControlHead>> slots_;  // slot n at n - 1; empty = free
-    std::vector<bool> free_;
+    std::vector<Slot> slots_;  // slot n at n - 1; grows and never shrinks
     PollSchedule schedule_;
+    std::string told_failure_;
+    unsigned closings_ = 0;  // calls of close_all; an opening under way then ends
 };
 
 }  // namespace ampdesk

@@ -55,8 +55,10 @@ ReplyParser::Candidate ReplyParser::judge(std::string_view bytes) const {
     const bool ours = is_ours(bytes);
     if (bytes.size() < 3 || bytes.size() < frame_length(bytes))
         return ours ? Candidate::growing : Candidate::foreign;
-    if (crc_.c_chkCRC(bytes.substr(0, frame_length(bytes))) != 0)
-        return Candidate::unsound;
+    if (crc_.c_chkCRC(bytes.substr(0, frame_length(bytes))) != 0) {
+        const bool echoed = ours && (bytes[2] != 0 || echo_.empty());
+        return echoed ? Candidate::unsound : Candidate::nothing;
+    }
     return ours ? Candidate::sound : Candidate::skipped;
 }
 

@@ -29,9 +29,10 @@ std::string build_reply_frame(const Crc16& crc, char first, std::uint8_t second,
 //
 // The first stretch that is a whole frame with a good CRC and the right echo is the answer. The
 // echo is the command's first two bytes, or its only one; a reply without data has none. A whole
-// frame with a bad CRC fails at once, unless a later byte could be the start of this reply. A sound
-// frame that answers something else and an echo of our own frame are skipped. Holds no more than
-// the last k_longest_frame undecided bytes.
+// frame with the right echo and a bad CRC fails at once, unless a later byte could be the start of
+// this reply; without the right echo it was noise, and the reply may still come. A sound frame that
+// answers something else and an echo of our own frame are skipped. Holds no more than the last
+// k_longest_frame undecided bytes.
 class ReplyParser {
   public:
     enum class State { waiting, answered, failed };
@@ -46,6 +47,9 @@ class ReplyParser {
 
     State state() const { return state_; }
 
+    // How many bytes are kept because they may still become something.
+    std::size_t undecided() const { return buffer_.size(); }
+
     // The whole reply, L + 5 bytes; empty unless answered.
     const std::string& reply() const { return reply_; }
 
@@ -55,7 +59,7 @@ class ReplyParser {
         growing,  // may become our reply
         foreign,  // may become a reply to somebody or something else
         skipped,  // whole and sound, but not ours
-        unsound,  // whole, bad CRC
+        unsound,  // our reply but for its CRC
         sound,    // our reply
     };
     Candidate judge(std::string_view bytes) const;

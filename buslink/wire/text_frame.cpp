@@ -18,7 +18,7 @@ std::string text_checksum(std::string_view frame) {
         return "00";
     std::string digits = hex(sum);
     if (digits.size() % 2 == 1)
-        digits.insert(0, "0");
+        digits.insert(digits.begin(), '0');
     return digits.substr(0, 2);
 }
 
@@ -40,7 +40,7 @@ std::optional<std::string> TextReplyParser::feed(std::string_view bytes) {
         if (end == std::string::npos)
             break;
         const std::string line = buffer_.substr(0, end + 1);
-        const bool own_echo = line == sent_;
+        const bool own_echo = line.ends_with(sent_);
         if (!own_echo && buffer_.find(k_etx) != std::string::npos)
             return line;
         buffer_.erase(0, end + 1);

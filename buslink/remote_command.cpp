@@ -1,0 +1,104 @@
+#include "buslink/remote_command.h"
+
+#include <exception>
+#include <optional>
+
+#include "buslink/settings_files.h"
+#include "buslink/wire/control_characters.h"
+#include "platform/numbers.h"
+#include "platform/text_file.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr float k_text_pause_ms = 200;  // what an amplifier takes to carry out a text command
+constexpr std::string_view k_no_response =
+    "No response from amplifier, check 422/485 connection to the amplifier";
+constexpr std::string_view k_wrong_command = "No message from amplifier, wrong command";
+
+struct Order {
+    std::int16_t address = 0;
+    std::string_view command;
+};
+
+// Nothing for a line that has no "," after its ">", or an address that no amplifier has: the
+// frames would wrap it to some other amplifier's.
+std::optional<Order> parse_order(std::string_view line) {
+    const std::size_t start = line.find('>');
+    const std::size_t comma = start == std::string_view::npos ? start : line.find(',', start);
+    if (comma == std::string_view::npos)
+        return std::nullopt;
+    const double address = lenient_number(line.substr(start + 1, comma - start - 1));
+    if (!(address > -1 && address < 100))
+        return std::nullopt;
+    const Order order{round_to_int16(address), trimmed(line.substr(comma + 1))};
+    return order.address >= 0 && order.address <= 99 ? std::optional(order) : std::nullopt;
+}
+
+bool contains(std::string_view line, std::string_view part) {
+    return line.find(part) != std::string_view::npos;
+}
+
+}  // namespace
+
+RemoteCommands::RemoteCommands(BusLink& bus, std::function<void(std::string_view)> output, std::string folder)
+    : bus_(bus), output_(std::move(output)), folder_(std::move(folder)) {}
+
+void RemoteCommands::commCommandProc(std::string_view line) {
+    try {
+        if (!contains(line, port_command_marker))
+            exchange(line, contains(line, status_command_marker));
+        else if (contains(line, "RS422"))
+            open_port();
+    } catch (const std::exception& error) {
+        answer(error.what());
+    }
+}
+
+void RemoteCommands::open_port() {
+    serial_initialised = 0;
+    bus_mode = 9;
+    const std::string path = folder_ + "/rs422.dat";
+    if (!file_exists(path))
+        return answer("No default settings for serial port");
+    const auto file = read_rs422(path);
+    if (!file)
+        return answer("Default settings for serial port corrupted");
+    const auto settings = line_settings(*file);
+    if (!settings || bus_.open_bus_port(*settings) != 0)
+        return answer("Serial Initialization Failed");
+    serial_initialised = 1;
+}
+
+void RemoteCommands::exchange(std::string_view line, bool as_text) {
+    const auto order = parse_order(line);
+    if (!order)
+        return answer(k_wrong_command);
+    terminal_address = order->address;
+    if (!bus_.bus_link_on())
+        return;
+    std::string_view command = order->command;
+    if (as_text) {
+        last_bus_result = bus_.text_send(terminal_address, command);
+        bus_.delay_ms(k_text_pause_ms);
+        if (!bus_.bus_link_on())
+            return;
+        command = "RDSTAT";
+    }
+    std::string reply;
+    last_bus_result = bus_.bus_command(terminal_address, command, reply);
+    // The sense is on purpose, and what remote stations are used to: a good reply is answered by
+    // the words of a failure, a failed exchange by an empty line.
+    if (last_bus_result != 0)
+        reply = k_no_response;
+    if (bus_.bus_link_on())
+        answer(std::string_view(reply).substr(0, reply.find(k_cr)));
+}
+
+void RemoteCommands::answer(std::string_view text) {
+    if (output_)
+        output_(std::string(text) + "\r\n");
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,136 @@
+#include "controlhead/amplifier_access.h"
+
+#include <algorithm>
+
+#include "buslink/wire/control_characters.h"
+#include "platform/numbers.h"
+#include "platform/run_time_error.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr std::size_t k_header = 3;  // ACK or NAK, second byte, length
+constexpr std::size_t k_check = 2;   // CRC
+
+// What follows the echo of the command, check bytes included; empty for a reply that is too short.
+std::string_view behind_echo(std::string_view reply, std::string_view command) {
+    const std::size_t front = k_header + command.size();
+    return reply.size() > front ? reply.substr(front) : std::string_view{};
+}
+
+// The refusal code of a NAK reply in the operator's words; empty when the reply carries no code.
+std::string refusal_text(std::string_view reply, std::string_view command) {
+    const std::string_view rest = behind_echo(reply, command);
+    if (rest.size() <= k_check)
+        return {};
+    const auto code = static_cast<unsigned char>(rest[rest.size() - k_check - 1]);
+    switch (code) {
+        case 1:
+            return "Command Not Found";
+        case 3:
+            return "Remote Is Not On";
+        case 4:
+            return "Invalid Data";
+        default:
+            return "Setting Failed, code H" + hex(code);
+    }
+}
+
+}  // namespace
+
+void AmplifierAccess::get_ana_block() {
+    ana_block = read_itemAll(k_analog_request);
+}
+
+void AmplifierAccess::get_lim_block() {
+    lim_block = read_itemAll(k_limits_request);
+}
+
+double AmplifierAccess::get_ana_item(std::int16_t i) const {
+    return word(ana_block, i);
+}
+
+double AmplifierAccess::get_lim_item(std::int16_t i) const {
+    return word(lim_block, i);
+}
+
+// Words are sent low byte first.
+double AmplifierAccess::word(const std::string& block, std::int16_t i) const {
+    const std::size_t end = i < 1 ? 0 : 2 * static_cast<std::size_t>(i);
+    if (end == 0 || end > block.size())
+        return 0;
+    const int low = static_cast<unsigned char>(block[end - 2]);
+    const int high = static_cast<unsigned char>(block[end - 1]);
+    const int value = high * 256 + low;
+    if (high < 0x80)
+        return value;
+    if (!services_.options.negative_words_signed)
+        throw RunTimeError::overflow();
+    return value - 0x10000;
+}
+
+// One try of a read. A payload has two bytes at least.
+bool AmplifierAccess::exchange(std::string_view command, std::string& payload) {
+    std::string reply;
+    const Duration limit = look_only_ ? look_limit() : Duration(BusLink::k_reply_limit);
+    looks_ = look_only_ ? looks_ + 1 : 0;
+    const std::int16_t length = services_.bus.bus_command(unit_address, command, reply, limit);
+    if (length > 0)
+        longest_reply_ = std::max(longest_reply_, services_.bus.last_reply_time);
+    const std::string_view rest = behind_echo(reply, command);
+    const bool good = length > 6 && reply[0] == k_ack && rest.size() >= 2 + k_check;
+    payload = good ? rest.substr(0, rest.size() - k_check) : std::string_view{};
+    comm_error = good ? 0 : 1;
+    return good;
+}
+
+std::string AmplifierAccess::read_itemAll(std::string_view command) {
+    std::string payload;
+    const bool good = exchange(command, payload) || (!look_only_ && exchange(command, payload));
+    last_comm_time = services_.clock.seconds_since_midnight();
+    if (!good)
+        throw RunTimeError::no_answer();
+    return payload;
+}
+
+std::string AmplifierAccess::read_item(std::string_view word) {
+    std::string reply;
+    for (int attempt = 0; attempt < (look_only_ ? 1 : 2); ++attempt) {
+        comm_error = services_.bus.text_command(unit_address, word, reply);
+        reply.erase(std::min(reply.find(k_etx), reply.size()));
+        if (comm_error == 0 && reply.find('=') != std::string::npos)
+            break;
+        comm_error = 1;  // an answer without a value is none
+    }
+    last_comm_time = services_.clock.seconds_since_midnight();
+    if (comm_error != 0)
+        throw RunTimeError::no_answer();
+    return std::string(trimmed(std::string_view(reply).substr(reply.find('=') + 1)));
+}
+
+std::int16_t AmplifierAccess::set_item(std::string_view command) {
+    try {
+        std::string reply;
+        const std::int16_t length = services_.bus.bus_command(unit_address, command, reply);
+        if (length > 6 && reply[0] == k_ack)
+            return 0;
+        const bool refused = length > 0 && reply[0] == k_nak;
+        if (const std::string text = refused ? refusal_text(reply, command) : ""; !text.empty())
+            services_.person.notify(text);
+    } catch (const RunTimeError&) {
+        services_.person.notify("Cannot set the parameter");
+    }
+    return 1;
+}
+
+Duration AmplifierAccess::look_limit() const {
+    constexpr int k_patient_look = 12;
+    constexpr Duration k_shortest = std::chrono::milliseconds(300);
+    const Duration longest = BusLink::k_reply_limit;
+    if (looks_ % k_patient_look == k_patient_look - 1)
+        return longest;
+    return std::clamp(3 * longest_reply_, k_shortest, longest);
+}
+
+}  // namespace ampdesk

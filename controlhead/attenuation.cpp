@@ -1,0 +1,120 @@
+// The attenuation adjustment: scroll bar, readout in place of the soft-key legend, helix current.
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "controlhead/lamps.h"
+#include "controlhead/screens.h"
+#include "controlhead/status_screens.h"
+#include "platform/numbers.h"
+#include "platform/run_time_error.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr std::int16_t k_attenuation = 12;   // analog item, 0.1 dB
+constexpr std::int16_t k_helix_current = 4;  // analog item, 0.01 mA
+constexpr std::int16_t k_most = 300;
+
+void take_attenuation(Head& head) {
+    head.atten_value = round_to_int16(head.amplifier.get_ana_item(k_attenuation));
+}
+
+// Two digits at least before the point: "03.5".
+std::string two_digits_one_decimal(double value) {
+    const std::string figures = fixed_point(std::abs(value), 1);
+    const bool negative = value < 0 && figures != "0.0";
+    return (negative ? "-" : "") + std::string(figures.size() < 4 ? 4 - figures.size() : 0, '0') + figures;
+}
+
+// An active alarm blinks at the rate of the refreshes.
+void draw_helix_or_alarm(Head& head) {
+    const std::string reply = read_alarm_state(head);
+    if (reply.empty())
+        return;
+    head.alarm_text = after_comma(reply);
+    if (reply[0] == '1') {
+        head.alarm_blink = !head.alarm_blink;
+        head.panel.set_line(3, head.alarm_blink ? "" : head.alarm_text);
+    } else {
+        const double milliamperes = head.amplifier.get_ana_item(k_helix_current) / 100;
+        head.panel.set_line(3,
+                            "Helix Current" + right_aligned(two_digits_one_decimal(milliamperes), 5) + "ma");
+    }
+}
+
+// From the analog block in hand.
+void draw_readout(Head& head) {
+    if (head.menu_ptr != 1 && head.menu_ptr != 4)
+        return;
+    const std::string decibels = plain_number(head.amplifier.get_ana_item(k_attenuation) / 10);
+    head.panel.set_line(4,
+                        std::string("ATTN") + head.left_marker + right_aligned(decibels, 4) + "dB     MORE");
+    if (head.menu_ptr == 1)
+        draw_helix_or_alarm(head);
+}
+
+void enter(Head& head) {
+    take_attenuation(head);
+    const int shown = std::clamp<int>(head.atten_value, 0, k_most);
+    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = k_most, .value = shown});
+    lite_service(head, 1, 1);
+    head.left_marker = '>';
+}
+
+// The amplifier did not take the value: the bar goes back to where the amplifier is, or was when
+// last heard of.
+void put_bar_back(Head& head) {
+    try {
+        read_analog(head);
+        take_attenuation(head);
+    } catch (const RunTimeError&) {
+        assign_potValue(head, head.atten_value);
+        throw;
+    }
+    assign_potValue(head, head.atten_value);
+}
+
+}  // namespace
+
+void assign_potValue(Head& head, int value) {
+    ScrollBar scroll = head.panel.scroll();
+    scroll.value = std::max(scroll.minimum, std::min(value, scroll.maximum));
+    head.ignore_next_change = true;
+    head.panel.set_scroll(scroll);
+}
+
+void set_attenuation(Head& head, std::int16_t value) {
+    if (value < 0 || value > k_most)
+        return;
+    const char command[] = {16, 24, static_cast<char>(value % 256), static_cast<char>(value / 256)};
+    head.last_command_status = head.amplifier.set_item({command, sizeof command});
+    if (head.last_command_status == 0)
+        head.atten_value = value;
+    else
+        put_bar_back(head);
+    read_analog(head);
+    draw_readout(head);
+}
+
+void set_gain(Head& head, std::int16_t key) {
+    switch (key) {
+        case k_key_leave:
+            head.panel.hide_scroll();
+            lite_service(head, 1, 0);
+            head.left_marker = '[';
+            return;
+        case k_key_enter:
+            read_analog(head);
+            enter(head);
+            return draw_readout(head);
+        case k_key_refresh:
+            read_analog(head);
+            return draw_readout(head);
+        default:
+            return set_attenuation(head, static_cast<std::int16_t>(key - 1));
+    }
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,105 @@
+// The display tick: what a head shows is kept up to date here, about twice a second.
+#include <string>
+
+#include "controlhead/comm_faults.h"
+#include "controlhead/keypad.h"
+#include "controlhead/lamps.h"
+#include "controlhead/menu_engine.h"
+#include "controlhead/screens.h"
+#include "controlhead/status_screens.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr std::chrono::milliseconds k_beep{300};
+constexpr double k_beep_seconds = 0.3;
+constexpr double k_alarm_spacing = 15;  // seconds from the end of a beep to the next
+
+bool in_shutdown(const Head& head) {
+    return (head.status_byte & k_status_shutdown) != 0;
+}
+
+bool beep_is_due(const Head& head, double now) {
+    constexpr double k_clock_step = 0.001;
+    const bool sounding = head.last_beep_time >= 0 &&
+                          seconds_elapsed(now, head.last_beep_time) <= k_beep_seconds + k_clock_step;
+    return !sounding && seconds_elapsed(head.last_beep_time, now) >= k_alarm_spacing;
+}
+
+// A shutdown beeps at every tick, an alarm every 15 s.
+void sound_alarm(Head& head) {
+    HeadServices& services = head.services;
+    if (in_shutdown(head))
+        return services.person.start_beep(k_beep);
+    const std::string reply = read_alarm_state(head);
+    const double now = services.clock.seconds_since_midnight();
+    if (reply.empty() || reply[0] != '1' || !beep_is_due(head, now))
+        return;
+    services.person.start_beep(k_beep);
+    head.last_beep_time = now + k_beep_seconds;
+}
+
+void blink(Head& head) {
+    if (head.left_marker != '[')
+        head.left_marker = head.left_marker == '>' ? ' ' : '>';
+    if (head.right_marker != ']')
+        head.right_marker = head.right_marker == '<' ? ' ' : '<';
+}
+
+void refresh(Head& head) {
+    if (head.comm_error_shown)
+        redraw_display(head);
+    else if (head.menu_ptr != 0 && head.redraw_request)
+        set_menu(head);
+    else if (head.menu_ptr != 0)
+        update_menu(head);
+    else if (head.sub_menu == k_warning_levels)
+        attach_warnings(head, k_key_refresh);
+    else if (head.sub_menu == k_event_list && head.event_refresh) {
+        head.event_refresh = false;
+        scroll_events(head, static_cast<std::int16_t>(head.panel.scroll().value));
+    }
+}
+
+void go_home(Head& head) {
+    head.home_request = false;
+    head.sub_menu = k_no_sub_menu;
+    head.menu_ptr = 1;
+    set_menu(head);
+}
+
+void tick(Head& head) {
+    sound_alarm(head);
+    const bool shutdown = in_shutdown(head);  // its display stays as it is
+    if (head.home_request && !shutdown)
+        return go_home(head);
+    blink(head);
+    if (!shutdown)
+        refresh(head);
+    // In a shutdown nothing is read here: what counts then is the status read of this visit.
+    if (head.amplifier.comm_error == 0 && !head.comm_error_shown)
+        head.link_fail_count = 0;
+}
+
+}  // namespace
+
+void updateDisplay(Head& head) {
+    const bool still_silent = head.comm_error_shown && head.amplifier.comm_error != 0;
+    if (!still_silent)
+        guarded(head, [&] { tick(head); });
+    head.key_activity = false;
+}
+
+void Form_Load(Head& head) {
+    head.panel.hide_scroll();
+    head.left_marker = '[';
+    head.right_marker = ']';
+    head.redraw_request = head.home_request = head.event_refresh = false;
+    head.ignore_next_change = false;
+    head.link_fail_count = 0;
+    lite_service(head, 0, 0);
+    for (int line = 1; line <= 4; ++line) head.panel.set_line(line, "");
+}
+
+}  // namespace ampdesk

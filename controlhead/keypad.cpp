@@ -1,0 +1,184 @@
+#include "controlhead/keypad.h"
+
+#include <string>
+
+#include "controlhead/band.h"
+#include "controlhead/comm_faults.h"
+#include "controlhead/lamps.h"
+#include "controlhead/menu_engine.h"
+#include "controlhead/screens.h"
+#include "controlhead/status_screens.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr std::int16_t k_last_soft_key = 3;
+constexpr std::int16_t k_exit = 4;
+
+constexpr char k_acknowledge = 21;
+constexpr char k_throw_switch = 26;
+
+bool keys_dead(const Head& head) {
+    return head.link_fail_count > 2;
+}
+
+// A two-byte setting: class 16 and the item.
+void send_item(Head& head, char item) {
+    const char command[] = {16, item};
+    head.last_command_status = head.amplifier.set_item({command, sizeof command});
+}
+
+// Goes to a status screen. When it could not be drawn, its header and legend stand alone until the
+// next display tick, so that no key acts under the legend of another screen.
+void show_screen(Head& head, std::int16_t screen) {
+    head.menu_ptr = screen;
+    rest_markers(head);
+    if (!attempted([&] { set_menu(head); }))
+        draw_outline(head);
+}
+
+void acknowledge_shutdown(Head& head) {
+    send_item(head, k_acknowledge);
+    if (head.last_command_status != 0)
+        return;
+    head.shutdown_shown = false;
+    show_screen(head, 1);
+    head.redraw_request = true;  // drawn again once the status says that it is over
+}
+
+void adjust_attenuation(Head& head) {
+    head.gain_mode = true;
+    if (attempted([&] { set_gain(head, k_key_enter); }))
+        return;
+    head.gain_mode = false;  // without its scroll bar the mode is of no use
+    set_gain(head, k_key_leave);
+    head.redraw_request = true;
+}
+
+void change_band(Head& head) {
+    const std::string command = next_band_command(head);
+    if (command.empty())
+        return show_screen(head, head.menu_ptr);
+    head.last_command_status = head.amplifier.set_item(command);
+    if (head.last_command_status == 0)
+        head.redraw_request = true;  // the label of the forward power follows the band
+}
+
+void throw_switch(Head& head) {
+    if (head.switch_count > 0 && (head.switch_state & 1) == 0)
+        send_item(head, k_throw_switch);
+}
+
+// What a sub-menu could not draw the next display tick draws; one that has left itself leaves the
+// outline of the status screen.
+template <class Statement>
+void in_sub_menu(Head& head, Statement statement) {
+    if (attempted(statement))
+        return;
+    if (head.menu_ptr != 0)
+        draw_outline(head);
+    else
+        head.event_refresh = true;
+}
+
+void enter(Head& head, SubMenu sub_menu) {
+    in_sub_menu(head, [&] { enter_sub_menu(head, sub_menu); });
+}
+
+void press_status_key(Head& head, std::int16_t index) {
+    const std::int16_t screen = head.menu_ptr;
+    switch (index) {
+        case 0:
+            if (screen == 2)
+                return enter(head, k_setup_menus);
+            return screen == 3 ? enter(head, k_warning_levels) : adjust_attenuation(head);
+        case 1:
+            if (screen == 1)
+                return change_band(head);
+            if (screen == 2)
+                return enter(head, k_information);
+            return screen == 4 ? enter(head, k_event_list) : void();
+        case 2:
+            return screen == 1 && head.has_switch ? throw_switch(head) : enter(head, k_help_pages);
+        case k_last_soft_key:
+            return show_screen(head, screen >= 4 ? std::int16_t{1} : static_cast<std::int16_t>(screen + 1));
+        default:
+            return show_screen(head, 1);
+    }
+}
+
+}  // namespace
+
+void cmdKey_Click(Head& head, std::int16_t index) {
+    if (index < 0 || index > k_exit || keys_dead(head))
+        return;
+    head.key_activity = true;
+    if ((head.status_byte & k_status_shutdown) != 0) {
+        // Only an OK that is on the display acknowledges.
+        if (index == k_last_soft_key && head.shutdown_shown)
+            acknowledge_shutdown(head);
+    } else if (head.gain_mode) {
+        head.gain_mode = false;
+        set_gain(head, k_key_leave);
+        show_screen(head, head.menu_ptr);
+    } else if (head.sub_menu != k_no_sub_menu) {
+        in_sub_menu(head, [&] { attach_sub_menu(head, static_cast<std::int16_t>(index + 1)); });
+    } else if (head.menu_ptr != 0) {
+        press_status_key(head, index);
+    } else {
+        head.services.person.notify("menu ptr 0 fault");
+    }
+}
+
+void cmdHardkey_Click(Head& head, std::int16_t index) {
+    constexpr char k_items[] = {18, 19, 22, 23};  // HV on, HV off, RF on, RF off
+    if (index < 0 || index > 3 || head.redraw_request || keys_dead(head))
+        return;
+    head.key_activity = true;
+    send_item(head, k_items[index]);
+    attempted([&] {
+        head.status_text = head.amplifier.read_itemAll(k_status_request);
+        head.status_byte = static_cast<unsigned char>(head.status_text[0]);
+    });
+    attempted([&] {
+        const std::string alarm_state = read_alarm_state(head);
+        lite_service(head, 6, alarm_state.find("Standby") != std::string::npos);
+        lite_service(head, 8, alarm_state.find("RF off") != std::string::npos);
+    });
+    lite_service(head, 5, (head.status_byte & k_status_hv_on) != 0);
+}
+
+void picLight_Click(Head& head, std::int16_t index) {
+    if (index >= 0 && index <= 3)
+        cmdKey_Click(head, index);
+    else if (index >= 4 && index <= 7)
+        cmdHardkey_Click(head, static_cast<std::int16_t>(index - 4));
+}
+
+void VScroll1_Change(Head& head, int value) {
+    ScrollBar scroll = head.panel.scroll();
+    // A move by the program itself comes back as a change to where the bar already stands. The flag
+    // alone would swallow the operator's next move whenever the bar had not had to move.
+    head.ignore_next_change = false;
+    if (!scroll.visible || value == scroll.value)
+        return;
+    head.key_activity = true;
+    scroll.value = value;
+    head.panel.set_scroll(scroll);
+    const auto position = static_cast<std::int16_t>(value);
+    attempted([&] {
+        if (head.gain_mode)
+            return set_attenuation(head, position);
+        if (head.sub_menu == k_help_pages)
+            scroll_help(head, position);
+        if (head.sub_menu == k_warning_levels)
+            scroll_warnings(head, static_cast<std::int16_t>(scroll.maximum - value + scroll.minimum + 1));
+        if (head.sub_menu == k_event_list) {
+            head.event_refresh = true;
+            scroll_events(head, position);
+        }
+    });
+}
+
+}  // namespace ampdesk

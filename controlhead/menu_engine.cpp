@@ -1,0 +1,96 @@
+#include "controlhead/menu_engine.h"
+
+#include "controlhead/band.h"
+#include "controlhead/comm_faults.h"
+#include "controlhead/lamps.h"
+#include "controlhead/screens.h"
+#include "controlhead/status_screens.h"
+
+namespace ampdesk {
+
+void set_menu(Head& head) {
+    head.redraw_request = true;  // until it has succeeded
+    if (head.first_draw) {
+        head.first_draw = false;
+        head.band_count = band_capability(head.services.options, head.identity.model);
+    }
+    lite_service(head, 88, 0);
+    read_analog(head);
+    const bool band_unknown = head.menu_ptr == 1 && head.band_count > 0 && find_band(head) == 0;
+    if (band_unknown) {
+        draw_outline(head);  // the next refresh brings the values, under the label that stands
+    } else {
+        draw_fixed_rows(head);
+        draw_value_rows(head);
+    }
+    head.redraw_request = false;
+    head.comm_error_shown = false;
+}
+
+void update_menu(Head& head) {
+    read_analog(head);
+    draw_value_rows(head);
+}
+
+void rest_markers(Head& head) {
+    head.left_marker = '[';
+    head.right_marker = head.menu_ptr == 2 ? '<' : ']';
+}
+
+void enter_sub_menu(Head& head, SubMenu sub_menu) {
+    head.sub_menu = sub_menu;
+    head.menu_saved = head.menu_ptr;
+    head.menu_ptr = 0;
+    head.event_refresh = false;
+    // The page covers whatever was to be redrawn, and leaving it draws from scratch anyway; a request
+    // left standing would lock the hard keys all the while.
+    head.redraw_request = false;
+    head.panel.set_gauge(std::nullopt);  // the sub-menus do not measure
+    attach_sub_menu(head, k_key_enter);
+}
+
+void leave_sub_menu(Head& head) {
+    head.menu_ptr = head.menu_saved >= 1 ? head.menu_saved : std::int16_t{1};
+    head.sub_menu = k_no_sub_menu;
+    head.panel.hide_scroll();
+    rest_markers(head);
+    set_menu(head);
+}
+
+void attach_sub_menu(Head& head, std::int16_t key) {
+    switch (head.sub_menu) {
+        case k_no_sub_menu:
+            return;
+        case k_help_pages:
+            return attach_help(head, key);
+        case k_setup_menus:
+            return attach_setup(head, key);
+        case k_warning_levels:
+            return attach_warnings(head, key);
+        case k_information:
+            return attach_info(head, key);
+        case k_event_list:
+            return attach_event(head, key);
+        default:
+            head.sub_menu = k_no_sub_menu;
+            if (head.menu_ptr == 0)
+                head.menu_ptr = 1;
+            return set_menu(head);
+    }
+}
+
+void redraw_display(Head& head) {
+    if (head.menu_ptr != 0) {
+        set_menu(head);
+        if (head.gain_mode)
+            set_gain(head, k_key_enter);  // shows the scroll bar where the amplifier stands now
+        return;
+    }
+    attach_sub_menu(head, k_key_refresh);
+    if (head.amplifier.comm_error == 0)
+        head.comm_error_shown = false;
+    else
+        DispCommError(head, 0);
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,130 @@
+// The setup menus: the amplifier's settings a page at a time. Only the mode of the redundant switch
+// can be changed from here.
+#include <string>
+
+#include "controlhead/head.h"
+#include "controlhead/lamps.h"
+#include "controlhead/menu_engine.h"
+#include "controlhead/screens.h"
+#include "platform/run_time_error.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr std::int16_t k_set = 1;
+constexpr std::int16_t k_more = 4;
+constexpr std::int16_t k_fixed_pages = 4;
+
+enum class Page { power_save, redundant_switch, remote, temperature, forward_power, reverse_power };
+
+bool has_setting(const Head& head, int bit) {
+    return (head.settings_byte & bit) != 0;
+}
+
+// The fixed pages are counted back from the end, so that the optional ones stand in front.
+Page page_in_hand(const Head& head) {
+    switch (head.setup_page_count - head.setup_page) {
+        case 4:
+            return Page::remote;
+        case 3:
+            return Page::temperature;
+        case 2:
+            return Page::forward_power;
+        case 1:
+            return Page::reverse_power;
+        default:
+            break;
+    }
+    const bool first = head.setup_page == 0;
+    return first && has_setting(head, k_settings_power_save) ? Page::power_save : Page::redundant_switch;
+}
+
+void count_pages(Head& head) {
+    head.setup_page_count = k_fixed_pages;
+    if (has_setting(head, k_settings_power_save))
+        ++head.setup_page_count;
+    if (head.has_switch)
+        ++head.setup_page_count;
+    if (head.setup_page >= head.setup_page_count)
+        head.setup_page = 0;
+}
+
+void show(Head& head, const char* first, const std::string& second, const char* third, const char* fourth) {
+    head.panel.set_line(1, first);
+    head.panel.set_line(2, second);
+    head.panel.set_line(3, third);
+    head.panel.set_line(4, fourth);
+}
+
+// A line with the unit of a power.
+std::string unit_of(const Head& head, int watts_bit) {
+    return std::string("in:  [") + (has_setting(head, watts_bit) ? "Watts" : "dBm  ") + "]";
+}
+
+// Reads the status anew, since the pages show it. Throws error 100; the display then stays.
+void draw_page(Head& head) {
+    static constexpr const char* k_modes[] = {"Mode:[Off   ]", "Mode:[Manual]", "Mode:[Auto  ]"};
+    static constexpr const char* k_set_more = "SET             MORE";
+    static constexpr const char* k_only_more = "                MORE";
+
+    take_status(head, head.amplifier.read_itemAll(k_status_request));
+    count_pages(head);
+    switch (page_in_hand(head)) {
+        case Page::power_save:
+            show(head, "Power save mode.", "Press SET to Change.", "Shut supply  [OFF ]", k_set_more);
+            break;
+        case Page::redundant_switch:
+            show(head, "Redundant switch", k_modes[head.switch_mode], "Press SET to Change.", k_set_more);
+            break;
+        case Page::remote: {
+            const bool on = has_setting(head, k_settings_remote_on);
+            show(head, "", std::string("  Remote       ") + (on ? " ON" : "OFF"), "", k_only_more);
+            break;
+        }
+        case Page::temperature: {
+            const bool fahrenheit = has_setting(head, k_settings_fahrenheit);
+            show(head, "Temperature reads", std::string("in:  [\xB0") + (fahrenheit ? "F" : "C") + "]", "",
+                 k_only_more);
+            break;
+        }
+        case Page::forward_power:
+            show(head, "Forward Power reads", unit_of(head, k_settings_forward_watts), "", k_only_more);
+            break;
+        case Page::reverse_power:
+            show(head, "Reverse Power reads", unit_of(head, k_settings_reverse_watts), "", k_only_more);
+            break;
+    }
+}
+
+// Sends the next mode. A mode that the amplifier refused is not shown as if it held.
+void step_switch_mode(Head& head) {
+    const auto next = static_cast<std::int16_t>(head.switch_mode >= 2 ? 0 : head.switch_mode + 1);
+    const std::string command{'\x10', '\x1B', static_cast<char>(next)};
+    head.last_command_status = head.amplifier.set_item(command);
+    if (head.last_command_status == 0)
+        head.switch_mode = next;
+}
+
+}  // namespace
+
+void attach_setup(Head& head, std::int16_t key) {
+    if (key == k_key_exit)
+        return leave_sub_menu(head);
+    if (key == k_key_refresh)
+        return draw_page(head);
+    try {
+        if (key == k_key_enter)
+            head.setup_page = 0;
+        else if (key == k_more)
+            head.setup_page = static_cast<std::int16_t>((head.setup_page + 1) % head.setup_page_count);
+        else if (key == k_set && page_in_hand(head) == Page::redundant_switch)
+            step_switch_mode(head);
+        draw_page(head);
+    } catch (const RunTimeError& error) {
+        head.services.person.notify(error.what());
+        leave_sub_menu(head);
+    }
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,47 @@
+#include "controlhead/shutdown.h"
+
+#include <string>
+
+#include "controlhead/lamps.h"
+#include "controlhead/menu_engine.h"
+#include "platform/numbers.h"
+
+namespace ampdesk {
+
+namespace {
+
+// The display tick leaves the display alone until the shutdown is over; then the status screen is
+// drawn from scratch.
+void end_modes(Head& head) {
+    head.sub_menu = k_no_sub_menu;
+    head.gain_mode = false;
+    head.warn_editing = false;
+    if (head.menu_ptr == 0)
+        head.menu_ptr = 1;
+    rest_markers(head);
+    head.panel.hide_scroll();
+    head.panel.set_gauge(std::nullopt);  // nothing is measured meanwhile
+    head.comm_error_shown = false;
+    head.shutdown_shown = true;
+    head.redraw_request = true;
+}
+
+}  // namespace
+
+void show_shutdown(Head& head) {
+    const std::string reply = head.amplifier.read_itemAll(k_shutdown_request);
+    lite_service(head, 0, 0);
+    const std::size_t comma = reply.find(',');
+    if (comma != std::string::npos) {
+        head.panel.set_line(1, "System Shutdown, #" + reply.substr(0, comma));
+        head.panel.set_line(2, "--------------------");
+    }
+    const std::string reason(trimmed(std::string_view(reply).substr(comma + 1)));  // npos + 1 is 0
+    head.panel.set_line(3, reason);
+    head.panel.set_line(4, "                 OK");
+    lite_service(head, 4, 1);
+    head.faults.log_fault(head.services.clock.local_time(), reason);
+    end_modes(head);
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,102 @@
+#include "controlhead/ui/frmMachine.h"
+
+#include <QCloseEvent>
+#include <algorithm>
+
+#include "platform/qt/text.h"
+
+namespace ampdesk {
+
+namespace {
+constexpr int k_surround = 10;  // pixels around the panel in a window of its natural size
+}
+
+frmMachine::frmMachine(std::shared_ptr<ControlHead> head, GaugeRange gauge)
+    : head_(std::move(head)), view_(new PanelView(gauge, this)) {
+    setObjectName(QStringLiteral("frmMachine"));
+    setWindowTitle(from_utf8(head_->caption()));
+    setAutoFillBackground(true);
+    QPalette colours = palette();
+    colours.setColor(QPalette::Window, QColor(0x5B, 0x61, 0x66));
+    setPalette(colours);
+    setFocusProxy(view_->findChild<PanelKey*>(QStringLiteral("cmdKey(0)")));
+
+    connect(view_, &PanelView::key_clicked, this, &frmMachine::cmdKey_Click);
+    connect(view_, &PanelView::hard_key_clicked, this, &frmMachine::cmdHardkey_Click);
+    connect(view_, &PanelView::lamp_clicked, this, &frmMachine::picLight_Click);
+    connect(view_, &PanelView::scroll_moved, this, &frmMachine::VScroll1_Change);
+    head_->panel().on_change = [this] { refresh_soon(); };
+    refresh();
+}
+
+frmMachine::~frmMachine() {
+    if (head_)
+        head_->panel().on_change = nullptr;
+}
+
+void frmMachine::let_go() {
+    if (!head_)
+        return;
+    head_->panel().on_change = nullptr;
+    head_.reset();
+}
+
+// A key may open a message box or close the window; the copy keeps the head until its handler is
+// done.
+void frmMachine::cmdKey_Click(int index) {
+    if (const auto head = head_)
+        head->press_key(static_cast<std::int16_t>(index));
+}
+
+void frmMachine::cmdHardkey_Click(int index) {
+    if (const auto head = head_)
+        head->press_hard_key(static_cast<std::int16_t>(index));
+}
+
+void frmMachine::picLight_Click(int index) {
+    if (const auto head = head_)
+        head->click_lamp(static_cast<std::int16_t>(index));
+}
+
+void frmMachine::VScroll1_Change(int value) {
+    if (const auto head = head_) {
+        head->move_scroll_bar(value);
+        refresh_soon();  // the bar goes back when the head did not take the move
+    }
+}
+
+void frmMachine::refresh_soon() {
+    if (refresh_pending_)
+        return;
+    refresh_pending_ = true;
+    QMetaObject::invokeMethod(this, &frmMachine::refresh, Qt::QueuedConnection);
+}
+
+void frmMachine::refresh() {
+    refresh_pending_ = false;
+    if (head_)
+        view_->show_panel(head_->panel());
+}
+
+QSize frmMachine::sizeHint() const {
+    return view_->size() + QSize(2 * k_surround, 2 * k_surround);
+}
+
+void frmMachine::resizeEvent(QResizeEvent*) {
+    Form_Resize();
+}
+
+void frmMachine::Form_Resize() {
+    if (isMinimized())
+        return;
+    view_->move(std::max(0, (width() - view_->width()) / 2), std::max(0, (height() - view_->height()) / 2));
+}
+
+void frmMachine::closeEvent(QCloseEvent* event) {
+    closing_ = true;
+    if (const auto head = head_; head && on_close)
+        on_close(*head);
+    event->accept();
+}
+
+}  // namespace ampdesk

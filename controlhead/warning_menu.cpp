@@ -1,0 +1,138 @@
+// The warning levels: one limit of the amplifier a page, read anew at every refresh. No level is
+// written back; the adjust state only pages with the scroll bar.
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "controlhead/head.h"
+#include "controlhead/lamps.h"
+#include "controlhead/menu_engine.h"
+#include "controlhead/screens.h"
+#include "platform/numbers.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr std::int16_t k_adjust = 1;
+constexpr std::int16_t k_back = 2;
+constexpr std::int16_t k_forth = 3;
+constexpr std::int16_t k_more = 4;
+constexpr const char* k_legend = "                MORE";
+
+struct Level {
+    const char* title;
+    const char* band_title;  // where the amplifier has more than one band
+    std::int16_t item;       // of the limits block
+};
+
+constexpr std::array<Level, 6> k_levels{{
+    {"over forward power:", "Ku over fwd power:", 4},
+    {"under forward power:", "Ku under fwd power:", 5},
+    {"over reverse power:", "Ku over rev power:", 6},
+    {"Cabinet Temperature:", "Cabinet Temperature:", 1},
+    {"TWT Temperature:", "TWT Temperature:", 2},
+    {"Helix Current:", "Helix Current:", 3},
+}};
+
+std::string tenths(double value) {
+    return right_aligned(fixed_point(value, 1), 5);
+}
+
+// The power items are tenths of dBm, the temperatures whole degrees, the helix current hundredths
+// of mA.
+std::string value_text(std::int16_t item, double raw) {
+    switch (item) {
+        case 1:
+        case 2:
+            return right_aligned(plain_number(raw), 3) + "\xB0" + "C";
+        case 3:
+            return tenths(raw / 100) + "mA";
+        default:
+            return tenths(raw / 10) + " dBm";
+    }
+}
+
+void show_scroll_bar(Head& head) {
+    const int last = head.warn_page_count - 1;
+    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = last, .value = last - head.warn_page});
+}
+
+void enter_adjust_state(Head& head) {
+    head.warn_editing = true;
+    head.left_marker = '>';
+    head.right_marker = '<';
+}
+
+void leave_adjust_state(Head& head) {
+    head.warn_editing = false;
+    rest_markers(head);
+    lite_service(head, 1, 0);
+    head.panel.hide_scroll();
+}
+
+void draw_first(Head& head) {
+    head.amplifier.get_lim_block();
+    const std::string value = tenths(head.amplifier.get_lim_item(k_levels[0].item) / 10);
+    head.panel.set_line(1, "Warning level for ");
+    head.panel.set_line(2, "over forward power: ");
+    head.panel.set_line(3, "    [" + value + " dBm]");
+    head.panel.set_line(4, k_legend);
+}
+
+// Throws error 100 or Overflow; the display then stays as it was.
+void draw_page(Head& head) {
+    if (head.warn_page < 0 || head.warn_page >= head.warn_page_count)
+        return leave_sub_menu(head);
+    const Level& level = k_levels.at(static_cast<std::size_t>(head.warn_page));
+    head.amplifier.get_lim_block();
+    const std::string value = value_text(level.item, head.amplifier.get_lim_item(level.item));
+    head.panel.set_line(1, "Warning level for");
+    head.panel.set_line(2, head.band_count != 0 ? level.band_title : level.title);
+    head.panel.set_line(3, head.left_marker + ("    " + value) + head.right_marker);
+    head.panel.set_line(4, k_legend);
+    if (head.warn_editing) {
+        // The communication error screen may have put both out.
+        lite_service(head, 1, 1);
+        show_scroll_bar(head);
+    }
+}
+
+// In the adjust state; the ends are ends, as those of the scroll bar.
+void step_page(Head& head, int step) {
+    head.warn_page =
+        static_cast<std::int16_t>(std::clamp(head.warn_page + step, 0, head.warn_page_count - 1));
+}
+
+}  // namespace
+
+void attach_warnings(Head& head, std::int16_t key) {
+    if (key == k_key_enter) {
+        head.warn_page = 0;
+        head.warn_editing = false;
+        head.warn_page_count = static_cast<std::int16_t>(k_levels.size());
+        rest_markers(head);
+        return draw_first(head);
+    }
+    if (head.warn_editing) {
+        if (key == k_adjust || key == k_key_exit)
+            leave_adjust_state(head);
+        else if (key == k_back || key == k_forth)
+            step_page(head, key == k_back ? -1 : 1);
+    } else {
+        if (key == k_key_exit)
+            return leave_sub_menu(head);
+        if (key == k_adjust)
+            enter_adjust_state(head);
+        else if (key == k_more)
+            head.warn_page = static_cast<std::int16_t>((head.warn_page + 1) % head.warn_page_count);
+    }
+    draw_page(head);
+}
+
+void scroll_warnings(Head& head, std::int16_t page_from_one) {
+    head.warn_page = static_cast<std::int16_t>(page_from_one - 1);
+    draw_page(head);
+}
+
+}  // namespace ampdesk

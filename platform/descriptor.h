@@ -1,0 +1,36 @@
+// Owner of one operating-system file descriptor.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace ampdesk {
+
+class Descriptor {
+  public:
+    Descriptor() = default;
+    explicit Descriptor(int fd) : fd_(fd) {}
+    Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        if (this != &other) {
+            close();
+            fd_ = std::exchange(other.fd_, -1);
+        }
+        return *this;
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() { close(); }
+
+    explicit operator bool() const { return fd_ >= 0; }
+    int get() const { return fd_; }
+
+    // 0, or -1 with errno. The descriptor is gone either way; closing nothing succeeds.
+    int close() { return fd_ < 0 ? 0 : ::close(std::exchange(fd_, -1)); }
+
+  private:
+    int fd_ = -1;
+};
+
+}  // namespace ampdesk

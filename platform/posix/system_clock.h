@@ -1,0 +1,15 @@
+// The clock of the machine: steady time from boot, wall time in the local zone.
+#pragma once
+
+#include "platform/clock.h"
+
+namespace ampdesk {
+
+class SystemClock : public Clock {
+  public:
+    Instant now() const override { return std::chrono::steady_clock::now(); }
+    CivilTime local_time() const override;
+    void sleep_until(Instant instant) override;
+};
+
+}  // namespace ampdesk

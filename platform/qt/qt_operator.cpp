@@ -1,0 +1,187 @@
+#include "platform/qt/qt_operator.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QRegularExpression>
+#include <algorithm>
+#include <utility>
+
+#include "platform/qt/text.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr std::chrono::milliseconds k_sound_spacing{100};
+
+QMessageBox::Icon box_icon(Icon icon) {
+    switch (icon) {
+        case Icon::exclamation:
+            return QMessageBox::Warning;
+        case Icon::question:
+            return QMessageBox::Question;
+        case Icon::information:
+            return QMessageBox::Information;
+        case Icon::none:
+            break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+struct ButtonSet {
+    QMessageBox::StandardButtons buttons;
+    QMessageBox::StandardButton closed;  // what closing the box without a button means
+};
+
+ButtonSet box_buttons(Buttons buttons) {
+    switch (buttons) {
+        case Buttons::ok_cancel:
+            return {QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel};
+        case Buttons::yes_no:
+            return {QMessageBox::Yes | QMessageBox::No, QMessageBox::No};
+        case Buttons::yes_no_cancel:
+            return {QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Cancel};
+        case Buttons::ok:
+            break;
+    }
+    return {QMessageBox::Ok, QMessageBox::Ok};
+}
+
+Answer answer_of(QMessageBox::StandardButton button) {
+    switch (button) {
+        case QMessageBox::Cancel:
+            return Answer::cancel;
+        case QMessageBox::Yes:
+            return Answer::yes;
+        case QMessageBox::No:
+            return Answer::no;
+        default:
+            return Answer::ok;
+    }
+}
+
+}  // namespace
+
+QStringList name_filters(std::string_view filter) {
+    static const QRegularExpression patterns_in_text(QStringLiteral("\\s*\\([^)]*\\)\\s*$"));
+    const QStringList parts = from_utf8(filter).split(u'|');
+    QStringList result;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QStringList patterns = parts[i + 1].split(u';', Qt::SkipEmptyParts);
+        patterns.replaceInStrings(QStringLiteral("*.*"), QStringLiteral("*"));
+        QString text = parts[i];
+        text.remove(patterns_in_text);
+        result << QStringLiteral("%1 (%2)").arg(text, patterns.join(u' '));
+    }
+    return result;
+}
+
+QtOperator::QtOperator() : sound([] { QApplication::beep(); }) {
+    beep_timer_.setInterval(k_sound_spacing);
+    QObject::connect(&beep_timer_, &QTimer::timeout, &beep_timer_, [this] {
+        if (std::chrono::steady_clock::now() >= beep_end_)
+            beep_timer_.stop();
+        else
+            sound();
+    });
+}
+
+QtOperator::~QtOperator() {
+    if (busy_ > 0 && qApp != nullptr)
+        QApplication::restoreOverrideCursor();
+}
+
+Answer QtOperator::ask(const Message& message) {
+    const ButtonSet set = box_buttons(message.buttons);
+    if (retired_)
+        return answer_of(set.closed);
+    QMessageBox box(box_icon(message.icon), from_utf8(message.title), QString(), set.buttons, parent_);
+    box.setTextFormat(Qt::PlainText);
+    box.setText(from_utf8(message.text));
+    box.setAccessibleDescription(from_utf8(message.text));
+    if (!message.detail.empty()) {
+        box.setInformativeText(from_utf8(message.detail));
+        // The box leaves this label to guess the format; a "<" in a cause is no mark-up.
+        if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
+            label->setTextFormat(Qt::PlainText);
+    }
+    box.setEscapeButton(set.closed);
+    box.exec();
+    auto* clicked = box.clickedButton();
+    return answer_of(clicked != nullptr ? box.standardButton(clicked) : set.closed);
+}
+
+std::optional<std::string> QtOperator::input_box(std::string_view prompt) {
+    if (retired_)
+        return std::nullopt;
+    QInputDialog dialog(parent_);
+    dialog.setWindowTitle(QStringLiteral("JEX Remote Control"));
+    dialog.setInputMode(QInputDialog::TextInput);
+    dialog.setLabelText(from_utf8(prompt));
+    if (auto* field = dialog.findChild<QLineEdit*>())
+        field->setAccessibleName(from_utf8(prompt));
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return dialog.textValue().toStdString();
+}
+
+std::optional<std::string> QtOperator::choose_file(bool save, std::string_view title, std::string_view filter,
+                                                   std::string_view suggestion) {
+    if (retired_)
+        return std::nullopt;
+    QFileDialog dialog(parent_, from_utf8(title), QDir::currentPath());
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    dialog.setNameFilters(name_filters(filter));
+    if (!suggestion.empty())
+        dialog.selectFile(from_utf8(suggestion));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    return QDir::toNativeSeparators(dialog.selectedFiles().constFirst()).toStdString();
+}
+
+std::optional<std::string> QtOperator::choose_file_to_open(std::string_view title, std::string_view filter) {
+    return choose_file(false, title, filter, {});
+}
+
+std::optional<std::string> QtOperator::choose_file_to_save(std::string_view title, std::string_view filter,
+                                                           std::string_view suggestion) {
+    return choose_file(true, title, filter, suggestion);
+}
+
+void QtOperator::start_beep(std::chrono::milliseconds length) {
+    beep_end_ = std::max(beep_end_, std::chrono::steady_clock::now() + length);
+    if (beep_timer_.isActive())
+        return;
+    sound();
+    beep_timer_.start();
+}
+
+void QtOperator::set_busy_pointer(bool busy) {
+    busy_ += busy ? 1 : -1;
+    if (busy && busy_ == 1)
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    if (!busy && busy_ == 0)
+        QApplication::restoreOverrideCursor();
+    busy_ = std::max(busy_, 0);
+}
+
+void QtOperator::let_events_run() {
+    const bool outer = std::exchange(letting_events_run_, true);
+    const QPointer<QWidget> outer_box = std::exchange(box_before_, QApplication::activeModalWidget());
+    QCoreApplication::processEvents();
+    box_before_ = outer_box;
+    letting_events_run_ = outer;
+}
+
+bool QtOperator::letting_events_run() const {
+    return letting_events_run_ && QApplication::activeModalWidget() == box_before_;
+}
+
+}  // namespace ampdesk

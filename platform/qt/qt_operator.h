@@ -1,0 +1,58 @@
+// The operator as Qt shows him to the program: message boxes, input box, file dialogs, sound and
+// pointer. Boxes run their own event loop, so timers go on while one is open.
+#pragma once
+
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+#include "platform/clock.h"
+#include "platform/operator.h"
+
+namespace ampdesk {
+
+class QtOperator : public Operator {
+  public:
+    QtOperator();
+    ~QtOperator() override;
+
+    // Boxes stand in front of this window; without one they stand alone.
+    void set_parent_window(QWidget* window) { parent_ = window; }
+
+    // The program is ending: nothing is shown any more, and every question is answered as if its box
+    // had been closed.
+    void retire() { retired_ = true; }
+
+    Answer ask(const Message& message) override;
+    std::optional<std::string> input_box(std::string_view prompt) override;
+    std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view filter) override;
+    std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
+                                                   std::string_view suggestion) override;
+    void start_beep(std::chrono::milliseconds length) override;
+    void set_busy_pointer(bool busy) override;
+    void let_events_run() override;
+
+    // let_events_run is on the stack, with no box or dialog opened from inside it.
+    bool letting_events_run() const;
+
+    // One short sound; a beep is made of them.
+    std::function<void()> sound;
+
+  private:
+    std::optional<std::string> choose_file(bool save, std::string_view title, std::string_view filter,
+                                           std::string_view suggestion);
+
+    QPointer<QWidget> parent_;
+    QTimer beep_timer_;
+    Instant beep_end_{};
+    bool retired_ = false;
+    int busy_ = 0;
+    bool letting_events_run_ = false;
+    QPointer<QWidget> box_before_;  // the box that was open when let_events_run began
+};
+
+// "Text (*.ext)|*.ext|All Files (*.*)|*.*" as the file dialog takes it: one entry a filter, the
+// patterns in parentheses. "*.*" becomes "*", which also matches names without a point.
+QStringList name_filters(std::string_view filter);
+
+}  // namespace ampdesk

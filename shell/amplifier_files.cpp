@@ -1,0 +1,212 @@
+// The station's dealings with amplifier files: which checks a file passes before its control head
+// opens, in which words a failure is told, and how the files are written.
+#include <filesystem>
+#include <optional>
+
+#include "buslink/identity.h"
+#include "buslink/settings_files.h"
+#include "controlhead/screen_settings.h"
+#include "platform/numbers.h"
+#include "platform/run_time_error.h"
+#include "platform/text_file.h"
+#include "shell/station.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr std::size_t k_most_names = 100;  // the number of unit addresses
+constexpr std::string_view k_filter = "Amplifier Files (com*.dat)|com*.dat|All Files (*.*)|*.*";
+
+std::string amplifier_file_name(const std::string& number) {
+    return "com" + number + ".dat";
+}
+
+// A name as it stands in the program's folder; a full path stays as it is.
+std::string in_folder(const HeadServices& services, const std::string& name) {
+    return (std::filesystem::path(services.options.folder) / name).string();
+}
+
+std::string settings_in_use(const LineSettings& settings) {
+    return "The bus is in use on " + settings.port_name + " with " + settings_string(settings);
+}
+
+}  // namespace
+
+// What is said when a file does not pass, and whether somebody is there to be asked.
+struct Station::OpenTexts {
+    bool interactive = false;
+    std::string corrupted;
+    std::string address_used;
+    std::string port_failed;
+    std::string probe_failed;
+    std::string no_serial_number;
+    std::string no_identity;
+};
+
+void Station::auto_open_dat_files(const std::vector<std::string>& names) {
+    const unsigned closings = closings_;
+    for (std::size_t i = 0; i < std::min(names.size(), k_most_names) && closings == closings_; ++i) {
+        const std::string& name = names[i];
+        const std::string path = in_folder(services_, name);
+        if (file_exists(path))
+            open_file(path, {.interactive = false,
+                             .corrupted = "Default Settings For Serial Port Corrupted In File " + name,
+                             .address_used =
+                                 "The HPA Address In File " + name + " Is Used, Please Pick Up Another One.",
+                             .port_failed = "Serial Initialization Failed For File " + name,
+                             .probe_failed = "Serial Settings In File " + name + " Are Not Right",
+                             .no_serial_number = "Failed To Read SerialNumber For File " + name,
+                             .no_identity = "Failed To Read *IDN For File " + name});
+        else
+            services_.person.notify("Couldn't find file " + name);
+        services_.person.let_events_run();
+    }
+}
+
+void Station::open_amplifier_file() {
+    const auto path = services_.person.choose_file_to_open("Open A Amplifier File To Read", k_filter);
+    if (!path)
+        return;
+    open_file(*path, {.interactive = true,
+                      .corrupted = "Default settings for serial port corrupted",
+                      .address_used = "The HPA Address Is Used, Please Pick Up Another One.",
+                      .port_failed = "Serial Initialization Failed",
+                      .probe_failed = "Serial Settings Are Probably Not Right, Select Settings Again When "
+                                      "Not Communicating",
+                      .no_serial_number = {},
+                      .no_identity = {}});
+}
+
+void Station::open_file(const std::string& path, const OpenTexts& texts) {
+    std::optional<Rs485File> file;
+    const std::string unreadable = failure_of([&] { file = read_rs485(path); });
+    const auto address = file ? unit_address(*file) : std::nullopt;
+    if (!address) {
+        const std::string cause = file ? "\"" + file->address + "\" is no address from 0 to 99" : unreadable;
+        return services_.person.notify(texts.corrupted, cause);
+    }
+    if (address_in_use(*address))
+        return services_.person.notify(texts.address_used);
+
+    BusLink& bus = services_.bus;
+    const auto before = bus.bus_link_on() ? std::optional(bus.settings()) : std::nullopt;
+    const unsigned closings = closings_;
+    if (open_line(*file, texts)) {
+        const auto found = identify(*address, texts);
+        if (found && closings == closings_)
+            new_amplifier_window(static_cast<std::int16_t>(*address), found->number, found->model,
+                                 texts.interactive);
+    }
+    if (open_count() == 0)
+        restore_line(before);
+}
+
+// The bus is one line: while heads are open on it, a file has to agree with its settings.
+bool Station::open_line(const Rs485File& file, const OpenTexts& texts) {
+    BusLink& bus = services_.bus;
+    const auto wanted = line_settings(file);
+    if (!wanted) {
+        services_.person.notify(texts.port_failed, "The file holds no baud code from 0 to 7");
+        return false;
+    }
+    if (open_count() > 0 && bus.bus_link_on()) {
+        const LineSettings& used = bus.settings();
+        const bool agrees =
+            port_number(wanted->port_name) == port_number(used.port_name) && wanted->baud == used.baud;
+        if (!agrees)
+            services_.person.notify(texts.port_failed, settings_in_use(used));
+        return agrees;
+    }
+    if (bus.open_bus_port(*wanted) == 0)
+        return true;
+    services_.person.notify(texts.port_failed, bus.open_failure());
+    return false;
+}
+
+// No head came of it: the line goes back to whom it served before.
+void Station::restore_line(const std::optional<LineSettings>& before) {
+    BusLink& bus = services_.bus;
+    if (!before)
+        bus.close_bus_port();
+    else if (!bus.bus_link_on() || *before != bus.settings())
+        bus.open_bus_port(*before);
+}
+
+// Who answers at that address. Nothing when nobody does or the operator gives up; that was told.
+std::optional<Station::Identity> Station::identify(int address, const OpenTexts& texts) {
+    Operator& person = services_.person;
+    BusLink& bus = services_.bus;
+    const auto give_up = [&](const std::string& text, const std::string& cause = {}) {
+        person.notify(text, cause);
+        return std::nullopt;
+    };
+    bus.bus_address = static_cast<std::int16_t>(address);
+    if (bus.probe_link() != 0)
+        return give_up(texts.probe_failed);
+
+    std::string serial_number = read_serial_number(bus, address);
+    if (serial_number.empty() && !texts.interactive)
+        return give_up(texts.no_serial_number);
+    if (serial_number.empty())
+        serial_number = trimmed(person.input_box("Input amplifier serial number:").value_or(""));
+    if (serial_number.empty())
+        return std::nullopt;
+    Identity found;
+    const std::string failure = failure_of([&] { found.number = amplifier_number(serial_number); });
+    if (!failure.empty())
+        return give_up(texts.interactive ? failure : texts.no_serial_number,
+                       "Serial number " + serial_number + " is too large");
+
+    const auto model = read_model(bus, address);
+    if (!model && !texts.interactive)
+        return give_up(texts.no_identity);
+    found.model = model ? *model : ask_band ? ask_band() : std::string();
+    if (!model && ask_band && found.model.empty())
+        return std::nullopt;
+    return found;
+}
+
+void Station::add_amplifier(std::int16_t unit_address, const std::string& number, const std::string& model) {
+    const std::string name = amplifier_file_name(number);
+    tell_failure(name, [&] {
+        if (!file_exists(in_folder(services_, name)))
+            copy_file_bytes(in_folder(services_, "rs485.dat"), in_folder(services_, name));
+    });
+    new_amplifier_window(unit_address, number, model, true);
+}
+
+// True when the action came to its end.
+bool Station::tell_failure(const std::string& file, const std::function<void()>& action) {
+    const std::string failure = failure_of(action);
+    if (!failure.empty())
+        services_.person.notify(failure, file);
+    return failure.empty();
+}
+
+void Station::write_amplifier_file(const ControlHead& head, const std::string& path) {
+    const LineSettings& used = services_.bus.settings();
+    write_rs485(path, {.port_name = used.port_name,
+                       .baud_code = code_of_baud(used.baud).value_or(Rs485File{}.baud_code),
+                       .address = std::to_string(head.identity().unit_address)});
+}
+
+void Station::save(const ControlHead& head) {
+    const std::string& number = head.identity().number;
+    const std::string name = amplifier_file_name(number);
+    tell_failure(name, [&] { write_amplifier_file(head, in_folder(services_, name)); });
+    tell_failure(screen_settings_name(number), [&] { head.save_screen_settings(); });
+}
+
+void Station::save_as(const ControlHead& head) {
+    const auto path = services_.person.choose_file_to_save("Save Amplifier File As", k_filter,
+                                                           amplifier_file_name(head.identity().number));
+    if (path)
+        tell_failure(*path, [&] { write_amplifier_file(head, *path); });
+}
+
+void Station::save_all() {
+    for (const auto& head : open_heads()) save(*head);
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,164 @@
+// The program: settles folder, lock and configuration, and wires the serial port or the simulated
+// bus, the station and the main window together. Nothing else knows which port it is.
+#include <QApplication>
+#include <QDir>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <iostream>
+
+#include "demo/demonstration.h"
+#include "demo/sim_port.h"
+#include "platform/posix/posix_serial_port.h"
+#include "platform/posix/system_clock.h"
+#include "platform/qt/qt_operator.h"
+#include "platform/qt/text.h"
+#include "platform/run_time_error.h"
+#include "shell/command_line.h"
+#include "shell/site_configuration.h"
+#include "shell/station.h"
+#include "shell/ui/MDIForm1.h"
+#include "shell/ui/program_icon.h"
+#include "shell/ui/start_up.h"
+
+using namespace ampdesk;
+
+namespace {
+
+constexpr int k_failed = 1;
+constexpr int k_bad_arguments = 2;
+
+BusOptions bus_options(const SiteConfiguration& site, const CommandLine& line) {
+    BusOptions options;
+    options.crc = site.crc;
+    options.reply_address_checked = site.reply_address_checked;
+    for (const auto& [number, device] : site.ports) options.ports.set(number, device);
+    for (const auto& [number, device] : line.ports) options.ports.set(number, device);
+    return options;
+}
+
+HeadOptions head_options(const SiteConfiguration& site) {
+    HeadOptions options;
+    const QString beside = QCoreApplication::applicationDirPath();
+    options.shipped_folder =
+        shipped_folder({beside + QStringLiteral("/../share/ampdesk"), QStringLiteral(AMPDESK_DATA_DIR)});
+    options.negative_words_signed = site.negative_words_signed;
+    options.model_capabilities.insert(site.models.begin(), site.models.end());
+    options.identity_patterns = site.identity_patterns;
+    return options;
+}
+
+// The bus port of this run: the real line, or the simulated bus with its amplifiers.
+class BusPort {
+  public:
+    BusPort(Clock& clock, const SiteConfiguration& site, std::optional<int> demo_amplifiers)
+        : bus_(clock, {}, site.crc) {
+        if (demo_amplifiers) {
+            add_demonstration(bus_, *demo_amplifiers);
+            port_ = std::make_unique<demo::SimPort>(bus_, clock);
+        } else {
+            port_ = std::make_unique<PosixSerialPort>(clock);
+        }
+    }
+    SerialPort& port() { return *port_; }
+
+  private:
+    demo::SimBus bus_;
+    std::unique_ptr<SerialPort> port_;
+};
+
+// Runs in the program's folder, which is the current one and is this process's alone.
+int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signals, bool locked) {
+    SystemClock clock;
+    const SiteConfigurationReport site = read_site_configuration("ampdesk.ini");
+    BusPort bus_port(clock, site.values, line.demo);
+    BusLink bus(bus_port.port(), clock, person, bus_options(site.values, line));
+    HeadServices services{bus, clock, person, head_options(site.values)};
+    Station station(services);
+
+    MDIForm1Options options;
+    options.version = AMPDESK_VERSION;
+    options.demonstration = line.demo.has_value();
+    options.gauge = {site.values.gauge_minimum, site.values.gauge_maximum};
+    options.amplifier_files = line.amplifier_files;
+    MDIForm1 form(station, bus, person, options);
+    person.set_parent_window(&form);
+    form.show();
+    signals.listen();
+
+    // Boxes belong inside the event loop, where a signal to quit closes them.
+    QTimer::singleShot(0, &form, [&] {
+        if (!locked)
+            person.notify("The program's folder cannot be written",
+                          QDir::currentPath().toStdString() + ": settings will not be kept");
+        std::string warnings;
+        for (const std::string& warning : site.warnings) warnings += (warnings.empty() ? "" : "\n") + warning;
+        if (!warnings.empty())
+            person.notify("Some settings of ampdesk.ini are not understood; their defaults are used",
+                          warnings);
+        form.load();
+    });
+    const int result = QApplication::exec();
+    person.retire();
+    form.shut_down();
+    return result;
+}
+
+int run_in(const QString& folder, const CommandLine& line, QtOperator& person, QuitSignals& signals) {
+    if (!enter_folder(folder)) {
+        person.notify("The program's folder cannot be used", folder.toStdString());
+        return k_failed;
+    }
+    InstanceLock lock(folder);
+    const InstanceLock::Result taken = lock.take();
+    if (taken == InstanceLock::Result::other_instance) {
+        person.notify("This program is already running");
+        return k_failed;
+    }
+    return run_station(line, person, signals, taken == InstanceLock::Result::taken);
+}
+
+int run_demonstration(CommandLine line, QtOperator& person, QuitSignals& signals) {
+    const QTemporaryDir folder;
+    if (!folder.isValid()) {
+        person.notify("The program's folder cannot be used", folder.errorString().toStdString());
+        return k_failed;
+    }
+    try {
+        line.amplifier_files = demo::write_demonstration_files(folder.path().toStdString(), *line.demo);
+    } catch (const RunTimeError& error) {
+        person.notify(error.what(), folder.path().toStdString());
+        return k_failed;
+    }
+    const int result = run_in(folder.path(), line, person, signals);
+    QDir::setCurrent(QDir::rootPath());
+    return result;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CommandLine line = parse_command_line(std::vector<std::string>(argv + 1, argv + argc));
+    if (!line.error.empty()) {
+        std::cerr << "ampdesk: " << line.error << "\n";
+        return k_bad_arguments;
+    }
+    if (line.help || line.version) {
+        std::cout << (line.help ? usage_text() : "ampdesk " AMPDESK_VERSION "\n");
+        return 0;
+    }
+
+    QuitSignals signals;
+    int own_arguments = 1;  // the rest has been read above
+    const QApplication application(own_arguments, argv);
+    QApplication::setApplicationName(QStringLiteral("ampdesk"));
+    QApplication::setWindowIcon(program_icon());
+    QApplication::setApplicationVersion(QStringLiteral(AMPDESK_VERSION));
+
+    QtOperator person;
+    if (line.demo)
+        return run_demonstration(line, person, signals);
+    return run_in(program_folder(line.folder, QCoreApplication::applicationDirPath(),
+                                 QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)),
+                  line, person, signals);
+}

@@ -1,0 +1,269 @@
+#include "shell/ui/MDIForm1.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFontDatabase>
+#include <QProxyStyle>
+#include <QScreen>
+#include <QStatusBar>
+#include <algorithm>
+
+#include "platform/qt/text.h"
+#include "platform/run_time_error.h"
+#include "platform/text_file.h"
+#include "shell/ampdesk_file.h"
+#include "shell/ui/arrange.h"
+
+namespace ampdesk {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+// A visit that opens a message box does not return for a while; the next call comes all the same.
+constexpr milliseconds k_poll_again{250};
+constexpr QSize k_natural_size(1300, 860);  // room for four control heads
+constexpr int k_terminal_height = 96;
+
+// An icon has room for the whole caption, as its number is at the end.
+class IconStyle : public QProxyStyle {
+  public:
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override {
+        const int width = QProxyStyle::pixelMetric(metric, option, widget);
+        return metric == PM_MdiSubWindowMinimizedWidth ? std::max(width, 250) : width;
+    }
+};
+
+}  // namespace
+
+MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1Options options)
+    : station_(station),
+      bus_(bus),
+      person_(person),
+      options_(std::move(options)),
+      icon_style_(new IconStyle) {
+    setObjectName(QStringLiteral("MDIForm1"));
+    setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
+                                          : QStringLiteral("JEX Remote Control"));
+    build_centre();
+    build_menu();
+    resize(k_natural_size.boundedTo(screen()->availableSize() * 0.94));
+
+    keys_ = new HeadKeys(this, [this] { return keyboard_target(); });
+    connect(area_, &QMdiArea::subWindowActivated, keys_, &HeadKeys::follow);
+    connect(qApp, &QApplication::focusChanged, keys_, &HeadKeys::follow);
+
+    poll_timer_.setSingleShot(true);
+    connect(&poll_timer_, &QTimer::timeout, this, &MDIForm1::poll);
+    TimerFileAutoOpen_.setSingleShot(true);
+    connect(&TimerFileAutoOpen_, &QTimer::timeout, this, &MDIForm1::TimerFileAutoOpen_Timer);
+
+    station_.on_window_created = [this](const std::shared_ptr<ControlHead>& head) { window_created(head); };
+    station_.on_window_closed = [this](ControlHead& head) { window_closed(head); };
+    bus_.port().on_connection_change = [this](bool connected) {
+        show_status(from_utf8(bus_.settings().port_name) +
+                    (connected ? QStringLiteral(" connected again")
+                               : QStringLiteral(" connection lost, trying again")));
+    };
+}
+
+MDIForm1::~MDIForm1() {
+    disconnect(qApp, nullptr, keys_, nullptr);
+    station_.on_window_created = nullptr;
+    station_.on_window_closed = nullptr;
+    bus_.port().on_connection_change = nullptr;
+}
+
+void MDIForm1::build_centre() {
+    auto* divider = new QSplitter(Qt::Vertical, this);
+    area_ = new QMdiArea(divider);
+    area_->setObjectName(QStringLiteral("MdiArea"));
+    area_->setBackground(QColor(0x3E, 0x43, 0x48));
+    area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    area_->setActivationOrder(QMdiArea::ActivationHistoryOrder);
+
+    Term_ = new QPlainTextEdit(divider);
+    Term_->setObjectName(QStringLiteral("Term"));
+    Term_->setAccessibleName(QStringLiteral("Terminal"));
+    Term_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    QPalette screen_colours = Term_->palette();
+    screen_colours.setColor(QPalette::Base, QColor(0x1E, 0x20, 0x22));
+    screen_colours.setColor(QPalette::Text, QColor(0xE2, 0xE4, 0xE0));
+    Term_->setPalette(screen_colours);
+    divider->setStretchFactor(0, 1);
+    divider->setCollapsible(0, false);
+    divider->setSizes({k_natural_size.height(), k_terminal_height});
+    setCentralWidget(divider);
+
+    status_ = new QLabel(this);
+    status_->setObjectName(QStringLiteral("StatusLabel"));
+    status_->setAccessibleDescription(QStringLiteral("Status"));
+    status_->setTextFormat(Qt::PlainText);
+    statusBar()->addWidget(status_, 1);
+
+    // The way of the keyboard between the terminal, which takes every other key, and the heads.
+    auto* change_over = new QShortcut(QKeySequence(Qt::Key_F6), this);
+    connect(change_over, &QShortcut::activated, this, [this] {
+        frmMachine* machine = active_machine();
+        if (Term_->hasFocus() && machine != nullptr)
+            machine->setFocus();
+        else
+            Term_->setFocus();
+    });
+}
+
+void MDIForm1::build_menu() {
+    MenuHandlers handlers;
+    handlers.mnuMachineItem_Click = [this](int index) { mnuMachineItem_Click(index); };
+    handlers.mnuWinItem_Click = [this](int index) { mnuWinItem_Click(index); };
+    handlers.mnuHelpItem_Click = [this](int index) { mnuHelpItem_Click(index); };
+    menu_ = std::make_unique<MainMenu>(*menuBar(), handlers);
+}
+
+void MDIForm1::load() {
+    try {
+        if (file_exists("ampdesk.dat"))
+            terminal_port_ = read_terminal_port("ampdesk.dat");
+    } catch (const RunTimeError& error) {
+        person_.notify(error.what(), "ampdesk.dat");
+        return;
+    }
+    TimerFileAutoOpen_.start(0);
+}
+
+void MDIForm1::TimerFileAutoOpen_Timer() {
+    station_.auto_open_dat_files(options_.amplifier_files);
+}
+
+frmMachine* MDIForm1::active_machine() const {
+    const QMdiSubWindow* current = area_->currentSubWindow();
+    auto* machine = current != nullptr ? qobject_cast<frmMachine*>(current->widget()) : nullptr;
+    return machine != nullptr && machine->head() ? machine : nullptr;
+}
+
+frmMachine* MDIForm1::keyboard_target() const {
+    const bool hidden = area_->currentSubWindow() != nullptr && area_->currentSubWindow()->isMinimized();
+    return hidden || Term_->hasFocus() ? nullptr : active_machine();
+}
+
+void MDIForm1::window_created(const std::shared_ptr<ControlHead>& head) {
+    auto* machine = new frmMachine(head, options_.gauge);
+    machine->on_close = [this](const ControlHead& closing) {
+        station_.close_window(closing.identity().slot);
+    };
+    connect(&machine->panel_view(), &PanelView::scroll_shown, keys_, &HeadKeys::follow);
+    QMdiSubWindow* window = area_->addSubWindow(machine);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->setStyle(icon_style_.get());
+    connect(window, &QMdiSubWindow::windowStateChanged, keys_, &HeadKeys::follow);
+    machines_.push_back(machine);
+    window->show();
+    machine->setFocus();
+    follow_amplifiers();
+    if (!poll_timer_.isActive())
+        poll_timer_.start(0);
+}
+
+void MDIForm1::window_closed(const ControlHead& head) {
+    const auto found = std::find_if(machines_.begin(), machines_.end(), [&](const frmMachine* machine) {
+        return machine->head().get() == &head;
+    });
+    if (found == machines_.end())
+        return;
+    frmMachine* machine = *found;
+    machines_.erase(found);
+    machine->let_go();
+    if (!machine->closing())
+        machine->parentWidget()->close();
+    follow_amplifiers();
+}
+
+void MDIForm1::follow_amplifiers() {
+    menu_->set_amplifier_open(!machines_.empty());
+    keys_->follow();
+}
+
+void MDIForm1::poll() {
+    poll_timer_.start(k_poll_again);
+    if (person_.letting_events_run())
+        return;
+    const Duration wait = station_.poll_windows();
+    if (machines_.empty())
+        poll_timer_.stop();
+    else
+        poll_timer_.start(std::chrono::ceil<milliseconds>(wait));
+}
+
+void MDIForm1::shut_down() {
+    TimerFileAutoOpen_.stop();
+    station_.close_all();
+}
+
+void MDIForm1::closeEvent(QCloseEvent* event) {
+    shut_down();
+    event->accept();
+}
+
+void MDIForm1::show_status(const QString& text) {
+    status_->setText(text);
+}
+
+void MDIForm1::mnuMachineItem_Click(int index) {
+    const frmMachine* machine = active_machine();
+    const auto head = machine != nullptr ? machine->head() : nullptr;
+    switch (index) {
+        case 1:
+            station_.open_amplifier_file();
+            break;
+        case 2:
+            if (head)
+                station_.close_window(head->identity().slot);
+            break;
+        case 4:
+            if (head)
+                station_.save(*head);
+            break;
+        case 5:
+            if (head)
+                station_.save_as(*head);
+            break;
+        case 6:
+            station_.save_all();
+            break;
+        case 8:
+            close();
+            break;
+        default:
+            break;
+    }
+}
+
+void MDIForm1::mnuWinItem_Click(int index) {
+    if (index == 5) {
+        station_.close_all();
+        return;
+    }
+    constexpr Arrangement k_order[] = {Arrangement::tile_horizontally, Arrangement::tile_vertically,
+                                       Arrangement::cascade, Arrangement::icons};
+    QList<QMdiSubWindow*> windows;
+    for (const frmMachine* machine : machines_)
+        windows << qobject_cast<QMdiSubWindow*>(machine->parentWidget());
+    if (index >= 0 && index < 4)
+        arrange(*area_, windows, k_order[index]);
+}
+
+void MDIForm1::mnuHelpItem_Click(int index) {
+    if (index == 4)
+        About();
+}
+
+void MDIForm1::About() {
+    Message message;
+    message.text = "JEX REMOTE CONTROL PROGRAM\nVersion: " + options_.version + "\nMay 14, 2008";
+    message.icon = Icon::information;
+    message.title = "About";
+    person_.ask(message);
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,90 @@
+// The main window: menus, the area of the amplifier windows, the terminal's text box and the status
+// label. It drives the polling loop from the event loop.
+#pragma once
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QPlainTextEdit>
+#include <QSplitter>
+#include <QStyle>
+#include <QTimer>
+#include <string>
+#include <vector>
+
+#include "controlhead/ui/frmMachine.h"
+#include "platform/qt/qt_operator.h"
+#include "shell/station.h"
+#include "shell/ui/head_keys.h"
+#include "shell/ui/main_menu.h"
+
+namespace ampdesk {
+
+struct MDIForm1Options {
+    std::string version;  // major.minor.revision
+    bool demonstration = false;
+    GaugeRange gauge;
+    std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
+};
+
+class MDIForm1 : public QMainWindow {
+    Q_OBJECT
+
+  public:
+    // The references stay valid as long as the window. The station's and the bus port's callbacks
+    // are taken by it until its end.
+    MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1Options options);
+    ~MDIForm1() override;
+
+    // Second part of loading, with the window shown: "ampdesk.dat", then the start-up timer. A
+    // settings file that is none is told and leaves the timer off.
+    void load();
+
+    // Ends polling and closes the amplifiers, as closing the window does.
+    void shut_down();
+
+    void mnuMachineItem_Click(int index);
+    void mnuWinItem_Click(int index);
+    void mnuHelpItem_Click(int index);
+
+    // The control head that keys and menu items mean: that of the current sub-window.
+    frmMachine* active_machine() const;
+
+    void show_status(const QString& text);
+
+    // COM port 1..4 that "ampdesk.dat" keeps for the terminal; nothing when it names none.
+    std::optional<int> terminal_port() const { return terminal_port_; }
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    void build_centre();
+    void build_menu();
+    frmMachine* keyboard_target() const;
+    void window_created(const std::shared_ptr<ControlHead>& head);
+    void window_closed(const ControlHead& head);
+    void follow_amplifiers();
+    void poll();
+    void TimerFileAutoOpen_Timer();
+    void About();
+
+    Station& station_;
+    BusLink& bus_;
+    QtOperator& person_;
+    MDIForm1Options options_;
+    std::optional<int> terminal_port_;
+    std::unique_ptr<QStyle> icon_style_;
+
+    QMdiArea* area_ = nullptr;
+    QPlainTextEdit* Term_ = nullptr;
+    QLabel* status_ = nullptr;
+    std::unique_ptr<MainMenu> menu_;
+    HeadKeys* keys_ = nullptr;
+    std::vector<frmMachine*> machines_;  // in the order in which they were opened
+    QTimer poll_timer_;
+    QTimer TimerFileAutoOpen_;
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,152 @@
+#include "shell/ui/main_menu.h"
+
+#include <QMenu>
+#include <algorithm>
+#include <string_view>
+
+namespace ampdesk {
+
+namespace {
+
+enum class Live {
+    always,
+    with_amplifier,
+    not_yet,  // the function behind it is not part of this version
+};
+
+struct Item {
+    const char* caption;  // "-" is a separator
+    Live live = Live::always;
+    const char* sub_array = nullptr;  // the menu array of a submenu
+};
+
+struct Array {
+    const char* name;     // object names are name(0), name(1) …
+    const char* menu;     // object name of a menu in the bar, nothing for a submenu
+    const char* caption;  // of the menu
+    std::function<void(int)> MenuHandlers::*click;
+    std::vector<Item> items;
+};
+
+const std::vector<Array>& menu_tree() {
+    using enum Live;
+    static const std::vector<Array> tree = {
+        {"mnuMachineItem",
+         "mnuMachine",
+         "&Amplifier",
+         &MenuHandlers::mnuMachineItem_Click,
+         {{"&New", not_yet},
+          {"&Open"},
+          {"&Close", with_amplifier},
+          {"-"},
+          {"&Save", with_amplifier},
+          {"Save &As", with_amplifier},
+          {"Sa&ve All", with_amplifier},
+          {"-"},
+          {"E&xit"}}},
+        {"mnuModemItem",
+         "mnuModem",
+         "Mo&dem",
+         &MenuHandlers::mnuModemItem_Click,
+         {{"&Auto Answer", not_yet},
+          {"-"},
+          {"&Settings", not_yet},
+          {"&Options", not_yet, "mnuModemOpt"},
+          {"-"},
+          {"Sen&d File", not_yet},
+          {"&Receive File", not_yet},
+          {"-"},
+          {"&Hang Up Phone", not_yet}}},
+        {"mnuToolsItem",
+         "mnuTools",
+         "&Tools",
+         &MenuHandlers::mnuToolsItem_Click,
+         {{"&Amplifier Setup", with_amplifier, "mnuToolsScreen"},
+          {"-"},
+          {"&Setup_422", not_yet},
+          {"&Interactive_422", not_yet},
+          {"nv&Ram Transfer", not_yet, "mnuToolsSram"}}},
+        {"mnuWinItem",
+         "mnuWin",
+         "&Window",
+         &MenuHandlers::mnuWinItem_Click,
+         {{"Tile &Horizontally", with_amplifier},
+          {"&Tile Vertically", with_amplifier},
+          {"&Cascade", with_amplifier},
+          {"Arrange &Icons", with_amplifier},
+          {"-"},
+          {"&Close All", with_amplifier}}},
+        {"mnuHelpItem",
+         "mnuHelp",
+         "&Help",
+         &MenuHandlers::mnuHelpItem_Click,
+         {{"&Contents", not_yet}, {"&Index", not_yet}, {"&Search For Help On", not_yet}, {"-"}, {"&About"}}},
+        {"mnuModemOpt",
+         nullptr,
+         nullptr,
+         &MenuHandlers::mnuModemOpt_Click,
+         {{"&Volume", not_yet},
+          {"&Open_log", not_yet},
+          {"&Close_Log", not_yet},
+          {"&Show Debug", not_yet},
+          {"-"},
+          {"&Null Modem Test", not_yet}}},
+        {"mnuToolsScreen",
+         nullptr,
+         nullptr,
+         &MenuHandlers::mnuToolsScreen_Click,
+         {{"&Screen Settings", not_yet}, {"Make A &Fault", not_yet}}},
+        {"mnuToolsSram",
+         nullptr,
+         nullptr,
+         &MenuHandlers::mnuToolsSram_Click,
+         {{"&Read nvRam", not_yet}, {"&Set nvRam", not_yet}}},
+    };
+    return tree;
+}
+
+const Array& array_named(std::string_view name) {
+    const auto& tree = menu_tree();
+    return *std::find_if(tree.begin(), tree.end(), [&](const Array& array) { return array.name == name; });
+}
+
+void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, std::vector<QAction*>& needing) {
+    for (int i = 0; i < static_cast<int>(array.items.size()); ++i) {
+        const Item& item = array.items[static_cast<std::size_t>(i)];
+        QAction* action = nullptr;
+        if (std::string_view(item.caption) == "-") {
+            action = menu.addSeparator();
+        } else if (item.sub_array != nullptr) {
+            QMenu* sub_menu = menu.addMenu(QLatin1String(item.caption));
+            fill(*sub_menu, array_named(item.sub_array), handlers, needing);
+            action = sub_menu->menuAction();
+        } else {
+            action = menu.addAction(QLatin1String(item.caption));
+            if (const auto& click = handlers.*array.click)
+                QObject::connect(action, &QAction::triggered, &menu, [click, i] { click(i); });
+        }
+        action->setObjectName(QStringLiteral("%1(%2)").arg(QLatin1String(array.name)).arg(i));
+        action->setMenuRole(QAction::NoRole);
+        action->setEnabled(item.live == Live::always);
+        if (item.live == Live::with_amplifier)
+            needing.push_back(action);
+    }
+}
+
+}  // namespace
+
+MainMenu::MainMenu(QMenuBar& bar, const MenuHandlers& handlers) {
+    for (const Array& array : menu_tree()) {
+        if (array.menu == nullptr)
+            continue;
+        QMenu* menu = bar.addMenu(QLatin1String(array.caption));
+        menu->setObjectName(QLatin1String(array.menu));
+        fill(*menu, array, handlers, needing_amplifier_);
+    }
+}
+
+void MainMenu::set_amplifier_open(bool open) {
+    for (QAction* action : needing_amplifier_) action->setEnabled(open);
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,72 @@
+#include "shell/ui/start_up.h"
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QSocketNotifier>
+#include <csignal>
+
+#include "platform/qt/text.h"
+
+namespace ampdesk {
+
+QString program_folder(const std::string& asked_for, const QString& executable_folder,
+                       const QString& user_data_folder) {
+    if (!asked_for.empty())
+        return QDir(from_utf8(asked_for)).absolutePath();
+    const QDir own(executable_folder);
+    const bool in_use = own.exists(QStringLiteral("rs485.dat")) || own.exists(QStringLiteral("ampdesk.dat"));
+    return in_use && QFileInfo(executable_folder).isWritable() ? own.absolutePath() : user_data_folder;
+}
+
+bool enter_folder(const QString& folder) {
+    return QDir().mkpath(folder) && QDir::setCurrent(folder);
+}
+
+std::string shipped_folder(const QStringList& candidates) {
+    for (const QString& candidate : candidates)
+        if (QFileInfo::exists(candidate + QStringLiteral("/mhelp.txt")))
+            return QDir(candidate).absolutePath().toStdString();
+    return ".";
+}
+
+InstanceLock::InstanceLock(const QString& folder) : file_(folder + QStringLiteral("/ampdesk.lock")) {
+    file_.setStaleLockTime(0);  // age alone frees nothing: the program is left open for months
+}
+
+InstanceLock::Result InstanceLock::take() {
+    if (file_.tryLock(0))
+        return Result::taken;
+    return file_.error() == QLockFile::LockFailedError ? Result::other_instance : Result::impossible;
+}
+
+QuitSignals::QuitSignals() {
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&ending, signal);
+    if (pthread_sigmask(SIG_BLOCK, &ending, nullptr) == 0)
+        descriptor_ = signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+QuitSignals::~QuitSignals() {
+    notifier_.reset();
+    if (descriptor_ >= 0)
+        close(descriptor_);
+}
+
+void QuitSignals::listen() {
+    if (descriptor_ < 0)
+        return;
+    notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
+    connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
+        signalfd_siginfo info{};
+        while (read(descriptor_, &info, sizeof info) > 0) {
+        }
+        QCoreApplication::exit(0);
+    });
+}
+
+}  // namespace ampdesk

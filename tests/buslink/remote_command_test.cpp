@@ -1,0 +1,144 @@
+// Command lines from a remote station: which bytes they put on the bus and what is answered.
+#include <gtest/gtest.h>
+
+#include "buslink/remote_command.h"
+#include "buslink/wire/text_frame.h"
+#include "tests/support/hex_bytes.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scripted_port.h"
+
+namespace ampdesk {
+namespace {
+
+constexpr const char* k_no_response =
+    "No response from amplifier, check 422/485 connection to the amplifier\r\n";
+constexpr const char* k_wrong = "No message from amplifier, wrong command\r\n";
+const std::string k_ask_status_5 = "01 05 06 52 44 53 54 41 54 37 29";
+const std::string k_text_rfon_5 = "02 3E 30 35 20 52 46 4F 4E 03 30 31 0D";
+
+struct Line {
+    ManualClock clock;
+    ScriptedPort port{clock};
+    RecordingOperator person;
+    BusLink bus{port, clock, person};
+    std::string output;
+};
+
+// Every path and text. "~" stands for the status command marker.
+TEST(RemoteCommand, SendsAndAnswers) {
+    const struct {
+        const char* fault;
+        std::string line;
+        std::vector<std::string> frames;
+        std::string output;
+        bool answered = false;  // the last frame gets a good reply
+        bool open = true;
+    } table[] = {
+        {"a good reply is answered by the words of a failure",
+         ">05,RDSTAT",
+         {k_ask_status_5},
+         k_no_response,
+         true},
+        {"no reply is answered by an empty line", ">05,RDSTAT", {k_ask_status_5}, "\r\n"},
+        {"blanks around the command", "noise >  5 ,  RDSTAT  ", {k_ask_status_5}, "\r\n"},
+        {"the address is rounded", ">4.6,RDSTAT", {k_ask_status_5}, "\r\n"},
+        {"a second comma belongs to the command", ">5,A,B", {"01 05 03 41 2C 42 01 70"}, "\r\n"},
+        {"no comma", ">05 RDSTAT", {}, k_wrong},
+        {"the comma stands before the address", "1,>05 RDSTAT", {}, k_wrong},
+        {"no address at all", "05,RDSTAT", {}, k_wrong},
+        {"an address that would wrap to 5", ">105,RDSTAT", {}, k_wrong},
+        {"an address that would wrap to 5 in a byte", ">261,RDSTAT", {}, k_wrong},
+        {"a negative address", ">-95,RDSTAT", {}, k_wrong},
+        {"an address that rounds to 100", ">99.6,RDSTAT", {}, k_wrong},
+        {"an address that no integer holds", ">1e300,RDSTAT", {}, k_wrong},
+        {"link switched off", ">05,RDSTAT", {}, "", false, false},
+        {"link switched off, no comma", ">05 RDSTAT", {}, k_wrong, false, false},
+        {"text frame, then status", "~>05,RFON", {k_text_rfon_5, k_ask_status_5}, "\r\n"},
+        {"text frame, then status, answered",
+         "~>05,RFON",
+         {k_text_rfon_5, k_ask_status_5},
+         k_no_response,
+         true},
+        {"text frame to nobody", "~>205,RFON", {}, k_wrong},
+        {"text frame, link switched off", "~>05,RFON", {}, "", false, false},
+        {"a text that no checksum holds", "~>5," + std::string(300, '~'), {}, "Overflow\r\n"},
+        {"port marker without RS422", "\x02\x02>05,RDSTAT", {}, ""},
+    };
+    for (auto row : table) {
+        SCOPED_TRACE(row.fault);
+        Line line;
+        if (row.open)
+            line.bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+        if (row.line.front() == '~')
+            row.line.replace(0, 1, "\x03\x03");
+        if (row.answered) {
+            line.port.silence(static_cast<int>(row.frames.size()) - 1);
+            line.port.answer(hex_bytes("06 05 04 52 44 4F 4B B3 3F"));
+        }
+        RemoteCommands commands(line.bus, [&](std::string_view text) { line.output += text; });
+        commands.commCommandProc(row.line);
+        std::vector<std::string> frames;
+        for (const std::string& frame : line.port.written) frames.push_back(to_hex(frame));
+        EXPECT_EQ(frames, row.frames);
+        EXPECT_EQ(line.output, row.output);
+        EXPECT_EQ(commands.last_bus_result, row.answered ? 9 : 0);
+    }
+}
+
+// The amplifier gets no time to carry out the text command before it is asked for its status.
+TEST(RemoteCommand, PausesBehindTheTextFrame) {
+    Line line;
+    line.bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+    std::vector<Instant> sent;
+    line.port.responder = [&](const std::string&) {
+        sent.push_back(line.clock.now());
+        return ScriptedPort::Answer{};
+    };
+    RemoteCommands commands(line.bus, {});
+    commands.commCommandProc("\x03\x03>07,RFON");
+    ASSERT_EQ(sent.size(), 2U);
+    EXPECT_GE(sent[1] - sent[0], std::chrono::milliseconds(200));
+    EXPECT_LE(sent[1] - sent[0], std::chrono::milliseconds(250));
+    EXPECT_EQ(commands.terminal_address, 7);
+}
+
+// The port is opened with the file's own values, and every failure is told to the remote station
+// although the port is closed then.
+TEST(RemoteCommand, OpensThePortFromItsFile) {
+    const std::string data = TEST_DATA;
+    const PortSettings good{
+        .device = "/dev/ttyS0", .baud = 19200, .parity = 'o', .data_bits = 7, .stop_bits = 2};
+    const struct {
+        const char* fault;
+        std::string folder;
+        bool port_there;
+        std::string output;
+        std::int16_t initialised;
+    } table[] = {
+        {"good", data + "/rs422/good", true, "", 1},
+        {"no device", data + "/rs422/good", false, "Serial Initialization Failed\r\n", 0},
+        {"no file", data + "/rs422", true, "No default settings for serial port\r\n", 0},
+        {"wrong title", data + "/rs422/title", true, "Default settings for serial port corrupted\r\n", 0},
+        {"baud code 8", data + "/rs422/baud", true, "Serial Initialization Failed\r\n", 0},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.fault);
+        Line line;
+        if (!row.port_there)
+            line.port.open_result = {PortError::not_found, "COM1: is not there"};
+        RemoteCommands commands(
+            line.bus, [&](std::string_view text) { line.output += text; }, row.folder);
+        commands.serial_initialised = 1;
+        commands.commCommandProc("\x02\x02RS422");
+        EXPECT_EQ(line.output, row.output);
+        EXPECT_EQ(commands.serial_initialised, row.initialised);
+        EXPECT_EQ(commands.bus_mode, 9);
+        EXPECT_EQ(line.bus.bus_link_on(), row.initialised == 1);
+        if (row.initialised == 1) {
+            EXPECT_EQ(line.port.opened, std::vector{good});
+        }
+    }
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,151 @@
+// The settings files as they are found in the field, whole and damaged, and what an amplifier says
+// of itself.
+#include "buslink/settings_files.h"
+
+#include <gtest/gtest.h>
+
+#include "buslink/identity.h"
+#include "platform/run_time_error.h"
+#include "tests/support/scratch_folder.h"
+
+namespace ampdesk {
+namespace {
+
+std::string shown(const std::optional<Rs485File>& file) {
+    if (!file)
+        return "refused";
+    const auto settings = line_settings(*file);
+    const auto address = unit_address(*file);
+    return file->port_name + " " + (settings ? settings_string(*settings) : "-") + " " +
+           (address ? std::to_string(*address) : "-");
+}
+
+// A damaged file that is taken for a good one, wraps to some other amplifier's address, or is
+// changed by being read.
+TEST(Rs485Files, GoodAndBad) {
+    const struct {
+        std::string name;
+        std::string expected;  // port, settings, address; "-" for what cannot be used
+    } table[] = {
+        {"good", "COM3: 19200,n,8,1 12"},
+        {"lf", "COM3: 19200,n,8,1 12"},
+        {"blanks", "COM3: 19200,n,8,1 12"},
+        {"empty", "refused"},
+        {"title", "refused"},
+        {"case", "refused"},
+        {"binary", "refused"},
+        {"truncated", "COM3: 110,n,8,1 -"},
+        {"torn", "COM 110,n,8,1 -"},
+        {"letters", "nowhere 110,n,8,1 0"},
+        {"range", "COM9: - -"},
+        {"huge_numbers", "COM1: - -"},
+        {"fraction", "COM1: 9600,n,8,1 99"},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.name);
+        const std::string path = TEST_DATA "/rs485/" + row.name + ".dat";
+        ASSERT_TRUE(std::filesystem::exists(path));
+        const std::string before = file_bytes(path);
+        EXPECT_EQ(shown(read_rs485(path)), row.expected);
+        EXPECT_EQ(file_bytes(path), before);
+    }
+    EXPECT_THROW(read_rs485(TEST_DATA "/rs485/missing.dat"), RunTimeError);
+}
+
+// A picture renamed to ".dat": nothing of it may stall the program or reach a message as it is.
+TEST(Rs485Files, TakesNoMoreOfAHugeFileThanItNeeds) {
+    const ScratchFolder folder;
+    EXPECT_FALSE(read_rs485(folder.put("big.dat", std::string(1 << 20, '\xFF'))).has_value());
+    const auto file = read_rs485(folder.put("titled.dat", "RS-485\r\n" + std::string(1 << 20, '\x07')));
+    ASSERT_TRUE(file.has_value());
+    EXPECT_EQ(file->port_name, std::string(40, '?'));
+    EXPECT_TRUE(read_rs485(TEST_DATA "/rs485/binary_titled.dat").has_value());
+}
+
+// Another order of lines, other line ends or a lost line would be read by no other program.
+TEST(Rs485Files, AreWrittenAsTheseBytes) {
+    const ScratchFolder folder;
+    const std::string path = folder / "rs485.dat";
+    write_rs485(path, {.port_name = "COM3:", .baud_code = 7, .address = "12"});
+    EXPECT_EQ(file_bytes(path), "RS-485\r\nCOM3:\r\n7\r\n12\r\n");
+    write_rs422(
+        path,
+        {.port_name = "COM1:", .baud_code = 0, .data_bits_code = 2, .parity_code = 1, .stop_bits_code = 1});
+    EXPECT_EQ(file_bytes(path), "RS-422\r\nCOM1:\r\n0\r\n2\r\n1\r\n1\r\n");
+    EXPECT_THROW(write_rs485(folder / "no/such/rs485.dat", {}), RunTimeError);
+}
+
+TEST(Rs422Files, CodesBecomeSettings) {
+    const struct {
+        std::string lines;
+        std::string expected;
+    } table[] = {
+        {"COM1:\r\n6\r\n3\r\n0\r\n0\r\n", "9600,n,8,1"},
+        {"COM1:\r\n 0\r\n 0\r\n 2\r\n 1\r\n", "110,e,5,2"},
+        {"COM1:\r\n7\r\n2\r\n1\r\n0\r\n", "19200,o,7,1"},
+        {"COM1:\r\n6\r\n3\r\n9\r\n0\r\n", "9600,n,8,1"},
+        {"COM1:\r\n8\r\n3\r\n0\r\n0\r\n", "-"},
+        {"COM1:\r\n-1\r\n3\r\n0\r\n0\r\n", "-"},
+        {"COM1:\r\n6\r\n4\r\n0\r\n0\r\n", "-"},
+        {"COM1:\r\n6\r\n3\r\n0\r\n2\r\n", "-"},
+        {"COM1:\r\n", "110,n,5,1"},
+    };
+    const ScratchFolder folder;
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.lines);
+        const auto file = read_rs422(folder.put("rs422.dat", "My RS-422 line\r\n" + row.lines));
+        ASSERT_TRUE(file.has_value());
+        const auto settings = line_settings(*file);
+        EXPECT_EQ(settings ? settings_string(*settings) : "-", row.expected);
+    }
+    EXPECT_FALSE(read_rs422(folder.put("rs422.dat", "RS-485\r\nCOM1:\r\n")).has_value());
+}
+
+// A serial number with the frame's characters in it would name the wrong files.
+TEST(Identity, SerialNumberAndModel) {
+    const struct {
+        const char* reply;
+        const char* serial;
+    } serials[] = {
+        {"RDS/N=1234\x03"
+         "7F\r",
+         "1234"},
+        {"\x02"
+         "1234\x03\r",
+         "1234"},
+        {"1234\r", "1234"},
+        {"\x02RDS/N= 12 34 \x03\r", "12 34"},
+        {"RDS/N=A=B\x03\r", "A=B"},
+        {"RDS/N=\x03\r", ""},
+        {"\x03"
+         "1234\r",
+         ""},
+        {"", ""},
+        {"RDS/N=  \x03\r", ""},
+    };
+    for (const auto& row : serials) EXPECT_EQ(serial_number_of(row.reply), row.serial) << row.reply;
+
+    const struct {
+        const char* reply;
+        const char* model;
+    } models[] = {
+        {"*ABC 12 34", "ABC"},
+        {"*ABC", ""},
+        {"\x02>01 X* ABC  12\x03", "ABC"},
+        {"\x02"
+         "ABC 12\x03",
+         "ABC"},
+        {"*", ""},
+        {"", ""},
+        {"*  ", ""},
+    };
+    for (const auto& row : models) EXPECT_EQ(model_of(row.reply), row.model) << row.reply;
+
+    EXPECT_EQ(amplifier_number(" 0012 34A"), "1234");
+    EXPECT_EQ(amplifier_number("SN"), "0");
+    EXPECT_EQ(amplifier_number("2147483647"), "2147483647");
+    EXPECT_THROW(amplifier_number("2147483648"), RunTimeError);
+}
+
+}  // namespace
+}  // namespace ampdesk

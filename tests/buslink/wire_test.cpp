@@ -1,0 +1,210 @@
+// Frames as literal bytes: a mistake that station and simulator share cannot hide behind them.
+#include <gtest/gtest.h>
+
+#include "buslink/wire/binary_frame.h"
+#include "buslink/wire/text_frame.h"
+#include "platform/run_time_error.h"
+#include "tests/support/hex_bytes.h"
+
+namespace ampdesk {
+namespace {
+
+using State = ReplyParser::State;
+
+// A wrong polynomial, start value, byte order or header would change these bytes.
+TEST(CommandFrame, IsTheseBytes) {
+    const struct {
+        std::uint8_t address;
+        std::string command;
+        std::string frame;
+        CrcParameters crc{};
+    } table[] = {
+        {1, hex_bytes("11"), "01 01 01 11 91 A0"},
+        {63, hex_bytes("A0 15 00"), "01 3F 03 A0 15 00 1B 22"},
+        {5, "RDSTAT", "01 05 06 52 44 53 54 41 54 37 29"},
+        {7, "", "01 07 00 53 F0"},
+        {1, hex_bytes("11"), "01 01 01 11 91 84", {.initial = 0xFFFF}},
+        {1, hex_bytes("11"), "01 01 01 11 B7 5E", {.polynomial = 0x8408}},
+    };
+    for (const auto& row : table)
+        EXPECT_EQ(to_hex(build_command_frame(Crc16(row.crc), row.address, row.command)), row.frame);
+    const Crc16 crc;
+    EXPECT_EQ(build_command_frame(crc, 1, std::string(255, 'A')).size(), k_longest_frame);
+    EXPECT_THROW(build_command_frame(crc, 1, std::string(256, 'A')), RunTimeError);
+}
+
+// A low-byte or full-sum checksum, a missing pad digit or a sum that wraps instead of failing.
+TEST(TextFrame, IsTheseBytes) {
+    const struct {
+        int address;
+        std::string command;
+        std::string frame;
+    } table[] = {
+        {1, "RDSTAT", "02 3E 30 31 20 52 44 53 54 41 54 03 30 32 0D"},
+        {12, "RDBAND", "02 3E 31 32 20 52 44 42 41 4E 44 03 30 32 0D"},
+        {0, ">", "02 3E 30 30 20 3E 03 30 30 0D"},  // sum 255
+        {0, "?", "02 3E 30 30 20 3F 03 30 31 0D"},  // sum 256
+        {105, ">", "02 3E 30 35 20 3E 03 30 31 0D"},
+    };
+    for (const auto& row : table) EXPECT_EQ(to_hex(build_text_frame(row.address, row.command)), row.frame);
+    const std::string long_command(257, '~');
+    EXPECT_TRUE(build_text_frame(1, long_command + '\xBF')
+                    .ends_with("\x03"
+                               "7F\r"));  // sum 32767
+    EXPECT_THROW(build_text_frame(1, long_command + '\xC0'), RunTimeError);
+}
+
+// What comes in after a status request to amplifier 1, or after a limits request, and what becomes
+// of it. The stream is fed whole and byte by byte; both must come to the same.
+struct Stream {
+    const char* fault;
+    std::string bytes;
+    State state;
+    std::string reply{};  // of an answered one
+    bool limits = false;  // the request was A0 15 00
+    bool address_checked = false;
+};
+
+const std::string k_status = "01 01 01 11 91 A0";
+const std::string k_limits = "01 01 03 A0 15 00 32 E7";
+const std::string k_reply = "06 01 04 11 61 62 63 AB BA";  // payload abc
+const std::string k_limits_reply = "06 01 05 A0 15 00 01 02 94 FB";
+
+TEST(ReplyParser, FindsTheReplyInWhateverComes) {
+    const std::string nak = "15 01 02 11 04 A0 6C";
+    const std::string endless = "06 01 FF 11 41 41 41 ";
+    const Stream table[] = {
+        {"clean", k_reply, State::answered, k_reply},
+        {"a NAK is a reply too", nak, State::answered, nak},
+        {"no data at all", "06 01 00 E1 91", State::answered, "06 01 00 E1 91"},
+        {"second header byte is not examined", "06 02 04 11 61 62 63 AB 89", State::answered,
+         "06 02 04 11 61 62 63 AB 89"},
+        {"another address, checked", "06 02 04 11 61 62 63 AB 89", State::waiting, "", false, true},
+        {"our address, checked", k_reply, State::answered, k_reply, false, true},
+        {"noise before", "41 FF 00 7E " + k_reply, State::answered, k_reply},
+        {"noise that looks like a short frame", "06 06 06 " + k_reply, State::answered, k_reply},
+        {"noise that looks like a NAK of an endless frame", "15 FF FF " + k_reply, State::answered, k_reply},
+        {"noise that has our echo too", endless + k_reply, State::answered, k_reply},
+        {"a header cut off before the reply", "06 01 04 11 " + k_reply, State::answered, k_reply},
+        {"noise of start bytes only", "06 15 06 15 06 15", State::waiting},
+        {"our own frame comes back first", k_status + " " + k_reply, State::answered, k_reply},
+        {"our own frame twice", k_status + " " + k_status + " " + k_reply, State::answered, k_reply},
+        {"a part of our own frame", "01 01 01 " + k_reply, State::answered, k_reply},
+        {"our own frame with a wrong byte", "01 01 41 11 91 A0 " + k_reply, State::answered, k_reply},
+        {"our own frame and silence", k_status, State::waiting},
+        {"bad CRC", "06 01 04 11 61 62 63 AB BB", State::failed},
+        {"CRC high byte first", "06 01 04 11 61 62 63 BA AB", State::failed},
+        {"a changed byte in the payload", "06 01 04 11 61 63 63 AB BA", State::failed},
+        {"bad CRC of a NAK", "15 01 02 11 04 A0 6D", State::failed},
+        {"noise that is a whole frame without data", "06 01 00 E1 92 " + k_reply, State::answered, k_reply},
+        {"noise that is a whole frame with a wrong echo", "06 41 01 42 43 44 " + k_reply, State::answered,
+         k_reply},
+        {"bad CRC, but a later start waits", "06 01 04 11 61 62 63 06 01", State::waiting},
+        {"and the later start becomes the reply", "06 01 04 11 61 62 63 " + k_reply, State::answered,
+         k_reply},
+        {"truncated", "06 01 04 11 61 62 63 AB", State::waiting},
+        {"longer than declared", k_reply + " 41 42 43", State::answered, k_reply},
+        {"two replies, the first one counts", k_reply + " 06 01 04 11 78 79 7A B1 47", State::answered,
+         k_reply},
+        {"somebody else's answer, then ours", "06 01 04 12 61 62 63 AB FE " + k_reply, State::answered,
+         k_reply},
+        {"somebody else's answer only", "06 01 04 12 61 62 63 AB FE", State::waiting},
+        {"a long command is echoed on two characters", k_limits_reply, State::answered, k_limits_reply, true},
+        {"its second echo character is wrong", "06 01 05 A0 16 00 01 02 94 BF", State::waiting, "", true},
+        {"its reply is too short for the echo", "06 01 01 A0 50 A0", State::waiting, "", true},
+    };
+    const Crc16 crc;
+    for (const Stream& row : table) {
+        SCOPED_TRACE(row.fault);
+        const std::string sent = hex_bytes(row.limits ? k_limits : k_status);
+        const std::string bytes = hex_bytes(row.bytes);
+        ReplyParser bulk(crc, sent, row.address_checked);
+        EXPECT_EQ(bulk.feed(bytes), row.state);
+        EXPECT_EQ(to_hex(bulk.reply()), row.reply);
+        ReplyParser drip(crc, sent, row.address_checked);
+        for (const char c : bytes) drip.feed(std::string(1, c));
+        EXPECT_EQ(drip.state(), row.state);
+        EXPECT_EQ(to_hex(drip.reply()), row.reply);
+    }
+}
+
+// The one case in which bytes that have not come yet make a difference: a damaged reply ends the
+// exchange at once, without waiting for whatever may follow.
+TEST(ReplyParser, EndsWithTheDamagedReply) {
+    const Crc16 crc;
+    ReplyParser parser(crc, hex_bytes(k_status));
+    EXPECT_EQ(parser.feed(hex_bytes("06 01 04 11 61 62 63 AB BB")), State::failed);
+    EXPECT_EQ(parser.feed(hex_bytes(k_reply)), State::failed);
+    EXPECT_EQ(parser.reply(), "");
+}
+
+// The longest reply is cut short by a length taken as a signed byte.
+TEST(ReplyParser, TakesTheLongestReply) {
+    const Crc16 crc;
+    const std::string reply = hex_bytes("06 01 FF 11") + std::string(254, 'A') + hex_bytes("70 EB");
+    ReplyParser parser(crc, hex_bytes(k_status));
+    EXPECT_EQ(parser.feed(reply.substr(0, 259)), State::waiting);
+    EXPECT_EQ(parser.feed(reply.substr(259)), State::answered);
+    EXPECT_EQ(parser.reply().size(), 260U);
+}
+
+// Our own echo from an amplifier whose address is ACK must not be taken for the start of a reply.
+TEST(ReplyParser, SkipsAnEchoThatHoldsAStartByte) {
+    const Crc16 crc;
+    ReplyParser parser(crc, hex_bytes("01 06 01 11 20 61"));
+    EXPECT_EQ(parser.feed(hex_bytes("01 06 01 11 20 61 " + k_reply)), State::answered);
+    EXPECT_EQ(to_hex(parser.reply()), k_reply);
+}
+
+// Noise that is piled up for as long as it comes, or in which the reply is lost.
+TEST(ReplyParser, FindsTheReplyBehindEndlessNoise) {
+    const Crc16 crc;
+    ReplyParser parser(crc, hex_bytes(k_status));
+    for (int i = 0; i < 2000; ++i) {
+        ASSERT_EQ(parser.feed(hex_bytes("15 FF FF 06 00 FF 01 01")), State::waiting);
+        ASSERT_LT(parser.undecided(), k_longest_frame);
+    }
+    EXPECT_EQ(parser.feed(hex_bytes(k_reply)), State::answered);
+}
+
+// "|" stands for ETX and "$" for CR.
+std::string chars(std::string text) {
+    for (char& c : text) c = c == '|' ? '\x03' : c == '$' ? '\r' : c;
+    return text;
+}
+
+TEST(TextReplyParser, TakesTheFirstLineOfAChunkThatHoldsAnEtx) {
+    const std::string sent = build_text_frame(1, "RDBAND");
+    const struct {
+        const char* fault;
+        std::string bytes;
+        std::string reply;  // empty: none yet
+    } table[] = {
+        {"clean", chars("RDBAND=1|7A$"), chars("RDBAND=1|7A$")},
+        {"no CR yet", chars("X=1|00"), ""},
+        {"only lines without ETX", chars("a$b$"), ""},
+        {"own frame goes", sent + chars("X=1|00$"), chars("X=1|00$")},
+        {"own frame behind noise goes", "~~" + sent + chars("X=1|00$"), chars("X=1|00$")},
+        {"own frame only", sent, ""},
+        {"what follows the CR stays out", chars("X=1|$Y"), chars("X=1|$")},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.fault);
+        TextReplyParser bulk(sent);
+        EXPECT_EQ(bulk.feed(row.bytes).value_or(""), row.reply);
+        TextReplyParser drip(sent);
+        std::string reply;
+        for (std::size_t i = 0; reply.empty() && i < row.bytes.size(); ++i)
+            reply = drip.feed(row.bytes.substr(i, 1)).value_or("");
+        EXPECT_EQ(reply, row.reply);
+    }
+    // A line without ETX that came before the rest is gone; an endless one does not pile up.
+    TextReplyParser parser(sent);
+    EXPECT_FALSE(parser.feed(chars("noise$")).has_value());
+    EXPECT_FALSE(parser.feed(std::string(100000, 'z')).has_value());
+    EXPECT_FALSE(parser.feed(chars("$")).has_value());
+    EXPECT_EQ(parser.feed(chars("X=1|$")).value_or(""), chars("X=1|$"));
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,129 @@
+// A control head on a scripted bus. The test says in a table what the amplifier answers to which
+// command; everything that was sent is kept.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "buslink/wire/binary_frame.h"
+#include "buslink/wire/control_characters.h"
+#include "controlhead/head.h"
+#include "tests/support/manual_clock.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scripted_port.h"
+
+namespace ampdesk {
+
+// A block of sixteen words from a text such as "1=563 12=-5": item, from 1, and raw value.
+inline std::string block(const std::string& words) {
+    std::string bytes(32, '\0');
+    std::istringstream text(words);
+    int item = 0;
+    int value = 0;
+    for (char equals = 0; text >> item >> equals >> value;) {
+        const auto at = static_cast<std::size_t>(2 * (item - 1));
+        bytes[at] = static_cast<char>(value & 0xFF);
+        bytes[at + 1] = static_cast<char>((value >> 8) & 0xFF);
+    }
+    return bytes;
+}
+
+class Bench {
+  public:
+    Bench() {
+        port.responder = [this](const std::string& frame) { return answer(frame); };
+        bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+        set_status(0);
+        replies[std::string(k_analog_request)] = block("");
+        replies[std::string(k_limits_request)] = block("");
+        set_alarm("0,Standby");
+    }
+
+    // Characters 1, 2, 3, 5 and 6 of the status reply.
+    void set_status(int status, int settings = 0, int flags = 0, int switch_state = 0, int switch_count = 0) {
+        std::string& reply = replies[std::string(k_status_request)];
+        reply.clear();
+        for (const int c : {status, settings, flags, 0, switch_state, switch_count})
+            reply += static_cast<char>(c);
+    }
+    void set_alarm(const std::string& reply) { replies[std::string(k_alarm_request)] = reply; }
+    void set_shutdown(const std::string& reply) {
+        set_status(k_status_shutdown);
+        replies[std::string(k_shutdown_request)] = reply;
+    }
+    void set_analog(const std::string& words) { replies[std::string(k_analog_request)] = block(words); }
+
+    std::string& reply_to(std::string_view command) { return replies[std::string(command)]; }
+    void go_mute(std::string_view command) { replies.erase(std::string(command)); }
+
+    // What was sent since the last call.
+    std::vector<std::string> take_sent() { return std::exchange(sent, {}); }
+    // The settings among it: class 16 and "SBAND".
+    std::vector<std::string> take_settings() {
+        std::vector<std::string> all = take_sent();
+        std::erase_if(all, [](const std::string& c) { return !is_setting(c); });
+        return all;
+    }
+    std::size_t count_sent(std::string_view command) const {
+        return static_cast<std::size_t>(std::count(sent.begin(), sent.end(), command));
+    }
+
+    ManualClock clock;
+    ScriptedPort port{clock};
+    RecordingOperator person;
+    BusLink bus{port, clock, person};
+    HeadServices services{bus, clock, person, {}};
+
+    bool silent = false;
+    std::map<std::string, std::string> replies;  // command and payload; no entry, no answer
+    int refusal = 0;                             // code that settings are refused with; 0 takes them
+    std::vector<std::string> sent;               // the commands, without their frames
+
+  private:
+    static bool is_setting(const std::string& command) {
+        return command[0] == 16 || command.starts_with("SBAND");
+    }
+
+    ScriptedPort::Answer answer(const std::string& frame) {
+        const bool text = frame[0] == k_stx;
+        const std::string command =
+            text ? frame.substr(5, frame.find(k_etx) - 5) : frame.substr(3, frame.size() - 5);
+        sent.push_back(command);
+        const auto known = replies.find(command);
+        if (silent || (known == replies.end() && !is_setting(command)))
+            return {};
+        std::string reply;
+        if (text)
+            reply = "\x02" + known->second + "\x03" + "00\r";
+        else if (known != replies.end())
+            reply = build_reply_frame(Crc16{}, k_ack, 1, command + known->second);
+        else if (refusal != 0)
+            reply = build_reply_frame(Crc16{}, k_nak, 1, command + static_cast<char>(refusal));
+        else
+            reply = build_reply_frame(Crc16{}, k_ack, 1, command);
+        return {{std::chrono::milliseconds(20), reply}};
+    }
+};
+
+// A head without the guard around its handlers, on status screen 1.
+class HeadTest : public Bench, public ::testing::Test {
+  protected:
+    HeadTest() { head.menu_ptr = 1; }
+
+    // The four lines, joined by bars.
+    std::string lines() const {
+        const Panel& panel = head.panel;
+        return panel.line(1) + "|" + panel.line(2) + "|" + panel.line(3) + "|" + panel.line(4);
+    }
+    // A box that no test asked for is a failure.
+    void TearDown() override { EXPECT_EQ(person.take_texts(), std::vector<std::string>{}); }
+
+    Head head{services, {.slot = 1, .unit_address = 7, .number = "1234", .model = ""}};
+};
+
+}  // namespace ampdesk

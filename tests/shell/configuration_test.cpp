@@ -1,0 +1,138 @@
+// "ampdesk.ini" and the command line, good and bad.
+#include <gtest/gtest.h>
+
+#include "shell/command_line.h"
+#include "shell/site_configuration.h"
+#include "tests/support/scratch_folder.h"
+
+namespace ampdesk {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+SiteConfigurationReport read(const std::string& bytes) {
+    const ScratchFolder folder;
+    return read_site_configuration(folder.put("ampdesk.ini", bytes));
+}
+
+// A key that is read into the wrong value, or not at all.
+TEST(SiteConfiguration, TakesEveryKey) {
+    const auto [site, warnings] = read(
+        "\xEF\xBB\xBF; made by hand\r\n[ports]\r\nCOM1 = /dev/ttyUSB0\r\ncom4:=/dev/serial/by-id/x=y \r\n\r\n"
+        "[crc]\npolynomial=0x8408\ninitial=65535\n# models\n[Models]\nTL 12/K = 3\nT7=0\n"
+        "[identity]\npattern2=[a-z\npattern1=^(.*)-A;#1$\nreplace1 = Rev $1\nreplace2=x\n"
+        "[gauge]\nminimum=-10.5\nmaximum=6e1\n[amplifier]\nnegative_words=Signed\nreply_address=checked\n");
+    EXPECT_EQ(warnings, Texts{"ampdesk.ini line 14: bad value for pattern2: [a-z"});
+    EXPECT_EQ(site.ports,
+              (std::vector<std::pair<int, std::string>>{{1, "/dev/ttyUSB0"}, {4, "/dev/serial/by-id/x=y"}}));
+    EXPECT_EQ(site.crc, (CrcParameters{0x8408, 0xFFFF}));
+    EXPECT_EQ(site.models, (std::vector<std::pair<std::string, int>>{{"TL 12/K", 3}, {"T7", 0}}));
+    ASSERT_EQ(site.identity_patterns.size(), 1U);
+    EXPECT_EQ(site.identity_patterns[0].pattern, "^(.*)-A;#1$");
+    EXPECT_EQ(site.identity_patterns[0].replacement, "Rev $1");
+    EXPECT_EQ(site.gauge_minimum, -10.5);
+    EXPECT_EQ(site.gauge_maximum, 60);
+    EXPECT_TRUE(site.negative_words_signed);
+    EXPECT_TRUE(site.reply_address_checked);
+}
+
+// A bad line that is swallowed, reported on the wrong line, or takes the good ones with it.
+TEST(SiteConfiguration, ReportsWhatItDoesNotTake) {
+    const struct {
+        std::string bytes;
+        std::string warning;  // without "ampdesk.ini line "
+    } table[] = {
+        {"[port]\nCOM1=x\nCOM2=y\n", "1: unknown section [port]"},
+        {"[ports\nCOM1=x\n", "1: unknown section [ports"},
+        {"COM1=x\n", "1: a key before the first section"},
+        {"[ports]\nCOM5=x\n", "2: unknown key COM5 in [ports]"},
+        {"[ports]\nCOM1=\n", "2: bad value for COM1: "},
+        {"[ports]\n\nCOM1\n", "3: neither a section nor a key with a value"},
+        {"[crc]\npolynomial=0x1A001\n", "2: bad value for polynomial: 0x1A001"},
+        {"[crc]\npolynomial=0\n", "2: bad value for polynomial: 0"},
+        {"[crc]\ninitial=A001\n", "2: bad value for initial: A001"},
+        {"[crc]\ninitial=-1\n", "2: bad value for initial: -1"},
+        {"[crc]\nseed=1\n", "2: unknown key seed in [crc]"},
+        {"[models]\nX=5\n", "2: bad value for X: 5"},
+        {"[models]\nX=two\n", "2: bad value for X: two"},
+        {"[models]\nA=1\nB=1\nC=1\nD=1\nE=1\nF=1\nG=1\nH=1\nI=1\n",
+         "10: more than eight models, I is left out"},
+        {"[identity]\npattern1=(a\nreplace1=b\n", "2: bad value for pattern1: (a"},
+        {"[identity]\npattern1=a\n", "2: pattern1 has no replace1"},
+        {"[identity]\nreplace3=a\n", "2: replace3 has no pattern3"},
+        {"[identity]\npattern=a\n", "2: unknown key pattern in [identity]"},
+        {"[gauge]\nminimum=30 dBm\n", "2: bad value for minimum: 30 dBm"},
+        {"[gauge]\nmaximum=inf\n", "2: bad value for maximum: inf"},
+        {"[gauge]\nminimum=70\n", "2: the gauge's minimum must be below its maximum"},
+        {"[amplifier]\nnegative_words=yes\n", "2: bad value for negative_words: yes"},
+        {"[amplifier]\nreply_adress=checked\n", "2: unknown key reply_adress in [amplifier]"},
+    };
+    const SiteConfiguration defaults;
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.bytes);
+        const auto [site, warnings] = read(row.bytes);
+        EXPECT_EQ(warnings, Texts{"ampdesk.ini line " + row.warning});
+        EXPECT_TRUE(site.ports.empty());
+        EXPECT_TRUE(site.identity_patterns.empty());
+        EXPECT_EQ(site.crc, defaults.crc);
+        EXPECT_EQ(site.gauge_minimum, defaults.gauge_minimum);
+        EXPECT_EQ(site.gauge_maximum, defaults.gauge_maximum);
+        EXPECT_FALSE(site.negative_words_signed || site.reply_address_checked);
+        EXPECT_LE(site.models.size(), 8U);
+    }
+}
+
+// A file that is no configuration at all fills the screen with warnings or stops the start.
+TEST(SiteConfiguration, SurvivesAnyFile) {
+    const ScratchFolder folder;
+    EXPECT_TRUE(read_site_configuration(folder / "ampdesk.ini").warnings.empty());
+    std::filesystem::create_directory(folder / "ampdesk.ini");
+    EXPECT_LE(read_site_configuration(folder / "ampdesk.ini").warnings.size(), 1U);
+    std::string noise;
+    for (int i = 0; i < 1 << 20; ++i) noise += static_cast<char>((i * 7919) >> 3);
+    const Texts warnings = read(noise).warnings;
+    ASSERT_EQ(warnings.size(), 21U);
+    for (const std::string& warning : warnings) EXPECT_LT(warning.size(), 200U);
+}
+
+// An argument taken for another, a bad one that is let through, or a file too many.
+TEST(CommandLine, GoodOnes) {
+    const CommandLine all =
+        parse_command_line({"--folder", "/srv/x", "--demo=12", "--port", "COM1:=/dev/ttyUSB0", "com1.dat",
+                            "--port=com3=/dev/a=b", "--", "-x"});
+    EXPECT_EQ(all.error, "");
+    EXPECT_EQ(all.folder, "/srv/x");
+    EXPECT_EQ(all.demo, 12);
+    EXPECT_EQ(all.ports, (std::vector<std::pair<int, std::string>>{{1, "/dev/ttyUSB0"}, {3, "/dev/a=b"}}));
+    EXPECT_EQ(all.amplifier_files, (Texts{"com1.dat", "-x"}));
+    EXPECT_EQ(parse_command_line({"--demo", "5"}).demo, 3);
+    EXPECT_EQ(parse_command_line({"--demo", "5"}).amplifier_files, Texts{"5"});
+    EXPECT_TRUE(parse_command_line({"--version"}).version);
+    EXPECT_TRUE(parse_command_line({"--help", "com1.dat"}).help);
+    EXPECT_EQ(parse_command_line(Texts(150, "com1.dat")).amplifier_files.size(), 100U);
+}
+
+TEST(CommandLine, BadOnes) {
+    const struct {
+        Texts arguments;
+        std::string error;
+    } table[] = {
+        {{"--demo=0"}, "--demo takes a number from 1 to 99"},
+        {{"--demo=100"}, "--demo takes a number from 1 to 99"},
+        {{"--demo="}, "--demo takes a number from 1 to 99"},
+        {{"--demo=3x"}, "--demo takes a number from 1 to 99"},
+        {{"--folder"}, "--folder needs a value"},
+        {{"--folder="}, "--folder needs a value"},
+        {{"--port"}, "--port needs a value"},
+        {{"--port", "COM1:"}, "--port takes COM1:=DEVICE to COM4:=DEVICE, not COM1:"},
+        {{"--port", "COM1:="}, "--port takes COM1:=DEVICE to COM4:=DEVICE, not COM1:="},
+        {{"--port", "COM5:=/dev/x"}, "--port takes COM1:=DEVICE to COM4:=DEVICE, not COM5:=/dev/x"},
+        {{"--verbose"}, "unknown option --verbose"},
+        {{"-v"}, "unknown option -v"},
+        {{"--help=yes"}, "unknown option --help=yes"},
+    };
+    for (const auto& row : table) EXPECT_EQ(parse_command_line(row.arguments).error, row.error);
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,109 @@
+// A whole station without hardware: main window, simulated amplifiers, a clock that stands still
+// until it is told to move, and a record of the settings that went over the bus.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QMessageBox>
+#include <QTemporaryDir>
+#include <QTest>
+#include <functional>
+
+#include "demo/sim_port.h"
+#include "shell/ui/MDIForm1.h"
+#include "tests/support/manual_clock.h"
+
+namespace ampdesk {
+
+class Desk : public ::testing::Test {
+  protected:
+    Desk() {
+        QDir::setCurrent(folder.path());
+        person.sound = [this] { ++sounds; };
+        link.on_traffic = [this](const BusTraffic& traffic) {
+            if (!traffic.sent)
+                return;
+            ++frames_sent[traffic.address];
+            // SOH, address, length, then the command; class 16 are the settings.
+            if (traffic.bytes.size() > 5 && traffic.bytes[3] == 16)
+                settings.emplace_back(traffic.bytes.substr(3, traffic.bytes.size() - 5));
+        };
+        link.open_bus_port("COM1:", 9600, 0, 8, 1);
+        QObject::connect(&box_watch, &QTimer::timeout, &form, [this] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box == nullptr)
+                return;
+            box_watch.stop();
+            box_action(*box);
+            QTest::keyClick(box, Qt::Key_Escape);
+        });
+        form.show();
+        activate();
+    }
+    ~Desk() override {
+        EXPECT_FALSE(box_watch.isActive()) << "no box opened";
+        QDir::setCurrent(QDir::rootPath());
+    }
+
+    void activate() {
+        form.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&form));
+    }
+
+    // Hangs an amplifier on the bus and opens its head, number 1000 + address.
+    frmMachine& open(int address) {
+        demo::SimModel model;
+        model.address = address;
+        model.noise = 0;
+        bus.add(model);
+        station.new_amplifier_window(static_cast<std::int16_t>(address), std::to_string(1000 + address),
+                                     "C/KU/X", false);
+        QApplication::processEvents();
+        return *form.active_machine();
+    }
+
+    template <class T = QWidget>
+    static T* child(const QWidget& parent, const char* name) {
+        auto* found = parent.findChild<T*>(QLatin1String(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+
+    static void click(const QWidget& parent, const char* name) {
+        QTest::mouseClick(child(parent, name), Qt::LeftButton);
+        QApplication::processEvents();
+    }
+
+    void key(Qt::Key code, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(QApplication::focusWidget(), code, modifiers);
+        QApplication::processEvents();
+    }
+
+    // Runs the action as soon as a message box is open, then closes the box with Escape. A test
+    // whose box never came fails.
+    void when_box_opens(std::function<void(QMessageBox&)> action) {
+        box_action = std::move(action);
+        box_watch.start(1);
+    }
+
+    std::vector<std::string> take_settings() { return std::exchange(settings, {}); }
+
+    QTemporaryDir folder;
+    ManualClock clock;
+    demo::SimBus bus{clock};
+    demo::SimPort port{bus, clock};
+    QtOperator person;
+    BusLink link{port, clock, person};
+    HeadServices services{link, clock, person, {}};
+    Station station{services};
+    MDIForm1 form{station, link, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}}};
+
+    std::vector<std::string> settings;  // commands of class 16, without their frames
+    std::map<int, int> frames_sent;     // by address
+    int sounds = 0;
+    QTimer box_watch;
+    std::function<void(QMessageBox&)> box_action;
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,223 @@
+// The amplifier window: keys, lamps and scroll bar to the bus, and what a screen reader sees.
+#include <QWheelEvent>
+
+#include "tests/windows/desk.h"
+
+namespace ampdesk {
+namespace {
+
+using Commands = std::vector<std::string>;
+
+struct HeadWindow : Desk {
+    frmMachine& machine = open(1);
+    const Head& head = machine.head()->state();
+    PanelScrollBar& bar = machine.panel_view().scroll_bar();
+};
+
+// A key wired to the wrong setting would switch the wrong thing on the amplifier.
+TEST_F(HeadWindow, HardKeysAndTheirLampsSendTheirSetting) {
+    const struct {
+        const char* key;
+        const char* lamp;
+        Qt::Key code;
+        char item;
+    } cases[] = {{"cmdHardkey(0)", "picLight(4)", Qt::Key_1, 18},
+                 {"cmdHardkey(1)", "picLight(5)", Qt::Key_2, 19},
+                 {"cmdHardkey(2)", "picLight(6)", Qt::Key_3, 22},
+                 {"cmdHardkey(3)", "picLight(7)", Qt::Key_4, 23}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.key);
+        bus.find(1)->set_hv(true);
+        const Commands once = {{16, c.item}};
+        click(machine, c.key);
+        EXPECT_EQ(take_settings(), once);
+        click(machine, c.lamp);
+        EXPECT_EQ(take_settings(), once);
+        key(c.code, Qt::ControlModifier);
+        EXPECT_EQ(take_settings(), once);
+        // A key that is held down must not switch again and again.
+        QTest::simulateEvent(QApplication::focusWidget(), true, c.code, Qt::ControlModifier, {}, true);
+        QTest::simulateEvent(child(machine, c.key), true, Qt::Key_Space, Qt::NoModifier, {}, true);
+        QTest::simulateEvent(child(machine, c.key), false, Qt::Key_Space, Qt::NoModifier, {}, true);
+        EXPECT_EQ(take_settings(), Commands{});
+    }
+}
+
+// A key under the wrong field of the legend would open another screen than the display promises.
+TEST_F(HeadWindow, SoftKeysLampsAndFunctionKeysMoveBetweenScreens) {
+    const struct {
+        std::function<void()> act;
+        int menu;
+        int sub_menu;
+    } steps[] = {
+        {[&] { click(machine, "cmdKey(3)"); }, 2, 0},
+        {[&] { click(machine, "picLight(3)"); }, 3, 0},
+        {[&] { key(Qt::Key_F4); }, 4, 0},
+        {[&] { click(machine, "cmdKey(4)"); }, 1, 0},
+        {[&] { key(Qt::Key_F4); }, 2, 0},
+        {[&] { key(Qt::Key_F1); }, 0, k_setup_menus},
+        {[&] { key(Qt::Key_Escape); }, 2, 0},
+        {[&] { key(Qt::Key_F2); }, 0, k_information},
+        {[&] { key(Qt::Key_Escape); }, 2, 0},
+        {[&] { key(Qt::Key_Escape); }, 1, 0},
+    };
+    for (std::size_t i = 0; i < std::size(steps); ++i) {
+        SCOPED_TRACE(i);
+        steps[i].act();
+        EXPECT_EQ(head.menu_ptr, steps[i].menu);
+        EXPECT_EQ(head.sub_menu, steps[i].sub_menu);
+    }
+}
+
+// Keys typed into the terminal must stay text, and an icon must not switch an unseen amplifier.
+TEST_F(HeadWindow, KeysReachNoHeadFromTheTerminalOrAnIcon) {
+    key(Qt::Key_F6);
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), QStringLiteral("Term"));
+    key(Qt::Key_F4);
+    key(Qt::Key_1, Qt::ControlModifier);
+    EXPECT_EQ(head.menu_ptr, 1);
+    key(Qt::Key_F6);
+    key(Qt::Key_F4);
+    EXPECT_EQ(head.menu_ptr, 2);
+    machine.parentWidget()->showMinimized();
+    QTest::keyClick(&form, Qt::Key_F4);
+    QTest::keyClick(&form, Qt::Key_1, Qt::ControlModifier);
+    EXPECT_EQ(head.menu_ptr, 2);
+    EXPECT_EQ(take_settings(), Commands{});
+}
+
+// The scroll bar: moves of the operator are sent, a burst of them once, moves of the program never;
+// the wheel is dead without the focus.
+TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
+    EXPECT_TRUE(bar.isHidden());
+    key(Qt::Key_PageDown);
+    EXPECT_EQ(take_settings(), Commands{});
+
+    key(Qt::Key_F1);
+    ASSERT_FALSE(bar.isHidden());
+    EXPECT_EQ(bar.maximum(), 300);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_PageDown);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+    key(Qt::Key_Right);
+    EXPECT_EQ(take_settings(), Commands({{16, 24, 32, 0}}));
+    bar.setValue(300);
+    QApplication::processEvents();
+    EXPECT_EQ(take_settings(), Commands({{16, 24, 44, 1}}));
+
+    const auto turn_wheel = [&] {
+        QWheelEvent event(QPointF(5, 5), bar.mapToGlobal(QPointF(5, 5)), {}, {0, 120}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&bar, &event);
+        QApplication::processEvents();
+        return take_settings().size();
+    };
+    EXPECT_EQ(turn_wheel(), 0U);
+    bar.setFocus();
+    EXPECT_EQ(turn_wheel(), 1U);
+
+    // Refused: the bar goes back to where the amplifier is, without a second command.
+    const int before = bar.value();
+    bus.find(1)->faults.refuse_code = 4;
+    when_box_opens([](QMessageBox&) {});
+    bar.setValue(100);
+    QApplication::processEvents();
+    QApplication::processEvents();
+    EXPECT_EQ(take_settings().size(), 1U);
+    EXPECT_EQ(bar.value(), before);
+
+    activate();
+    // The key that ends the mode hides the bar; the focus must not wander to the terminal.
+    key(Qt::Key_F1);
+    EXPECT_TRUE(bar.isHidden());
+    EXPECT_TRUE(machine.isAncestorOf(QApplication::focusWidget()));
+}
+
+// What assistive technology reads, and that a change of the display is announced once.
+TEST_F(HeadWindow, AccessibilityTable) {
+    machine.head()->panel().set_line(4, "SETUP INFO      MORE");
+    machine.head()->panel().set_lamp(4, LampColour::yellow);
+    machine.head()->panel().set_gauge(52.34);
+    QApplication::processEvents();
+    const struct {
+        const char* control;
+        QAccessible::Role role;
+        const char* name;
+        const char* description;
+    } cases[] = {
+        {"lblDisplayA(3)", QAccessible::StaticText, "SETUP INFO      MORE", "Display line 4"},
+        {"cmdKey(0)", QAccessible::Button, "SETUP", "Soft key 1"},
+        {"cmdKey(2)", QAccessible::Button, "Key 3", "Soft key 3"},
+        {"cmdKey(4)", QAccessible::Button, "EXIT", "Exit key"},
+        {"cmdHardkey(0)", QAccessible::Button, "HV On", "Hard key"},
+        {"cmdHardkey(1)", QAccessible::Button, "HV Off", "Hard key"},
+        {"cmdHardkey(2)", QAccessible::Button, "RF On", "Hard key"},
+        {"cmdHardkey(3)", QAccessible::Button, "RF Off", "Hard key"},
+        {"picLight(3)", QAccessible::Button, "Lamp 4", "yellow"},
+        {"picLight(0)", QAccessible::Button, "Lamp 1", "dark"},
+        {"Picture1", QAccessible::ProgressBar, "Power gauge", "52.3 dBm"},
+        {"VScroll1", QAccessible::ScrollBar, "Scroll", ""},
+        {"Term", QAccessible::EditableText, "Terminal", ""},
+        {"StatusLabel", QAccessible::StaticText, "COM1: connection lost, trying again", "Status"},
+    };
+    port.on_connection_change(false);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.control);
+        QAccessibleInterface* seen = QAccessible::queryAccessibleInterface(child(form, c.control));
+        EXPECT_EQ(seen->role(), c.role);
+        EXPECT_EQ(seen->text(QAccessible::Name).toStdString(), c.name);
+        EXPECT_EQ(seen->text(QAccessible::Description).toStdString(), c.description);
+    }
+    auto* window = QAccessible::queryAccessibleInterface(machine.parentWidget());
+    EXPECT_EQ(window->text(QAccessible::Name), QStringLiteral("JEX Amplifier 1001"));
+    EXPECT_EQ(
+        QAccessible::queryAccessibleInterface(child(form, "Picture1"))->valueInterface()->currentValue(), 52);
+}
+
+// The panel is never scaled: centred where there is room, at 0 where there is not. Its keys lie under
+// their five columns of the display.
+TEST_F(HeadWindow, PanelKeepsItsSizeAndItsPlan) {
+    const PanelView& view = machine.panel_view();
+    const QSize size = view.size();
+    machine.parentWidget()->resize(1000, 700);
+    EXPECT_EQ(view.pos(),
+              QPoint((machine.width() - size.width()) / 2, (machine.height() - size.height()) / 2));
+    machine.parentWidget()->resize(300, 200);
+    EXPECT_EQ(view.pos(), QPoint(0, 0));
+    EXPECT_EQ(view.size(), size);
+
+    const QWidget* line = child(machine, "lblDisplayA(3)");
+    const int left = line->mapTo(&view, QPoint(0, 0)).x();
+    for (int i = 0; i < 4; ++i) {
+        const QRect place = child(machine, qPrintable(QStringLiteral("cmdKey(%1)").arg(i)))->geometry();
+        EXPECT_GE(place.left(), left + line->width() * i / 4) << i;
+        EXPECT_LT(place.right(), left + line->width() * (i + 1) / 4) << i;
+    }
+    // "Off" below "On", HV left of RF.
+    const auto at = [&](const char* key) { return child(machine, key)->pos(); };
+    EXPECT_EQ(at("cmdHardkey(0)").x(), at("cmdHardkey(1)").x());
+    EXPECT_EQ(at("cmdHardkey(0)").y(), at("cmdHardkey(2)").y());
+    EXPECT_LT(at("cmdHardkey(0)").y(), at("cmdHardkey(1)").y());
+    EXPECT_LT(at("cmdHardkey(0)").x(), at("cmdHardkey(2)").x());
+}
+
+// Colours are stored with red in the low byte; taken the other way round, amber turns blue.
+TEST_F(HeadWindow, DisplayTakesItsColours) {
+    ScreenSettings look;
+    look.fore_colour = 0x000080FF;
+    look.back_colour = 0x00400000;
+    machine.head()->apply_screen_settings(look);
+    machine.head()->panel().set_line(1, std::string(20, '\xB0') + "x");
+    QApplication::processEvents();
+    auto* line = child<QLabel>(machine, "lblDisplayA(0)");
+    EXPECT_EQ(line->palette().color(QPalette::WindowText), QColor(0xFF, 0x80, 0x00));
+    EXPECT_EQ(child(machine, "Frame1")->palette().color(QPalette::Window), QColor(0, 0, 0x40));
+    EXPECT_EQ(line->text().at(0), QChar(0xB0));
+    const QImage picture = line->grab().toImage();
+    bool lit = false;
+    for (int x = 0; x < picture.width() && !lit; ++x)
+        for (int y = 0; y < picture.height() && !lit; ++y) lit = picture.pixelColor(x, y).red() > 0xE0;
+    EXPECT_TRUE(lit);
+}
+
+}  // namespace
+}  // namespace ampdesk

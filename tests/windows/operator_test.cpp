@@ -1,0 +1,96 @@
+// Boxes, sound and pointer as the operator meets them, and what start-up settles with the system.
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+
+#include "shell/ui/start_up.h"
+#include "tests/windows/desk.h"
+
+namespace ampdesk {
+namespace {
+
+using OperatorWindows = Desk;
+
+// Texts are shown as they are, not as mark-up, and closing a box means the harmless answer.
+TEST_F(OperatorWindows, MessageBoxes) {
+    const struct {
+        Buttons buttons;
+        int count;
+        Answer closed;
+    } cases[] = {{Buttons::ok, 1, Answer::ok},
+                 {Buttons::ok_cancel, 2, Answer::cancel},
+                 {Buttons::yes_no, 2, Answer::no},
+                 {Buttons::yes_no_cancel, 3, Answer::cancel}};
+    for (const auto& c : cases) {
+        Message message;
+        message.text =
+            "Is <b>5 \xC2\xB0"
+            "C</b> right?";
+        message.detail = "<i>cause</i>";
+        message.buttons = c.buttons;
+        when_box_opens([&](QMessageBox& box) {
+            EXPECT_EQ(box.windowTitle(), QStringLiteral("JEX Remote Control"));
+            EXPECT_EQ(box.text(), QStringLiteral("Is <b>5 °C</b> right?"));
+            EXPECT_EQ(box.buttons().size(), c.count);
+            EXPECT_EQ(QAccessible::queryAccessibleInterface(&box)->text(QAccessible::Description),
+                      box.text());
+            for (const QLabel* label : box.findChildren<QLabel*>())
+                EXPECT_TRUE(label->text().isEmpty() || label->textFormat() == Qt::PlainText);
+        });
+        EXPECT_EQ(person.ask(message), c.closed);
+    }
+    person.retire();
+    EXPECT_EQ(person.ask({}), Answer::ok);
+}
+
+TEST_F(OperatorWindows, SoundAndPointer) {
+    person.start_beep(std::chrono::milliseconds(10));
+    person.start_beep(std::chrono::milliseconds(120));
+    EXPECT_EQ(sounds, 1);  // prolonged, not doubled
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sounds == 2; }));
+
+    for (const bool busy : {false, true, true, false}) person.set_busy_pointer(busy);
+    EXPECT_NE(QApplication::overrideCursor(), nullptr);
+    person.set_busy_pointer(false);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(OperatorWindows, FileFilters) {
+    EXPECT_EQ(name_filters("Amplifier Files (com*.dat)|com*.dat|All Files (*.*)|*.*"),
+              QStringList({QStringLiteral("Amplifier Files (com*.dat)"), QStringLiteral("All Files (*)")}));
+    EXPECT_EQ(name_filters("Images|*.a;*.b"), QStringList(QStringLiteral("Images (*.a *.b)")));
+}
+
+// Two stations in one folder would fight for the bus; a crashed one must not lock the next one out.
+TEST_F(OperatorWindows, OneInstanceAFolder) {
+    {
+        InstanceLock first(folder.path());
+        EXPECT_EQ(first.take(), InstanceLock::Result::taken);
+        InstanceLock second(folder.path());
+        EXPECT_EQ(second.take(), InstanceLock::Result::other_instance);
+    }
+    QFile left_over(folder.filePath(QStringLiteral("ampdesk.lock")));
+    ASSERT_TRUE(left_over.open(QIODevice::WriteOnly));
+    left_over.write("2147483646\nampdesk\n\n\n\n");  // no process has this number
+    left_over.close();
+    InstanceLock after_crash(folder.path());
+    EXPECT_EQ(after_crash.take(), InstanceLock::Result::taken);
+    InstanceLock nowhere(folder.filePath(QStringLiteral("missing")));
+    EXPECT_EQ(nowhere.take(), InstanceLock::Result::impossible);
+}
+
+// Settings of another folder would be taken, or the program's own never found.
+TEST_F(OperatorWindows, ProgramFolder) {
+    const QString own = folder.path();
+    EXPECT_EQ(program_folder("", own, QStringLiteral("/data")), QStringLiteral("/data"));
+    QFile file(folder.filePath(QStringLiteral("rs485.dat")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_EQ(program_folder("", own, QStringLiteral("/data")), own);
+    EXPECT_EQ(program_folder("deep/er", own, {}), QDir(own).filePath(QStringLiteral("deep/er")));
+    EXPECT_TRUE(enter_folder(QDir(own).filePath(QStringLiteral("deep/er"))));
+    EXPECT_TRUE(QDir::currentPath().endsWith(QStringLiteral("deep/er")));
+    EXPECT_FALSE(enter_folder(file.fileName()));
+}
+
+}  // namespace
+}  // namespace ampdesk
