@@ -69,7 +69,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
 }
 
 MDIForm1::~MDIForm1() {
-    disconnect(qApp, nullptr, keys_, nullptr);
+    delete keys_;  // the sub-windows go after this, and tell it of every change of the focus
     station_.on_window_created = nullptr;
     station_.on_window_closed = nullptr;
     bus_.port().on_connection_change = nullptr;
@@ -272,10 +272,10 @@ void MDIForm1::mnuWinItem_Click(int index) {
 
 void MDIForm1::mnuHelpItem_Click(int index) {
     if (index == 4)
-        About();
+        show_about();
 }
 
-void MDIForm1::About() {
+void MDIForm1::show_about() {
     Message message;
     message.text = "JEX REMOTE CONTROL PROGRAM\nVersion: " + options_.version + "\nMay 14, 2008";
     message.icon = Icon::information;

@@ -72,7 +72,7 @@ class MDIForm1 : public QMainWindow {
     void follow_amplifiers();
     void poll();
     void TimerFileAutoOpen_Timer();
-    void About();
+    void show_about();
 
     Station& station_;
     BusLink& bus_;
