@@ -41,6 +41,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
       bus_(bus),
       person_(person),
       options_(std::move(options)),
+      set_up_(*this, station, bus, person, options_.gauge, options_.models),
       icon_style_(new IconStyle) {
     setObjectName(QStringLiteral("MDIForm1"));
     setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
@@ -116,6 +117,8 @@ void MDIForm1::build_centre() {
 void MDIForm1::build_menu() {
     MenuHandlers handlers;
     handlers.mnuMachineItem_Click = [this](int index) { mnuMachineItem_Click(index); };
+    handlers.mnuToolsItem_Click = [this](int index) { mnuToolsItem_Click(index); };
+    handlers.mnuToolsScreen_Click = [this](int index) { mnuToolsScreen_Click(index); };
     handlers.mnuWinItem_Click = [this](int index) { mnuWinItem_Click(index); };
     handlers.mnuHelpItem_Click = [this](int index) { mnuHelpItem_Click(index); };
     menu_ = std::make_unique<MainMenu>(*menuBar(), handlers);
@@ -213,6 +216,9 @@ void MDIForm1::mnuMachineItem_Click(int index) {
     const frmMachine* machine = active_machine();
     const auto head = machine != nullptr ? machine->head() : nullptr;
     switch (index) {
+        case 0:
+            set_up_.new_amplifier();
+            break;
         case 1:
             station_.open_amplifier_file();
             break;
@@ -237,6 +243,17 @@ void MDIForm1::mnuMachineItem_Click(int index) {
         default:
             break;
     }
+}
+
+void MDIForm1::mnuToolsItem_Click(int index) {
+    if (index == 2)
+        set_up_.line();
+}
+
+void MDIForm1::mnuToolsScreen_Click(int index) {
+    const frmMachine* machine = active_machine();
+    if (index == 0 && machine != nullptr)
+        set_up_.screen(machine->head());
 }
 
 void MDIForm1::mnuWinItem_Click(int index) {
