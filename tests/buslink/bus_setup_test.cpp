@@ -10,6 +10,7 @@
 #include "buslink/wire/text_frame.h"
 #include "platform/text_file.h"
 #include "tests/support/recording_operator.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/scripted_port.h"
 
 namespace ampdesk {
@@ -28,10 +29,6 @@ const std::string k_ask_serial = "Input amplifier serial number:";
 class BusSetupTest : public testing::Test {
   protected:
     BusSetupTest() {
-        folder = testing::TempDir() + "bus_setup_" +
-                 testing::UnitTest::GetInstance()->current_test_info()->name() + "/";
-        std::filesystem::remove_all(folder);
-        std::filesystem::create_directories(folder);
         port.responder = [this](const std::string& frame) -> ScriptedPort::Answer {
             const std::string& text = frame.find("RDS/N") != std::string::npos   ? serial
                                       : frame.find("*IDN?") != std::string::npos ? identity
@@ -43,7 +40,6 @@ class BusSetupTest : public testing::Test {
                      binary ? build_reply_frame(Crc16(), '\x06', 0, text) : text + "\x03\r"}};
         };
     }
-    ~BusSetupTest() override { std::filesystem::remove_all(folder); }
 
     // All pieces, each with at most one command (sent twice when nobody answers a text).
     SetupResult ok(BusSetup& setup, const BusChoices& choices) {
@@ -57,7 +53,7 @@ class BusSetupTest : public testing::Test {
         }
     }
 
-    std::string folder;
+    ScratchFolder folder;
     ManualClock clock;
     ScriptedPort port{clock};
     RecordingOperator person;
@@ -95,7 +91,7 @@ TEST_F(BusSetupTest, loads_what_the_file_holds_and_else_the_defaults) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const std::string path = folder + "rs485.dat";
+        const std::string path = folder / "rs485.dat";
         std::filesystem::remove(path);
         if (c.lines)
             write_text_lines(path, *c.lines);
@@ -105,12 +101,12 @@ TEST_F(BusSetupTest, loads_what_the_file_holds_and_else_the_defaults) {
 }
 
 TEST_F(BusSetupTest, saves_accepted_texts_only_and_tells_a_failure) {
-    save_bus_choices(folder + "rs485.dat", {.port = "COM4:", .address = "42", .baud = 7}, person);
-    EXPECT_EQ(read_text_lines(folder + "rs485.dat"), (Texts{"RS-485", "COM4:", "7", "42"}));
-    save_bus_choices(folder + "rs485.dat", {.port = "COM9:", .address = "100"}, person);
-    EXPECT_EQ(load_bus_choices(folder + "rs485.dat", person), BusChoices{});
+    save_bus_choices(folder / "rs485.dat", {.port = "COM4:", .address = "42", .baud = 7}, person);
+    EXPECT_EQ(read_text_lines(folder / "rs485.dat"), (Texts{"RS-485", "COM4:", "7", "42"}));
+    save_bus_choices(folder / "rs485.dat", {.port = "COM9:", .address = "100"}, person);
+    EXPECT_EQ(load_bus_choices(folder / "rs485.dat", person), BusChoices{});
     EXPECT_EQ(person.take_texts(), Texts{});
-    save_bus_choices(folder + "gone/rs485.dat", {}, person);
+    save_bus_choices(folder / "gone/rs485.dat", {}, person);
     EXPECT_EQ(person.take_texts().size(), 1U);
 }
 
@@ -228,7 +224,7 @@ TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
 TEST_F(BusSetupTest, ok_for_the_line) {
     const BusChoices choices = {
         .port = "COM1:", .address = "9", .baud = 3, .bits = 2, .stop = 1, .parity = 2};
-    const std::string path = folder + "rs422.dat";
+    const std::string path = folder / "rs422.dat";
     {  // A line that cannot be opened is neither kept nor marked.
         LineSetup setup(bus, person, path);
         port.open_result = {PortError::not_found, "no such device"};
@@ -250,7 +246,7 @@ TEST_F(BusSetupTest, ok_for_the_line) {
     } cases[] = {
         {"answered", path, "\x11\x01", {}},
         {"silent", path, "", {k_bad_link}},
-        {"no folder", folder + "gone/rs422.dat", "\x11\x01", {"Path not found"}},
+        {"no folder", folder / "gone/rs422.dat", "\x11\x01", {"Path not found"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
