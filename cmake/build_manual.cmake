@@ -1,5 +1,5 @@
 # Makes the help files from the manual's chapters: run as a script by the target `manual`.
-#   cmake -DCHAPTERS=<folder> -DOUTPUT=<folder> -DCMARK=<program> -DGENERATOR=<program> -P build_manual.cmake
+#   cmake -DCHAPTERS=<folder> -DOUTPUT=<folder> -DCMARK_GFM=<program> -DGENERATOR=<program> -P build_manual.cmake
 # Each chapter becomes one page; its first heading is its title in the contents, every heading is an
 # entry of the index. OUTPUT then holds "ampdesk.hlp" (the collection) and "ampdesk.qch" (the pages).
 
@@ -21,9 +21,10 @@ file(GLOB chapters ${CHAPTERS}/*.md)
 list(SORT chapters)
 foreach(chapter IN LISTS chapters)
   get_filename_component(name ${chapter} NAME_WE)
-  execute_process(COMMAND ${CMARK} ${chapter} OUTPUT_VARIABLE body COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${CMARK_GFM} --extension table ${chapter} OUTPUT_VARIABLE body COMMAND_ERROR_IS_FATAL ANY)
   string(REPLACE ";" "${semicolon}" body "${body}")
   string(REGEX REPLACE "href=\"([A-Za-z0-9_-]+)\\.md" "href=\"\\1.html" body "${body}")
+  string(REPLACE "<table>" "<table border=\"1\" cellspacing=\"0\" cellpadding=\"4\">" body "${body}")
 
   # Headings get anchors; the first is the chapter's title.
   string(REGEX MATCHALL "<h[1-3]>[^\n]*</h[1-3]>" headings "${body}")

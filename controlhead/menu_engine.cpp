@@ -45,7 +45,6 @@ void enter_sub_menu(Head& head, SubMenu sub_menu) {
     // The page covers whatever was to be redrawn, and leaving it draws from scratch anyway; a request
     // left standing would lock the hard keys all the while.
     head.redraw_request = false;
-    head.panel.set_gauge(std::nullopt);  // the sub-menus do not measure
     attach_sub_menu(head, k_key_enter);
 }
 

@@ -63,7 +63,7 @@ build_preset() {
         "${build[@]}" >&2 </dev/null
     else
         say "Building $preset"
-        quietly "${build[@]}"
+        quietly "${build[@]}" -- --quiet
     fi
 }
 

@@ -1,5 +1,8 @@
 // The station's dealings with amplifier files: which checks a file passes before its control head
 // opens, in which words a failure is told, and how the files are written.
+#include "shell/station.h"
+
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 
@@ -7,9 +10,7 @@
 #include "buslink/settings_files.h"
 #include "controlhead/screen_settings.h"
 #include "platform/numbers.h"
-#include "platform/run_time_error.h"
 #include "platform/text_file.h"
-#include "shell/station.h"
 
 namespace ampdesk {
 

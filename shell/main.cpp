@@ -80,6 +80,7 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
     options.version = AMPDESK_VERSION;
     options.demonstration = line.demo.has_value();
     options.gauge = {site.values.gauge_minimum, site.values.gauge_maximum};
+    options.shipped_folder = services.options.shipped_folder;
     options.amplifier_files = line.amplifier_files;
     for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
     MDIForm1 form(station, bus, person, options);

@@ -99,6 +99,12 @@ BusSetupForm::BusSetupForm(const QString& caption, std::string path, const PortM
     show_device();
 }
 
+// A form that is still shown, as when the program is told to quit, loses the focus only while its
+// base is taken down, and that ends the editing.
+BusSetupForm::~BusSetupForm() {
+    for (const QComboBox* list : {port_, address_}) list->lineEdit()->disconnect(this);
+}
+
 void BusSetupForm::build_lists(QGridLayout* layout) {
     const QString port_label = QStringLiteral("Com Port:");
     port_ = new LabelledList(QStringLiteral("cboPort"), port_label, fields_);

@@ -24,6 +24,7 @@ class BusSetupForm : public QDialog {
     // takes no input. `ports` tells which device each name stands for.
     BusSetupForm(const QString& caption, std::string path, const PortMap& ports, Operator& person,
                  BusSetup& logic, QWidget* parent);
+    ~BusSetupForm() override;
 
     // What OK came to; stay_open when the dialog was cancelled.
     const SetupResult& result_of_ok() const { return result_; }

@@ -5,6 +5,7 @@
 #include <QWheelEvent>
 
 #include "controlhead/ui/panel_colours.h"
+#include "controlhead/ui/panel_interface.h"
 #include "platform/qt/text.h"
 
 namespace ampdesk {
@@ -44,6 +45,7 @@ void PanelScrollBar::wheelEvent(QWheelEvent* event) {
 }
 
 PanelView::PanelView(GaugeRange gauge, QWidget* parent) : QWidget(parent) {
+    QAccessible::installFactory(PanelInterface::make);  // a second time does nothing
     setObjectName(QStringLiteral("frameMachine"));
     make_display();
     make_soft_keys();
@@ -141,7 +143,7 @@ void PanelView::make_hard_keys() {
         auto* lamp = new LampButton(i + 5, this);
         lamp->move(place + QPoint((k_hard_key.width() - LampButton::k_size) / 2, 0));
         connect(lamp, &QPushButton::clicked, this, [this, i] { Q_EMIT lamp_clicked(i + 4); });
-        picLight_[static_cast<std::size_t>(i + 4)] = lamp;
+        picLight_[static_cast<std::size_t>(i) + 4] = lamp;
 
         // The labels count row by row: "HV On", "RF On", "HV Off", "RF Off".
         make_label(row * 2 + column, k_hard_names[static_cast<std::size_t>(i)],

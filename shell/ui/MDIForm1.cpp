@@ -41,6 +41,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
       bus_(bus),
       person_(person),
       options_(std::move(options)),
+      layout_(*this, "layout.dat"),
       set_up_(*this, station, bus, person, options_.gauge, options_.models),
       tools_(*this, bus, person, tool_hooks()),
       icon_style_(new IconStyle) {
@@ -50,6 +51,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
     build_centre();
     build_menu();
     resize(k_natural_size.boundedTo(screen()->availableSize() * 0.94));
+    layout_.restore_main();
 
     keys_ = new HeadKeys(this, [this] { return keyboard_target(); });
     connect(area_, &QMdiArea::subWindowActivated, keys_, &HeadKeys::follow);
@@ -70,7 +72,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
 }
 
 MDIForm1::~MDIForm1() {
-    disconnect(qApp, nullptr, keys_, nullptr);
+    delete keys_;  // the sub-windows go after this, and tell it of every change of the focus
     station_.on_window_created = nullptr;
     station_.on_window_closed = nullptr;
     bus_.port().on_connection_change = nullptr;
@@ -176,6 +178,7 @@ void MDIForm1::window_created(const std::shared_ptr<ControlHead>& head) {
     connect(window, &QMdiSubWindow::windowStateChanged, keys_, &HeadKeys::follow);
     machines_.push_back(machine);
     window->show();
+    layout_.follow(*window, head->identity().number);
     machine->setFocus();
     follow_amplifiers();
     if (!poll_timer_.isActive())
@@ -213,8 +216,17 @@ void MDIForm1::poll() {
 }
 
 void MDIForm1::shut_down() {
+    if (shut_down_)
+        return;
+    shut_down_ = true;
     TimerFileAutoOpen_.stop();
     tools_.close();
+    help_.reset();
+    try {
+        layout_.save();
+    } catch (const RunTimeError& error) {
+        person_.notify(error.what(), "layout.dat");
+    }
     station_.close_all();
 }
 
@@ -292,11 +304,28 @@ void MDIForm1::mnuWinItem_Click(int index) {
 }
 
 void MDIForm1::mnuHelpItem_Click(int index) {
+    if (index >= 0 && index <= 2)
+        show_help(static_cast<HelpViewer::Page>(index));
     if (index == 4)
-        About();
+        show_about();
 }
 
-void MDIForm1::About() {
+void MDIForm1::show_help(HelpViewer::Page page) {
+    person_.set_busy_pointer(true);
+    if (!help_)
+        help_ = std::make_unique<HelpViewer>(
+            from_utf8(file_exists("ampdesk.hlp") ? "." : options_.shipped_folder));
+    const QString failure = help_->failure();
+    if (failure.isEmpty())
+        help_->show_page(page);
+    else
+        help_.reset();  // tried again the next time
+    person_.set_busy_pointer(false);
+    if (!failure.isEmpty())
+        person_.notify("The manual cannot be opened", failure.toStdString());
+}
+
+void MDIForm1::show_about() {
     Message message;
     message.text = "JEX REMOTE CONTROL PROGRAM\nVersion: " + options_.version + "\nMay 14, 2008";
     message.icon = Icon::information;

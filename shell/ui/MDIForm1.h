@@ -17,6 +17,8 @@
 #include "platform/qt/qt_operator.h"
 #include "shell/station.h"
 #include "shell/ui/head_keys.h"
+#include "shell/ui/help_viewer.h"
+#include "shell/ui/layout_keeper.h"
 #include "shell/ui/main_menu.h"
 #include "shell/ui/service_tools.h"
 #include "shell/ui/set_up.h"
@@ -27,6 +29,7 @@ struct MDIForm1Options {
     std::string version;  // major.minor.revision
     bool demonstration = false;
     GaugeRange gauge;
+    std::string shipped_folder = ".";          // where the manual is when the program's folder has none
     std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
     std::vector<std::string> models{};         // the site's own designations, in the order of its file
 };
@@ -75,12 +78,16 @@ class MDIForm1 : public QMainWindow {
     void follow_amplifiers();
     void poll();
     void TimerFileAutoOpen_Timer();
-    void About();
+    void show_help(HelpViewer::Page page);
+    void show_about();
 
     Station& station_;
     BusLink& bus_;
     QtOperator& person_;
     MDIForm1Options options_;
+    LayoutKeeper layout_;
+    std::unique_ptr<HelpViewer> help_;
+    bool shut_down_ = false;
     SetUp set_up_;
     ServiceTools tools_;
     std::optional<int> terminal_port_;

@@ -82,7 +82,7 @@ const std::vector<Array>& menu_tree() {
          "mnuHelp",
          "&Help",
          &MenuHandlers::mnuHelpItem_Click,
-         {{"&Contents", not_yet}, {"&Index", not_yet}, {"&Search For Help On", not_yet}, {"-"}, {"&About"}}},
+         {{"&Contents"}, {"&Index"}, {"&Search For Help On"}, {"-"}, {"&About"}}},
         {"mnuModemOpt",
          nullptr,
          nullptr,

@@ -8,9 +8,10 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <filesystem>
+#include <map>
 
 #include "buslink/settings_files.h"
 #include "buslink/ui/frmSerial.h"
@@ -19,6 +20,7 @@
 #include "controlhead/ui/frmBand.h"
 #include "platform/text_file.h"
 #include "tests/support/recording_operator.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/scripted_port.h"
 
 namespace ampdesk {
@@ -60,17 +62,13 @@ void expect_accessible(QWidget& window, const std::map<const char*, std::string>
 
 class SetupDialogTest : public testing::Test {
   protected:
-    std::string file(const char* name) const {
-        return folder.filePath(QString::fromLatin1(name)).toStdString();
-    }
-
-    QTemporaryDir folder;
+    ScratchFolder folder;
     ManualClock clock;
     ScriptedPort port{clock};
     RecordingOperator person;
     BusLink bus{port, clock, person};
-    LineSetup line{bus, person, file("rs422.dat")};
-    std::string path = file("rs485.dat");
+    LineSetup line{bus, person, folder / "rs422.dat"};
+    std::string path = folder / "rs485.dat";
 };
 
 TEST_F(SetupDialogTest, a_typed_text_is_held_to_its_rule_once_and_never_sent_as_something_else) {
@@ -109,7 +107,6 @@ TEST_F(SetupDialogTest, shows_what_rs485_dat_holds) {
         BusChoices expected;
     } cases[] = {
         {{"RS-422", "COM3:", "4", "12"}, {}, {}},
-        {{"RS-485", "COM3:", "4", "12"}, {}, {.port = "COM3:", .address = "12", .baud = 4}},
         {{"RS-485", "COM7:", "4", "12"}, {"Invalid Com Port"}, {.address = "12", .baud = 4}},
         {{"RS-485", "COM1:", "0", "123"}, {"Invalid Unit Address"}, {.port = "COM1:", .baud = 0}},
     };

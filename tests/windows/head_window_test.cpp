@@ -119,10 +119,12 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
     const int before = bar.value();
     bus.find(1)->faults.refuse_code = 4;
     when_box_opens([](QMessageBox&) {});
+    int told = 0;
+    QObject::connect(&machine.panel_view(), &PanelView::scroll_moved, &machine, [&told] { ++told; });
     bar.setValue(100);
-    QApplication::processEvents();
-    QApplication::processEvents();
+    for (int i = 0; i < 5; ++i) QApplication::processEvents();
     EXPECT_EQ(take_settings().size(), 1U);
+    EXPECT_EQ(told, 1);
     EXPECT_EQ(bar.value(), before);
 
     activate();
@@ -171,6 +173,20 @@ TEST_F(HeadWindow, AccessibilityTable) {
     EXPECT_EQ(window->text(QAccessible::Name), QStringLiteral("JEX Amplifier 1001"));
     EXPECT_EQ(
         QAccessible::queryAccessibleInterface(child(form, "Picture1"))->valueInterface()->currentValue(), 52);
+
+    const auto scroll_bars = [&] {
+        const auto* panel = QAccessible::queryAccessibleInterface(&machine.panel_view());
+        int count = 0;
+        for (int i = 0; i < panel->childCount(); ++i) {
+            EXPECT_EQ(panel->indexOfChild(panel->child(i)), i);
+            count += panel->child(i)->role() == QAccessible::ScrollBar ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(scroll_bars(), 0) << "present only while shown";
+    machine.cmdKey_Click(0);
+    QApplication::processEvents();
+    EXPECT_EQ(scroll_bars(), 1);
 }
 
 // The panel is never scaled: centred where there is room, at 0 where there is not. Its keys lie under

@@ -51,9 +51,9 @@ TEST_F(MainWindow, MenuTree) {
                                     "mnuWinItem(3) Arrange &Icons 01",
                                     "mnuWinItem(4) -",
                                     "mnuWinItem(5) &Close All 01",
-                                    "mnuHelpItem(0) &Contents 00",
-                                    "mnuHelpItem(1) &Index 00",
-                                    "mnuHelpItem(2) &Search For Help On 00",
+                                    "mnuHelpItem(0) &Contents 11",
+                                    "mnuHelpItem(1) &Index 11",
+                                    "mnuHelpItem(2) &Search For Help On 11",
                                     "mnuHelpItem(3) -",
                                     "mnuHelpItem(4) &About 11"};
     std::vector<QAction*> items;
