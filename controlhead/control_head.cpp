@@ -83,7 +83,7 @@ void ControlHead::click_lamp(std::int16_t index) {
 }
 
 void ControlHead::move_scroll_bar(int value) {
-    act([this, value] { VScroll1_Change(head_, value); });
+    act([this, value] { VScroll1_Change(head_, value); }, true);
 }
 
 void ControlHead::updateLogic() {
@@ -96,15 +96,17 @@ void ControlHead::updateDisplay() {
         run([this] { ampdesk::updateDisplay(head_); });
 }
 
-void ControlHead::act(std::function<void()> action) {
+void ControlHead::act(std::function<void()> action, bool scroll_move) {
     constexpr std::size_t k_most_kept = 8;
     if (closed_)
         return;
     if (!busy())
         return run(action);
     head_.key_activity = true;
+    if (scroll_move && !kept_.empty() && kept_.back().scroll_move)
+        kept_.pop_back();
     if (kept_.size() < k_most_kept)
-        kept_.push_back({std::move(action), head_.services.clock.now()});
+        kept_.push_back({std::move(action), head_.services.clock.now(), scroll_move});
 }
 
 // Runs the action, then what was kept meanwhile.

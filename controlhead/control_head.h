@@ -20,7 +20,8 @@ class ControlHead {
     bool machine_init(bool ask_before_restore);
 
     // Operator's actions. One that comes while a handler of this head is running is kept and done
-    // right after it, unless it has waited longer than two seconds; at most eight are kept.
+    // right after it, unless it has waited longer than two seconds; at most eight are kept, and of
+    // scroll bar moves in a row only the last.
     void press_key(std::int16_t index);
     void press_hard_key(std::int16_t index);
     void click_lamp(std::int16_t index);
@@ -57,9 +58,10 @@ class ControlHead {
     struct Kept {
         std::function<void()> action;
         Instant since;
+        bool scroll_move;
     };
     void run(const std::function<void()>& action);
-    void act(std::function<void()> action);
+    void act(std::function<void()> action, bool scroll_move = false);
 
     Head head_;
     int depth_ = 0;

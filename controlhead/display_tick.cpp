@@ -15,14 +15,15 @@ namespace {
 constexpr std::chrono::milliseconds k_beep{300};
 constexpr double k_beep_seconds = 0.3;
 constexpr double k_alarm_spacing = 15;  // seconds from the end of a beep to the next
-constexpr double k_day = 86400;
 
 bool in_shutdown(const Head& head) {
     return (head.status_byte & k_status_shutdown) != 0;
 }
 
 bool beep_is_due(const Head& head, double now) {
-    const bool sounding = head.last_beep_time > now && head.last_beep_time <= now + k_beep_seconds;
+    constexpr double k_clock_step = 0.001;
+    const bool sounding = head.last_beep_time >= 0 &&
+                          seconds_elapsed(now, head.last_beep_time) <= k_beep_seconds + k_clock_step;
     return !sounding && seconds_elapsed(head.last_beep_time, now) >= k_alarm_spacing;
 }
 
@@ -36,8 +37,7 @@ void sound_alarm(Head& head) {
     if (reply.empty() || reply[0] != '1' || !beep_is_due(head, now))
         return;
     services.person.start_beep(k_beep);
-    const double end = now + k_beep_seconds;
-    head.last_beep_time = end < k_day ? end : end - k_day;
+    head.last_beep_time = now + k_beep_seconds;
 }
 
 void blink(Head& head) {

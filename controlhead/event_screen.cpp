@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "controlhead/comm_faults.h"
 #include "controlhead/head.h"
 #include "controlhead/menu_engine.h"
 #include "controlhead/screens.h"
@@ -34,7 +35,11 @@ std::optional<std::string> read_entry(Head& head, int number) {
         if (error.number() != RunTimeError::k_no_answer)
             throw;
     }
-    head.amplifier.read_itemAll(k_status_request);
+    head.amplifier.look_for_only(true);
+    const bool answers = attempted([&] { head.amplifier.read_itemAll(k_status_request); });
+    head.amplifier.look_for_only(false);
+    if (!answers)
+        throw RunTimeError::no_answer();
     return std::nullopt;
 }
 

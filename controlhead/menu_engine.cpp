@@ -52,7 +52,6 @@ void enter_sub_menu(Head& head, SubMenu sub_menu) {
 void leave_sub_menu(Head& head) {
     head.menu_ptr = head.menu_saved >= 1 ? head.menu_saved : std::int16_t{1};
     head.sub_menu = k_no_sub_menu;
-    head.warn_editing = false;
     head.panel.hide_scroll();
     rest_markers(head);
     set_menu(head);

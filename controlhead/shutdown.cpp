@@ -16,7 +16,6 @@ void end_modes(Head& head) {
     head.sub_menu = k_no_sub_menu;
     head.gain_mode = false;
     head.warn_editing = false;
-    head.event_refresh = false;
     if (head.menu_ptr == 0)
         head.menu_ptr = 1;
     rest_markers(head);

@@ -66,12 +66,9 @@ void enter_adjust_state(Head& head) {
 
 void leave_adjust_state(Head& head) {
     head.warn_editing = false;
-    head.left_marker = '[';
-    head.right_marker = ']';
+    rest_markers(head);
     lite_service(head, 1, 0);
-    ScrollBar bar = head.panel.scroll();
-    bar.visible = false;
-    head.panel.set_scroll(bar);
+    head.panel.hide_scroll();
 }
 
 void draw_first(Head& head) {
@@ -85,10 +82,8 @@ void draw_first(Head& head) {
 
 // Throws error 100 or Overflow; the display then stays as it was.
 void draw_page(Head& head) {
-    if (head.warn_page < 0 || head.warn_page >= head.warn_page_count) {
-        head.warn_editing = false;
+    if (head.warn_page < 0 || head.warn_page >= head.warn_page_count)
         return leave_sub_menu(head);
-    }
     const Level& level = k_levels.at(static_cast<std::size_t>(head.warn_page));
     head.amplifier.get_lim_block();
     const std::string value = value_text(level.item, head.amplifier.get_lim_item(level.item));
@@ -116,8 +111,7 @@ void attach_warnings(Head& head, std::int16_t key) {
         head.warn_page = 0;
         head.warn_editing = false;
         head.warn_page_count = static_cast<std::int16_t>(k_levels.size());
-        head.left_marker = '[';
-        head.right_marker = ']';
+        rest_markers(head);
         return draw_first(head);
     }
     if (head.warn_editing) {

@@ -1,8 +1,11 @@
 #include "platform/numbers.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <limits>
 
 #include "platform/run_time_error.h"
@@ -28,10 +31,37 @@ Integer round_checked(double value) {
     return static_cast<Integer>(rounded);
 }
 
-std::string printed(const char* format, int precision, double value) {
-    char buffer[400];
-    const int length = std::snprintf(buffer, sizeof buffer, format, precision, value);
-    return {buffer, static_cast<std::size_t>(length)};
+// The digits of a finite value to 15 significant places, which is what a decimal number of the
+// outside world survives arithmetic with, and how many of them stand before the point (negative:
+// zeros behind it).
+struct Decimal {
+    std::string digits;
+    int point = 0;
+};
+
+Decimal decimal(double value) {
+    std::array<char, 32> buffer{};
+    // Not printf: that would use the decimal comma of the operator's country.
+    const auto end =
+        std::to_chars(buffer.begin(), buffer.end(), value, std::chars_format::scientific, 14).ptr;
+    const char* mark = std::find(buffer.begin(), end, 'e');
+    Decimal result;
+    std::copy_if(buffer.cbegin(), mark, std::back_inserter(result.digits), is_digit);
+    std::from_chars(mark + (mark[1] == '+' ? 2 : 1), end, result.point);
+    ++result.point;
+    return result;
+}
+
+// Adds one in the last place; of no digits, one is made.
+void step_up(std::string& digits) {
+    const std::size_t other = digits.find_last_not_of('9');
+    std::fill(digits.begin() + static_cast<std::ptrdiff_t>(other + 1), digits.end(), '0');
+    if (other != std::string::npos) {
+        ++digits[other];
+    } else {
+        digits += '0';
+        digits.front() = '1';
+    }
 }
 
 }  // namespace
@@ -56,8 +86,7 @@ double lenient_number(std::string_view text) {
             exponent = true;
         else
             break;
-        if (number.size() < 300)
-            number += c;
+        number += c;
     }
     if (!digits)
         return 0;
@@ -66,7 +95,9 @@ double lenient_number(std::string_view text) {
         ++begin;
     double value = 0;
     const auto result = std::from_chars(begin, number.data() + number.size(), value);
-    return result.ec == std::errc{} ? value : 0;
+    if (result.ec == std::errc::result_out_of_range && number.find("e-") == std::string::npos)
+        value = *begin == '-' ? -HUGE_VAL : HUGE_VAL;
+    return value;
 }
 
 std::int16_t round_to_int16(double value) {
@@ -90,14 +121,31 @@ std::string left_aligned(std::string_view text, std::size_t width) {
 }
 
 std::string fixed_point(double value, int decimals) {
-    // Rounded on the decimal text that the value stands for, so that 0.125 becomes 0.13.
-    const double scale = std::pow(10.0, decimals);
-    const double rounded = std::round(value * scale) / scale;
-    return printed("%.*f", decimals, rounded == 0 ? 0.0 : rounded);
+    if (!std::isfinite(value))
+        throw RunTimeError::overflow();
+    Decimal number = decimal(std::fabs(value));
+    const int keep = number.point + decimals;  // digits that will be shown, leading zeros apart
+    const auto kept = static_cast<std::size_t>(std::max(keep, 0));
+    const bool round_up = keep >= 0 && kept < number.digits.size() && number.digits[kept] >= '5';
+    std::string text = std::move(number.digits);
+    text.resize(kept, '0');
+    if (round_up)
+        step_up(text);
+    // At least one digit before the point, all decimals behind it.
+    if (const auto needed = static_cast<std::size_t>(decimals) + 1; text.size() < needed)
+        text.insert(0, needed - text.size(), '0');
+    const bool negative = value < 0 && text.find_first_not_of('0') != std::string::npos;
+    if (decimals > 0)
+        text.insert(text.end() - decimals, '.');
+    return std::string(negative ? 1 : 0, '-').append(text);
 }
 
 std::string plain_number(double value) {
-    return printed("%.*g", 15, value == 0 ? 0.0 : value);
+    std::array<char, 32> buffer{};
+    const auto end =
+        std::to_chars(buffer.begin(), buffer.end(), value == 0 ? 0.0 : value, std::chars_format::general, 15)
+            .ptr;
+    return {buffer.begin(), end};
 }
 
 std::string zero_padded(double value, int digits) {

@@ -8,7 +8,8 @@
 namespace ampdesk {
 
 // The leading number of a text: blanks and tabs are skipped wherever they stand before its end,
-// sign, digits, one point and an exponent are read; anything else ends it. No number gives 0.
+// sign, digits, one point and an exponent are read; anything else ends it. No number gives 0, one
+// too large for a double gives infinity, which the rounding below refuses.
 double lenient_number(std::string_view text);
 
 // Rounds to the nearest integer, halves to even. Throws Overflow outside -32768..32767 and for
@@ -24,8 +25,10 @@ std::string right_aligned(std::string_view text, std::size_t width);
 // Blanks behind up to the width; a longer text is returned whole.
 std::string left_aligned(std::string_view text, std::size_t width);
 
-// Fixed-point with that many decimals and at least one digit before the point; halves are
-// rounded away from zero and a value that rounds to zero has no sign.
+// Fixed-point with that many decimals and at least one digit before the point. What is rounded is
+// the decimal number that the value stands for to 15 places, so that 2.675 gives "2.68"; halves go
+// away from zero, and a value that rounds to zero has no sign. Always a point, never a comma. Throws
+// Overflow for a value that is infinite or no number.
 std::string fixed_point(double value, int decimals);
 
 // The number as it prints in plain form: up to 15 digits, no trailing zeros, no exponent for the

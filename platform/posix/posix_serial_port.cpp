@@ -28,7 +28,7 @@ timespec time_left(Duration left) {
 PortResult PosixSerialPort::open(const PortSettings& settings) {
     close();
     settings_ = settings;
-    const PortResult result = open_line(settings, line_);
+    PortResult result = open_line(settings, line_);
     open_ = result.ok();
     return result;
 }

@@ -11,7 +11,7 @@ class PosixSerialPort : public SerialPort {
   public:
     // Deadlines are read on this clock, and so is the time between two attempts at a lost line.
     explicit PosixSerialPort(Clock& clock) : clock_(clock) {}
-    ~PosixSerialPort() override { close(); }
+    ~PosixSerialPort() override { PosixSerialPort::close(); }
     PosixSerialPort(const PosixSerialPort&) = delete;
     PosixSerialPort& operator=(const PosixSerialPort&) = delete;
 

@@ -123,7 +123,7 @@ TEST_F(HeadTest, SettingsAreSentOnceWhateverComesBack) {
     };
     const Case cases[] = {
         {"taken", framed(6, command), 0, {}},
-        {"six characters", framed(6, "\x10"), 1, {}},
+        {"ACK without data", framed(6, ""), 1, {}},
         {"silence", "", 1, {}},
         {"bare NAK", framed(21, command), 1, {}},
         {"code 1", framed(21, command + '\x01'), 1, {"Command Not Found"}},

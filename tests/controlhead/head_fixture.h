@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -18,11 +19,13 @@
 
 namespace ampdesk {
 
-using Words = std::map<int, int>;  // item, from 1, and its raw value
-
-inline std::string block(const Words& words) {
+// A block of sixteen words from a text such as "1=563 12=-5": item, from 1, and raw value.
+inline std::string block(const std::string& words) {
     std::string bytes(32, '\0');
-    for (const auto& [item, value] : words) {
+    std::istringstream text(words);
+    int item = 0;
+    int value = 0;
+    for (char equals = 0; text >> item >> equals >> value;) {
         const auto at = static_cast<std::size_t>(2 * (item - 1));
         bytes[at] = static_cast<char>(value & 0xFF);
         bytes[at + 1] = static_cast<char>((value >> 8) & 0xFF);
@@ -36,8 +39,8 @@ class Bench {
         port.responder = [this](const std::string& frame) { return answer(frame); };
         bus.open_bus_port("COM2:", 9600, 0, 8, 1);
         set_status(0);
-        replies[std::string(k_analog_request)] = block({});
-        replies[std::string(k_limits_request)] = block({});
+        replies[std::string(k_analog_request)] = block("");
+        replies[std::string(k_limits_request)] = block("");
         set_alarm("0,Standby");
     }
 
@@ -53,7 +56,7 @@ class Bench {
         set_status(k_status_shutdown);
         replies[std::string(k_shutdown_request)] = reply;
     }
-    void set_analog(const Words& words) { replies[std::string(k_analog_request)] = block(words); }
+    void set_analog(const std::string& words) { replies[std::string(k_analog_request)] = block(words); }
 
     std::string& reply_to(std::string_view command) { return replies[std::string(command)]; }
     void go_mute(std::string_view command) { replies.erase(std::string(command)); }
@@ -112,8 +115,10 @@ class HeadTest : public Bench, public ::testing::Test {
   protected:
     HeadTest() { head.menu_ptr = 1; }
 
-    std::vector<std::string> lines() const {
-        return {head.panel.line(1), head.panel.line(2), head.panel.line(3), head.panel.line(4)};
+    // The four lines, joined by bars.
+    std::string lines() const {
+        const Panel& panel = head.panel;
+        return panel.line(1) + "|" + panel.line(2) + "|" + panel.line(3) + "|" + panel.line(4);
     }
     // A box that no test asked for is a failure.
     void TearDown() override { EXPECT_EQ(person.take_texts(), std::vector<std::string>{}); }

@@ -1,0 +1,187 @@
+// The guard around a head's handlers, and how a window starts.
+#include "controlhead/control_head.h"
+
+#include <filesystem>
+#include <fstream>
+
+#include "tests/controlhead/head_fixture.h"
+
+namespace ampdesk {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+using Texts = std::vector<std::string>;
+
+class ControlHeadTest : public Bench, public ::testing::Test {
+  protected:
+    ControlHeadTest() {
+        folder = fs::temp_directory_path() / ("ampdesk-head-" + std::to_string(::getpid()));
+        fs::create_directories(folder);
+        services.options.folder = folder.string();
+        reply_to("RDBAND") = "RDBAND=0";
+    }
+    ~ControlHeadTest() override { fs::remove_all(folder); }
+
+    // Something that happens while the box of a refused band change is open.
+    void during_a_box(const std::function<void()>& event) {
+        refusal = 4;
+        person.on_ask = [&](const Message&) { event(); };
+        head.press_key(1);
+        person.on_ask = nullptr;
+        refusal = 0;
+        EXPECT_EQ(person.take_texts(), Texts{"Invalid Data"});
+    }
+
+    fs::path folder;
+    ControlHead head{services, {.slot = 1, .unit_address = 7, .number = "1234", .model = "C/KU"}};
+};
+
+// Catches a restore without the question, a question at the automatic start, and a wrong box.
+TEST_F(ControlHeadTest, MachineInit) {
+    const std::string good = "Color Settings\r\n 255\r\n 0\r\n 15\r\n 0\r\n";
+    const std::string bad = "Colour\n";
+    const std::string analog(k_analog_request);
+    const char* question = "The settings for this HPA already exist, do you want to restore ? ";
+    const char* absent = "Some remote commands are absent in Amplifier";
+    struct Case {
+        std::string settings;
+        bool ask;
+        Answer answer;
+        std::string mute;
+        const char* analog;
+        bool started;
+        bool restored;
+        const char* box;
+    };
+    const Case cases[] = {
+        {"", true, Answer::yes, "", "", true, false, ""},
+        {good, false, Answer::yes, "", "", true, true, ""},
+        {good, true, Answer::yes, "", "", true, true, question},
+        {good, true, Answer::no, "", "", true, false, question},
+        {bad, false, Answer::yes, "", "", false, false, "File set1234.dat or band_set.dat corrupted."},
+        {bad, true, Answer::no, "", "", true, false, question},
+        {"", true, Answer::yes, analog, "", false, false, absent},
+        {"", true, Answer::yes, "RDBAND", "", false, false, absent},
+        {"", true, Answer::yes, "", "1=-1", false, false, "Overflow"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        fs::remove(folder / "set1234.dat");
+        if (!c.settings.empty())
+            std::ofstream(folder / "set1234.dat") << c.settings;
+        const auto answers = replies;
+        set_analog(c.analog);
+        go_mute(c.mute);
+        person.answers.clear();
+        if (c.box == question)
+            person.answers = {c.answer};
+        ControlHead fresh(services, {.slot = 1, .unit_address = 7, .number = "1234", .model = "C/KU"});
+        EXPECT_EQ(fresh.machine_init(c.ask), c.started);
+        EXPECT_EQ(fresh.panel().look().fore_colour == 255, c.restored);
+        EXPECT_TRUE(!c.started || fresh.panel().legend(1) == "BAND");
+        EXPECT_EQ(person.take_texts(), *c.box == '\0' ? Texts{} : Texts{c.box});
+        replies = answers;
+    }
+}
+
+// Catches settings saved under a name that the next start does not look for.
+TEST_F(ControlHeadTest, SavedSettingsAreRestored) {
+    ScreenSettings look;
+    look.back_colour = 0x123456;
+    look.font_size = 13;
+    head.apply_screen_settings(look);
+    head.save_screen_settings();
+    ControlHead next(services, {.slot = 1, .unit_address = 7, .number = "1234", .model = ""});
+    EXPECT_TRUE(next.machine_init(false));
+    EXPECT_EQ(next.panel().look(), look);
+    EXPECT_EQ(next.caption(), "JEX Amplifier 1234");
+}
+
+// Catches a handler entered while another runs, a key that is lost, and old or endless keys that
+// are played back.
+TEST_F(ControlHeadTest, KeysPressedWhileBusy) {
+    ASSERT_TRUE(head.machine_init(false));
+    struct Case {
+        int presses;
+        milliseconds wait;
+        int screen;
+    };
+    for (const Case& c : {Case{1, milliseconds(0), 2}, Case{3, milliseconds(1800), 4},
+                          Case{3, milliseconds(2001), 1}, Case{11, milliseconds(0), 1}}) {
+        SCOPED_TRACE(c.presses);
+        head.press_key(4);
+        during_a_box([&] {
+            for (int i = 0; i < c.presses; ++i) head.press_key(3);
+            EXPECT_EQ(head.state().menu_ptr, 1);
+            EXPECT_TRUE(head.busy() && head.state().key_activity);
+            clock.advance(c.wait);
+        });
+        EXPECT_EQ(head.state().menu_ptr, c.screen);
+        EXPECT_FALSE(head.busy());
+    }
+}
+
+// Catches a drag whose end is lost while its first steps are played back.
+TEST_F(ControlHeadTest, ScrollMovesWhileBusy) {
+    ASSERT_TRUE(head.machine_init(false));
+    head.press_key(0);
+    refusal = 4;
+    person.on_ask = [&](const Message&) {
+        refusal = 0;
+        for (int value = 101; value <= 120; ++value) head.move_scroll_bar(value);
+    };
+    take_sent();
+    head.move_scroll_bar(100);
+    EXPECT_EQ(take_settings(), (Texts{{16, 24, 100, 0}, {16, 24, 120, 0}}));
+    EXPECT_EQ(head.panel().scroll().value, 120);
+    person.take_texts();
+}
+
+// Catches a visit that re-enters a head, or goes on with one that has closed.
+TEST_F(ControlHeadTest, VisitsAreSkippedWhileBusyOrClosed) {
+    ASSERT_TRUE(head.machine_init(false));
+    during_a_box([&] {
+        take_sent();
+        head.updateLogic();
+        head.updateDisplay();
+        EXPECT_EQ(sent, Texts{});
+    });
+    head.updateDisplay();
+    int changes = 0;
+    head.panel().on_change = [&] { ++changes; };
+    set_shutdown("1,Arc");
+    person.on_events = [&] {
+        head.press_hard_key(0);
+        head.close();
+    };
+    take_sent();
+    head.updateLogic();
+    EXPECT_EQ(take_settings(), Texts{}) << "kept for a window that is gone";
+    EXPECT_EQ(changes, 0);
+    head.updateLogic();
+    head.updateDisplay();
+    head.press_key(3);
+    EXPECT_EQ(sent, Texts{});
+    EXPECT_FALSE(head.machine_init(false));
+}
+
+// Catches a shutdown display painted over what the operator is doing, and a key that is lost there.
+TEST_F(ControlHeadTest, KeyDuringTheShortWaitOfAShutdown) {
+    ASSERT_TRUE(head.machine_init(false));
+    set_shutdown("1,Arc");
+    int waits = 0;
+    person.on_events = [&] {
+        if (++waits == 1)
+            head.press_key(0);
+    };
+    head.updateLogic();
+    EXPECT_EQ(head.panel().line(4), "ATTN  BAND HELP MORE");
+    EXPECT_TRUE(head.state().key_activity) << "the key has run, to no effect in a shutdown";
+    head.updateDisplay();
+    head.updateLogic();
+    EXPECT_EQ(head.panel().line(1), "System Shutdown, #1 ");
+}
+
+}  // namespace
+}  // namespace ampdesk
