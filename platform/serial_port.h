@@ -86,6 +86,12 @@ class SerialPort {
     // Writes all bytes or reports why not. Waits at most until the deadline for room.
     virtual PortError write(std::string_view bytes, Instant deadline) = 0;
 
+    // Writes as much as the line takes at once and never waits. The count, possibly 0; nothing when
+    // the line is lost, closed or refuses.
+    virtual std::optional<std::size_t> write_some(std::string_view bytes) {
+        return write(bytes, Instant{}) == PortError::none ? std::optional(bytes.size()) : std::nullopt;
+    }
+
     // Everything that is waiting, possibly nothing. Never blocks.
     virtual std::string read_waiting() = 0;
 
