@@ -62,9 +62,9 @@ void show_state_lamps(Head& head, std::string_view alarm_state) {
 }
 
 void take_status(Head& head, const std::string& payload) {
-    const auto field = [&](std::size_t position) -> std::int16_t {
-        return position <= payload.size() ? static_cast<unsigned char>(payload[position - 1])
-                                          : std::int16_t{0};
+    const auto field = [&](std::size_t position) {
+        const bool there = position <= payload.size();
+        return static_cast<std::int16_t>(there ? static_cast<unsigned char>(payload[position - 1]) : 0);
     };
     const SwitchLegend before(head);
     head.status_text = payload;

@@ -20,13 +20,22 @@ int fail(int code, const std::string& why) {
 }
 
 // A descriptor that becomes readable when the program is asked to end. The signals are blocked, so
-// that they arrive nowhere else; a closed pipe shows as a failed write.
+// that they arrive nowhere else; a hang-up that nohup made ignored stays so.
 int watch_stop_signals() {
     sigset_t stop;
     sigemptyset(&stop);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stop, signal);
-    if (::sigprocmask(SIG_BLOCK, &stop, nullptr) != 0 || std::signal(SIGPIPE, SIG_IGN) == SIG_ERR)
+    sigaddset(&stop, SIGINT);
+    sigaddset(&stop, SIGTERM);
+    struct sigaction hang_up {};
+    if (::sigaction(SIGHUP, nullptr, &hang_up) == 0 && hang_up.sa_handler != SIG_IGN)
+        sigaddset(&stop, SIGHUP);
+    if (::sigprocmask(SIG_BLOCK, &stop, nullptr) != 0)
         return -1;
+    // A closed pipe shows as a failed write, a background job's terminal as a failed read.
+    for (const int signal : {SIGPIPE, SIGTTIN}) {
+        if (std::signal(signal, SIG_IGN) == SIG_ERR)
+            return -1;
+    }
     return ::signalfd(-1, &stop, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 

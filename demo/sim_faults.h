@@ -14,13 +14,13 @@ namespace ampdesk::demo {
 
 // How its replies travel. Applied by the bus.
 struct LineFaults {
-    bool silent = false;                        // it neither hears nor answers
-    int noisy_replies = 0;                      // so many next replies come behind stray bytes
-    int bad_crc_replies = 0;                    // so many next binary replies have a wrong CRC
-    std::chrono::milliseconds delay{0};         // every reply comes so much later
-    std::chrono::milliseconds late{0};          // the next reply only comes so much later
-    std::chrono::milliseconds drip{0};          // gap between the bytes of every reply
-    std::optional<std::uint8_t> wrong_address;  // second header byte in place of the unit address
+    bool silent = false;                          // it neither hears nor answers
+    int noisy_replies = 0;                        // so many next replies come behind stray bytes
+    int bad_crc_replies = 0;                      // so many next binary replies have a wrong CRC
+    std::chrono::milliseconds delay{0};           // every reply comes so much later
+    std::chrono::milliseconds late{0};            // the next reply only comes so much later
+    std::chrono::milliseconds drip{0};            // gap between the bytes of every reply
+    std::optional<std::uint8_t> wrong_address{};  // second header byte in place of the unit address
 };
 
 // What its replies hold. Applied by the amplifier.

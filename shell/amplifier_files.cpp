@@ -1,5 +1,8 @@
 // The station's dealings with amplifier files: which checks a file passes before its control head
 // opens, in which words a failure is told, and how the files are written.
+#include "shell/station.h"
+
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 
@@ -7,9 +10,7 @@
 #include "buslink/settings_files.h"
 #include "controlhead/screen_settings.h"
 #include "platform/numbers.h"
-#include "platform/run_time_error.h"
 #include "platform/text_file.h"
-#include "shell/station.h"
 
 namespace ampdesk {
 
@@ -153,10 +154,10 @@ std::optional<Station::Identity> Station::identify(int address, const OpenTexts&
     if (serial_number.empty())
         return std::nullopt;
     Identity found;
-    const std::string no_number = failure_of([&] { found.number = amplifier_number(serial_number); });
-    if (!no_number.empty())
-        return texts.interactive ? give_up(no_number, serial_number)
-                                 : give_up(texts.no_serial_number, no_number);
+    const std::string failure = failure_of([&] { found.number = amplifier_number(serial_number); });
+    if (!failure.empty())
+        return give_up(texts.interactive ? failure : texts.no_serial_number,
+                       "Serial number " + serial_number + " is too large");
 
     const auto model = read_model(bus, address);
     if (!model && !texts.interactive)

@@ -73,7 +73,7 @@ class Parser {
 
     // The value behind "=" or, without one, the next argument.
     std::string needed(const std::string& name, const std::optional<std::string>& value) {
-        const std::string text = value ? *value : at_ < arguments_.size() ? arguments_[at_++] : "";
+        std::string text = value ? *value : at_ < arguments_.size() ? arguments_[at_++] : "";
         if (text.empty())
             line_.error = name + " needs a value";
         return text;

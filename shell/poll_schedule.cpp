@@ -19,16 +19,15 @@ PollSchedule::Next PollSchedule::next(const std::vector<Head>& heads, Instant no
     const Entry* chosen = nullptr;
     const Entry* look = nullptr;
     for (const Head& head : heads) {
-        Entry& entry = entries_.at(head.slot);
-        if (head.busy) {
-            // Its visit is missed, as a late one would be: it comes round again in its phase.
-            pass(entry, now);
-        } else if (entry.due > now) {
+        const Entry& entry = entries_.at(head.slot);
+        if (head.busy)
+            continue;
+        if (entry.due > now) {
             next.wait = std::min<Duration>(next.wait, entry.due - now);
         } else {
             const Entry*& first = entry.silent ? look : chosen;
-            if (first == nullptr || entry.due < first->due)
-                first = &entry;
+            if (first == nullptr || earlier(entry.last, first->last))
+                first = &entry;  // on a line too slow for all, who has waited longest comes first
         }
     }
     if (look != nullptr)
@@ -101,7 +100,7 @@ void PollSchedule::follow(const std::vector<Head>& heads, Instant now) {
 }
 
 // The k-th of n live heads gets the phase k · cycle / n, in the order of their last visits. The
-// spread starts now, or later when nobody waits longer than a cycle for that.
+// spread starts as late as it can without anybody waiting longer than a cycle.
 void PollSchedule::spread(Instant now) {
     std::vector<Entry*> live;
     for (auto& [slot, entry] : entries_)
@@ -113,9 +112,8 @@ void PollSchedule::spread(Instant now) {
     Instant start = now + k_cycle;
     for (Duration::rep k = 0; k < count; ++k) {
         const auto& last = live[static_cast<std::size_t>(k)]->last;
-        start = std::min(start, (last ? *last + k_cycle : now) - Duration(k_cycle) * k / count);
+        start = std::min(start, last ? *last + k_cycle - Duration(k_cycle) * k / count : now);
     }
-    start = std::max(start, now);
     for (Duration::rep k = 0; k < count; ++k)
         live[static_cast<std::size_t>(k)]->due = start + Duration(k_cycle) * k / count;
 }

@@ -21,7 +21,7 @@ class PollSchedule {
     struct Head {
         int slot = 0;
         bool silent = false;
-        bool busy = false;  // a handler of it is running: it is passed over
+        bool busy = false;  // a handler of it is running: it waits until that has returned
     };
 
     // Either a slot to visit now or how long there is nothing to do (at most k_cycle).

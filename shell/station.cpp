@@ -22,7 +22,7 @@ std::shared_ptr<ControlHead> Station::new_amplifier_window(std::int16_t unit_add
                                                            const std::string& model,
                                                            bool ask_before_restore) {
     const int slot = find_free_slot();
-    const auto head = std::make_shared<ControlHead>(
+    auto head = std::make_shared<ControlHead>(
         services_,
         HeadIdentity{.slot = slot, .unit_address = unit_address, .number = number, .model = model});
     slot_at(slot).head = head;

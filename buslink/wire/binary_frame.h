@@ -47,6 +47,9 @@ class ReplyParser {
 
     State state() const { return state_; }
 
+    // How many bytes are kept because they may still become something.
+    std::size_t undecided() const { return buffer_.size(); }
+
     // The whole reply, L + 5 bytes; empty unless answered.
     const std::string& reply() const { return reply_; }
 

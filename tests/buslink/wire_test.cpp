@@ -156,12 +156,14 @@ TEST(ReplyParser, SkipsAnEchoThatHoldsAStartByte) {
     EXPECT_EQ(to_hex(parser.reply()), k_reply);
 }
 
-// A reply that stands behind any amount of noise is found, and so the noise is not piled up.
+// Noise that is piled up for as long as it comes, or in which the reply is lost.
 TEST(ReplyParser, FindsTheReplyBehindEndlessNoise) {
     const Crc16 crc;
     ReplyParser parser(crc, hex_bytes(k_status));
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 2000; ++i) {
         ASSERT_EQ(parser.feed(hex_bytes("15 FF FF 06 00 FF 01 01")), State::waiting);
+        ASSERT_LT(parser.undecided(), k_longest_frame);
+    }
     EXPECT_EQ(parser.feed(hex_bytes(k_reply)), State::answered);
 }
 

@@ -89,7 +89,7 @@ TEST(SiteConfiguration, SurvivesAnyFile) {
     std::filesystem::create_directory(folder / "ampdesk.ini");
     EXPECT_LE(read_site_configuration(folder / "ampdesk.ini").warnings.size(), 1U);
     std::string noise;
-    for (int i = 0; i < 1 << 20; ++i) noise += static_cast<char>((i * 7919) >> 3);
+    for (unsigned i = 0; i < 1U << 20; ++i) noise += static_cast<char>((i * 7919) >> 3);
     const Texts warnings = read(noise).warnings;
     ASSERT_EQ(warnings.size(), 21U);
     for (const std::string& warning : warnings) EXPECT_LT(warning.size(), 200U);

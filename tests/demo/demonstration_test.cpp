@@ -1,0 +1,67 @@
+// The demonstration: what its amplifiers say at the start and what its files hold.
+#include "demo/demonstration.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "tests/demo/hex_bytes.h"
+#include "tests/support/manual_clock.h"
+
+namespace ampdesk::demo {
+namespace {
+
+// A first picture in which every amplifier looks the same, or one that the station cannot tell apart.
+TEST(Demonstration, ShowsOneOfEachKind) {
+    ManualClock clock;
+    SimBus bus(clock);
+    add_demonstration(bus, 99);
+    const struct {
+        int address;
+        const char* status;
+        const char* alarm_state;
+        const char* identity;
+    } cases[] = {
+        {1, "00 11 02 00 00 02", "0,Standby RF off", "JEX TWTA*C/KU/X*1001*Simulator Rev 1.0"},
+        {2, "00 11 00 00 00 00", "0,Warm-up 0:20", "JEX TWTA*KU/DBS*1002*Simulator Rev 1.0"},
+        {3, "0C 0F 01 00 00 00", "0,Transmit", "JEX TWTA*KU*1003*Simulator Rev 1.0"},
+        {4, "00 11 02 00 00 02", "0,Standby RF off", "JEX TWTA*C/KU/X*1004*Simulator Rev 1.0"},
+        {99, "0C 0F 01 00 00 00", "0,Transmit", "JEX TWTA*KU*1099*Simulator Rev 1.0"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.address);
+        SimAmplifier* amplifier = bus.find(c.address);
+        ASSERT_NE(amplifier, nullptr);
+        EXPECT_EQ(hex_of(amplifier->status_block()), c.status);
+        EXPECT_EQ(amplifier->alarm_state(), c.alarm_state);
+        EXPECT_EQ(amplifier->identity_text(), c.identity);
+        // The filament current, 1.5 A and more, as a negative word.
+        EXPECT_EQ(amplifier->analog_block()[11] & 0xF0, 0xF0);
+    }
+    EXPECT_EQ(bus.find(100), nullptr);
+}
+
+// A file that the station does not open, or that leads it to the wrong amplifier.
+TEST(Demonstration, WritesTheFilesOfTheStation) {
+    const std::string folder = testing::TempDir() + "ampdesk-demo-" + std::to_string(::getpid());
+    std::filesystem::create_directory(folder);
+    EXPECT_EQ(write_demonstration_files(folder, 2), (std::vector<std::string>{"com1001.dat", "com1002.dat"}));
+    const std::pair<const char*, const char*> files[] = {
+        {"com1001.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n"},
+        {"com1002.dat", "RS-485\r\nCOM1:\r\n6\r\n2\r\n"},
+        {"rs485.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n"},
+        {"ampdesk.ini", "[amplifier]\r\nnegative_words=signed\r\n"},
+    };
+    for (const auto& [name, content] : files) {
+        std::ostringstream read;
+        read << std::ifstream(folder + "/" + name, std::ios::binary).rdbuf();
+        EXPECT_EQ(read.str(), content) << name;
+    }
+    std::filesystem::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace ampdesk::demo

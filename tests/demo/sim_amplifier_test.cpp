@@ -1,0 +1,289 @@
+// The simulated amplifier as the station sees it: command bytes in, reply data out.
+#include "demo/sim_amplifier.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/demo/hex_bytes.h"
+#include "tests/support/manual_clock.h"
+
+namespace ampdesk::demo {
+namespace {
+
+using namespace std::chrono_literals;
+
+SimModel steady() {
+    return {.noise = 0};
+}
+
+SimModel transmitting() {
+    return {.hv_on = true, .rf_on = true, .noise = 0};
+}
+
+struct AmplifierTest : testing::Test {
+    ManualClock clock;  // the wall clock starts at 12:00
+
+    // "ACK" or "NAK" and the data behind the echo in hexadecimal; a reply that does not begin with
+    // the whole command shows as "no echo".
+    static std::string ask(SimAmplifier& amplifier, std::string_view command_hex) {
+        const std::string command = bytes_of(command_hex);
+        const SimAmplifier::Reply reply = amplifier.answer(command);
+        if (reply.data.substr(0, command.size()) != command)
+            return "no echo";
+        const std::string payload = hex_of(std::string_view(reply.data).substr(command.size()));
+        return std::string(reply.accepted ? "ACK" : "NAK") + (payload.empty() ? "" : " ") + payload;
+    }
+
+    static std::string ask_text(SimAmplifier& amplifier, std::string_view command_hex) {
+        const std::string command = bytes_of(command_hex);
+        return amplifier.answer(command).data.substr(command.size());
+    }
+
+    // Asks in turn and compares.
+    static void expect_dialogue(SimAmplifier& amplifier,
+                                const std::vector<std::pair<std::string, std::string>>& dialogue) {
+        for (const auto& [command, answer] : dialogue) {
+            SCOPED_TRACE(command);
+            EXPECT_EQ(ask(amplifier, command), answer);
+        }
+    }
+};
+
+// A word at the wrong place, in the wrong byte order or in the wrong unit.
+TEST_F(AmplifierTest, ReadsGiveTheirBlocks) {
+    SimAmplifier standby(steady(), clock);
+    expect_dialogue(
+        standby,
+        {
+            {"11", "ACK 00 11 02 00 00 02"},
+            {"12",
+             "ACK 00 00 00 00 00 00 00 00 9C 18 DC 05 00 00 26 00 1E 00 D2 04 DB 03 00 00 05 00 28 00 00 00"},
+            {"A0 15 00", "ACK 32 00 5F 00 F4 01 44 02 FA 00 C2 01"},
+        });
+    SimAmplifier on_air(transmitting(), clock);
+    expect_dialogue(
+        on_air,
+        {
+            {"11", "ACK 0C 11 02 00 00 02"},
+            {"12",
+             "ACK 30 02 68 01 C8 23 F0 00 9C 18 DC 05 00 00 4C 00 24 00 D2 04 DB 03 00 00 05 00 28 00 DA 11"},
+        });
+    SimModel model = transmitting();
+    model.signed_words = true;
+    SimAmplifier negative(model, clock);
+    expect_dialogue(
+        negative,
+        {{"12",
+          "ACK 30 02 68 01 38 DC F0 00 9C 18 24 FA 00 00 4C 00 24 00 D2 04 DB 03 00 00 05 00 28 00 26 EE"}});
+    SimAmplifier plain({.name = "KU",
+                        .has_switch = false,
+                        .power_save = false,
+                        .filament_in_ma = true,
+                        .fahrenheit = true,
+                        .forward_in_watts = true,
+                        .reverse_in_watts = true},
+                       clock);
+    expect_dialogue(plain, {{"11", "ACK 00 0F 01 00 00 00"}});
+}
+
+// A text that the station cannot cut apart.
+TEST_F(AmplifierTest, TextsAreLaidOutAsTheStationCutsThem) {
+    SimAmplifier amplifier({.serial = 1234, .name = "KU/DBS"}, clock);
+    EXPECT_EQ(ask_text(amplifier, "A0 16 00"), "JEX TWTA*KU/DBS*1234*Simulator Rev 1.0");
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "0,Standby RF off");
+    EXPECT_EQ(ask_text(amplifier, "A0 18 00"), "0, No Shutdown");
+    EXPECT_EQ(amplifier.answer_text("RDBAND"), "RDBAND=0");
+    EXPECT_EQ(amplifier.answer("RDBAND").data, "RDBAND=0");
+    EXPECT_EQ(amplifier.answer_text("RDS/N"), "RDS/N=1234");
+    EXPECT_EQ(amplifier.answer_text("*IDN?"), "JEX*KU/DBS 400W TWTA");
+    EXPECT_EQ(amplifier.answer_text("RDSTAT"), "RDSTAT=Standby RF off,Fwd 0.0 dBm,Attn 0.0 dB,Remote on");
+    EXPECT_EQ(amplifier.answer_text("SBAND 2"), "SBAND=2");
+    EXPECT_EQ(amplifier.answer_text("SBAND 1"), "NAK 4");
+    EXPECT_EQ(amplifier.answer_text("RDBANDS"), "NAK 1");
+    EXPECT_EQ(amplifier.answer("RDBAND").data, "RDBAND=2");
+}
+
+// A setting that is acknowledged without effect, or takes effect in spite of a refusal.
+TEST_F(AmplifierTest, SettingsActAndRefusalsDoNot) {
+    SimAmplifier amplifier(steady(), clock);
+    expect_dialogue(amplifier,
+                    {
+                        {"10 16", "NAK 04"},  // RF without HV
+                        {"10 12", "ACK"},
+                        {"11", "ACK 04 11 02 00 00 02"},
+                        {"A0 17 00", "ACK 30 2C 48 56 20 6F 6E 20 52 46 20 6F 66 66"},  // 0,HV on RF off
+                        {"10 16", "ACK"},
+                        {"11", "ACK 0C 11 02 00 00 02"},
+                        {"A0 17 00", "ACK 30 2C 54 72 61 6E 73 6D 69 74"},  // 0,Transmit
+                        {"10 18 2D 01", "NAK 04"},                          // 30.1 dB
+                        {"10 18 7D", "NAK 04"},                             // half a number
+                        {"10 18 7D 00", "ACK"},                             // 12.5 dB
+                        {"10 1A", "ACK"},                                   // to the load
+                        {"11", "ACK 0C 11 02 00 01 02"},
+                        {"10 1B 03", "NAK 04"},
+                        {"10 1B 02", "ACK"},
+                        {"10 17", "ACK"},
+                        {"10 16", "ACK"},
+                        {"10 13", "ACK"},  // takes the RF with it
+                        {"11", "ACK 00 11 02 00 01 02"},
+                        {"10 14", "NAK 01"},
+                        {"A0 17", "NAK 01"},
+                        {"53 42 41 4E 44 20 31", "ACK"},     // SBAND 1
+                        {"53 42 41 4E 44 20 33", "NAK 04"},  // SBAND 3
+                        {"53 42 41 4E 44 20 78", "NAK 04"},  // SBAND x
+                    });
+    EXPECT_EQ(amplifier.answer_text("RDBAND"), "RDBAND=1");
+
+    amplifier.set_remote(false);
+    expect_dialogue(amplifier, {{"10 12", "NAK 03"},
+                                {"53 42 41 4E 44 20 30", "NAK 03"},
+                                {"40 20 00 00 01 02 03", "NAK 03"},
+                                {"11", "ACK 00 10 02 00 01 02"}});
+    EXPECT_EQ(amplifier.answer_text("SBAND 0"), "NAK 3");
+
+    SimAmplifier no_switch({.has_switch = false}, clock);
+    expect_dialogue(no_switch, {{"10 1A", "NAK 01"}, {"10 1B 01", "NAK 01"}});
+}
+
+// Powers that do not follow attenuation and switch, item 1 and 2 by item 12.
+TEST_F(AmplifierTest, PowersFollowAttenuationAndSwitch) {
+    SimAmplifier amplifier(transmitting(), clock);
+    amplifier.set_attenuation(125);
+    EXPECT_EQ(ask(amplifier, "12").substr(0, 15), "ACK B3 01 EB 00");  // 43.5 and 23.5 dBm
+    amplifier.throw_switch();
+    EXPECT_EQ(ask(amplifier, "12").substr(0, 15), "ACK B3 01 87 00");  // the load reflects 13.5 dBm
+}
+
+// HV accepted too early or never, and a countdown that runs wrong.
+TEST_F(AmplifierTest, HighVoltageWaitsForTheWarmUp) {
+    SimAmplifier amplifier({.warm_up = 80s}, clock);
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "0,Warm-up 1:20");
+    clock.advance(62'500ms);
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "0,Warm-up 0:18");
+    clock.advance(17'499ms);
+    EXPECT_EQ(ask(amplifier, "10 12"), "NAK 04");
+    clock.advance(1ms);
+    EXPECT_EQ(ask(amplifier, "10 12"), "ACK");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 01"), "12:01 Ready");
+}
+
+// A shutdown that leaves HV on, is lost without an acknowledgement, or cannot be got rid of.
+TEST_F(AmplifierTest, ShutdownStaysUntilAcknowledged) {
+    SimAmplifier amplifier(transmitting(), clock);
+    amplifier.shut_down(12, "Helix arc");
+    EXPECT_EQ(ask_text(amplifier, "A0 18 00"), "12, Helix arc");
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "1,Helix arc");
+    expect_dialogue(amplifier, {{"11", "ACK 10 11 02 00 00 02"},
+                                {"10 12", "NAK 04"},
+                                {"10 16", "NAK 04"},
+                                {"10 15", "ACK"},
+                                {"11", "ACK 00 11 02 00 00 02"},
+                                {"10 12", "ACK"}});
+    amplifier.set_interlock(true);
+    expect_dialogue(amplifier, {{"10 15", "NAK 04"}, {"11", "ACK 10 11 02 00 00 02"}});
+    amplifier.set_interlock(false);
+    expect_dialogue(amplifier, {{"11", "ACK 10 11 02 00 00 02"}, {"10 15", "ACK"}, {"10 12", "ACK"}});
+}
+
+// A limit that watches the wrong word or compares the wrong way, and an alarm that flickers.
+TEST_F(AmplifierTest, WarningLevelsRaiseAlarms) {
+    struct Case {
+        std::size_t item;
+        std::uint16_t harmless, excessive, still, over;
+        std::string text;
+    };
+    const std::vector<Case> cases = {
+        {9, 50, 51, 49, 48, "1,Cabinet Temp"},      {8, 95, 96, 94, 93, "1,TWT Temp"},
+        {4, 500, 501, 481, 480, "1,Helix Current"}, {1, 580, 581, 576, 575, "1,Fwd Power High"},
+        {1, 250, 249, 254, 255, "1,Fwd Power Low"}, {2, 450, 451, 446, 445, "1,Rev Power High"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        SimAmplifier amplifier(transmitting(), clock);
+        const auto alarm_at = [&](std::uint16_t word) {
+            amplifier.faults.analog[c.item] = word;
+            return ask_text(amplifier, "A0 17 00");
+        };
+        EXPECT_EQ(alarm_at(c.harmless), "0,Transmit");
+        EXPECT_EQ(alarm_at(c.excessive), c.text);
+        EXPECT_EQ(alarm_at(c.still), c.text);
+        EXPECT_EQ(alarm_at(c.over), "0,Transmit");
+        EXPECT_EQ(ask_text(amplifier, "A0 1A 00"), "12:00 " + c.text.substr(2));
+        EXPECT_EQ(ask_text(amplifier, "A0 1A 01"), "12:00 RF on");
+    }
+    SimAmplifier idle(steady(), clock);
+    EXPECT_EQ(ask_text(idle, "A0 17 00"), "0,Standby RF off");  // no power is not too little without RF
+}
+
+// Hour meters that stand still, count RF time in standby or lose the minutes; temperatures that do
+// not drift to where they settle.
+TEST_F(AmplifierTest, HoursCountAndTemperaturesDrift) {
+    SimAmplifier amplifier(steady(), clock);
+    clock.advance(56min);
+    EXPECT_EQ(ask(amplifier, "12").substr(4 + 3 * 18, 29), "D3 04 DB 03 00 00 01 00 28 00");
+    amplifier.set_hv(true);
+    amplifier.set_rf(true);
+    clock.advance(5min);
+    const std::string warming = ask(amplifier, "12");
+    EXPECT_EQ(warming.substr(4 + 3 * 14, 11), "3F 00 21 00");  // 63 °C on the way to 78, 33 °C to 37
+    clock.advance(3h);
+    EXPECT_EQ(ask(amplifier, "12").substr(4 + 3 * 14, 41), "4E 00 25 00 D6 04 DE 03 00 00 06 00 2D 00");
+}
+
+// An event list in the wrong order, without its times, or refused past its end.
+TEST_F(AmplifierTest, EventsAreListedNewestFirst) {
+    SimAmplifier amplifier(steady(), clock);
+    clock.advance(65min);
+    amplifier.set_hv(true);
+    for (int tenths = 1; tenths <= 125; ++tenths) amplifier.set_attenuation(tenths);
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 00"), "13:05 ATTN 12.5");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 01"), "13:05 HV on");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 02"), "12:00 Power on");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 03"), "                ");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A FF"), "                ");
+    for (int i = 0; i < 300; ++i) amplifier.set_hv(i % 2 == 1);
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 63"), "13:05 HV off");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 64"), "                ");
+}
+
+// A block that comes back changed, or a transfer that never ends.
+TEST_F(AmplifierTest, NvramKeepsWhatIsSet) {
+    SimAmplifier amplifier(steady(), clock);
+    EXPECT_EQ(amplifier.answer(bytes_of("20 20 3F 00")).data.size(), 4 + 16 + 2U);
+    expect_dialogue(amplifier, {
+                                   {"20 20 40 00", "NAK 20"},
+                                   {"40 20 0C 00 00 A1 FF 3C 5A 07", "ACK"},
+                                   {"20 20 0C 00", "ACK 00 A1 FF 3C 5A 07"},
+                                   {"40 20 40 00 00 A1 FF 3C 5A 07", "NAK 04"},
+                                   {"40 20 0C 00 5A 07", "NAK 04"},  // no data
+                                   {"40 20 0C", "NAK 04"},
+                                   {"20 20 0C 00", "ACK 00 A1 FF 3C 5A 07"},
+                               });
+}
+
+// A reply that does not fit its length byte.
+TEST_F(AmplifierTest, TheLongestCommandIsStillAnswered) {
+    SimAmplifier amplifier(steady(), clock);
+    const SimAmplifier::Reply reply = amplifier.answer(std::string(255, '?'));
+    EXPECT_FALSE(reply.accepted);
+    EXPECT_EQ(reply.data, std::string(254, '?') + '\x01');
+}
+
+// Readings that differ from run to run, or are the same on every amplifier.
+TEST_F(AmplifierTest, NoiseIsRepeatableAndItsOwn) {
+    SimAmplifier first({.serial = 7}, clock);
+    SimAmplifier again({.serial = 7}, clock);
+    SimAmplifier other({.serial = 8}, clock);
+    std::string a;
+    std::string b;
+    std::string c;
+    for (int i = 0; i < 20; ++i) {
+        a += ask(first, "12");
+        b += ask(again, "12");
+        c += ask(other, "12");
+    }
+    EXPECT_EQ(a, b);
+    EXPECT_NE(a, c);
+}
+
+}  // namespace
+}  // namespace ampdesk::demo

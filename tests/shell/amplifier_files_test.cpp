@@ -1,0 +1,218 @@
+// Opening amplifier files, good and bad, with the words of each failure; saving them.
+#include "tests/shell/rig.h"
+
+namespace ampdesk {
+namespace {
+
+// A check that is left out or comes too late, a text that is not the fixed one, a failure that
+// leaves a head or the port open.
+TEST(OpeningFails, InTheseWords) {
+    const auto file = [](const char* port, const char* baud, const char* address) {
+        return Rig::file(address, port, baud);
+    };
+    struct Words {
+        std::string automatic;    // at the start of the program
+        std::string interactive;  // Amplifier > Open
+    };
+    const Words corrupted{"Default Settings For Serial Port Corrupted In File com9.dat",
+                          "Default settings for serial port corrupted"};
+    const Words used{"The HPA Address In File com9.dat Is Used, Please Pick Up Another One.",
+                     "The HPA Address Is Used, Please Pick Up Another One."};
+    const Words failed{"Serial Initialization Failed For File com9.dat", "Serial Initialization Failed"};
+    const Words wrong{"Serial Settings In File com9.dat Are Not Right",
+                      "Serial Settings Are Probably Not Right, Select Settings Again When Not Communicating"};
+    const char* no_serial = "Failed To Read SerialNumber For File com9.dat";
+    const char* other_line = "The bus is in use on COM1: with 9600,n,8,1";
+    const PortResult no_device{PortError::not_found, "COM1: is not there"};
+    const struct {
+        const char* fault;
+        std::string bytes;  // of com9.dat; empty: there is none
+        Words words;
+        std::string cause;
+        bool port_tried = false;  // the port was opened for this file, or it was tried
+        bool other_open = false;  // amplifier 1 is open on COM1: with 9600 baud
+        const char* lost_request = "";
+        PortResult open_result{};
+    } table[] = {
+        {"no file", "", {"Couldn't find file com9.dat", corrupted.interactive}, "File not found"},
+        {"wrong title", "RS-422\r\nCOM1:\r\n6\r\n2\r\n", corrupted, ""},
+        {"cut short", "RS-485\r\nCOM1:\r\n", corrupted, "\"\" is no address from 0 to 99"},
+        {"address 100", file("COM1:", "6", "100"), corrupted, "\"100\" is no address from 0 to 99"},
+        {"address used, and another port", file("COM2:", "6", "1"), used, "", false, true},
+        {"baud code 8", file("COM1:", "8", "2"), failed, "The file holds no baud code from 0 to 7"},
+        {"not the port in use", file("COM2:", "6", "2"), failed, other_line, false, true},
+        {"not the baud rate in use", file("COM1:", "7", "2"), failed, other_line, false, true},
+        {"no device", file("COM1:", "6", "2"), failed, no_device.cause, true, false, "", no_device},
+        {"nobody there", file("COM1:", "6", "50"), wrong, "", true},
+        {"nobody there beside another", file("COM1:", "6", "50"), wrong, "", false, true},
+        {"no serial number", file("COM1:", "6", "2"), {no_serial, ""}, "", true, false, "RDS/N"},
+        {"no 32-bit serial number",
+         file("COM1:", "6", "9"),
+         {no_serial, "Overflow"},
+         "Serial number 99999999999 is too large",
+         true},
+    };
+    for (const auto& row : table)
+        for (const bool interactive : {false, true}) {
+            SCOPED_TRACE(std::string(row.fault) + (interactive ? ", interactive" : ", automatic"));
+            Rig rig;
+            rig.sim.add({.address = 9, .serial = 99'999'999'999});
+            if (row.other_open)
+                rig.open({1});
+            if (!row.bytes.empty())
+                rig.folder.put("com9.dat", row.bytes);
+            rig.port.lost_request = row.lost_request;
+            rig.port.open_result = row.open_result;
+            rig.port.opened.clear();
+            rig.person.choices = {rig.folder / "com9.dat"};
+            if (interactive)
+                rig.station.open_amplifier_file();
+            else
+                rig.station.auto_open_dat_files({"com9.dat"});
+            const std::string& text = interactive ? row.words.interactive : row.words.automatic;
+            const bool missing = text.starts_with("Couldn't");
+            ASSERT_EQ(rig.person.messages.size(), text.empty() ? 0U : 1U);
+            rig.person.messages.resize(1);
+            EXPECT_EQ(rig.person.messages[0].text, text);
+            EXPECT_EQ(rig.person.messages[0].detail, missing || text.empty() ? "" : row.cause);
+            EXPECT_EQ(rig.station.open_count(), row.other_open ? 1 : 0);
+            EXPECT_EQ(rig.bus.bus_link_on(), row.other_open);
+            EXPECT_EQ(rig.port.opened.size(), row.port_tried ? 1U : 0U);
+        }
+}
+
+class AmplifierFiles : public StationTest {
+  protected:
+    // Amplifier > Open with that file.
+    void open_interactively(const std::string& name) {
+        person.choices = {folder / name};
+        station.open_amplifier_file();
+    }
+    // What the head in slot 1 is; closes it.
+    std::string opened() {
+        if (station.open_count() == 0)
+            return "nothing";
+        const HeadIdentity id = station.open_heads()[0]->identity();
+        station.close_all();
+        std::filesystem::remove(folder / ("set" + id.number + ".dat"));
+        return id.number + " " + std::to_string(id.unit_address) + " " + id.model;
+    }
+};
+
+// The operator's answers are ignored, asked for twice, or an empty one opens something.
+TEST_F(AmplifierFiles, AskForWhatTheAmplifierDoesNotSay) {
+    folder.put("com1.dat", file("1"));
+    open_interactively("com1.dat");
+    EXPECT_EQ(opened(), "1001 1 KU");
+    EXPECT_EQ(person.prompts, Texts{"Open A Amplifier File To Read"});
+    person.choices = {};
+    station.open_amplifier_file();
+    EXPECT_EQ(opened(), "nothing");
+
+    port.lost_request = "RDS/N";
+    const struct {
+        std::optional<std::string> answer;
+        const char* opened;
+    } serials[] = {{" 77 x", "77 1 KU"}, {"", "nothing"}, {"  ", "nothing"}, {std::nullopt, "nothing"}};
+    for (const auto& row : serials) {
+        person.prompts.clear();
+        person.inputs = {row.answer};
+        open_interactively("com1.dat");
+        EXPECT_EQ(opened(), row.opened);
+        EXPECT_EQ(person.prompts, (Texts{"Open A Amplifier File To Read", "Input amplifier serial number:"}));
+    }
+
+    port.lost_request = "*IDN?";
+    open_interactively("com1.dat");
+    EXPECT_EQ(opened(), "1001 1 ");
+    for (const std::string band : {"KU/K", ""}) {
+        station.ask_band = [&] { return band; };
+        open_interactively("com1.dat");
+        EXPECT_EQ(opened(), band.empty() ? "nothing" : "1001 1 KU/K");
+    }
+    station.auto_open_dat_files({"com1.dat"});
+    EXPECT_EQ(person.take_texts(), Texts{"Failed To Read *IDN For File com1.dat"});
+}
+
+// The start of the program waits for an answer about colours, or an opening by hand does not ask.
+TEST_F(AmplifierFiles, RestoreColoursWithTheQuestionOnlyWhenOpenedByHand) {
+    const std::string look = "Color Settings\r\n 255\r\n 0\r\n 13\r\n 0\r\n";
+    folder.put("set1001.dat", look);
+    open({1});
+    EXPECT_EQ(station.open_heads()[0]->panel().look().fore_colour, 255U);
+    station.close_all();
+    person.answers = {Answer::no};
+    open_interactively("com1001.dat");
+    EXPECT_EQ(person.take_texts(),
+              Texts{"The settings for this HPA already exist, do you want to restore ? "});
+    EXPECT_NE(station.open_heads()[0]->panel().look().fore_colour, 255U);
+}
+
+// One bad file keeps the rest from opening, the hundred-and-first name is opened, or Close All during
+// a box is followed by more windows.
+TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
+    open({1, 50, 2});
+    EXPECT_EQ(person.take_texts(), Texts{"Serial Settings In File com1050.dat Are Not Right"});
+    EXPECT_EQ(open_slots(), (std::vector{1, 2}));
+    EXPECT_EQ(port.opened.size(), 1U);  // the line that is open serves both
+    station.close_all();
+
+    Texts names(100, "missing.dat");
+    names.emplace_back("com1001.dat");
+    station.auto_open_dat_files(names);
+    EXPECT_EQ(person.take_texts().size(), 100U);
+    EXPECT_EQ(station.open_count(), 0);
+
+    person.on_ask = [&](const Message&) { station.close_all(); };
+    station.auto_open_dat_files({"com1001.dat", "missing.dat", "com1002.dat"});
+    EXPECT_EQ(person.take_texts().size(), 1U);
+    EXPECT_EQ(station.open_count(), 0);
+}
+
+// A file that does not open takes the line away from the remote station that was using it.
+TEST_F(AmplifierFiles, GiveTheLineBack) {
+    bus.open_bus_port("COM3:", 1200, 1, 7, 2);
+    open({50});
+    EXPECT_EQ(person.take_texts().size(), 1U);
+    EXPECT_TRUE(bus.bus_link_on());
+    EXPECT_EQ(bus.settings(), (LineSettings{"COM3:", 1200, 1, 7, 2}));
+}
+
+// A new amplifier's file that is not the copy of "rs485.dat", or an old one that is overwritten.
+TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
+    bus.open_bus_port("COM1:", 9600, 0, 8, 1);
+    station.add_amplifier(1, "1001", "KU");
+    EXPECT_EQ(person.take_texts(), Texts{"File not found"});
+    EXPECT_EQ(station.open_count(), 1);
+    const std::string odd = "RS-485 \nCOM1:\n 6\n 2";
+    folder.put("rs485.dat", odd);
+    station.add_amplifier(2, "1002", "KU");
+    EXPECT_EQ(file_bytes(folder / "com1002.dat"), odd);
+    folder.put("com1003.dat", file("3"));
+    station.add_amplifier(3, "1003", "KU");
+    EXPECT_EQ(file_bytes(folder / "com1003.dat"), file("3"));
+    EXPECT_EQ(station.open_count(), 3);
+}
+
+// Save writes what is not in use, Save As changes the amplifier's own file, or a failure is silent.
+TEST_F(AmplifierFiles, AreSaved) {
+    folder.put("a.dat", file("1", "COM3:", "7"));
+    folder.put("b.dat", file("2", "COM3:", "7"));
+    station.auto_open_dat_files({"a.dat", "b.dat"});
+    const auto first = station.open_heads()[0];
+    station.save(*first);
+    EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1", "COM3:", "7"));
+    EXPECT_TRUE(file_bytes(folder / "set1001.dat").starts_with("Color Settings"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "com1002.dat"));
+    station.save_all();
+    EXPECT_EQ(file_bytes(folder / "com1002.dat"), file("2", "COM3:", "7"));
+    person.choices = {std::nullopt, folder / "copy.dat", folder / "no/such.dat"};
+    station.save_as(*first);
+    station.save_as(*first);
+    EXPECT_EQ(file_bytes(folder / "copy.dat"), file("1", "COM3:", "7"));
+    station.save_as(*first);
+    EXPECT_EQ(person.take_texts(), Texts{"Path not found"});
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,103 @@
+// A station on the simulated bus, on a clock that only waits move, in a folder of its own.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "buslink/wire/control_characters.h"
+#include "demo/sim_port.h"
+#include "shell/station.h"
+#include "tests/support/manual_clock.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scratch_folder.h"
+
+namespace ampdesk {
+
+// The simulated port, which can also refuse to open, lose one kind of request and remember when
+// which amplifier was asked for its status.
+class WatchedPort : public demo::SimPort {
+  public:
+    WatchedPort(demo::SimBus& bus, Clock& clock) : SimPort(bus, clock), clock_(clock) {}
+
+    PortResult open(const PortSettings& settings) override {
+        opened.push_back(settings);
+        close();
+        return open_result.ok() ? SimPort::open(settings) : open_result;
+    }
+    PortError write(std::string_view bytes, Instant deadline) override {
+        if (bytes[0] == k_soh)
+            requests.emplace_back(bytes[1], bytes[3]);
+        if (bytes[0] == k_soh && bytes[3] == '\x11')
+            status_requests[bytes[1]].push_back(clock_.now());
+        const bool lost = !lost_request.empty() && bytes.find(lost_request) != std::string_view::npos;
+        return lost ? PortError::none : SimPort::write(bytes, deadline);
+    }
+
+    std::vector<PortSettings> opened;
+    PortResult open_result;
+    std::string lost_request;
+    std::map<int, std::vector<Instant>> status_requests;
+    std::vector<std::pair<int, char>> requests;  // address and first character of the command
+
+  private:
+    Clock& clock_;
+};
+
+struct Rig {
+    Rig() {
+        for (int address = 1; address <= 4; ++address)
+            sim.add({.address = address, .serial = 1000 + address, .name = "KU"});
+        services.options.folder = folder.path();
+    }
+    using Texts = std::vector<std::string>;
+
+    static std::string file(const std::string& address,
+                            const std::string& port = "COM1:", const std::string& baud = "6") {
+        return "RS-485\r\n" + port + "\r\n" + baud + "\r\n" + address + "\r\n";
+    }
+    // Opens the amplifiers with these addresses as the start of the program does.
+    void open(const std::vector<int>& addresses) {
+        Texts names;
+        for (const int address : addresses) {
+            names.push_back("com" + std::to_string(1000 + address) + ".dat");
+            folder.put(names.back(), file(std::to_string(address)));
+        }
+        station.auto_open_dat_files(names);
+    }
+    std::vector<int> open_slots() const {
+        std::vector<int> slots;
+        for (const auto& head : station.open_heads()) slots.push_back(head->identity().slot);
+        return slots;
+    }
+    // Drives the polling loop for that long.
+    void poll(std::chrono::milliseconds length) {
+        const Instant end = clock.now() + length;
+        while (clock.now() < end)
+            clock.advance(std::max<Duration>(station.poll_windows(), std::chrono::milliseconds(1)));
+    }
+    // The longest time between two status requests to that amplifier, in milliseconds.
+    long long longest_gap(int address) {
+        const auto& at = port.status_requests[address];
+        Duration longest{};
+        for (std::size_t i = 1; i < at.size(); ++i) longest = std::max(longest, at[i] - at[i - 1]);
+        return at.size() < 2 ? -1 : std::chrono::duration_cast<std::chrono::milliseconds>(longest).count();
+    }
+
+    ScratchFolder folder;
+    ManualClock clock;
+    demo::SimBus sim{clock, std::chrono::microseconds(100)};  // a byte; a visit takes about 13 ms
+    WatchedPort port{sim, clock};
+    RecordingOperator person;
+    BusLink bus{port, clock, person};
+    HeadServices services{bus, clock, person, {}};
+    Station station{services};
+};
+
+class StationTest : public testing::Test, protected Rig {
+  protected:
+    // A box that no test asked for is a failure.
+    void TearDown() override { EXPECT_EQ(person.take_texts(), Texts{}); }
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,171 @@
+// The table of open heads and the loop that visits them, on simulated amplifiers.
+#include <set>
+
+#include "tests/shell/rig.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+using namespace std::chrono_literals;
+
+// A new head that does not take the lowest free slot, or a table that forgets who is open.
+TEST_F(StationTest, ReusesTheLowestFreeSlot) {
+    open({1, 2, 3, 4});
+    EXPECT_EQ(open_slots(), (std::vector{1, 2, 3, 4}));
+    station.close_window(3);
+    station.close_window(2);
+    station.close_window(2);  // twice, and slots that never were
+    station.close_window(0);
+    station.close_window(9);
+    EXPECT_EQ(open_slots(), (std::vector{1, 4}));
+    EXPECT_FALSE(station.address_in_use(3));
+    open({3, 2});
+    EXPECT_EQ(open_slots(), (std::vector{1, 2, 3, 4}));
+    EXPECT_EQ(station.open_heads()[1]->identity().unit_address, 3);
+    EXPECT_EQ(station.find_free_slot(), 5);
+    EXPECT_EQ(station.find_free_slot(), 6);
+    station.close_all();
+    EXPECT_EQ(station.open_count(), 0);
+    station.close_all();
+}
+
+// A closed window in the middle that takes the others' cycle with it.
+TEST_F(StationTest, SkipsTheFreeSlot) {
+    open({1, 2, 3});
+    poll(3s);
+    station.close_window(2);
+    poll(1s);
+    port.status_requests.clear();
+    poll(10s);
+    EXPECT_EQ(port.status_requests[2].size(), 0U);
+    for (const int address : {1, 3}) {
+        EXPECT_NEAR(static_cast<double>(port.status_requests[address].size()), 20, 1);
+        EXPECT_LE(longest_gap(address), 550);
+    }
+    station.close_window(1);
+    station.close_window(3);
+    EXPECT_GE(station.poll_windows(), 400ms);  // nothing to do
+}
+
+// A silent amplifier slows the others down, or is not found again once it answers.
+TEST_F(StationTest, ASilentAmplifierHoldsNobodyUp) {
+    open({1, 2, 3, 4});
+    poll(2s);
+    sim.find(2)->line.silent = true;
+    poll(20s);
+    const auto silent = station.open_heads()[1];
+    ASSERT_TRUE(silent->silent());
+    EXPECT_EQ(silent->panel().line(1), "RS485 Communication ");
+    port.status_requests.clear();
+    poll(60s);
+    for (const int address : {1, 3, 4})
+        EXPECT_LE(longest_gap(address), 1100) << "the twelfth look takes a second";
+    std::size_t slow = 0;
+    for (const int address : {1, 3, 4}) {
+        const auto& at = port.status_requests[address];
+        for (std::size_t i = 1; i < at.size(); ++i) slow += at[i] - at[i - 1] > 700ms ? 1U : 0U;
+    }
+    EXPECT_LE(slow, 3U);
+    EXPECT_NEAR(static_cast<double>(port.status_requests[2].size()), 12, 1);
+    sim.find(2)->line.silent = false;
+    poll(6s);
+    EXPECT_FALSE(silent->silent());
+    EXPECT_NE(silent->panel().line(1), "RS485 Communication ");
+    port.status_requests.clear();
+    poll(5s);
+    EXPECT_LE(longest_gap(2), 550);
+}
+
+// A window that is closed by an event of its own visit is drawn all the same, or takes the visit of
+// the next one with it.
+TEST_F(StationTest, AWindowMayCloseInsideItsVisit) {
+    open({1, 2, 3});
+    std::set<int> closed;
+    station.on_window_closed = [&](ControlHead& head) { closed.insert(head.identity().slot); };
+    bool once = true;
+    person.on_events = [&] {
+        const auto heads = station.open_heads();
+        for (const auto& head : heads)
+            if (std::exchange(once, false)) {
+                station.close_window(head->identity().slot);
+                port.requests.clear();
+            }
+    };
+    station.poll_windows();
+    ASSERT_FALSE(port.requests.empty());  // the next head's display is drawn in its place
+    for (const auto& [address, command] : port.requests) {
+        EXPECT_EQ(address, 2);
+        EXPECT_NE(command, '\x11');
+    }
+    poll(2s);
+    EXPECT_EQ(closed, std::set{1});
+    EXPECT_EQ(open_slots(), (std::vector{2, 3}));
+    person.on_events = [&] { station.close_all(); };
+    poll(2s);
+    EXPECT_EQ(station.open_count(), 0);
+    EXPECT_EQ(closed, (std::set{1, 2, 3}));
+}
+
+// While a head's box is open the others stand still, the head itself is entered again, or what was
+// closed meanwhile is touched afterwards.
+TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
+    open({1, 2, 3});
+    poll(2s);
+    int boxes = 0;
+    person.on_ask = [&](const Message&) {
+        if (boxes++ > 0)
+            return;
+        port.status_requests.clear();
+        poll(10s);
+        EXPECT_EQ(port.status_requests[2].size(), 0U);
+        EXPECT_NEAR(static_cast<double>(port.status_requests[1].size()), 20, 1);
+        EXPECT_LE(longest_gap(3), 550);
+        station.close_window(3);
+        station.close_window(2);  // its own handler is still running
+        open({3});                // in the slot that has become free
+        poll(1s);
+    };
+    sim.find(2)->faults.overflow_words = true;
+    poll(5s);
+    EXPECT_EQ(boxes, 1);
+    EXPECT_EQ(person.take_texts(), Texts{"Overflow"});
+    EXPECT_EQ(open_slots(), (std::vector{1, 2}));
+    port.status_requests.clear();
+    poll(5s);
+    EXPECT_EQ(port.status_requests[2].size(), 0U);
+    EXPECT_LE(longest_gap(1), 550);
+    EXPECT_LE(longest_gap(3), 550);
+}
+
+// A head that could not start stays in the table, or overwrites the settings it could not read.
+TEST_F(StationTest, AHeadThatDoesNotStartLeavesNothingBehind) {
+    const std::string torn = folder.put("set1001.dat", "torn");
+    int created = 0;
+    int closed = 0;
+    station.on_window_created = [&](const auto&) { ++created; };
+    station.on_window_closed = [&](ControlHead&) { ++closed; };
+    open({1});
+    EXPECT_EQ(person.take_texts(), Texts{"File set1001.dat or band_set.dat corrupted."});
+    EXPECT_EQ(station.open_count(), 0);
+    EXPECT_EQ(created, 1);
+    EXPECT_EQ(closed, 1);
+    EXPECT_EQ(file_bytes(torn), "torn");
+    EXPECT_FALSE(bus.bus_link_on());
+}
+
+// Settings that are lost when the window closes, or a window that cannot be closed on a full disk.
+TEST_F(StationTest, ClosingKeepsTheScreenSettings) {
+    open({1, 2});
+    station.close_window(1);
+    EXPECT_TRUE(file_bytes(folder / "set1001.dat").starts_with("Color Settings\r\n"));
+    std::filesystem::create_directory(folder / "set1002.dat");
+    station.close_window(2);
+    EXPECT_EQ(station.open_count(), 0);
+    ASSERT_EQ(person.messages.size(), 1U);
+    EXPECT_EQ(person.messages[0].detail, "set1002.dat");
+    person.messages.clear();
+}
+
+}  // namespace
+}  // namespace ampdesk
