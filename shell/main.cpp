@@ -81,6 +81,7 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
     options.demonstration = line.demo.has_value();
     options.gauge = {site.values.gauge_minimum, site.values.gauge_maximum};
     options.amplifier_files = line.amplifier_files;
+    for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
     MDIForm1 form(station, bus, person, options);
     person.set_parent_window(&form);
     form.show();
@@ -92,7 +93,7 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
             person.notify("The program's folder cannot be written",
                           QDir::currentPath().toStdString() + ": settings will not be kept");
         std::string warnings;
-        for (const std::string& warning : site.warnings) warnings += warning + "\n";
+        for (const std::string& warning : site.warnings) warnings += (warnings.empty() ? "" : "\n") + warning;
         if (!warnings.empty())
             person.notify("Some settings of ampdesk.ini are not understood; their defaults are used",
                           warnings);

@@ -8,6 +8,7 @@
 #include <QMdiSubWindow>
 #include <QPlainTextEdit>
 #include <QSplitter>
+#include <QStyle>
 #include <QTimer>
 #include <string>
 #include <vector>
@@ -17,6 +18,7 @@
 #include "shell/station.h"
 #include "shell/ui/head_keys.h"
 #include "shell/ui/main_menu.h"
+#include "shell/ui/set_up.h"
 
 namespace ampdesk {
 
@@ -25,6 +27,7 @@ struct MDIForm1Options {
     bool demonstration = false;
     GaugeRange gauge;
     std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
+    std::vector<std::string> models{};         // the site's own designations, in the order of its file
 };
 
 class MDIForm1 : public QMainWindow {
@@ -44,6 +47,8 @@ class MDIForm1 : public QMainWindow {
     void shut_down();
 
     void mnuMachineItem_Click(int index);
+    void mnuToolsItem_Click(int index);
+    void mnuToolsScreen_Click(int index);
     void mnuWinItem_Click(int index);
     void mnuHelpItem_Click(int index);
 
@@ -67,13 +72,15 @@ class MDIForm1 : public QMainWindow {
     void follow_amplifiers();
     void poll();
     void TimerFileAutoOpen_Timer();
-    void About();
+    void show_about();
 
     Station& station_;
     BusLink& bus_;
     QtOperator& person_;
     MDIForm1Options options_;
+    SetUp set_up_;
     std::optional<int> terminal_port_;
+    std::unique_ptr<QStyle> icon_style_;
 
     QMdiArea* area_ = nullptr;
     QPlainTextEdit* Term_ = nullptr;

@@ -12,7 +12,7 @@ using MainWindow = Desk;
 // Every item of the tree as "name caption state", state being closed/open: with no amplifier and
 // with one.
 TEST_F(MainWindow, MenuTree) {
-    const char* const expected[] = {"mnuMachineItem(0) &New 00",
+    const char* const expected[] = {"mnuMachineItem(0) &New 11",
                                     "mnuMachineItem(1) &Open 11",
                                     "mnuMachineItem(2) &Close 01",
                                     "mnuMachineItem(3) -",
@@ -36,11 +36,11 @@ TEST_F(MainWindow, MenuTree) {
                                     "mnuModemItem(6) &Receive File 00",
                                     "mnuModemItem(7) -",
                                     "mnuModemItem(8) &Hang Up Phone 00",
-                                    "mnuToolsScreen(0) &Screen Settings 00",
+                                    "mnuToolsScreen(0) &Screen Settings 01",
                                     "mnuToolsScreen(1) Make A &Fault 00",
                                     "mnuToolsItem(0) &Amplifier Setup 01",
                                     "mnuToolsItem(1) -",
-                                    "mnuToolsItem(2) &Setup_422 00",
+                                    "mnuToolsItem(2) &Setup_422 11",
                                     "mnuToolsItem(3) &Interactive_422 00",
                                     "mnuToolsSram(0) &Read nvRam 00",
                                     "mnuToolsSram(1) &Set nvRam 00",
