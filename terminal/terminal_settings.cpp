@@ -1,7 +1,8 @@
 #include "terminal/terminal_settings.h"
 
-#include <vector>
+#include <algorithm>
 
+#include "buslink/settings_files.h"
 #include "platform/numbers.h"
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
@@ -19,6 +20,17 @@ std::optional<int> number_in(const std::vector<std::string>& lines, std::size_t 
     if (line > lines.size() || trimmed(lines[line - 1]).empty() || !(value >= least && value <= most))
         return std::nullopt;
     return round_to_int32(value);
+}
+
+// The port that a settings file of the bus names; 0 when it cannot be read or names none.
+template <class File>
+int port_of(std::optional<File> (*read)(const std::string&), const std::string& path) {
+    try {
+        const auto file = read(path);
+        return file ? port_number(file->port_name) : 0;
+    } catch (const RunTimeError&) {
+        return 0;
+    }
 }
 
 }  // namespace
@@ -54,6 +66,17 @@ PortSettings port_settings(const TerminalSettings& settings, const PortMap& port
             .data_bits = settings.data_bits,
             .stop_bits = settings.stop_bits,
             .handshake = settings.handshake};
+}
+
+std::vector<int> bus_port_numbers(const BusLink& bus, const std::string& folder) {
+    std::vector<int> numbers;
+    numbers.push_back(bus.bus_link_on() ? port_number(bus.settings().port_name)
+                                        : port_of(read_rs485, folder + "/rs485.dat"));
+    numbers.push_back(port_of(read_rs422, folder + "/rs422.dat"));
+    std::erase(numbers, 0);
+    std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    return numbers;
 }
 
 }  // namespace ampdesk

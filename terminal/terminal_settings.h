@@ -4,10 +4,14 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "buslink/line_settings.h"
+#include "buslink/bus_link.h"
 
 namespace ampdesk {
+
+// Its name in the program's folder.
+inline constexpr const char* k_terminal_settings_file = "ampdesk.dat";
 
 struct TerminalSettings {
     std::optional<int> port;  // 1..4; nothing while the terminal has none
@@ -29,5 +33,9 @@ void write_terminal_settings(const std::string& path, const TerminalSettings& se
 
 // For the port behind that number; an empty device when there is none.
 PortSettings port_settings(const TerminalSettings& settings, const PortMap& ports);
+
+// The numbers of the ports that the amplifiers use or are set to use: that of the open bus, else that
+// of "rs485.dat", and that of "rs422.dat", which a remote station can open at any time.
+std::vector<int> bus_port_numbers(const BusLink& bus, const std::string& folder = ".");
 
 }  // namespace ampdesk
