@@ -81,7 +81,10 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
     options.demonstration = line.demo.has_value();
     options.gauge = {site.values.gauge_minimum, site.values.gauge_maximum};
     options.amplifier_files = line.amplifier_files;
-    MDIForm1 form(station, bus, person, options);
+    for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
+    PosixSerialPort MSComm1(clock);
+    TerminalLine terminal_line(line.demo ? nullptr : &MSComm1, clock);
+    MDIForm1 form(station, bus, terminal_line, person, options);
     person.set_parent_window(&form);
     form.show();
     signals.listen();
@@ -92,7 +95,7 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
             person.notify("The program's folder cannot be written",
                           QDir::currentPath().toStdString() + ": settings will not be kept");
         std::string warnings;
-        for (const std::string& warning : site.warnings) warnings += warning + "\n";
+        for (const std::string& warning : site.warnings) warnings += (warnings.empty() ? "" : "\n") + warning;
         if (!warnings.empty())
             person.notify("Some settings of ampdesk.ini are not understood; their defaults are used",
                           warnings);

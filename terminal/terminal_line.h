@@ -95,6 +95,7 @@ class TerminalLine {
     std::function<void()> on_change;
 
     SerialPort* port() const { return port_; }
+    Clock& clock() const { return clock_; }
     const PortSettings& settings() const { return settings_; }
     int watch_handle() const { return port_ != nullptr ? port_->watch_handle() : -1; }
 

@@ -18,7 +18,7 @@ std::string text_checksum(std::string_view frame) {
         return "00";
     std::string digits = hex(sum);
     if (digits.size() % 2 == 1)
-        digits.insert(0, "0");
+        digits.insert(digits.begin(), '0');
     return digits.substr(0, 2);
 }
 

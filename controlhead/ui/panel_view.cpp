@@ -141,7 +141,7 @@ void PanelView::make_hard_keys() {
         auto* lamp = new LampButton(i + 5, this);
         lamp->move(place + QPoint((k_hard_key.width() - LampButton::k_size) / 2, 0));
         connect(lamp, &QPushButton::clicked, this, [this, i] { Q_EMIT lamp_clicked(i + 4); });
-        picLight_[static_cast<std::size_t>(i + 4)] = lamp;
+        picLight_[static_cast<std::size_t>(i) + 4] = lamp;
 
         // The labels count row by row: "HV On", "RF On", "HV Off", "RF Off".
         make_label(row * 2 + column, k_hard_names[static_cast<std::size_t>(i)],

@@ -2,16 +2,13 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QFontDatabase>
-#include <QGuiApplication>
+#include <QProxyStyle>
 #include <QScreen>
 #include <QStatusBar>
 #include <algorithm>
 
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
-#include "platform/text_file.h"
-#include "shell/ampdesk_file.h"
 #include "shell/ui/arrange.h"
 
 namespace ampdesk {
@@ -25,15 +22,32 @@ constexpr milliseconds k_poll_again{250};
 constexpr QSize k_natural_size(1300, 860);  // room for four control heads
 constexpr int k_terminal_height = 96;
 
+// An icon has room for the whole caption, as its number is at the end.
+class IconStyle : public QProxyStyle {
+  public:
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override {
+        const int width = QProxyStyle::pixelMetric(metric, option, widget);
+        return metric == PM_MdiSubWindowMinimizedWidth ? std::max(width, 250) : width;
+    }
+};
+
 }  // namespace
 
-MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1Options options)
-    : station_(station), bus_(bus), person_(person), options_(std::move(options)) {
+MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperator& person,
+                   MDIForm1Options options)
+    : station_(station),
+      bus_(bus),
+      person_(person),
+      options_(std::move(options)),
+      set_up_(*this, station, bus, person, options_.gauge, options_.models),
+      icon_style_(new IconStyle) {
     setObjectName(QStringLiteral("MDIForm1"));
     setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
                                           : QStringLiteral("JEX Remote Control"));
     build_centre();
     build_menu();
+    terminal_ = std::make_unique<TerminalControl>(*this, *Term_, line, bus, person,
+                                                  [this](const QString& text) { show_status(text); });
     resize(k_natural_size.boundedTo(screen()->availableSize() * 0.94));
 
     keys_ = new HeadKeys(this, [this] { return keyboard_target(); });
@@ -55,7 +69,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
 }
 
 MDIForm1::~MDIForm1() {
-    disconnect(qApp, nullptr, keys_, nullptr);
+    delete keys_;  // the sub-windows go after this, and tell it of every change of the focus
     station_.on_window_created = nullptr;
     station_.on_window_closed = nullptr;
     bus_.port().on_connection_change = nullptr;
@@ -70,14 +84,7 @@ void MDIForm1::build_centre() {
     area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     area_->setActivationOrder(QMdiArea::ActivationHistoryOrder);
 
-    Term_ = new QPlainTextEdit(divider);
-    Term_->setObjectName(QStringLiteral("Term"));
-    Term_->setAccessibleName(QStringLiteral("Terminal"));
-    Term_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    QPalette screen_colours = Term_->palette();
-    screen_colours.setColor(QPalette::Base, QColor(0x1E, 0x20, 0x22));
-    screen_colours.setColor(QPalette::Text, QColor(0xE2, 0xE4, 0xE0));
-    Term_->setPalette(screen_colours);
+    Term_ = new TermBox(divider);
     divider->setStretchFactor(0, 1);
     divider->setCollapsible(0, false);
     divider->setSizes({k_natural_size.height(), k_terminal_height});
@@ -103,6 +110,10 @@ void MDIForm1::build_centre() {
 void MDIForm1::build_menu() {
     MenuHandlers handlers;
     handlers.mnuMachineItem_Click = [this](int index) { mnuMachineItem_Click(index); };
+    handlers.mnuModemItem_Click = [this](int index) { terminal_->mnuModemItem_Click(index); };
+    handlers.mnuModemOpt_Click = [this](int index) { terminal_->mnuModemOpt_Click(index); };
+    handlers.mnuToolsItem_Click = [this](int index) { mnuToolsItem_Click(index); };
+    handlers.mnuToolsScreen_Click = [this](int index) { mnuToolsScreen_Click(index); };
     handlers.mnuWinItem_Click = [this](int index) { mnuWinItem_Click(index); };
     handlers.mnuHelpItem_Click = [this](int index) { mnuHelpItem_Click(index); };
     menu_ = std::make_unique<MainMenu>(*menuBar(), handlers);
@@ -110,8 +121,7 @@ void MDIForm1::build_menu() {
 
 void MDIForm1::load() {
     try {
-        if (file_exists("ampdesk.dat"))
-            terminal_port_ = read_terminal_port("ampdesk.dat");
+        terminal_->load_settings();
     } catch (const RunTimeError& error) {
         person_.notify(error.what(), "ampdesk.dat");
         return;
@@ -121,6 +131,8 @@ void MDIForm1::load() {
 
 void MDIForm1::TimerFileAutoOpen_Timer() {
     station_.auto_open_dat_files(options_.amplifier_files);
+    // Only now: where both are set to the same port, the amplifiers come first.
+    terminal_->open_at_start();
 }
 
 frmMachine* MDIForm1::active_machine() const {
@@ -142,6 +154,7 @@ void MDIForm1::window_created(const std::shared_ptr<ControlHead>& head) {
     connect(&machine->panel_view(), &PanelView::scroll_shown, keys_, &HeadKeys::follow);
     QMdiSubWindow* window = area_->addSubWindow(machine);
     window->setAttribute(Qt::WA_DeleteOnClose);
+    window->setStyle(icon_style_.get());
     connect(window, &QMdiSubWindow::windowStateChanged, keys_, &HeadKeys::follow);
     machines_.push_back(machine);
     window->show();
@@ -183,10 +196,15 @@ void MDIForm1::poll() {
 
 void MDIForm1::shut_down() {
     TimerFileAutoOpen_.stop();
+    terminal_->finish();
     station_.close_all();
 }
 
 void MDIForm1::closeEvent(QCloseEvent* event) {
+    if (!terminal_->ready_to_close()) {
+        event->ignore();
+        return;
+    }
     shut_down();
     event->accept();
 }
@@ -199,6 +217,9 @@ void MDIForm1::mnuMachineItem_Click(int index) {
     const frmMachine* machine = active_machine();
     const auto head = machine != nullptr ? machine->head() : nullptr;
     switch (index) {
+        case 0:
+            set_up_.new_amplifier();
+            break;
         case 1:
             station_.open_amplifier_file();
             break;
@@ -225,6 +246,17 @@ void MDIForm1::mnuMachineItem_Click(int index) {
     }
 }
 
+void MDIForm1::mnuToolsItem_Click(int index) {
+    if (index == 2)
+        set_up_.line();
+}
+
+void MDIForm1::mnuToolsScreen_Click(int index) {
+    const frmMachine* machine = active_machine();
+    if (index == 0 && machine != nullptr)
+        set_up_.screen(machine->head());
+}
+
 void MDIForm1::mnuWinItem_Click(int index) {
     if (index == 5) {
         station_.close_all();
@@ -241,10 +273,10 @@ void MDIForm1::mnuWinItem_Click(int index) {
 
 void MDIForm1::mnuHelpItem_Click(int index) {
     if (index == 4)
-        About();
+        show_about();
 }
 
-void MDIForm1::About() {
+void MDIForm1::show_about() {
     Message message;
     message.text = "JEX REMOTE CONTROL PROGRAM\nVersion: " + options_.version + "\nMay 14, 2008";
     message.icon = Icon::information;

@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "tests/controlhead/head_fixture.h"
+#include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
 namespace {
@@ -16,12 +17,9 @@ using Texts = std::vector<std::string>;
 class ControlHeadTest : public Bench, public ::testing::Test {
   protected:
     ControlHeadTest() {
-        folder = fs::temp_directory_path() / ("ampdesk-head-" + std::to_string(::getpid()));
-        fs::create_directories(folder);
         services.options.folder = folder.string();
         reply_to("RDBAND") = "RDBAND=0";
     }
-    ~ControlHeadTest() override { fs::remove_all(folder); }
 
     // Something that happens while the box of a refused band change is open.
     void during_a_box(const std::function<void()>& event) {
@@ -33,7 +31,8 @@ class ControlHeadTest : public Bench, public ::testing::Test {
         EXPECT_EQ(person.take_texts(), Texts{"Invalid Data"});
     }
 
-    fs::path folder;
+    const ScratchFolder scratch;
+    const fs::path folder = scratch.path();
     ControlHead head{services, {.slot = 1, .unit_address = 7, .number = "1234", .model = "C/KU"}};
 };
 

@@ -26,7 +26,7 @@ inline std::string block(const std::string& words) {
     int item = 0;
     int value = 0;
     for (char equals = 0; text >> item >> equals >> value;) {
-        const auto at = static_cast<std::size_t>(2 * (item - 1));
+        const auto at = 2 * (static_cast<std::size_t>(item) - 1);
         bytes[at] = static_cast<char>(value & 0xFF);
         bytes[at + 1] = static_cast<char>((value >> 8) & 0xFF);
     }

@@ -7,6 +7,7 @@
 #include "controlhead/help_file.h"
 #include "controlhead/screens.h"
 #include "tests/controlhead/screen_test.h"
+#include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
 namespace {
@@ -26,7 +27,6 @@ class HelpPages : public ScreenTest {
         services.options.folder = folder_.string();
         services.options.shipped_folder = (folder_ / "shipped").string();
     }
-    ~HelpPages() override { fs::remove_all(folder_); }
     static void put(const fs::path& folder, const std::string& bytes) {
         std::ofstream(folder / "mhelp.txt", std::ios::binary) << bytes;
     }
@@ -37,7 +37,8 @@ class HelpPages : public ScreenTest {
         EXPECT_EQ(head.panel.line(4), "WARNINGS   HELP MORE");
         EXPECT_FALSE(head.panel.scroll().visible);
     }
-    const fs::path folder_ = fs::path(testing::TempDir()) / "ampdesk_help";
+    const ScratchFolder scratch_;
+    const fs::path folder_ = scratch_.path();
 };
 
 // A section that leaks into the next, a text cut wrongly, a store without an end, a file changed.

@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
-#include <iterator>
+
+#include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
 namespace {
@@ -14,15 +14,11 @@ ScreenSettings settings(std::uint32_t fore, std::uint32_t back, double font, std
     return {.fore_colour = fore, .back_colour = back, .font_size = font, .machine_colour = machine};
 }
 
-std::string content(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 // A bad line that spoils the good ones, a colour that wraps, a font the display has no room for, a
 // number without its leading blank, a file that does not come back as it was written.
 TEST(ScreenSettingsFile, TakesWhatIsGoodAndKeepsTheDefaultForTheRest) {
-    const std::string path = testing::TempDir() + "ampdesk_set1234.dat";
+    const ScratchFolder folder;
+    const std::string path = folder / "set1234.dat";
     const ScreenSettings defaults;
     const std::string title = "Color Settings\r\n";
     const struct {
@@ -45,13 +41,12 @@ TEST(ScreenSettingsFile, TakesWhatIsGoodAndKeepsTheDefaultForTheRest) {
         SCOPED_TRACE(c.bytes.substr(0, 60));
         std::ofstream(path, std::ios::binary) << c.bytes;
         EXPECT_EQ(read_screen_settings(path), c.expected);
-        EXPECT_EQ(content(path), c.bytes);
+        EXPECT_EQ(file_bytes(path), c.bytes);
     }
     const ScreenSettings set = settings(0xFFFFFF, 0, 13.5, 0xC8C8C0);
     write_screen_settings(path, set);
-    EXPECT_EQ(content(path), title + " 16777215\r\n 0\r\n 13.5\r\n 13158592\r\n-1\r\n-1\r\n-1\r\n");
+    EXPECT_EQ(file_bytes(path), title + " 16777215\r\n 0\r\n 13.5\r\n 13158592\r\n-1\r\n-1\r\n-1\r\n");
     EXPECT_EQ(read_screen_settings(path), set);
-    std::filesystem::remove(path);
 }
 
 }  // namespace

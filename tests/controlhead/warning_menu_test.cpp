@@ -6,9 +6,7 @@ namespace {
 
 class WarningMenu : public ScreenTest {
   protected:
-    WarningMenu() {
-        reply_to(k_limits_request) = block("1=55 2=120 3=1250 4=585 5=402 6=5");
-    }
+    WarningMenu() { reply_to(k_limits_request) = block("1=55 2=120 3=1250 4=585 5=402 6=5"); }
     void expect_page(const std::string& title_and_value) const {
         EXPECT_EQ(lines(), "Warning level for   |" + title_and_value + "|                MORE");
     }

@@ -2,14 +2,10 @@
 #include "demo/demonstration.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "tests/demo/hex_bytes.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/scratch_folder.h"
 
 namespace ampdesk::demo {
 namespace {
@@ -46,21 +42,16 @@ TEST(Demonstration, ShowsOneOfEachKind) {
 
 // A file that the station does not open, or that leads it to the wrong amplifier.
 TEST(Demonstration, WritesTheFilesOfTheStation) {
-    const std::string folder = testing::TempDir() + "ampdesk-demo-" + std::to_string(::getpid());
-    std::filesystem::create_directory(folder);
-    EXPECT_EQ(write_demonstration_files(folder, 2), (std::vector<std::string>{"com1001.dat", "com1002.dat"}));
+    const ScratchFolder folder;
+    EXPECT_EQ(write_demonstration_files(folder.path(), 2),
+              (std::vector<std::string>{"com1001.dat", "com1002.dat"}));
     const std::pair<const char*, const char*> files[] = {
         {"com1001.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n"},
         {"com1002.dat", "RS-485\r\nCOM1:\r\n6\r\n2\r\n"},
         {"rs485.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n"},
         {"ampdesk.ini", "[amplifier]\r\nnegative_words=signed\r\n"},
     };
-    for (const auto& [name, content] : files) {
-        std::ostringstream read;
-        read << std::ifstream(folder + "/" + name, std::ios::binary).rdbuf();
-        EXPECT_EQ(read.str(), content) << name;
-    }
-    std::filesystem::remove_all(folder);
+    for (const auto& [name, content] : files) EXPECT_EQ(file_bytes(folder / name), content) << name;
 }
 
 }  // namespace

@@ -1,0 +1,116 @@
+// What the two bus setup dialogs hold and do, apart from their windows: frmSetup finds and identifies
+// a new amplifier, frmSerial changes the settings of the line.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "buslink/bus_link.h"
+#include "buslink/line_settings.h"
+#include "platform/operator.h"
+
+namespace ampdesk {
+
+// The fields as they stand: the texts of the two lists, Latin-1, and the selected option buttons.
+struct BusChoices {
+    std::string port = "COM2:";
+    std::string address = "1";
+    int baud = 6;    // index in k_baud_rates
+    int bits = 3;    // data bits = index + 5
+    int stop = 0;    // stop bits = index + 1
+    int parity = 0;  // 0 none, 1 odd, 2 even
+    bool operator==(const BusChoices&) const = default;
+};
+
+// Exactly "COM1:", "COM2:", "COM3:" or "COM4:".
+bool accepted_port(std::string_view text);
+
+// Not blank, and the leading number is 0..99; a text without a number counts as 0.
+bool accepted_address(std::string_view text);
+
+// Tells "Invalid Com Port" or "Invalid Unit Address" of a text that is not accepted and gives what
+// takes its place; an accepted text comes back as it is.
+std::string checked_port(const std::string& text, Operator& person);
+std::string checked_address(const std::string& text, Operator& person);
+
+LineSettings line_settings(const BusChoices& choices);
+
+// Port, baud and address from "rs485.dat"; data bits, parity and stop bits are never kept there. A
+// file that is missing or has another title gives the defaults, one that ends early the defaults of
+// what it lacks; one that cannot be read gives them after a message. The texts may still be ones
+// that are not accepted.
+BusChoices load_bus_choices(const std::string& path, Operator& person);
+
+// Writes "rs485.dat"; a failure is told in a message. Texts that are not accepted are replaced.
+void save_bus_choices(const std::string& path, const BusChoices& choices, Operator& person);
+
+struct SetupResult {
+    enum class Outcome { stay_open, close, add };
+    Outcome outcome = Outcome::stay_open;
+    // With `add`: the amplifier that answered.
+    std::int16_t unit_address = 0;
+    std::string number{};  // decimal
+    std::string model{};   // may be empty
+};
+
+// What OK does, in pieces of at most one exchange, so that the polling of open amplifiers goes on
+// between them. Failures are told by it.
+class BusSetup {
+  public:
+    virtual ~BusSetup() = default;
+
+    // Does the next piece; called again with the same fields until there is a result. The call
+    // after a result begins anew.
+    virtual std::optional<SetupResult> step(const BusChoices& choices) = 0;
+};
+
+// OK of frmSetup: opens the line, looks for the amplifier and asks who it is. One object a dialog.
+class AmplifierSetup : public BusSetup {
+  public:
+    struct Hooks {
+        std::function<bool()> bus_in_use;         // by open amplifier windows: the line is left as it is
+        std::function<bool(int)> address_in_use;  // by an open amplifier window
+        std::function<std::string()> ask_band;    // frmBand; empty when cancelled
+    };
+
+    AmplifierSetup(BusLink& bus, Operator& person, Hooks hooks)
+        : bus_(bus), operator_(person), hooks_(std::move(hooks)) {}
+
+    std::optional<SetupResult> step(const BusChoices& choices) override;
+
+  private:
+    enum class Stage { find, number, model };
+    std::optional<SetupResult> find(const BusChoices& choices);
+    std::optional<SetupResult> read_number();
+    SetupResult read_model_name();
+
+    BusLink& bus_;
+    Operator& operator_;
+    Hooks hooks_;
+    Stage stage_ = Stage::find;
+    SetupResult found_;
+};
+
+// OK of frmSerial: opens the line anew, keeps its settings in "rs422.dat" and looks whether the
+// amplifier answers.
+class LineSetup : public BusSetup {
+  public:
+    LineSetup(BusLink& bus, Operator& person, std::string rs422_path)
+        : bus_(bus), operator_(person), rs422_path_(std::move(rs422_path)) {}
+
+    std::optional<SetupResult> step(const BusChoices& choices) override;
+
+    // The RS-422 mode flag: the line was set up here.
+    bool rs422_mode() const { return rs422_mode_; }
+
+  private:
+    BusLink& bus_;
+    Operator& operator_;
+    std::string rs422_path_;
+    bool rs422_mode_ = false;
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,13 @@
+// The dialog of the bus line's settings.
+#include "buslink/ui/frmSerial.h"
+
+namespace ampdesk {
+
+frmSerial::frmSerial(LineSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
+                     QWidget* parent)
+    : BusSetupForm(QStringLiteral("Serial RS422 Setup"), std::move(rs485_path), ports, person, logic,
+                   parent) {
+    setObjectName(QStringLiteral("frmSerial"));
+}
+
+}  // namespace ampdesk

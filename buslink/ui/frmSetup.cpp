@@ -1,0 +1,13 @@
+// The RS-485 dialog of a new amplifier.
+#include "buslink/ui/frmSetup.h"
+
+namespace ampdesk {
+
+frmSetup::frmSetup(AmplifierSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
+                   QWidget* parent)
+    : BusSetupForm(QStringLiteral("Setup Amplifier Communication"), std::move(rs485_path), ports, person,
+                   logic, parent) {
+    setObjectName(QStringLiteral("frmSetup"));
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,122 @@
+#include "controlhead/ui/frmColor.h"
+
+#include <QColorDialog>
+#include <QFontDatabase>
+#include <QFontDialog>
+#include <QFontInfo>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "controlhead/font_rule.h"
+#include "controlhead/ui/panel_colours.h"
+
+namespace ampdesk {
+
+namespace {
+
+// The three colours in the order of their buttons.
+constexpr std::uint32_t ScreenSettings::*k_colours[] = {
+    &ScreenSettings::fore_colour, &ScreenSettings::back_colour, &ScreenSettings::machine_colour};
+
+std::uint32_t number_of(const QColor& colour) {
+    return static_cast<std::uint32_t>(colour.red() | colour.green() << 8 | colour.blue() << 16);
+}
+
+FontChoice choice_of(const QFont& font) {
+    return {.family = font.family().toStdString(), .bold = font.bold(), .size = font.pointSizeF()};
+}
+
+// The display's font as the font dialog can list it: where it is not installed, the one that is
+// shown in its place.
+QFont listed_font(double points) {
+    QFont font = display_font(points);
+    if (!QFontDatabase::families().contains(font.family()))
+        font.setFamily(QFontInfo(font).family());
+    return font;
+}
+
+}  // namespace
+
+frmColor::frmColor(std::shared_ptr<ControlHead> head, GaugeRange gauge, Operator& person, QWidget* parent)
+    : QDialog(parent), head_(std::move(head)), operator_(person), copy_(head_->panel()) {
+    setObjectName(QStringLiteral("frmColor"));
+    setWindowTitle(QStringLiteral("Setup Color For Control Head"));
+    copy_.on_change = nullptr;  // the window of the head is told of its own panel only
+
+    auto* layout = new QVBoxLayout(this);
+    view_ = new PanelView(gauge, this);
+    view_->setEnabled(false);  // to look at
+    view_->show_panel(copy_);
+    layout->addWidget(view_);
+
+    auto* row = new QHBoxLayout;
+    layout->addLayout(row);
+    const auto add_button = [&](const QString& name, const QString& caption, auto&& act) {
+        auto* button = new QPushButton(caption, this);
+        button->setObjectName(name);
+        button->setAutoDefault(false);
+        connect(button, &QPushButton::clicked, this, act);
+        row->addWidget(button);
+        return button;
+    };
+    int index = 0;
+    for (const auto& caption :
+         {QStringLiteral("Fore Color"), QStringLiteral("Back Color"), QStringLiteral("Machine Color")}) {
+        add_button(QStringLiteral("cmdColor(%1)").arg(index), caption,
+                   [this, index] { cmdColor_Click(index); });
+        ++index;
+    }
+    add_button(QStringLiteral("cmdFont"), QStringLiteral("Font"), [this] { cmdFont_Click(); });
+    row->addStretch();
+    add_button(QStringLiteral("Command1(0)"), QStringLiteral("OK"), [this] {
+        Command1_Click(0);
+    })->setDefault(true);
+    add_button(QStringLiteral("Command1(1)"), QStringLiteral("Cancel"), [this] { Command1_Click(1); });
+}
+
+void frmColor::cmdColor_Click(int index) {
+    ScreenSettings look = copy_.look();
+    std::uint32_t& colour = look.*k_colours[index];
+    QColorDialog dialog(colour_of(colour), this);
+    dialog.setObjectName(QStringLiteral("CmdLog"));
+    dialog.setOption(QColorDialog::DontUseNativeDialog);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    colour = number_of(dialog.selectedColor());
+    change_look(look);
+}
+
+void frmColor::cmdFont_Click() {
+    ScreenSettings look = copy_.look();
+    QFontDialog dialog(listed_font(look.font_size), this);
+    dialog.setObjectName(QStringLiteral("CmdLog"));
+    dialog.setOption(QFontDialog::DontUseNativeDialog);
+    // As the dialog itself names what it was given; the names of fonts differ from system to system.
+    const FontChoice preset = choice_of(dialog.currentFont());
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const FontChoice chosen = choice_of(dialog.selectedFont());
+    if (!accepted_font(preset, chosen)) {
+        operator_.ask(font_refusal(display_font(look.font_size).family().toStdString()));
+        return;
+    }
+    look.font_size = chosen.size;
+    change_look(look);
+}
+
+void frmColor::Command1_Click(int index) {
+    if (index != 0) {
+        reject();
+        return;
+    }
+    head_->apply_screen_settings(copy_.look());
+    accept();
+}
+
+void frmColor::change_look(const ScreenSettings& look) {
+    copy_.set_look(look);
+    view_->show_panel(copy_);
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,49 @@
+// What the menus open to set things up: a new amplifier, the bus line, the look of a control head.
+#pragma once
+
+#include <QWidget>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "buslink/bus_setup.h"
+#include "controlhead/ui/power_gauge.h"
+#include "shell/station.h"
+
+namespace ampdesk {
+
+class SetUp {
+  public:
+    // `window` is the main window, in front of which the dialogs stand. `models` are the site's own
+    // designations for frmBand. Answers the station's questions for a band until its end.
+    SetUp(QWidget& window, Station& station, BusLink& bus, Operator& person, GaugeRange gauge,
+          std::vector<std::string> models);
+    ~SetUp();
+    SetUp(const SetUp&) = delete;
+    SetUp& operator=(const SetUp&) = delete;
+
+    // Amplifier > New: opens a control head when the dialog found an amplifier.
+    void new_amplifier();
+
+    // Tools > Setup_422.
+    void line();
+
+    // Tools > Amplifier Setup > Screen Settings.
+    void screen(const std::shared_ptr<ControlHead>& head);
+
+    // The bus line was set up by Setup_422.
+    bool rs422_mode() const { return line_setup_.rs422_mode(); }
+
+  private:
+    std::string ask_band();
+
+    QWidget& window_;
+    Station& station_;
+    BusLink& bus_;
+    Operator& operator_;
+    GaugeRange gauge_;
+    std::vector<std::string> models_;
+    LineSetup line_setup_;
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,271 @@
+// The setup dialogs' rules, their file and both OK procedures, on a port in memory.
+#include "buslink/bus_setup.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "buslink/settings_files.h"
+#include "buslink/wire/binary_frame.h"
+#include "buslink/wire/text_frame.h"
+#include "platform/text_file.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scripted_port.h"
+
+namespace ampdesk {
+namespace {
+
+using Outcome = SetupResult::Outcome;
+using Texts = std::vector<std::string>;
+
+const std::string k_com_settings = "Com Settings Are Not Valid, Select Settings Again.";
+const std::string k_address_used = "This Address Is Used, Please Pick Up Another One.";
+const std::string k_status_failed = "Read Status Failed, Check the Settings";
+const std::string k_bad_link =
+    "Com Settings Are Probably Not Right, Select Settings Again When Not Communicating";
+const std::string k_ask_serial = "Input amplifier serial number:";
+
+class BusSetupTest : public testing::Test {
+  protected:
+    BusSetupTest() {
+        folder = testing::TempDir() + "bus_setup_" +
+                 testing::UnitTest::GetInstance()->current_test_info()->name() + "/";
+        std::filesystem::remove_all(folder);
+        std::filesystem::create_directories(folder);
+        port.responder = [this](const std::string& frame) -> ScriptedPort::Answer {
+            const std::string& text = frame.find("RDS/N") != std::string::npos   ? serial
+                                      : frame.find("*IDN?") != std::string::npos ? identity
+                                                                                 : status;
+            if (text.empty())
+                return {};
+            const bool binary = &text == &status;
+            return {{std::chrono::milliseconds(5),
+                     binary ? build_reply_frame(Crc16(), '\x06', 0, text) : text + "\x03\r"}};
+        };
+    }
+    ~BusSetupTest() override { std::filesystem::remove_all(folder); }
+
+    // All pieces, each with at most one command (sent twice when nobody answers a text).
+    SetupResult ok(BusSetup& setup, const BusChoices& choices) {
+        for (;;) {
+            const std::size_t before = port.written.size();
+            const auto result = setup.step(choices);
+            const Texts sent(port.written.begin() + static_cast<std::ptrdiff_t>(before), port.written.end());
+            EXPECT_TRUE(sent.empty() || sent.front() == sent.back());
+            if (result)
+                return *result;
+        }
+    }
+
+    std::string folder;
+    ManualClock clock;
+    ScriptedPort port{clock};
+    RecordingOperator person;
+    BusLink bus{port, clock, person};
+    // The amplifier's answers; empty is silence.
+    std::string status, serial, identity;
+};
+
+TEST_F(BusSetupTest, the_text_rules_take_exactly_what_is_offered) {
+    for (const auto* good : {"COM1:", "COM2:", "COM3:", "COM4:"}) EXPECT_TRUE(accepted_port(good)) << good;
+    for (const auto* bad : {"COM5:", "com1:", "COM1", "COM1: ", ""}) EXPECT_FALSE(accepted_port(bad)) << bad;
+    for (const auto* good : {"0", "99", " 7"}) EXPECT_TRUE(accepted_address(good)) << good;
+    for (const auto* bad : {"100", "-1", "99.5", "", " "}) EXPECT_FALSE(accepted_address(bad)) << bad;
+    EXPECT_EQ(checked_port("com1:", person), "COM2:");
+    EXPECT_EQ(checked_address("100", person), "1");
+    EXPECT_EQ(checked_port("COM4:", person) + checked_address("0", person), "COM4:0");
+    EXPECT_EQ(person.take_texts(), (Texts{"Invalid Com Port", "Invalid Unit Address"}));
+}
+
+// A torn or foreign settings file must never select a line speed or address by accident.
+TEST_F(BusSetupTest, loads_what_the_file_holds_and_else_the_defaults) {
+    const BusChoices defaults;
+    const struct {
+        const char* name;
+        std::optional<Texts> lines;
+        BusChoices expected;
+    } cases[] = {
+        {"missing", std::nullopt, defaults},
+        {"wrong title", Texts{"RS-422", "COM3:", "4", "12"}, defaults},
+        {"empty", Texts{}, defaults},
+        {"whole", Texts{"RS-485", "COM3:", " 4", "12"}, {.port = "COM3:", .address = "12", .baud = 4}},
+        {"ends after the title", Texts{"RS-485"}, defaults},
+        {"ends after the port", Texts{"RS-485", "COM3:"}, {.port = "COM3:"}},
+        {"no such baud code", Texts{"RS-485", "COM1:", "8", "12"}, {.port = "COM1:", .address = "12"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string path = folder + "rs485.dat";
+        std::filesystem::remove(path);
+        if (c.lines)
+            write_text_lines(path, *c.lines);
+        EXPECT_EQ(load_bus_choices(path, person), c.expected);
+        EXPECT_EQ(person.take_texts(), Texts{});
+    }
+}
+
+TEST_F(BusSetupTest, saves_accepted_texts_only_and_tells_a_failure) {
+    save_bus_choices(folder + "rs485.dat", {.port = "COM4:", .address = "42", .baud = 7}, person);
+    EXPECT_EQ(read_text_lines(folder + "rs485.dat"), (Texts{"RS-485", "COM4:", "7", "42"}));
+    save_bus_choices(folder + "rs485.dat", {.port = "COM9:", .address = "100"}, person);
+    EXPECT_EQ(load_bus_choices(folder + "rs485.dat", person), BusChoices{});
+    EXPECT_EQ(person.take_texts(), Texts{});
+    save_bus_choices(folder + "gone/rs485.dat", {}, person);
+    EXPECT_EQ(person.take_texts().size(), 1U);
+}
+
+TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
+    const std::string probe = build_command_frame(Crc16(), 7, "\x11");
+    const std::string ask_serial = build_text_frame(7, "RDS/N");
+    const std::string ask_model = build_text_frame(7, "*IDN?");
+
+    struct Case {
+        const char* name;
+        std::string status = "\x11\x01";
+        std::string serial = "1";
+        std::string identity = "TWT*ABC 12 34*9*1";
+        bool opens = true;
+        bool in_use = false;
+        int taken = -1;
+        std::optional<std::string> input{};
+        std::optional<std::string> band{};  // nothing: must not be asked
+        Outcome outcome = Outcome::stay_open;
+        std::string number{};
+        std::string model{};
+        Texts texts{};
+        Texts sent{};
+    };
+    const Case cases[] = {
+        {.name = "port fails", .opens = false, .texts = {k_com_settings}},
+        {.name = "address taken", .in_use = true, .taken = 7, .texts = {k_address_used}},
+        {.name = "no answer", .status = "", .texts = {k_status_failed}, .sent = {probe}},
+        {.name = "all well",
+         .serial = "RDS/N=0123",
+         .outcome = Outcome::add,
+         .number = "123",
+         .model = "ABC",
+         .sent = {probe, ask_serial, ask_model}},
+        {.name = "line in use, with a port that would fail",
+         .opens = false,
+         .in_use = true,
+         .taken = 8,
+         .outcome = Outcome::add,
+         .number = "1",
+         .model = "ABC",
+         .sent = {probe, ask_serial, ask_model}},
+        {.name = "number typed",
+         .serial = "",
+         .input = "77",
+         .outcome = Outcome::add,
+         .number = "77",
+         .model = "ABC",
+         .sent = {probe, ask_serial, ask_serial, ask_model}},
+        {.name = "number left empty",
+         .serial = "",
+         .input = "",
+         .outcome = Outcome::close,
+         .sent = {probe, ask_serial, ask_serial}},
+        {.name = "number cancelled",
+         .serial = "",
+         .outcome = Outcome::close,
+         .sent = {probe, ask_serial, ask_serial}},
+        {.name = "number beyond 32 bits",
+         .serial = "3000000000",
+         .texts = {"Overflow"},
+         .sent = {probe, ask_serial}},
+        {.name = "model without a blank",
+         .identity = "*ABC",
+         .outcome = Outcome::add,
+         .number = "1",
+         .sent = {probe, ask_serial, ask_model}},
+        {.name = "band named",
+         .identity = "",
+         .band = "KU/K",
+         .outcome = Outcome::add,
+         .number = "1",
+         .model = "KU/K",
+         .sent = {probe, ask_serial, ask_model, ask_model}},
+        {.name = "band cancelled",
+         .identity = "",
+         .band = "",
+         .outcome = Outcome::close,
+         .sent = {probe, ask_serial, ask_model, ask_model}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::tie(status, serial, identity) = std::tie(c.status, c.serial, c.identity);
+        port.open_result = {c.opens ? PortError::none : PortError::in_use, c.opens ? "" : "held by x"};
+        port.written.clear();
+        port.opened.clear();
+        person.inputs = {c.input};
+        person.prompts.clear();
+        int bands_asked = 0;
+        AmplifierSetup setup(bus, person,
+                             {.bus_in_use = [&] { return c.in_use; },
+                              .address_in_use = [&](int address) { return address == c.taken; },
+                              .ask_band =
+                                  [&] {
+                                      ++bands_asked;
+                                      return c.band.value_or("");
+                                  }});
+        const SetupResult result = ok(setup, {.port = "COM3:", .address = "7", .baud = 5});
+        EXPECT_EQ(result.outcome, c.outcome);
+        EXPECT_EQ(result.unit_address, c.outcome == Outcome::add ? 7 : 0);
+        EXPECT_EQ(result.number, c.number);
+        EXPECT_EQ(result.model, c.model);
+        EXPECT_EQ(port.written, c.sent);
+        EXPECT_EQ(port.opened.size(), c.in_use ? 0U : 1U);
+        EXPECT_EQ(bands_asked, c.band ? 1 : 0);
+        EXPECT_EQ(person.prompts, c.serial.empty() ? Texts{k_ask_serial} : Texts{});
+        for (const Message& m : person.messages) {
+            EXPECT_EQ(m.icon, c.taken == 7 ? Icon::none : Icon::exclamation);
+            EXPECT_EQ(m.detail, m.text == k_com_settings ? "held by x" : "");
+        }
+        EXPECT_EQ(person.take_texts(), c.texts);
+    }
+}
+
+TEST_F(BusSetupTest, ok_for_the_line) {
+    const BusChoices choices = {
+        .port = "COM1:", .address = "9", .baud = 3, .bits = 2, .stop = 1, .parity = 2};
+    const std::string path = folder + "rs422.dat";
+    {  // A line that cannot be opened is neither kept nor marked.
+        LineSetup setup(bus, person, path);
+        port.open_result = {PortError::not_found, "no such device"};
+        EXPECT_EQ(ok(setup, choices).outcome, Outcome::stay_open);
+        EXPECT_FALSE(setup.rs422_mode());
+        EXPECT_FALSE(file_exists(path));
+        ASSERT_EQ(person.messages.size(), 1U);
+        EXPECT_EQ(person.messages[0].detail, "no such device");
+        EXPECT_EQ(person.take_texts(), Texts{k_com_settings});
+        EXPECT_EQ(port.written, Texts{});
+    }
+    port.open_result = {};
+    // An amplifier that is silent or a file that cannot be written warns and no more.
+    const struct {
+        const char* name;
+        std::string path;
+        std::string status;
+        Texts texts;
+    } cases[] = {
+        {"answered", path, "\x11\x01", {}},
+        {"silent", path, "", {k_bad_link}},
+        {"no folder", folder + "gone/rs422.dat", "\x11\x01", {"Path not found"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        LineSetup setup(bus, person, c.path);
+        status = c.status;
+        port.written.clear();
+        port.opened.clear();
+        EXPECT_EQ(ok(setup, choices).outcome, Outcome::close);
+        EXPECT_TRUE(setup.rs422_mode());
+        EXPECT_EQ(port.opened, (std::vector<PortSettings>{{"/dev/ttyS0", 1200, 'e', 7, 2}}));
+        EXPECT_EQ(port.written, Texts{build_command_frame(Crc16(), 9, "\x11")});
+        EXPECT_EQ(read_text_lines(path), (Texts{"RS-422", "COM1:", "3", "2", "2", "1"}));
+        EXPECT_EQ(person.take_texts(), c.texts);
+    }
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# Holds the folder rule of CONTRIBUTING.md: who may include whom, where Qt may be seen, how long a
+# file may be. check_layers.sh [TOP FOLDER] prints each breach and fails when there is one.
+set -euo pipefail
+cd "${1:-$(dirname "$0")/..}"
+
+folders=(platform buslink controlhead terminal tools demo shell tests bench)
+existing=()
+for folder in "${folders[@]}"; do
+    [[ -d $folder ]] && existing+=("$folder")
+done
+
+# shellcheck disable=SC2016 # the dollars are awk's
+find "${existing[@]}" -type f \( -name '*.cpp' -o -name '*.h' \) -print0 | sort -z |
+    xargs -0 -r awk '
+    # What a folder may include, as beginnings of the included name.
+    BEGIN {
+        split("platform/", one); allow("platform", one)
+        split("buslink/ platform/", two); allow("buslink", two)
+        split("controlhead/ buslink/ platform/", three); allow("controlhead", three)
+        split("terminal/ buslink/ platform/", four); allow("terminal", four)
+        split("tools/ buslink/ platform/", five); allow("tools", five)
+        split("demo/ buslink/wire/ platform/", six); allow("demo", six)
+        all = "shell/ controlhead/ terminal/ tools/ demo/ buslink/ platform/"
+        split(all, seven); allow("shell", seven)
+        split(all " tests/", eight); allow("tests", eight)
+        split(all " tests/support/ bench/", nine); allow("bench", nine)
+    }
+    function allow(folder, names,    i) {
+        for (i in names) allowed[folder, names[i]] = 1
+    }
+    function may_include(folder, name,    key, part) {
+        for (key in allowed) {
+            split(key, part, SUBSEP)
+            if (part[1] == folder && index(name, part[2]) == 1) return 1
+        }
+        return 0
+    }
+    function breach(text) {
+        printf "%s:%d: %s\n", FILENAME, FNR, text
+        breaches++
+    }
+    FNR == 1 {
+        folder = FILENAME
+        sub(/\/.*/, "", folder)
+        on_qt = FILENAME ~ /^[a-z]+\/ui\// || FILENAME ~ /^platform\/qt\// ||
+                FILENAME ~ /^tests\/windows\// || FILENAME == "shell/main.cpp"
+        on_system = on_qt && FILENAME == "shell/main.cpp" || FILENAME ~ /^platform\/posix\// ||
+                    FILENAME == "demo/ampsim.cpp" || folder == "tests" || folder == "bench"
+    }
+    FNR == 601 { breach("more than 600 lines") }
+    /^[ \t]*#[ \t]*include[ \t]*</ {
+        name = $0
+        sub(/^[^<]*</, "", name)
+        sub(/>.*/, "", name)
+        if (!on_qt && name ~ /^(Q[A-Z]|Qt[A-Z]|q[a-z_]+\.h$)/) breach("Qt outside ui/ and platform/qt/: " name)
+    }
+    /^[ \t]*#[ \t]*include[ \t]*"/ {
+        name = $0
+        sub(/^[^"]*"/, "", name)
+        sub(/".*/, "", name)
+        if (name ~ /\.moc$/) next
+        if (!may_include(folder, name)) breach(folder " may not include " name)
+        if (!on_qt && name ~ /^([a-z]+\/ui|platform\/qt)\//) breach("logic may not include windows: " name)
+        if (!on_system && name ~ /^platform\/posix\//) breach("only main may know the real system: " name)
+    }
+    END { exit breaches > 0 }'

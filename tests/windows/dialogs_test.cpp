@@ -1,0 +1,271 @@
+// The setup dialogs and frmBand, driven by keyboard and mouse on the offscreen platform.
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QAccessibleInterface>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include "buslink/settings_files.h"
+#include "buslink/ui/frmSerial.h"
+#include "buslink/ui/frmSetup.h"
+#include "buslink/wire/binary_frame.h"
+#include "controlhead/ui/frmBand.h"
+#include "platform/text_file.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scripted_port.h"
+
+namespace ampdesk {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+template <class W>
+W* part(const QWidget& window, const char* name) {
+    auto* found = window.findChild<W*>(QString::fromLatin1(name));
+    EXPECT_NE(found, nullptr) << name;
+    return found;
+}
+
+void type(QComboBox* list, const char* text, Qt::Key end) {
+    list->setFocus();
+    list->lineEdit()->selectAll();
+    QTest::keyClicks(list, QString::fromLatin1(text));
+    QTest::keyClick(list, end);
+    QCoreApplication::processEvents();
+}
+
+void show(QDialog& dialog) {
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    QCoreApplication::processEvents();
+}
+
+// Name and role of every part that a screen reader stops at, as "name|role".
+void expect_accessible(QWidget& window, const std::map<const char*, std::string>& names) {
+    const auto* dialog = QAccessible::queryAccessibleInterface(&window);
+    EXPECT_EQ(dialog->role(), QAccessible::Dialog);
+    EXPECT_EQ(dialog->text(QAccessible::Name), window.windowTitle());
+    for (const auto& [part_name, expected] : names) {
+        const auto* item = QAccessible::queryAccessibleInterface(part<QWidget>(window, part_name));
+        EXPECT_EQ(item->text(QAccessible::Name).toStdString(), expected) << part_name;
+    }
+}
+
+class SetupDialogTest : public testing::Test {
+  protected:
+    std::string file(const char* name) const {
+        return folder.filePath(QString::fromLatin1(name)).toStdString();
+    }
+
+    QTemporaryDir folder;
+    ManualClock clock;
+    ScriptedPort port{clock};
+    RecordingOperator person;
+    BusLink bus{port, clock, person};
+    LineSetup line{bus, person, file("rs422.dat")};
+    std::string path = file("rs485.dat");
+};
+
+TEST_F(SetupDialogTest, a_typed_text_is_held_to_its_rule_once_and_never_sent_as_something_else) {
+    const struct {
+        const char* list;
+        const char* typed;
+        Qt::Key end;
+        Texts told;
+        const char* text;
+    } cases[] = {
+        {"cboAddress", "100", Qt::Key_Tab, {"Invalid Unit Address"}, "1"},
+        {"cboAddress", "100", Qt::Key_Return, {"Invalid Unit Address"}, "1"},
+        {"cboAddress", "0", Qt::Key_Tab, {}, "0"},
+        {"cboPort", "COM5:", Qt::Key_Tab, {"Invalid Com Port"}, "COM2:"},
+        {"cboPort", "com1:", Qt::Key_Return, {"Invalid Com Port"}, "COM2:"},
+        {"cboPort", "COM3:", Qt::Key_Tab, {}, "COM3:"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.typed);
+        frmSerial dialog(line, path, bus.ports(), person);
+        show(dialog);
+        auto* list = part<QComboBox>(dialog, c.list);
+        type(list, c.typed, c.end);
+        EXPECT_EQ(person.take_texts(), c.told);
+        EXPECT_EQ(list->currentText().toStdString(), c.text);
+        EXPECT_TRUE(dialog.isVisible());
+        EXPECT_TRUE(port.opened.empty());
+    }
+}
+
+// A text from a damaged file is told when the dialog shows, before anything is sent.
+TEST_F(SetupDialogTest, shows_what_rs485_dat_holds) {
+    const struct {
+        Texts lines;
+        Texts told;
+        BusChoices expected;
+    } cases[] = {
+        {{"RS-422", "COM3:", "4", "12"}, {}, {}},
+        {{"RS-485", "COM3:", "4", "12"}, {}, {.port = "COM3:", .address = "12", .baud = 4}},
+        {{"RS-485", "COM7:", "4", "12"}, {"Invalid Com Port"}, {.address = "12", .baud = 4}},
+        {{"RS-485", "COM1:", "0", "123"}, {"Invalid Unit Address"}, {.port = "COM1:", .baud = 0}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.lines[0] + c.lines[1]);
+        write_text_lines(path, c.lines);
+        frmSerial dialog(line, path, bus.ports(), person);
+        show(dialog);
+        EXPECT_EQ(dialog.choices(), c.expected);
+        EXPECT_EQ(person.take_texts(), c.told);
+    }
+}
+
+TEST_F(SetupDialogTest, tells_the_device_behind_the_port) {
+    PortMap ports;
+    ports.set(3, "/dev/ttyUSB7");
+    frmSerial dialog(line, path, ports, person);
+    show(dialog);
+    auto* list = part<QComboBox>(dialog, "cboPort");
+    auto* device = part<QLabel>(dialog, "lblDevice");
+    EXPECT_EQ(device->text(), u"/dev/ttyS1");
+    list->setCurrentIndex(2);
+    EXPECT_EQ(device->text(), u"/dev/ttyUSB7");
+    EXPECT_EQ(list->currentText(), u"COM3:");
+    list->setEditText(QStringLiteral("COM31:"));
+    EXPECT_EQ(device->text(), QString());
+}
+
+TEST_F(SetupDialogTest, cancel_and_escape_keep_the_fields_and_send_nothing) {
+    for (const bool escape : {false, true}) {
+        SCOPED_TRACE(escape);
+        frmSerial dialog(line, path, bus.ports(), person);
+        show(dialog);
+        QTest::mouseClick(part<QRadioButton>(dialog, "optBaud(7)"), Qt::LeftButton);
+        type(part<QComboBox>(dialog, "cboAddress"), "33", Qt::Key_Tab);
+        // Left unfinished: the rules refuse it, and it must not reach the file.
+        part<QComboBox>(dialog, "cboPort")->setEditText(QStringLiteral("COM"));
+        if (escape)
+            QTest::keyClick(&dialog, Qt::Key_Escape);
+        else
+            QTest::mouseClick(part<QPushButton>(dialog, "cmdCancel"), Qt::LeftButton);
+        QCoreApplication::processEvents();
+        EXPECT_FALSE(dialog.isVisible());
+        EXPECT_EQ(read_text_lines(path), (Texts{"RS-485", "COM2:", "7", "33"}));
+        EXPECT_EQ(person.take_texts(), Texts{});
+        EXPECT_TRUE(port.opened.empty());
+        std::filesystem::remove(path);
+    }
+}
+
+// While the amplifier is asked the notice is on the screen and a second OK, Escape or a close is
+// not taken; a failure leaves the dialog open for another try.
+TEST_F(SetupDialogTest, takes_no_input_while_the_line_is_checked) {
+    int exchanges = 0;
+    bool answers = false;
+    std::string number;
+    AmplifierSetup setup(bus, person,
+                         {.bus_in_use = [] { return false; },
+                          .address_in_use = [](int) { return false; },
+                          .ask_band = [] { return std::string(); }});
+    frmSetup dialog(setup, path, bus.ports(), person);
+    show(dialog);
+    auto* ok = part<QPushButton>(dialog, "cmdOk");
+    auto* wait = part<QLabel>(dialog, "lblWait");
+    EXPECT_FALSE(wait->isVisible());
+
+    struct PaintWatch : QObject {
+        bool painted = false;
+        bool eventFilter(QObject*, QEvent* event) override {
+            painted |= event->type() == QEvent::Paint;
+            return false;
+        }
+    } watch;
+    wait->installEventFilter(&watch);
+    port.responder = [&](const std::string& frame) -> ScriptedPort::Answer {
+        ++exchanges;
+        EXPECT_TRUE(watch.painted);
+        QTest::mouseClick(ok, Qt::LeftButton);
+        QTest::keyClick(&dialog, Qt::Key_Return);
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+        dialog.close();
+        EXPECT_TRUE(dialog.isVisible());
+        if (!answers)
+            return {};
+        if (frame[0] == '\x01')
+            return {{std::chrono::milliseconds(1), build_reply_frame(Crc16(), '\x06', 0, "\x11\x01")}};
+        return {{std::chrono::milliseconds(1), "*77 X\x03\r"}};
+    };
+    QTest::keyClick(&dialog, Qt::Key_Return);
+    EXPECT_EQ(person.take_texts(), Texts{"Read Status Failed, Check the Settings"});
+    EXPECT_EQ(exchanges, 1);
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_TRUE(wait->isVisible());
+    EXPECT_FALSE(file_exists(path));
+
+    answers = true;
+    QTest::mouseClick(ok, Qt::LeftButton);
+    EXPECT_EQ(exchanges, 2) << "the other amplifiers are not polled between the exchanges";
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !dialog.isVisible(); }));
+    EXPECT_EQ(exchanges, 4);
+    EXPECT_EQ(dialog.result_of_ok().outcome, SetupResult::Outcome::add);
+    EXPECT_EQ(dialog.result_of_ok().model, "77");
+    EXPECT_EQ(read_text_lines(path), (Texts{"RS-485", "COM2:", "6", "1"}));
+}
+
+TEST_F(SetupDialogTest, every_field_of_the_dialogs_has_its_label_as_its_name) {
+    AmplifierSetup setup(bus, person, {});
+    frmSetup first(setup, path, bus.ports(), person);
+    frmSerial twin(line, path, bus.ports(), person);
+    frmBand band({});
+    EXPECT_EQ(first.windowTitle(), u"Setup Amplifier Communication");
+    EXPECT_EQ(twin.windowTitle(), u"Serial RS422 Setup");
+    EXPECT_EQ(band.windowTitle(), u"Select or input the band name");
+    for (QDialog* dialog : {static_cast<QDialog*>(&first), static_cast<QDialog*>(&twin)})
+        expect_accessible(*dialog, {{"cboPort", "Com Port:"},
+                                    {"cboAddress", "Address:"},
+                                    {"Frame1", "Baud Rate"},
+                                    {"optBaud(0)", "110"},
+                                    {"optBaud(7)", "19200"},
+                                    {"Frame2", "Data Bits"},
+                                    {"optBits(3)", "8"},
+                                    {"Frame3", "Stop Bits"},
+                                    {"optStop(1)", "2"},
+                                    {"Frame4", "Parity"},
+                                    {"optParity(2)", "Even"},
+                                    {"cmdOk", "OK"},
+                                    {"cmdCancel", "Cancel"}});
+    expect_accessible(band, {{"cboBand", "Band Name:"}, {"cmdOk(0)", "Cancel"}, {"cmdOk(1)", "OK"}});
+}
+
+TEST(frm_band, gives_what_was_picked_or_typed_and_nothing_after_cancel) {
+    Texts models;
+    for (char c = 'a'; c <= 'i'; ++c) models.push_back(std::string("M") + c);
+    const auto run = [&](auto&& act) {
+        frmBand dialog(models);
+        show(dialog);
+        act(dialog, part<QComboBox>(dialog, "cboBand"));
+        EXPECT_FALSE(dialog.isVisible());
+        return dialog.model();
+    };
+    EXPECT_EQ(run([](frmBand& dialog, QComboBox* list) {
+                  QStringList items;
+                  for (int i = 0; i < list->count(); ++i) items << list->itemText(i);
+                  EXPECT_EQ(items.join(u' '), u"C/KU/X C/KU KU/K KU/DBS Ma Mb Mc Md Me Mf Mg Mh KU");
+                  QTest::mouseClick(part<QPushButton>(dialog, "cmdOk(1)"), Qt::LeftButton);
+              }),
+              "C/KU/X");
+    // Typed in small letters it stays so, although the list has the same in capitals.
+    EXPECT_EQ(run([](frmBand&, QComboBox* list) { type(list, "ku", Qt::Key_Return); }), "ku");
+    EXPECT_EQ(run([](frmBand& dialog, QComboBox*) {
+                  QTest::mouseClick(part<QPushButton>(dialog, "cmdOk(0)"), Qt::LeftButton);
+              }),
+              "");
+    EXPECT_EQ(run([](frmBand& dialog, QComboBox*) { QTest::keyClick(&dialog, Qt::Key_Escape); }), "");
+}
+
+}  // namespace
+}  // namespace ampdesk

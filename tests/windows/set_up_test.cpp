@@ -1,0 +1,106 @@
+// The setup dialogs behind their menu items, with simulated amplifiers on the bus.
+#include <QComboBox>
+
+#include "platform/text_file.h"
+#include "tests/windows/desk.h"
+
+namespace ampdesk {
+namespace {
+
+class SetUpMenu : public Desk {
+  protected:
+    SetUpMenu() {
+        QObject::connect(&dialog_watch, &QTimer::timeout, &form, [this] {
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (dialog == nullptr || dialog->objectName() != dialog_name)
+                return;
+            dialog_watch.stop();
+            dialog_action(*dialog);
+        });
+    }
+    ~SetUpMenu() override { EXPECT_FALSE(dialog_watch.isActive()) << "no dialog opened"; }
+
+    // Runs the action as soon as the dialog of that name is open.
+    void when_dialog_opens(const char* name, std::function<void(QDialog&)> action) {
+        dialog_name = QLatin1String(name);
+        dialog_action = std::move(action);
+        dialog_watch.start(1);
+    }
+
+    static void enter(const QDialog& dialog, const char* list, const char* text) {
+        child<QComboBox>(dialog, list)->setEditText(QLatin1String(text));
+    }
+
+    QTimer dialog_watch;
+    QString dialog_name;
+    std::function<void(QDialog&)> dialog_action;
+};
+
+TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
+    bus.add({.address = 5, .serial = 4711, .name = "KU/K", .noise = 0});
+    when_dialog_opens("frmSetup", [&](QDialog& dialog) {
+        enter(dialog, "cboPort", "COM3:");
+        enter(dialog, "cboAddress", "5");
+        click(dialog, "cmdOk");
+    });
+    form.mnuMachineItem_Click(0);
+    ASSERT_EQ(station.open_count(), 1);
+    const HeadIdentity& found = form.active_machine()->head()->identity();
+    EXPECT_EQ(found.unit_address, 5);
+    EXPECT_EQ(found.number + found.model, "4711KU/K");
+    EXPECT_EQ(read_text_lines("com4711.dat"), (std::vector<std::string>{"RS-485", "COM3:", "6", "5"}));
+    EXPECT_EQ(link.settings().port_name, "COM3:");
+
+    // The same once more: the line stays as it is for the head that uses it, and the address is taken.
+    std::string told;
+    when_dialog_opens("frmSetup", [&](QDialog& dialog) {
+        enter(dialog, "cboPort", "COM1:");
+        when_box_opens([&](QMessageBox& box) { told = box.text().toStdString(); });
+        click(dialog, "cmdOk");
+        dialog.reject();
+    });
+    form.mnuMachineItem_Click(0);
+    EXPECT_EQ(told, "This Address Is Used, Please Pick Up Another One.");
+    EXPECT_EQ(link.settings().port_name, "COM3:");
+    EXPECT_EQ(station.open_count(), 1);
+}
+
+TEST_F(SetUpMenu, Setup422OpensTheLineAnewAndKeepsItsSettings) {
+    std::string told;
+    when_dialog_opens("frmSerial", [&](QDialog& dialog) {
+        enter(dialog, "cboPort", "COM4:");
+        when_box_opens([&](QMessageBox& box) { told = box.text().toStdString(); });
+        click(dialog, "cmdOk");
+    });
+    form.mnuToolsItem_Click(2);
+    EXPECT_EQ(told, "Com Settings Are Probably Not Right, Select Settings Again When Not Communicating");
+    EXPECT_EQ(link.settings().port_name, "COM4:");
+    EXPECT_EQ(read_text_lines("rs422.dat"),
+              (std::vector<std::string>{"RS-422", "COM4:", "6", "3", "0", "0"}));
+}
+
+TEST_F(SetUpMenu, ScreenSettingsAreThoseOfTheActiveHead) {
+    form.mnuToolsScreen_Click(0);  // no head, no dialog
+    open(1);
+    frmMachine& second = open(2);
+    ScreenSettings look = second.head()->panel().look();
+    look.fore_colour = 0x123456;
+    second.head()->apply_screen_settings(look);
+    when_dialog_opens("frmColor", [&](QDialog& dialog) {
+        second.head()->apply_screen_settings({});
+        click(dialog, "Command1(0)");
+    });
+    form.mnuToolsScreen_Click(0);
+    EXPECT_EQ(second.head()->panel().look(), look);
+}
+
+TEST_F(SetUpMenu, TheStationAsksForABand) {
+    when_dialog_opens("frmBand", [&](QDialog& dialog) {
+        enter(dialog, "cboBand", "KU/DBS");
+        click(dialog, "cmdOk(1)");
+    });
+    EXPECT_EQ(station.ask_band(), "KU/DBS");
+}
+
+}  // namespace
+}  // namespace ampdesk
