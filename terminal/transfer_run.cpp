@@ -20,8 +20,7 @@ constexpr milliseconds k_piece{500};
 
 }  // namespace
 
-TransferRun::TransferRun(TerminalLine& line, const Clock& clock, Transfer& transfer)
-    : line_(line), clock_(clock), transfer_(transfer) {}
+TransferRun::TransferRun(TerminalLine& line, Transfer& transfer) : line_(line), transfer_(transfer) {}
 
 TransferRun::~TransferRun() {
     if (holding_)
@@ -41,7 +40,7 @@ bool TransferRun::start() {
 }
 
 void TransferRun::received(std::string_view bytes) {
-    last_input_ = clock_.now();
+    last_input_ = line_.clock().now();
     transfer_.feed(bytes, last_input_);
     send_on();
 }
@@ -55,7 +54,7 @@ void TransferRun::tick() {
         return;
     if (!line_.is_connected())
         transfer_.fail("The connection of the terminal port was lost.");
-    transfer_.tick(clock_.now());
+    transfer_.tick(line_.clock().now());
     send_on();
     if (transfer_.finished())
         let_go_when_quiet();
@@ -71,7 +70,7 @@ void TransferRun::send_on() {
 }
 
 void TransferRun::let_go_when_quiet() {
-    const Instant now = clock_.now();
+    const Instant now = line_.clock().now();
     if (!end_)
         end_ = now;
     const bool quiet = now - std::max(*end_, last_input_) >= k_quiet;
@@ -84,6 +83,14 @@ void TransferRun::let_go_when_quiet() {
 Duration character_time(const PortSettings& settings) {
     const int bits = 1 + settings.data_bits + (settings.parity == 'n' ? 0 : 1) + settings.stop_bits;
     return Duration(std::chrono::seconds(bits)) / settings.baud;
+}
+
+std::string_view xmodem_obstacle(const PortSettings& settings) {
+    if (settings.data_bits != 8)
+        return "XMODEM needs 8 data bits";
+    if (settings.handshake == Handshake::xon_xoff)
+        return "XMODEM does not work with the XON/XOFF handshake";
+    return {};
 }
 
 }  // namespace ampdesk

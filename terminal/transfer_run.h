@@ -10,7 +10,7 @@ namespace ampdesk {
 class TransferRun {
   public:
     // The references stay valid as long as the run.
-    TransferRun(TerminalLine& line, const Clock& clock, Transfer& transfer);
+    TransferRun(TerminalLine& line, Transfer& transfer);
     ~TransferRun();
     TransferRun(const TransferRun&) = delete;
     TransferRun& operator=(const TransferRun&) = delete;
@@ -31,7 +31,6 @@ class TransferRun {
     void let_go_when_quiet();
 
     TerminalLine& line_;
-    const Clock& clock_;
     Transfer& transfer_;
     bool holding_ = false;
     Instant last_input_{};
@@ -40,5 +39,8 @@ class TransferRun {
 
 // How long one character takes on a line of these settings, with its start, parity and stop bits.
 Duration character_time(const PortSettings& settings);
+
+// Why XMODEM cannot work on such a line, in words for the operator; empty when it can.
+std::string_view xmodem_obstacle(const PortSettings& settings);
 
 }  // namespace ampdesk

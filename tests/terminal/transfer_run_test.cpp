@@ -34,7 +34,7 @@ class TransferRunTest : public ::testing::Test {
         }
     }
     bool start(Transfer& transfer) {
-        run.emplace(line, clock, transfer);
+        run.emplace(line, transfer);
         return run->start();
     }
 
@@ -51,7 +51,7 @@ TEST_F(TransferRunTest, HoldsTheLineUntilItsEnd) {
     port.responder = [](const std::string& text) { return ScriptedPort::Answer{{milliseconds(90), text}}; };
     ASSERT_TRUE(start(test));
     NullModemTest second(std::nullopt, 8, character_time(line.settings()), clock.now());
-    EXPECT_FALSE(TransferRun(line, clock, second).start());
+    EXPECT_FALSE(TransferRun(line, second).start());
     pass(milliseconds(100));
     EXPECT_TRUE(run->over());
     EXPECT_NE(test.message().find("came back in 100 ms"), std::string::npos) << test.message();

@@ -102,7 +102,7 @@ class XmodemPeer : public ::testing::Test {
     void carry(LineProgram& program, Transfer& transfer, int spoil_program, int spoil_station) {
         Spoiler from_program(spoil_program);
         Spoiler from_station(spoil_station);
-        TransferRun run(line, clock, transfer);
+        TransferRun run(line, transfer);
         ASSERT_TRUE(run.start());
         const Instant limit = clock.now() + seconds(60);
         Instant next_tick = clock.now();
