@@ -89,15 +89,23 @@ void Terminal::tick() {
         status("Hung up");
     if (state_.any() && now >= next_look_)
         look();
-    if (request_is_due() && (!may_exchange || may_exchange())) {
-        const std::string request = std::move(requests_.front());
-        requests_.pop_front();
-        remote_.commCommandProc(request);
-    }
+    if (request_waits() && now >= next_request_ && (!may_exchange || may_exchange()))
+        carry_out_request();
 }
 
-bool Terminal::request_is_due() const {
+bool Terminal::request_waits() const {
     return !requests_.empty() && !line_.taken() && !modem_.hanging_up();
+}
+
+// Requests to an amplifier that does not answer take more than a second each; as long again passes
+// before the next one, in which every control head is visited.
+void Terminal::carry_out_request() {
+    const std::string request = std::move(requests_.front());
+    requests_.pop_front();
+    const Instant start = clock_.now();
+    remote_.commCommandProc(request);
+    const Instant end = clock_.now();
+    next_request_ = end + (end - start);
 }
 
 std::optional<Duration> Terminal::next_tick() {
@@ -107,8 +115,8 @@ std::optional<Duration> Terminal::next_tick() {
         if (at && (!next || *at < *next))
             next = at;
     };
-    if (request_is_due())
-        want(!may_exchange || may_exchange() ? now : now + k_ask_again);
+    if (request_waits())
+        want(!may_exchange || may_exchange() ? next_request_ : now + k_ask_again);
     if (line_.waiting() > 0)
         want(now + k_send_on);
     if (line_.is_open() && !line_.is_connected())

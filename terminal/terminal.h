@@ -75,7 +75,8 @@ class Terminal {
     void look();
     void watch_cts(Instant now);
     void step_manual_hang_up(Instant now);
-    bool request_is_due() const;
+    void carry_out_request();
+    bool request_waits() const;
 
     bool visible() const { return !is_visible || is_visible(); }
 
@@ -85,6 +86,7 @@ class Terminal {
     RemoteCommands remote_;
     LineBuffer buffer_;
     std::deque<std::string> requests_;
+    Instant next_request_{};             // not before: half of the time belongs to the amplifiers' polling
     std::optional<Instant> hang_up_at_;  // text without line ends has come
     bool second_hang_up_ = false;
     LineState state_;
