@@ -18,6 +18,7 @@ struct Item {
     const char* caption;  // "-" is a separator
     Live live = Live::always;
     const char* sub_array = nullptr;  // the menu array of a submenu
+    bool checkable = false;
 };
 
 struct Array {
@@ -53,8 +54,8 @@ const std::vector<Array>& menu_tree() {
           {"&Settings"},
           {"&Options", always, "mnuModemOpt"},
           {"-"},
-          {"Sen&d File", not_yet},
-          {"&Receive File", not_yet},
+          {"Sen&d File"},
+          {"&Receive File"},
           {"-"},
           {"&Hang Up Phone"}}},
         {"mnuToolsItem",
@@ -88,9 +89,9 @@ const std::vector<Array>& menu_tree() {
          {{"&Volume"},
           {"&Open_log"},
           {"&Close_Log"},
-          {"&Show Debug", not_yet},
+          {"&Show Debug", always, nullptr, true},
           {"-"},
-          {"&Null Modem Test", not_yet}}},
+          {"&Null Modem Test"}}},
         {"mnuToolsScreen",
          nullptr,
          nullptr,
@@ -127,6 +128,7 @@ void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, std::ve
         }
         action->setObjectName(QStringLiteral("%1(%2)").arg(QLatin1String(array.name)).arg(i));
         action->setMenuRole(QAction::NoRole);
+        action->setCheckable(item.checkable);
         action->setEnabled(item.live == Live::always);
         if (item.live == Live::with_amplifier)
             needing.push_back(action);

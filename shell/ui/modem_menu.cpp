@@ -17,6 +17,12 @@ void TerminalControl::mnuModemItem_Click(int index) {
         case 2:
             edit_settings();
             break;
+        case 5:
+            transfers_.open_dialog(TransferDirection::send);
+            break;
+        case 6:
+            transfers_.open_dialog(TransferDirection::receive);
+            break;
         case 8:
             hang_up();
             break;
@@ -37,6 +43,12 @@ void TerminalControl::mnuModemOpt_Click(int index) {
             break;
         case 2:
             close_log();
+            break;
+        case 3:
+            transfers_.toggle_debug(menu_item("mnuModemOpt", 3));
+            break;
+        case 5:
+            transfers_.test_null_modem();
             break;
         default:
             break;

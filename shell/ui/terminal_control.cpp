@@ -18,11 +18,6 @@ using std::chrono::milliseconds;
 constexpr milliseconds k_close_step{50};
 constexpr milliseconds k_drain_step{20};
 
-QAction* item(const QMainWindow& window, const char* array, int index) {
-    return window.menuBar()->findChild<QAction*>(
-        QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index));
-}
-
 }  // namespace
 
 TerminalControl::TerminalControl(QMainWindow& window, TermBox& Term, TerminalLine& line, BusLink& bus,
@@ -35,7 +30,9 @@ TerminalControl::TerminalControl(QMainWindow& window, TermBox& Term, TerminalLin
       show_status_(std::move(show_status)),
       terminal_(line, bus),
       log_(line.clock()),
-      form2_(new Form2(&window)) {
+      form2_(new Form2(&window)),
+      transfers_(
+          window, line, bus, person, [this] { return line_free(); }, [this] { arm(); }) {
     terminal_.is_visible = [this] { return Term_.isVisible(); };
     terminal_.may_exchange = [this] { return !person_.letting_events_run(); };
     terminal_.on_text = [this](std::string_view text) { Term_.ShowData(text); };
@@ -76,6 +73,11 @@ void TerminalControl::load_settings() {
     if (file_exists(k_terminal_settings_file))
         settings_ = read_terminal_settings(k_terminal_settings_file);
     terminal_.echo = settings_.echo;
+}
+
+QAction* TerminalControl::menu_item(const char* array, int index) const {
+    return window_.menuBar()->findChild<QAction*>(
+        QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index));
 }
 
 QString TerminalControl::port_name() const {
@@ -146,11 +148,11 @@ void TerminalControl::watch_descriptor() {
 
 // What the menus offer and what Form2 shows.
 void TerminalControl::follow_state() {
-    item(window_, "mnuModemItem", 0)
+    menu_item("mnuModemItem", 0)
         ->setText(terminal_.modem().answers() ? QStringLiteral("&No Auto Answer")
                                               : QStringLiteral("&Auto Answer"));
-    item(window_, "mnuModemOpt", 1)->setEnabled(!log_.is_open());
-    item(window_, "mnuModemOpt", 2)->setEnabled(log_.is_open());
+    menu_item("mnuModemOpt", 1)->setEnabled(!log_.is_open());
+    menu_item("mnuModemOpt", 2)->setEnabled(log_.is_open());
 
     QString state = port_name() + QStringLiteral("  ");
     if (!line_.is_open())

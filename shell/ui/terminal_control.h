@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/qt/qt_operator.h"
+#include "shell/ui/transfer_menu.h"
 #include "terminal/session_log.h"
 #include "terminal/terminal.h"
 #include "terminal/terminal_settings.h"
@@ -58,6 +59,7 @@ class TerminalControl : public QObject {
     void line_changed();
     void watch_descriptor();
     void follow_state();
+    QAction* menu_item(const char* array, int index) const;
     QString port_name() const;
     bool line_free();
     void edit_settings();
@@ -83,6 +85,7 @@ class TerminalControl : public QObject {
     SessionLog log_;
     int log_watcher_ = 0;
     Form2* form2_;
+    TransferMenu transfers_;
     QSocketNotifier* notifier_ = nullptr;
     QTimer timer_;
     QTimer close_timer_;

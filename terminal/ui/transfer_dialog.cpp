@@ -158,6 +158,7 @@ void TransferDialog::show_progress() {
 void TransferDialog::transfer_over() {
     TransferDriver* driver = std::exchange(driver_, nullptr);
     driver->deleteLater();  // not before this handler is done
+    Q_EMIT over();
     const Transfer& transfer = driver->transfer();
     QString text = from_utf8(transfer.message());
     if (transfer.state() == TransferState::done && !sending()) {

@@ -43,6 +43,10 @@ class TransferDialog : public QDialog {
     // Escape: not while something is running.
     void reject() override;
 
+  Q_SIGNALS:
+    // A transfer has ended and the line is free again.
+    void over();
+
   protected:
     // Closing the window cancels what is running and leaves the window to say so.
     void closeEvent(QCloseEvent* event) override;
