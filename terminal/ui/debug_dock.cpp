@@ -35,7 +35,7 @@ Field* add_field(QHBoxLayout* row, QWidget* panel, const char* name, const char*
     return field;
 }
 
-QPushButton* add_button(QHBoxLayout* row, QWidget* panel, const char* name, const char* caption) {
+QPushButton* add_button(QBoxLayout* row, QWidget* panel, const char* name, const char* caption) {
     auto* button = new QPushButton(QLatin1String(caption), panel);
     button->setObjectName(QLatin1String(name));
     row->addWidget(button);
@@ -79,13 +79,7 @@ QWidget* DebugDock::build() {
     unit_->setSpecialValueText(QStringLiteral("All"));
     direction_ = add_field<QComboBox>(row, panel, "cboDirection", "D&irection:");
     direction_->addItems({QStringLiteral("Both"), QStringLiteral("Received"), QStringLiteral("Sent")});
-    row->addStretch();
-    pause_ = add_button(row, panel, "cmdPause", "&Pause");
-    pause_->setCheckable(true);
-    auto* clear = add_button(row, panel, "cmdClear", "Cl&ear");
-    auto* copy = add_button(row, panel, "cmdCopy", "&Copy");
-    auto* save = add_button(row, panel, "cmdSave", "&Save...");
-
+    row->setStretchFactor(text_, 1);
     view_ = new QPlainTextEdit(panel);
     view_->setObjectName(QStringLiteral("txtTraffic"));
     view_->setAccessibleName(QStringLiteral("Traffic"));
@@ -94,7 +88,19 @@ QWidget* DebugDock::build() {
     view_->setLineWrapMode(QPlainTextEdit::NoWrap);
     view_->setMaximumBlockCount(k_most_lines);
     view_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    layout->addWidget(view_);
+
+    // Beside the view: the panel stays narrow enough for a small screen.
+    auto* lower = new QHBoxLayout;
+    layout->addLayout(lower);
+    lower->addWidget(view_);
+    auto* column = new QVBoxLayout;
+    lower->addLayout(column);
+    pause_ = add_button(column, panel, "cmdPause", "&Pause");
+    pause_->setCheckable(true);
+    auto* clear = add_button(column, panel, "cmdClear", "Cl&ear");
+    auto* copy = add_button(column, panel, "cmdCopy", "&Copy");
+    auto* save = add_button(column, panel, "cmdSave", "&Save...");
+    column->addStretch();
 
     connect(text_, &QLineEdit::textChanged, this, &DebugDock::update_soon);
     connect(which_, &QComboBox::currentIndexChanged, this, &DebugDock::update_soon);
