@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDockWidget>
 #include <QProxyStyle>
 #include <QScreen>
 #include <QStatusBar>
@@ -143,7 +144,10 @@ frmMachine* MDIForm1::active_machine() const {
 
 frmMachine* MDIForm1::keyboard_target() const {
     const bool hidden = area_->currentSubWindow() != nullptr && area_->currentSubWindow()->isMinimized();
-    return hidden || Term_->hasFocus() ? nullptr : active_machine();
+    bool elsewhere = Term_->hasFocus();
+    for (const QWidget* w = QApplication::focusWidget(); w != nullptr; w = w->parentWidget())
+        elsewhere = elsewhere || qobject_cast<const QDockWidget*>(w) != nullptr;
+    return hidden || elsewhere ? nullptr : active_machine();
 }
 
 void MDIForm1::window_created(const std::shared_ptr<ControlHead>& head) {
