@@ -86,8 +86,9 @@ class BusLink {
 
   private:
     void settle();
+    void discard_input();
     bool send(int address, std::string_view frame);
-    std::string receive(int address);
+    std::string receive();
 
     SerialPort& port_;
     Clock& clock_;
@@ -96,6 +97,7 @@ class BusLink {
     Crc16 crc_;
     LineSettings settings_;
     std::string open_failure_;
+    int spoken_to_ = 0;       // the address of the last frame
     bool unsettled_ = false;  // the last exchange failed: a late answer may still come
 };
 

@@ -113,8 +113,10 @@ class Studio {
     BusLink link_{port_, clock_, person_};
     HeadServices services_{link_, clock_, person_, {}};
     Station station_{services_};
+    TerminalLine terminal_line_{nullptr, clock_};
     MDIForm1 form_{station_,
                    link_,
+                   terminal_line_,
                    person_,
                    {.version = "1.0.0",
                     .demonstration = true,

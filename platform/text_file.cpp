@@ -108,17 +108,22 @@ class Replacement {
 
 }  // namespace
 
-std::vector<std::string> read_text_lines(const std::string& path, std::size_t limit) {
+std::string read_file_bytes(const std::string& path, std::size_t limit) {
     const Descriptor file = open_to_read(path);
-    std::string text;
+    std::string bytes;
     std::array<char, 16384> block;
-    while (text.size() < limit) {
+    while (bytes.size() < limit) {
         const std::size_t count =
-            read_some(file, block.data(), std::min(block.size(), limit - text.size()), path);
+            read_some(file, block.data(), std::min(block.size(), limit - bytes.size()), path);
         if (count == 0)
             break;
-        text.append(block.data(), count);
+        bytes.append(block.data(), count);
     }
+    return bytes;
+}
+
+std::vector<std::string> read_text_lines(const std::string& path, std::size_t limit) {
+    const std::string text = read_file_bytes(path, limit);
     std::vector<std::string> lines;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());

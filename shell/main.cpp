@@ -83,7 +83,9 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
     options.shipped_folder = services.options.shipped_folder;
     options.amplifier_files = line.amplifier_files;
     for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
-    MDIForm1 form(station, bus, person, options);
+    PosixSerialPort MSComm1(clock);
+    TerminalLine terminal_line(line.demo ? nullptr : &MSComm1, clock);
+    MDIForm1 form(station, bus, terminal_line, person, options);
     person.set_parent_window(&form);
     form.show();
     signals.listen();

@@ -2,7 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QFontDatabase>
+#include <QDockWidget>
 #include <QProxyStyle>
 #include <QScreen>
 #include <QStatusBar>
@@ -11,7 +11,6 @@
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
-#include "shell/ampdesk_file.h"
 #include "shell/ui/arrange.h"
 
 namespace ampdesk {
@@ -36,7 +35,8 @@ class IconStyle : public QProxyStyle {
 
 }  // namespace
 
-MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1Options options)
+MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperator& person,
+                   MDIForm1Options options)
     : station_(station),
       bus_(bus),
       person_(person),
@@ -50,6 +50,8 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
                                           : QStringLiteral("JEX Remote Control"));
     build_centre();
     build_menu();
+    terminal_ = std::make_unique<TerminalControl>(*this, *Term_, line, bus, person,
+                                                  [this](const QString& text) { show_status(text); });
     resize(k_natural_size.boundedTo(screen()->availableSize() * 0.94));
     layout_.restore_main();
 
@@ -87,14 +89,7 @@ void MDIForm1::build_centre() {
     area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     area_->setActivationOrder(QMdiArea::ActivationHistoryOrder);
 
-    Term_ = new QPlainTextEdit(divider);
-    Term_->setObjectName(QStringLiteral("Term"));
-    Term_->setAccessibleName(QStringLiteral("Terminal"));
-    Term_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    QPalette screen_colours = Term_->palette();
-    screen_colours.setColor(QPalette::Base, QColor(0x1E, 0x20, 0x22));
-    screen_colours.setColor(QPalette::Text, QColor(0xE2, 0xE4, 0xE0));
-    Term_->setPalette(screen_colours);
+    Term_ = new TermBox(divider);
     divider->setStretchFactor(0, 1);
     divider->setCollapsible(0, false);
     divider->setSizes({k_natural_size.height(), k_terminal_height});
@@ -120,6 +115,8 @@ void MDIForm1::build_centre() {
 void MDIForm1::build_menu() {
     MenuHandlers handlers;
     handlers.mnuMachineItem_Click = [this](int index) { mnuMachineItem_Click(index); };
+    handlers.mnuModemItem_Click = [this](int index) { terminal_->mnuModemItem_Click(index); };
+    handlers.mnuModemOpt_Click = [this](int index) { terminal_->mnuModemOpt_Click(index); };
     handlers.mnuToolsItem_Click = [this](int index) { mnuToolsItem_Click(index); };
     handlers.mnuToolsScreen_Click = [this](int index) { mnuToolsScreen_Click(index); };
     handlers.mnuToolsSram_Click = [this](int index) { mnuToolsSram_Click(index); };
@@ -142,8 +139,7 @@ ServiceTools::Hooks MDIForm1::tool_hooks() {
 
 void MDIForm1::load() {
     try {
-        if (file_exists("ampdesk.dat"))
-            terminal_port_ = read_terminal_port("ampdesk.dat");
+        terminal_->load_settings();
     } catch (const RunTimeError& error) {
         person_.notify(error.what(), "ampdesk.dat");
         return;
@@ -153,6 +149,8 @@ void MDIForm1::load() {
 
 void MDIForm1::TimerFileAutoOpen_Timer() {
     station_.auto_open_dat_files(options_.amplifier_files);
+    // Only now: where both are set to the same port, the amplifiers come first.
+    terminal_->open_at_start();
 }
 
 frmMachine* MDIForm1::active_machine() const {
@@ -163,7 +161,10 @@ frmMachine* MDIForm1::active_machine() const {
 
 frmMachine* MDIForm1::keyboard_target() const {
     const bool hidden = area_->currentSubWindow() != nullptr && area_->currentSubWindow()->isMinimized();
-    return hidden || Term_->hasFocus() ? nullptr : active_machine();
+    bool elsewhere = Term_->hasFocus();
+    for (const QWidget* w = QApplication::focusWidget(); w != nullptr; w = w->parentWidget())
+        elsewhere = elsewhere || qobject_cast<const QDockWidget*>(w) != nullptr;
+    return hidden || elsewhere ? nullptr : active_machine();
 }
 
 void MDIForm1::window_created(const std::shared_ptr<ControlHead>& head) {
@@ -220,6 +221,7 @@ void MDIForm1::shut_down() {
         return;
     shut_down_ = true;
     TimerFileAutoOpen_.stop();
+    terminal_->finish();
     tools_.close();
     help_.reset();
     try {
@@ -231,6 +233,10 @@ void MDIForm1::shut_down() {
 }
 
 void MDIForm1::closeEvent(QCloseEvent* event) {
+    if (!terminal_->ready_to_close()) {
+        event->ignore();
+        return;
+    }
     shut_down();
     event->accept();
 }

@@ -6,7 +6,6 @@
 #include <QMainWindow>
 #include <QMdiArea>
 #include <QMdiSubWindow>
-#include <QPlainTextEdit>
 #include <QSplitter>
 #include <QStyle>
 #include <QTimer>
@@ -22,6 +21,7 @@
 #include "shell/ui/main_menu.h"
 #include "shell/ui/service_tools.h"
 #include "shell/ui/set_up.h"
+#include "shell/ui/terminal_control.h"
 
 namespace ampdesk {
 
@@ -38,16 +38,17 @@ class MDIForm1 : public QMainWindow {
     Q_OBJECT
 
   public:
-    // The references stay valid as long as the window. The station's and the bus port's callbacks
-    // are taken by it until its end.
-    MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1Options options);
+    // The references stay valid as long as the window. The station's, the bus port's and the terminal
+    // line's callbacks are taken by it until its end.
+    MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperator& person, MDIForm1Options options);
     ~MDIForm1() override;
 
     // Second part of loading, with the window shown: "ampdesk.dat", then the start-up timer. A
     // settings file that is none is told and leaves the timer off.
     void load();
 
-    // Ends polling and closes the amplifiers, as closing the window does.
+    // Ends polling and closes the amplifiers and the terminal's port, as closing the window does.
+    // Waits up to three seconds for the terminal's output to leave.
     void shut_down();
 
     void mnuMachineItem_Click(int index);
@@ -63,7 +64,7 @@ class MDIForm1 : public QMainWindow {
     void show_status(const QString& text);
 
     // COM port 1..4 that "ampdesk.dat" keeps for the terminal; nothing when it names none.
-    std::optional<int> terminal_port() const { return terminal_port_; }
+    std::optional<int> terminal_port() const { return terminal_->settings().port; }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -90,13 +91,13 @@ class MDIForm1 : public QMainWindow {
     bool shut_down_ = false;
     SetUp set_up_;
     ServiceTools tools_;
-    std::optional<int> terminal_port_;
     std::unique_ptr<QStyle> icon_style_;
 
     QMdiArea* area_ = nullptr;
-    QPlainTextEdit* Term_ = nullptr;
+    TermBox* Term_ = nullptr;
     QLabel* status_ = nullptr;
     std::unique_ptr<MainMenu> menu_;
+    std::unique_ptr<TerminalControl> terminal_;
     HeadKeys* keys_ = nullptr;
     std::vector<frmMachine*> machines_;  // in the order in which they were opened
     QTimer poll_timer_;

@@ -20,6 +20,7 @@ struct Item {
     const char* caption;  // "-" is a separator
     Live live = Live::always;
     const char* sub_array = nullptr;  // the menu array of a submenu
+    bool checkable = false;
 };
 
 struct Array {
@@ -50,15 +51,15 @@ const std::vector<Array>& menu_tree() {
          "mnuModem",
          "Mo&dem",
          &MenuHandlers::mnuModemItem_Click,
-         {{"&Auto Answer", not_yet},
+         {{"&Auto Answer"},
           {"-"},
-          {"&Settings", not_yet},
-          {"&Options", not_yet, "mnuModemOpt"},
+          {"&Settings"},
+          {"&Options", always, "mnuModemOpt"},
           {"-"},
-          {"Sen&d File", not_yet},
-          {"&Receive File", not_yet},
+          {"Sen&d File"},
+          {"&Receive File"},
           {"-"},
-          {"&Hang Up Phone", not_yet}}},
+          {"&Hang Up Phone"}}},
         {"mnuToolsItem",
          "mnuTools",
          "&Tools",
@@ -87,12 +88,12 @@ const std::vector<Array>& menu_tree() {
          nullptr,
          nullptr,
          &MenuHandlers::mnuModemOpt_Click,
-         {{"&Volume", not_yet},
-          {"&Open_log", not_yet},
-          {"&Close_Log", not_yet},
-          {"&Show Debug", not_yet},
+         {{"&Volume"},
+          {"&Open_log"},
+          {"&Close_Log"},
+          {"&Show Debug", always, nullptr, true},
           {"-"},
-          {"&Null Modem Test", not_yet}}},
+          {"&Null Modem Test"}}},
         {"mnuToolsScreen",
          nullptr,
          nullptr,
@@ -132,6 +133,7 @@ void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, Changin
         }
         action->setObjectName(QStringLiteral("%1(%2)").arg(QLatin1String(array.name)).arg(i));
         action->setMenuRole(QAction::NoRole);
+        action->setCheckable(item.checkable);
         action->setEnabled(item.live == Live::always || item.live == Live::without_transfer);
         changing[item.live].push_back(action);
     }

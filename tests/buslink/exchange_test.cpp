@@ -132,6 +132,18 @@ TEST_F(Exchange, ThrowsALateAnswerAway) {
     EXPECT_EQ(took([&] { status(); }), 0);  // after an answer nothing is waited for
 }
 
+// A traffic view that hides the late answer, or takes it for one of the next amplifier spoken to.
+TEST_F(Exchange, TellsAWatcherOfALateAnswer) {
+    std::vector<std::string> seen;
+    bus.on_traffic = [&](const BusTraffic& traffic) {
+        seen.push_back((traffic.sent ? "to " : "from ") + std::to_string(traffic.address));
+    };
+    port.answer({{milliseconds(1030), k_reply}});
+    status();
+    bus.bus_command(2, "\x11", reply);
+    EXPECT_EQ(seen, (std::vector<std::string>{"to 1", "from 1", "to 2"}));
+}
+
 // A command that no length byte holds, and an adapter that is gone, are failures like any other.
 TEST_F(Exchange, FailsWithoutAnException) {
     EXPECT_EQ(bus.bus_command(1, std::string(256, 'A'), reply), 0);

@@ -113,7 +113,9 @@ class Desk : public ::testing::Test {
     BusLink link{port, clock, person};
     HeadServices services{link, clock, person, {}};
     Station station{services};
-    MDIForm1 form{station, link, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}}};
+    TerminalLine terminal_line{nullptr, clock};
+    MDIForm1 form{
+        station, link, terminal_line, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}}};
 
     std::vector<std::string> settings;  // commands of class 16, without their frames
     std::map<int, int> frames_sent;     // by address

@@ -69,8 +69,9 @@ TEST_F(HeadWindow, SoftKeysLampsAndFunctionKeysMoveBetweenScreens) {
     }
 }
 
-// Keys typed into the terminal must stay text, and an icon must not switch an unseen amplifier.
-TEST_F(HeadWindow, KeysReachNoHeadFromTheTerminalOrAnIcon) {
+// Keys typed into the terminal or the traffic view must stay there, and an icon must not switch an unseen
+// amplifier.
+TEST_F(HeadWindow, KeysReachNoHeadFromElsewhereOrAnIcon) {
     key(Qt::Key_F6);
     EXPECT_EQ(QApplication::focusWidget()->objectName(), QStringLiteral("Term"));
     key(Qt::Key_F4);
@@ -79,6 +80,12 @@ TEST_F(HeadWindow, KeysReachNoHeadFromTheTerminalOrAnIcon) {
     key(Qt::Key_F6);
     key(Qt::Key_F4);
     EXPECT_EQ(head.menu_ptr, 2);
+    child<QAction>(form, "mnuModemOpt(3)")->trigger();
+    child(form, "txtTraffic")->setFocus();
+    key(Qt::Key_F4);
+    key(Qt::Key_1, Qt::ControlModifier);
+    EXPECT_EQ(head.menu_ptr, 2);
+    machine.setFocus();
     machine.parentWidget()->showMinimized();
     QTest::keyClick(&form, Qt::Key_F4);
     QTest::keyClick(&form, Qt::Key_1, Qt::ControlModifier);

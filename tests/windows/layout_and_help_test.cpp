@@ -38,7 +38,9 @@ TEST_F(Layout, ComesBackAtTheNextStart) {
     layout->heads[0].place = {5000, 12, 560, 280};
     write_window_layout("layout.dat", *layout);
     Station next_station{services};
-    MDIForm1 next{next_station, link, person, {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
+    TerminalLine next_line{nullptr, clock};
+    MDIForm1 next{
+        next_station, link, next_line, person, {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
     next.show();
     EXPECT_EQ(next.geometry().x(), 0);
     next_station.new_amplifier_window(1, "1001", "KU", false);

@@ -21,21 +21,21 @@ TEST_F(MainWindow, MenuTree) {
                                     "mnuMachineItem(6) Sa&ve All 01",
                                     "mnuMachineItem(7) -",
                                     "mnuMachineItem(8) E&xit 11",
-                                    "mnuModemItem(0) &Auto Answer 00",
+                                    "mnuModemItem(0) &Auto Answer 11",
                                     "mnuModemItem(1) -",
-                                    "mnuModemItem(2) &Settings 00",
-                                    "mnuModemOpt(0) &Volume 00",
-                                    "mnuModemOpt(1) &Open_log 00",
+                                    "mnuModemItem(2) &Settings 11",
+                                    "mnuModemOpt(0) &Volume 11",
+                                    "mnuModemOpt(1) &Open_log 11",
                                     "mnuModemOpt(2) &Close_Log 00",
-                                    "mnuModemOpt(3) &Show Debug 00",
+                                    "mnuModemOpt(3) &Show Debug 11",
                                     "mnuModemOpt(4) -",
-                                    "mnuModemOpt(5) &Null Modem Test 00",
-                                    "mnuModemItem(3) &Options 00",
+                                    "mnuModemOpt(5) &Null Modem Test 11",
+                                    "mnuModemItem(3) &Options 11",
                                     "mnuModemItem(4) -",
-                                    "mnuModemItem(5) Sen&d File 00",
-                                    "mnuModemItem(6) &Receive File 00",
+                                    "mnuModemItem(5) Sen&d File 11",
+                                    "mnuModemItem(6) &Receive File 11",
                                     "mnuModemItem(7) -",
-                                    "mnuModemItem(8) &Hang Up Phone 00",
+                                    "mnuModemItem(8) &Hang Up Phone 11",
                                     "mnuToolsScreen(0) &Screen Settings 01",
                                     "mnuToolsScreen(1) Make A &Fault 00",
                                     "mnuToolsItem(0) &Amplifier Setup 01",
@@ -229,7 +229,8 @@ TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {
         if (c.content != nullptr && file.open(QIODevice::WriteOnly))
             file.write(c.content);
         file.close();
-        MDIForm1 fresh(station, link, person, {.version = {}, .gauge = {}, .amplifier_files = {"com5.dat"}});
+        MDIForm1 fresh(station, link, terminal_line, person,
+                       {.version = {}, .gauge = {}, .amplifier_files = {"com5.dat"}});
         std::string seen;
         when_box_opens([&](QMessageBox& box) { seen = box.text().toStdString(); });
         fresh.load();
