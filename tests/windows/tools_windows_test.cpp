@@ -93,6 +93,8 @@ TEST_F(ToolWindows, ReadAndSet) {
 
     ok->setFocus();
     QTest::keyClick(ok, Qt::Key_Space);
+    person.let_events_run();  // as inside a visit to a head: the bus is the head's
+    EXPECT_EQ(text(*window, "lblStatus"), QString());
     EXPECT_TRUE(!ok->isEnabled() && pause->isEnabled() && ok->text() == QStringLiteral("Continue"));
     EXPECT_EQ(window->focusWidget(), pause);  // and not Exit: the next blank must not end it
     QTest::keyClick(pause, Qt::Key_Space);
@@ -120,14 +122,15 @@ TEST_F(ToolWindows, EveryWayOut) {
     const std::function<void(frmBlock&)> ways[] = {
         [](frmBlock& window) { window.close(); },
         [](frmBlock& window) { QTest::keyClick(&window, Qt::Key_Escape); },
-        [&](frmBlock&) { form.shut_down(); },
         [&](frmBlock&) {
             bus.find(1)->line.silent = true;
             std::string told;
             when_box_opens([&](QMessageBox& box) { told = box.text().toStdString(); });
             EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
             EXPECT_EQ(told, "Cmd Receiving Error, Check Connection");
+            bus.find(1)->line.silent = false;
         },
+        [&](frmBlock&) { form.shut_down(); },
     };
     for (const auto& leave : ways) {
         frmBlock* window = begin(0, path(QByteArray("out").append(char('0' + (&leave - ways)))));
