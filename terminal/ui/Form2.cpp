@@ -24,7 +24,7 @@ Form2::Form2(QWidget* parent) : QWidget(parent, Qt::Window | Qt::WindowStaysOnTo
 
 void Form2::show_on_top() {
     closing_ = false;
-    show();
+    showNormal();
     Form_Activate();
 }
 
@@ -49,7 +49,7 @@ void Form2::Form_Activate() {
 
 void Form2::Form_Deactivate() {
     if (!closing_)
-        show();
+        showNormal();
 }
 
 void Form2::Command1_Click() {
