@@ -232,12 +232,15 @@ TEST_F(TerminalWindow, Form2StaysUntilItsButtonIsPressed) {
         EXPECT_TRUE(form2->isVisible() && form2->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
         EXPECT_EQ(form2->windowTitle(), QStringLiteral("MSComm Terminal"));
         EXPECT_EQ(child<QLabel>(*form2, "lblState")->text(), QStringLiteral("COM2:  9600,n,8,1"));
-        QEvent deactivated(QEvent::ActivationChange);
-        form2->hide();  // as if another window had taken its place
-        QApplication::sendEvent(form2, &deactivated);
+        form2->activateWindow();
+        QApplication::processEvents();
+        form2->hide();  // as if another window took its place
+        activate();
+        QApplication::processEvents();
         EXPECT_TRUE(form2->isVisible());
         click(*form2, "Command1");
-        QApplication::sendEvent(form2, &deactivated);
+        activate();
+        QApplication::processEvents();
         EXPECT_FALSE(form2->isVisible());
     }
 }
