@@ -2,6 +2,9 @@
 // implementation makes of it is in xmodem_peer_test.cpp.
 #include <gtest/gtest.h>
 
+#include <map>
+#include <sstream>
+
 #include "terminal/xmodem_receiver.h"
 #include "terminal/xmodem_sender.h"
 #include "tests/support/hex_bytes.h"
@@ -15,206 +18,135 @@ using std::chrono::seconds;
 
 constexpr milliseconds k_block_time{139};  // 133 bytes at 9600 baud
 
-// One step of a conversation: time passes, bytes come in, bytes go out.
-struct Step {
-    milliseconds later{0};
-    std::string in;   // hexadecimal
-    std::string out;  // hexadecimal; a block is shortened to its first four bytes and its check
-};
-
-using Steps = std::vector<Step>;
-
-std::string shortened(const std::string& bytes) {
-    if (bytes.size() < 132)
-        return to_hex(bytes);
-    return to_hex(bytes.substr(0, 4)) + " .. " + to_hex(bytes.substr(131));
+// A word of a conversation: a character by its name, a block "B7" with the CRC or "S7" with the sum
+// ("B7~" with a byte changed, "B7-" with one lost), "OFF" for what cancels, else a byte in hexadecimal.
+std::string bytes_of(const std::string& word) {
+    static const std::map<std::string, std::string> names = {
+        {"C", "C"},      {"ACK", "\x06"}, {"NAK", "\x15"},
+        {"EOT", "\x04"}, {"CAN", "\x18"}, {"OFF", std::string(k_xmodem_cancel)}};
+    if (const auto name = names.find(word); name != names.end())
+        return name->second;
+    if ((word[0] != 'B' && word[0] != 'S') || !std::isdigit(word[1]))
+        return hex_bytes(word);
+    std::string block = xmodem_block(static_cast<std::uint8_t>(std::stoi(word.substr(1))), "ABC",
+                                     word[0] == 'B' ? XmodemCheck::crc : XmodemCheck::sum);
+    if (word.back() == '~')
+        block[60] = '!';
+    return word.back() == '-' ? block.erase(60, 1) : block;
 }
 
-void converse(Transfer& transfer, ManualClock& clock, const Steps& steps) {
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-        SCOPED_TRACE("step " + std::to_string(i));
-        clock.advance(steps[i].later);
-        transfer.feed(hex_bytes(steps[i].in), clock.now());
-        transfer.tick(clock.now());
-        EXPECT_EQ(shortened(transfer.take_output(512)), steps[i].out);
+// Steps "+time in = out", separated by ";": that many milliseconds pass, those words come in, those
+// go out. "5x" in front: five times.
+void converse(Transfer& transfer, const std::string& script) {
+    ManualClock clock;
+    std::istringstream steps(script);
+    for (std::string step; std::getline(steps, step, ';');) {
+        int times = 1;
+        std::string bytes[2];
+        bool out = false;
+        milliseconds later{0};
+        std::istringstream words(step);
+        for (std::string word; words >> word;) {
+            if (word[0] == '+')
+                later = milliseconds(std::stoi(word));
+            else if (word.back() == 'x')
+                times = std::stoi(word);
+            else if (word == "=")
+                out = true;
+            else
+                bytes[out ? 1 : 0] += bytes_of(word);
+        }
+        for (; times > 0; --times) {
+            clock.advance(later);
+            transfer.feed(bytes[0], clock.now());
+            transfer.tick(clock.now());
+            EXPECT_EQ(to_hex(transfer.take_output(512)), to_hex(bytes[1])) << step;
+        }
     }
-}
-
-// The same `count` times.
-Steps times(int count, const Step& step) {
-    return Steps(static_cast<std::size_t>(count), step);
-}
-
-Steps operator+(Steps a, const Steps& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
 }
 
 struct Conversation {
     const char* name;
-    Steps steps;
-    TransferState state;
-    const char* message;
+    const char* script;
+    const char* message;  // empty while it goes on
+    TransferState state = TransferState::failed;
 };
 
-const char* const k_cancel = "18 18 18 18 18 08 08 08 08 08";
-const char* const k_a_crc = "01 01 FE 41 .. 41 4B";  // "ABC" and 125 times 1A
-const char* const k_a_sum = "01 01 FE 41 .. 78";
+// Fault: the blocks are not those of the protocol.
+TEST(XmodemBlock, Bytes) {
+    const std::string body = hex_bytes("01 07 F8") + "ABC" + std::string(125, '\x1A');
+    EXPECT_EQ(xmodem_block(7, "ABC", XmodemCheck::crc), body + "AK");
+    EXPECT_EQ(xmodem_block(7, "ABC", XmodemCheck::sum), body + "x");
+    EXPECT_EQ(xmodem_block(255, std::string(128, '\xFF'), XmodemCheck::sum),
+              hex_bytes("01 FF 00") + std::string(128, '\xFF') + "\x80");
+    EXPECT_EQ(xmodem_crc("123456789"), 0x31C3);
+}
 
-// Fault: a receiver of another maker does not understand the blocks, or the sender misunderstands it.
+// Fault: a receiver of another maker is misunderstood, waited for too short or too long, or believed
+// to have what it has not.
 TEST(XmodemSender, Conversations) {
-    const milliseconds answer_limit = k_block_time + XmodemSender::k_answer_limit;
+    using enum TransferState;
     const Conversation cases[] = {
-        {"CRC, the end refused once",
-         {{{}, "", ""}, {{}, "43", k_a_crc}, {{}, "06", "04"}, {{}, "15", "04"}, {{}, "06", ""}},
-         TransferState::done,
-         "3 bytes sent."},
-        {"sum",
-         {{{}, "15", k_a_sum}, {{}, "06", "04"}, {{}, "06", ""}},
-         TransferState::done,
-         "3 bytes sent."},
-        {"noise before the start and between; a late wish for the CRC",
-         {{{}, "24 0D 06", ""}, {{}, "15", k_a_sum}, {{}, "7F 04", ""}, {{}, "43", k_a_crc}},
-         TransferState::running,
-         ""},
-        {"two calls at once are one; the second answer to a block sent twice is not the next one's",
-         {{{}, "43 43", k_a_crc},
-          {{}, "15", k_a_crc},
-          {{}, "06", ""},
-          {milliseconds(100), "06", ""},
-          {milliseconds(238), "", ""},
-          {milliseconds(1), "", "04"}},
-         TransferState::running,
-         ""},
-        {"silence after a block",
-         {{{}, "43", k_a_crc}, {answer_limit - milliseconds(1), "", ""}, {milliseconds(1), "", k_a_crc}},
-         TransferState::running,
-         ""},
-        {"nobody begins",
-         {{seconds(60) - milliseconds(1), "", ""}, {milliseconds(1), "", k_cancel}},
-         TransferState::failed,
-         "The other side did not begin to receive within 60 s."},
-        {"a block refused for ever",
-         times(1, {{}, "43", k_a_crc}) + times(10, {{}, "15", k_a_crc}) + times(1, {{}, "15", k_cancel}),
-         TransferState::failed, "Block 1 was not taken after 10 repeats."},
-        {"the end never confirmed",
-         Steps{{{}, "43", k_a_crc}, {{}, "06", "04"}} + times(10, {answer_limit, "", "04"}) +
-             times(1, {answer_limit, "", k_cancel}),
-         TransferState::failed, "Everything was sent, but the other side did not confirm the end."},
+        {"CRC, the end refused once", "=; C = B1; ACK = EOT; NAK = EOT; ACK =", "3 bytes sent.", done},
+        {"sum", "NAK = S1; ACK = EOT; ACK =", "3 bytes sent.", done},
+        {"noise before and between; a late wish for the CRC", "24 0D ACK =; NAK = S1; 7F EOT =; C = B1", "",
+         running},
+        {"two calls at once are one", "C C = B1", "", running},
+        {"the second answer to a block sent twice is not the next one's",
+         "C = B1; NAK = B1; ACK =; +100 ACK =; +238 =; +1 = EOT", "", running},
+        {"silence after a block", "C = B1; +15138 =; +1 = B1", "", running},
+        {"nobody begins", "+59999 =; +1 = OFF", "The other side did not begin to receive within 60 s."},
+        {"a block refused for ever", "C = B1; 10x NAK = B1; NAK = OFF",
+         "Block 1 was not taken after 10 repeats."},
+        {"the end never confirmed", "C = B1; ACK = EOT; 10x +15139 = EOT; +15139 = OFF",
+         "Everything was sent, but the other side did not confirm the end."},
         {"one CAN is noise, two are the end",
-         {{{}, "43", k_a_crc}, {{}, "18 06", "04"}, {{}, "18", ""}, {{}, "18", ""}},
-         TransferState::failed,
-         "The other side has cancelled."},
-        {"two CAN before the block has left",
-         {{{}, "43 18 18", ""}},
-         TransferState::failed,
-         "The other side has cancelled."},
+         "C = B1; CAN ACK = EOT; CAN =; CAN =", "The other side has cancelled."},
+        {"two CAN before the block has left", "C CAN CAN =", "The other side has cancelled."},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        ManualClock clock;
-        XmodemSender sender("ABC", k_block_time, clock.now());
-        converse(sender, clock, c.steps);
+        XmodemSender sender("ABC", k_block_time, ManualClock().now());
+        converse(sender, c.script);
         EXPECT_EQ(sender.state(), c.state);
         EXPECT_EQ(sender.message(), c.message);
     }
 }
 
-std::string block(int number, XmodemCheck check = XmodemCheck::crc) {
-    return to_hex(xmodem_block(static_cast<std::uint8_t>(number), "ABC", check));
-}
-
-std::string without(std::string hex, std::size_t first_byte, std::size_t count) {
-    return hex.erase(3 * first_byte, 3 * count);
-}
-
 // Fault: a sender of another maker is not understood, is asked too soon or too late, or can make a
 // file of the wrong bytes.
 TEST(XmodemReceiver, Conversations) {
-    const Steps calls_for_crc = times(1, {{}, "", "43"}) + times(3, {seconds(3), "", "43"});
-    const Step begin{{}, "", "43"};
-    const Step first{{}, block(1), "06"};
+    using enum TransferState;
     const Conversation cases[] = {
-        {"one block; the end is believed when it comes twice",
-         {begin, first, {{}, "04", "15"}, {{}, "04", "06"}},
-         TransferState::done,
-         "128 bytes received."},
-        {"an end that was noise",
-         {begin, first, {{}, "04", "15"}, {{}, block(2), "06"}, {{}, "04", "15"}},
-         TransferState::running,
-         ""},
-        {"an empty file",
-         {begin, {{}, "04", "15"}, {{}, "04", "06"}},
-         TransferState::done,
-         "0 bytes received."},
-        {"falls back to the sum after four calls",
-         calls_for_crc + Steps{{seconds(3) - milliseconds(1), "", ""},
-                               {milliseconds(1), "", "15"},
-                               {{}, block(1, XmodemCheck::sum), "06"}},
-         TransferState::running, ""},
-        {"a CRC block that was under way at the fall-back",
-         calls_for_crc + Steps{{seconds(3), "", "15"}, {{}, block(1), "06"}, {{}, block(2), "06"}},
-         TransferState::running, ""},
-        {"a first block with a bad CRC is asked for by the same letter",
-         {begin, {{}, without(block(1), 5, 1) + " 00", ""}, {milliseconds(250), "", "43"}, first},
-         TransferState::running,
-         ""},
-        {"a repeated block is acknowledged and not kept twice; number 0 follows 255",
-         times(1, begin) + times(1, first) + times(1, first) + times(1, {{}, block(2), "06"}),
-         TransferState::running, ""},
-        {"a block cut short, then silence",
-         {begin,
-          first,
-          {{}, without(block(2), 50, 1), ""},
-          {milliseconds(999), "", ""},
-          {milliseconds(1), "", "15"},
-          {{}, block(2), "06"}},
-         TransferState::running,
-         ""},
-        {"a bad block is refused when the line has fallen quiet",
-         {begin,
-          first,
-          {{}, block(2) + " 00 00", "06"},
-          {{}, without(block(3), 9, 1) + " 00", ""},
-          {milliseconds(249), "01", ""},
-          {milliseconds(249), "", ""},
-          {milliseconds(1), "", "15"}},
-         TransferState::running,
-         ""},
-        {"a number that does not fit its complement",
-         {begin, {{}, "01 01 FD" + block(1).substr(8), ""}, {milliseconds(250), "", "43"}},
-         TransferState::running,
-         ""},
-        {"silence between blocks",
-         times(1, begin) + times(1, first) + times(10, {seconds(10), "", "15"}) +
-             times(1, {seconds(10), "", k_cancel}),
-         TransferState::failed, "Block 2 did not come after 10 repeats."},
-        {"nobody sends",
-         calls_for_crc + times(1, {seconds(3), "", "15"}) + times(6, {seconds(10), "", "15"}) +
-             times(1, {seconds(10), "", k_cancel}),
-         TransferState::failed, "The other side did not begin to send."},
-        {"a block left out",
-         {begin, first, {{}, block(3), k_cancel}},
-         TransferState::failed,
-         "Block 3 came instead of block 2."},
-        {"block 0 of another protocol",
-         {begin, {{}, block(0), k_cancel}},
-         TransferState::failed,
-         "Block 0 came instead of block 1."},
+        {"the end is believed when it comes twice", "= C; B1 = ACK; EOT = NAK; EOT = ACK",
+         "128 bytes received.", done},
+        {"an end that was noise", "= C; B1 = ACK; EOT = NAK; B2 = ACK; EOT = NAK", "", running},
+        {"an empty file", "= C; EOT = NAK; EOT = ACK", "0 bytes received.", done},
+        {"the sum after four calls", "= C; 3x +3000 = C; +2999 =; +1 = NAK; S1 = ACK; S2 = ACK", "", running},
+        {"a CRC block under way at the fall-back", "= C; 3x +3000 = C; +3000 = NAK; B1 = ACK; B2 = ACK", "",
+         running},
+        {"a bad first block is asked for by the same letter", "= C; B1~ =; +250 = C; B1 = ACK", "", running},
+        {"a repeated block is acknowledged and not kept",
+         "= C; B1 = ACK; B1 = ACK; B2 = ACK; EOT = NAK; EOT = ACK", "256 bytes received.", done},
+        {"a block cut short", "= C; B1 = ACK; B2- =; +999 =; +1 = NAK; B2 = ACK", "", running},
+        {"a bad block is refused when the line is quiet",
+         "= C; B1 = ACK; B2 00 00 = ACK; B3~ =; +249 01 =; +249 =; +1 = NAK", "", running},
+        {"a number that does not fit its complement", "= C; 01 01 FD B1 =; +250 = C", "", running},
+        {"silence between blocks", "= C; B1 = ACK; 10x +10000 = NAK; +10000 = OFF",
+         "Block 2 did not come after 10 repeats."},
+        {"nobody sends", "= C; 3x +3000 = C; +3000 = NAK; 6x +10000 = NAK; +10000 = OFF",
+         "The other side did not begin to send."},
+        {"a block left out", "= C; B1 = ACK; B3 = OFF", "Block 3 came instead of block 2."},
+        {"the block 0 of another protocol", "= C; B00 = OFF", "Block 0 came instead of block 1."},
         {"one CAN is noise, two are the end",
-         {begin, first, {{}, "18", ""}, {{}, block(2), "06"}, {{}, "18 18", ""}},
-         TransferState::failed,
-         "The other side has cancelled."},
-        {"cancelled in the middle of a block",
-         {begin, {{}, "01 01 FE 41 41 18 18 18 08 08", ""}, {seconds(1), "", ""}},
-         TransferState::failed,
-         "The other side has cancelled."},
+         "= C; B1 = ACK; CAN =; B2 = ACK; CAN CAN =", "The other side has cancelled."},
+        {"cancelled inside a block",
+         "= C; 01 01 FE 41 CAN CAN CAN 08 08 =; +1000 =", "The other side has cancelled."},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        ManualClock clock;
-        XmodemReceiver receiver(clock.now());
-        converse(receiver, clock, c.steps);
+        XmodemReceiver receiver(ManualClock().now());
+        converse(receiver, c.script);
         EXPECT_EQ(receiver.state(), c.state);
         EXPECT_EQ(receiver.message(), c.message);
     }
