@@ -1,7 +1,6 @@
 // The polling visits: lamps, shutdown, alarm beep, a silent amplifier and its return.
 #include "controlhead/band.h"
 #include "controlhead/comm_faults.h"
-#include "controlhead/keypad.h"
 #include "controlhead/lamps.h"
 #include "controlhead/menu_engine.h"
 #include "tests/controlhead/head_fixture.h"
@@ -11,7 +10,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-using Texts = std::vector<std::string>;
 
 const std::string k_error =
     "RS485 Communication |Error,              |Check Connection    |                    ";
@@ -35,16 +33,8 @@ class VisitTest : public HeadTest {
         visit(2);
         ASSERT_EQ(lines(), k_error);
     }
-    void press(std::initializer_list<std::int16_t> keys) {
-        for (const std::int16_t key : keys) cmdKey_Click(head, key);
-    }
     void press_hard_keys() {
         for (std::int16_t key = 0; key < 4; ++key) cmdHardkey_Click(head, key);
-    }
-    std::string lamps() const {
-        std::string colours;
-        for (int lamp = 1; lamp <= 8; ++lamp) colours += ".YRG"[static_cast<int>(head.panel.lamp(lamp))];
-        return colours;
     }
 };
 
@@ -75,43 +65,16 @@ TEST_F(VisitTest, Lamps) {
     }
 }
 
-// Catches a field taken from the wrong place, and a legend that no longer says what its key does.
-TEST_F(VisitTest, StatusFieldsAndLegend) {
+// Catches a field taken from beyond a short reply.
+TEST_F(VisitTest, ShortStatus) {
     set_status(1, 2, 3, 0xFF, 5);
     updateLogic(head);
-    EXPECT_EQ(head.settings_byte, 2);
     EXPECT_TRUE(head.has_switch && head.filament_in_ma);
     EXPECT_EQ(head.switch_state, 255);
-    EXPECT_EQ(head.switch_count, 5);
-    EXPECT_TRUE(head.redraw_request);
-    updateDisplay(head);
-    EXPECT_EQ(head.panel.line(4), "ATTN            MORE");
-    visit();
-    EXPECT_FALSE(head.redraw_request);
-    set_status(0, 0, 2, 0, 1);
-    visit();
-    EXPECT_EQ(head.panel.line(4), "ATTN       ANT  MORE");
-    replies[std::string(k_status_request)] = "\x08\x04";
+    reply_to(k_status_request) = "\x08\x04";
     updateLogic(head);
+    EXPECT_EQ(head.settings_byte, 4);
     EXPECT_FALSE(head.has_switch || head.filament_in_ma || head.switch_state != 0 || head.switch_count != 0);
-}
-
-// Catches logic that goes on although the operator is at the keys, and a flag that then stays set.
-TEST_F(VisitTest, KeyActivityCutsTheLogicShort) {
-    head.key_activity = true;
-    take_sent();
-    updateLogic(head);
-    EXPECT_EQ(take_sent(), Texts{std::string(k_status_request)});
-    updateDisplay(head);
-    set_shutdown("12,Waveguide arc");
-    EXPECT_FALSE(head.key_activity);
-    person.on_events = [&] { head.key_activity = true; };  // a key pressed during the short wait
-    updateLogic(head);
-    EXPECT_EQ(lines(), k_screen_1);
-    person.on_events = nullptr;
-    updateDisplay(head);
-    updateLogic(head);
-    EXPECT_EQ(lines(), k_shutdown);
 }
 
 // Catches a shutdown that is missed, drawn over, drawn twice, or from which keys still act.
@@ -240,14 +203,12 @@ TEST_F(VisitTest, AlarmBeeps) {
     EXPECT_EQ(sent, Texts{});
 }
 
-// Catches an error screen after a single lost reply, one that comes late, and keys that still act.
-TEST_F(VisitTest, ThreeFailuresShowTheErrorScreen) {
+// Catches an error screen after failures that were not in a row, and lamps that stay lit under it.
+TEST_F(VisitTest, ThreeFailuresInARowShowTheErrorScreen) {
     set_analog("1=500");
     visit();
     silent = true;
-    updateLogic(head);
-    updateDisplay(head);
-    EXPECT_EQ(lines().substr(42), k_screen_1.substr(42));
+    visit();
     EXPECT_EQ(head.link_fail_count, 2);
     silent = false;
     visit();
@@ -260,10 +221,8 @@ TEST_F(VisitTest, ThreeFailuresShowTheErrorScreen) {
     EXPECT_EQ(lamps(), "........");
     EXPECT_EQ(head.panel.gauge(), std::nullopt);
     take_sent();
-    press({0, 1, 2, 3, 4});
     press_hard_keys();
     EXPECT_EQ(sent, Texts{});
-    EXPECT_EQ(lines(), k_error);
 }
 
 // Catches a silent amplifier that holds up the others: a look is one read, tried once.
@@ -295,45 +254,6 @@ TEST_F(VisitTest, ErrorScreenStaysWhenThePageCannotBeRead) {
     reply_to(k_identity_request) = "JEX*KU*1234*A";
     visit();
     EXPECT_EQ(head.panel.line(2), "   Model KU BAND    ");
-}
-
-// Catches a header, bar or mode that is not there again when the amplifier answers.
-TEST_F(VisitTest, ReturnRedrawsWhatWasShown) {
-    reply_to(k_identity_request) = "JEX*KU*1234*A";
-    for (char entry = 0; entry < 9; ++entry) reply_to(std::string{'\xA0', '\x1A', entry}) = "entry";
-    set_status(0);
-    struct Case {
-        const char* what;
-        std::initializer_list<std::int16_t> keys;
-        bool bar;
-    };
-    const Case cases[] = {{"temperatures", {3, 3}, false},
-                          {"setup, second page", {3, 0, 3}, false},
-                          {"information", {3, 1}, false},
-                          {"warning levels", {3, 3, 0, 3}, false},
-                          {"warning adjust", {3, 3, 0, 0}, true},
-                          {"events", {3, 3, 3, 1, 1}, true},
-                          {"attenuation", {0}, true},
-                          {"no help file", {2}, false}};
-    services.options.folder = services.options.shipped_folder = "/nonexistent";
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        press({4, 4, 4});
-        press(c.keys);
-        visit();
-        const std::string before = lines();
-        const ScrollBar bar = head.panel.scroll();
-        EXPECT_EQ(bar.visible, c.bar);
-        silent = true;
-        visit(4);
-        EXPECT_EQ(lines(), k_error);
-        EXPECT_FALSE(head.panel.scroll().visible);
-        silent = false;
-        visit(2);  // then the markers have come round
-        EXPECT_EQ(head.link_fail_count, 0);
-        EXPECT_EQ(lines(), before);
-        EXPECT_EQ(head.panel.scroll(), bar);
-    }
 }
 
 // Catches another error that is counted as a silence, or shown at once.

@@ -40,7 +40,19 @@ class Walk : public testing::Test {
         ASSERT_TRUE(head->machine_init(false));
     }
 
-    void carry_out(const std::string& action) {
+    std::string shown() {
+        const Panel& panel = head->panel();
+        std::string all;
+        for (const int line : {1, 2, 3, 4}) all += panel.line(line) + "|";
+        all += panel.scroll().visible ? std::to_string(panel.scroll().value) : "";
+        return all + (panel.lamp(1) == LampColour::yellow ? "*" : "");
+    }
+
+    void carry_out(const std::string& actions) {
+        std::istringstream all(actions);
+        for (std::string action; std::getline(all, action, ';');) carry_out_one(action);
+    }
+    void carry_out_one(const std::string& action) {
         std::istringstream words(action);
         std::string what;
         words >> what;
@@ -62,17 +74,12 @@ class Walk : public testing::Test {
         std::string beside;
         for (const Step& step : steps) {
             SCOPED_TRACE("step " + std::to_string(&step - steps.data() + 1) + ": " + step.actions);
-            std::istringstream actions(step.actions);
-            for (std::string action; std::getline(actions, action, ';');) carry_out(action);
+            carry_out(step.actions);
             if (!step.rows.empty()) {
                 rows = step.rows;
                 beside = step.beside;
             }
-            const Panel& panel = head->panel();
-            ASSERT_EQ(panel.line(1) + "|" + panel.line(2) + "|" + panel.line(3) + "|" + panel.line(4), rows);
-            ASSERT_EQ((panel.scroll().visible ? std::to_string(panel.scroll().value) : "") +
-                          (panel.lamp(1) == LampColour::yellow ? "*" : ""),
-                      beside);
+            ASSERT_EQ(shown(), rows + "|" + beside);
         }
         EXPECT_EQ(person.take_texts(), Texts{});
     }
@@ -304,6 +311,21 @@ TEST_F(Walk, ThroughAnAmplifierWithNothing) {
     start(k_bare_model);
     walk(k_bare);
     EXPECT_EQ(settings, Texts{});
+}
+
+// A header, page, bar or mode that is not there again when the amplifier answers after a silence.
+TEST_F(Walk, ASilenceLeavesEverythingAsItWas) {
+    start(k_fitted_model);
+    for (const std::string keys : {"0", "3 3", "3 0 3", "3 1", "3 2 1", "3 3 0 3", "3 3 0 0", "3 3 3 1 1"}) {
+        SCOPED_TRACE(keys);
+        carry_out("visit; key 4 4 4 " + keys + "; visit");
+        const std::string before = shown();
+        carry_out("silent on; visit; visit; visit; visit");
+        EXPECT_EQ(shown(), k_error + "|");
+        carry_out("silent off; visit; visit");  // then the markers have come round
+        EXPECT_EQ(shown(), before);
+        EXPECT_EQ(head->state().link_fail_count, 0);
+    }
 }
 
 // A value that collides with a key of the panel, 87 and 98 above all, or a wrong byte order.
