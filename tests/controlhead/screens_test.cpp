@@ -11,37 +11,6 @@
 namespace ampdesk {
 namespace {
 
-// A text that is cut elsewhere, a value that is cut at all, a half that is rounded down.
-TEST_F(HeadTest, StatusScreensWithOddValues) {
-    services.options.negative_words_signed = true;
-    const struct {
-        std::int16_t screen;
-        int flags, switch_state;
-        const char* words;
-        const char* alarm;
-        const char* rows;
-    } cases[] = {
-        {1, 2, 1, "1=-5", "0,A text longer than it",
-         "Fwd Power   -0.5 dBm|Rev Power      0 dBm|A text longer thLOAD|ATTN            MORE"},
-        {1, 2, 0, "1=-32767", "1,Helix, over current",
-         "Fwd Power  -3276.7 dBm|Rev Power      0 dBm|Helix, over current |ATTN       ANT  MORE"},
-        {2, 0, 0, "10=7 13=59", "0,", " --System Hours--   |00007:59]Console    |00000:00<RF On      |"},
-        {3, 0, 0, "9=5 8=104", "0,", " --System Temps--   |  5\260C<Inside Cabinet|104\260C<TWT Baseplate |"},
-        {4, 0, 0, "5=6300 3=-12000 4=355", "0,",
-         "Ef  6.30v  If 0.00A |Eb  0.00kV          |Ek 12.00kV Iw  3.6ma|"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.rows);
-        head.menu_ptr = c.screen;
-        set_analog(c.words);
-        set_status(0, 0, c.flags, c.switch_state, 1);
-        set_alarm(c.alarm);
-        updateLogic(head);
-        set_menu(head);
-        EXPECT_EQ(lines().find(c.rows), 0U) << lines();
-    }
-}
-
 // A wrong band table, and a band that is asked for where there is none or at each refresh.
 TEST_F(HeadTest, BandLabels) {
     services.options.model_capabilities = {{"VX1", 4}};
@@ -103,69 +72,23 @@ TEST_F(HeadTest, GaugeFollowsTheForwardPower) {
     EXPECT_EQ(head.panel.gauge(), std::nullopt);
     leave_sub_menu(head);
     EXPECT_EQ(head.panel.gauge(), 50);
+    set_shutdown("12,Arc");
+    updateLogic(head);
+    EXPECT_EQ(head.panel.gauge(), std::nullopt);
 }
 
-// A bar left at a value that the amplifier does not have, or a second setting sent by its move back.
-TEST_F(HeadTest, ARefusedAttenuationPutsTheBarBack) {
-    const auto setting = [](char value) { return Texts{{16, 24, value, 0}}; };
-    set_analog("4=12345 12=125");
-    press({0});
-    EXPECT_EQ(head.panel.line(3), "Helix Current123.5ma");
-    refusal = 3;
-    VScroll1_Change(head, 120);
-    EXPECT_EQ(head.panel.scroll(), (ScrollBar{true, 0, 300, 125}));
-    VScroll1_Change(head, 125);  // the window reports that move
-    EXPECT_EQ(take_settings(), setting(120));
-    EXPECT_EQ(person.take_texts(), Texts{"Remote Is Not On"});
-    silent = true;
-    VScroll1_Change(head, 121);
-    EXPECT_EQ(head.panel.scroll().value, 125) << "what the amplifier had when last heard of";
-    silent = false;
-    refusal = 0;
-    take_sent();
-    VScroll1_Change(head, 122);
-    EXPECT_EQ(take_settings(), setting(122)) << "the operator's next move counts";
-    set_attenuation(head, -1);
-    set_attenuation(head, 301);
-    EXPECT_EQ(take_settings(), Texts{});
-    for (const auto& [to, at] : {std::pair{-5, 0}, {301, 300}, {17, 17}}) {
-        assign_potValue(head, to);
-        EXPECT_EQ(head.panel.scroll().value, at);
-    }
-}
-
-// A switch mode shown though the amplifier refused it; a page number past the pages of a shorter status;
-// an operator left behind in a dead menu.
-TEST_F(HeadTest, SetupWithRefusalsAndWithoutStatus) {
-    set_status(0, k_settings_power_save, 2);
-    open(2, 0);
-    refusal = 3;
-    press({3, 0});
-    EXPECT_EQ(person.take_texts(), Texts{"Remote Is Not On"});
-    EXPECT_EQ(head.panel.line(2), "Mode:[Off   ]       ");
-    EXPECT_EQ(take_settings(), (Texts{{16, 27, 1}}));
-    press({3, 3, 3, 3});
-    EXPECT_EQ(head.panel.line(1), "Reverse Power reads ");
-    reply_to(k_status_request) = std::string(2, '\0');
-    press({1});
-    EXPECT_EQ(head.panel.line(2), "  Remote       OFF  ");
-    go_mute(k_status_request);
-    press({3});
-    EXPECT_EQ(person.take_texts(), Texts{"The amplifier did not answer"});
-    EXPECT_EQ(head.panel.line(4), "SETUP INFO HELP MORE");
-}
-
-// A display torn by an overflow, a level made up of bytes that the block does not have.
-TEST_F(HeadTest, OddWarningLevels) {
-    const std::pair<std::string, const char*> blocks[] = {{block("4=585"), "[     58.5 dBm]     "},
-                                                          {block("4=32768"), "[     58.5 dBm]     "},
-                                                          {std::string(7, '\1'), "[      0.0 dBm]     "}};
+// A display torn by an overflow, and a text that is cut elsewhere than before the switch.
+TEST_F(HeadTest, OddRows) {
+    reply_to(k_limits_request) = block("4=585");
     open(3, 0);
-    for (const auto& [limits, row] : blocks) {
-        reply_to(k_limits_request) = limits;
-        updateDisplay(head);
-        EXPECT_EQ(head.panel.line(3), row);
-    }
+    reply_to(k_limits_request) = block("5=32768");
+    press({3});
+    EXPECT_EQ(head.panel.line(2), "over forward power: ");
+    set_status(0, 0, 2, 1, 1);
+    set_alarm("0,A text longer than it");
+    updateLogic(head);
+    press({4, 4});
+    EXPECT_EQ(lines().substr(42), "A text longer thLOAD|ATTN            MORE");
 }
 
 // A field taken for its neighbour, a line of the status screen left standing, a line too long.

@@ -1,4 +1,4 @@
-// The polling visits: lamps, shutdown, alarm beep, a silent amplifier and its return.
+// Visits and keys: what the walks over the panel do not reach.
 #include "controlhead/band.h"
 #include "controlhead/comm_faults.h"
 #include "controlhead/lamps.h"
@@ -27,14 +27,6 @@ class VisitTest : public HeadTest {
             updateLogic(head);
             updateDisplay(head);
         }
-    }
-    void fall_silent() {
-        silent = true;
-        visit(2);
-        ASSERT_EQ(lines(), k_error);
-    }
-    void press_hard_keys() {
-        for (std::int16_t key = 0; key < 4; ++key) cmdHardkey_Click(head, key);
     }
 };
 
@@ -77,69 +69,6 @@ TEST_F(VisitTest, ShortStatus) {
     EXPECT_FALSE(head.has_switch || head.filament_in_ma || head.switch_state != 0 || head.switch_count != 0);
 }
 
-// Catches a shutdown that is missed, drawn over, drawn twice, or from which keys still act.
-TEST_F(VisitTest, ShutdownTakesTheDisplayFromEveryMode) {
-    struct Case {
-        const char* what;
-        std::function<void()> before;
-    };
-    const Case cases[] = {{"status screen", [] {}},
-                          {"sub-menu", [&] { enter_sub_menu(head, k_warning_levels); }},
-                          {"attenuation", [&] { cmdKey_Click(head, 0); }},
-                          {"redraw pending", [&] { head.redraw_request = true; }}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        c.before();
-        head.key_activity = false;
-        set_shutdown("12, Waveguide arc ");
-        const int logged = head.faults.count();
-        take_sent();
-        visit(3);
-        EXPECT_EQ(lines(), k_shutdown);
-        EXPECT_EQ(lamps(), "...Y.G..");
-        EXPECT_EQ(count_sent(k_shutdown_request), 1U);
-        EXPECT_EQ(head.faults.count(), logged + 1);
-        EXPECT_EQ(head.faults.entry(0), "12:0 Waveguide ar");
-        EXPECT_FALSE(head.gain_mode || head.panel.scroll().visible || head.panel.gauge());
-        press({0, 1, 2, 4});
-        press_hard_keys();
-        EXPECT_EQ(take_settings(), Texts{});
-        EXPECT_EQ(lines(), k_shutdown);
-        set_status(0);
-        visit();
-        EXPECT_EQ(lines(), k_screen_1);
-        EXPECT_EQ(lamps(), ".....G..");
-    }
-}
-
-// Catches an acknowledgement that is repeated, sent unasked, or taken for the end of the shutdown.
-TEST_F(VisitTest, ShutdownIsAcknowledgedByItsOkOnly) {
-    const Texts ack = {{16, 21}};
-    set_shutdown("12,Waveguide arc");
-    cmdHardkey_Click(head, 0);  // reads the new status
-    take_sent();
-    press({3});
-    EXPECT_EQ(take_sent(), Texts{}) << "this OK is not on the display yet";
-    visit(2);
-    refusal = 3;
-    press({3});
-    EXPECT_EQ(take_settings(), ack);
-    EXPECT_EQ(person.take_texts(), Texts{"Remote Is Not On"});
-    EXPECT_EQ(lines(), k_shutdown);
-    refusal = 0;
-    press({3});
-    cmdHardkey_Click(head, 0);
-    EXPECT_EQ(take_settings(), ack) << "hard keys wait for the next status";
-    EXPECT_EQ(lines(), k_screen_1);
-    visit(2);
-    EXPECT_EQ(lines(), k_shutdown) << "it is still shut down";
-    press({3});
-    set_status(0);
-    visit(2);
-    EXPECT_EQ(lines(), k_screen_1);
-    EXPECT_FALSE(head.redraw_request) << "the hard keys would stay locked";
-}
-
 // Catches a reason shown although it could not be read, and one without a comma left out.
 TEST_F(VisitTest, ShutdownReason) {
     set_shutdown("12,Waveguide arc");
@@ -154,24 +83,6 @@ TEST_F(VisitTest, ShutdownReason) {
     set_shutdown(" no number ");
     visit();
     EXPECT_EQ(lines(), k_screen_1.substr(0, 42) + "no number           |                 OK ");
-}
-
-// Catches a shut-down amplifier that falls silent without anybody noticing, and a shutdown that is
-// not on the display when it is back.
-TEST_F(VisitTest, SilenceDuringAShutdown) {
-    set_shutdown("12,Waveguide arc");
-    visit();
-    silent = true;
-    visit(2);
-    EXPECT_EQ(lines(), k_shutdown);
-    visit();
-    EXPECT_EQ(lines(), k_error);
-    silent = false;
-    visit();
-    EXPECT_EQ(lines(), k_shutdown);
-    take_settings();
-    press({3});
-    EXPECT_EQ(take_settings(), (Texts{{16, 21}}));
 }
 
 // Catches an alarm that beeps at every tick, never again, or wrongly about midnight.
@@ -203,31 +114,11 @@ TEST_F(VisitTest, AlarmBeeps) {
     EXPECT_EQ(sent, Texts{});
 }
 
-// Catches an error screen after failures that were not in a row, and lamps that stay lit under it.
-TEST_F(VisitTest, ThreeFailuresInARowShowTheErrorScreen) {
-    set_analog("1=500");
-    visit();
-    silent = true;
-    visit();
-    EXPECT_EQ(head.link_fail_count, 2);
-    silent = false;
-    visit();
-    EXPECT_EQ(head.link_fail_count, 0);
-    silent = true;
-    visit();
-    EXPECT_FALSE(head.comm_error_shown);
-    visit();
-    EXPECT_EQ(lines(), k_error);
-    EXPECT_EQ(lamps(), "........");
-    EXPECT_EQ(head.panel.gauge(), std::nullopt);
-    take_sent();
-    press_hard_keys();
-    EXPECT_EQ(sent, Texts{});
-}
-
 // Catches a silent amplifier that holds up the others: a look is one read, tried once.
 TEST_F(VisitTest, SilentAmplifierIsOnlyLookedFor) {
-    fall_silent();
+    silent = true;
+    visit(2);
+    EXPECT_EQ(lines(), k_error);
     take_sent();
     const Instant start = clock.now();
     visit(2);
@@ -254,27 +145,6 @@ TEST_F(VisitTest, ErrorScreenStaysWhenThePageCannotBeRead) {
     reply_to(k_identity_request) = "JEX*KU*1234*A";
     visit();
     EXPECT_EQ(head.panel.line(2), "   Model KU BAND    ");
-}
-
-// Catches another error that is counted as a silence, or shown at once.
-TEST_F(VisitTest, OtherErrorsAreShownEveryThirdTime) {
-    set_analog("1=-1");
-    visit(2);
-    EXPECT_EQ(person.take_texts(), Texts{});
-    // The tick ends in the error before it can call the link good.
-    visit();
-    EXPECT_EQ(person.take_texts(), Texts{"Overflow"});
-    EXPECT_EQ(head.link_fail_count, 0);
-    // A silent amplifier that comes back with a bad value is no longer silent.
-    fall_silent();
-    silent = false;
-    visit();
-    EXPECT_EQ(person.take_texts(), Texts{"Overflow"});
-    EXPECT_FALSE(head.comm_error_shown);
-    EXPECT_EQ(lines().substr(0, 20), std::string(20, ' '));
-    set_analog("");
-    visit();
-    EXPECT_EQ(lines(), k_screen_1);
 }
 
 // Catches the modem screen lost to the bus's one, and an unknown kind that paints.
@@ -304,6 +174,53 @@ TEST_F(VisitTest, HomeRequest) {
     head.home_request = true;
     visit();
     EXPECT_EQ(lines(), k_shutdown) << "not before it is over";
+}
+
+// Catches a wrong setting, and lamps that wait for the next visit.
+TEST_F(HeadTest, HardKeys) {
+    const char items[] = {18, 19, 22, 23};
+    for (std::int16_t key = 0; key < 4; ++key) {
+        SCOPED_TRACE(key);
+        set_status(k_status_hv_on);
+        set_alarm("0,Standby, RF off");
+        lite_service(head, 0, 0);
+        head.status_byte = 0;
+        take_sent();
+        picLight_Click(head, static_cast<std::int16_t>(key + 4));
+        EXPECT_EQ(sent,
+                  (Texts{{16, items[key]}, std::string(k_status_request), std::string(k_alarm_request)}));
+        EXPECT_EQ(lamps(), "....RG.G");
+    }
+    // A failed read does not keep the next statement from running.
+    go_mute(k_status_request);
+    set_alarm("0,On");
+    cmdHardkey_Click(head, 0);
+    EXPECT_EQ(lamps(), "....R...");
+}
+
+// Catches a key that still acts while the link fails, a redraw is pending or the key does not exist.
+TEST_F(HeadTest, DeadKeys) {
+    head.menu_ptr = 2;
+    head.link_fail_count = 3;
+    for (std::int16_t key = 0; key < 8; ++key) picLight_Click(head, key);
+    press({4});
+    head.link_fail_count = 0;
+    head.redraw_request = true;
+    cmdHardkey_Click(head, 1);
+    head.redraw_request = false;
+    for (const std::int16_t none : {std::int16_t{-1}, std::int16_t{8}}) {
+        cmdHardkey_Click(head, none);
+        picLight_Click(head, none);
+        press({none});
+    }
+    cmdHardkey_Click(head, 4);
+    press({5});
+    EXPECT_EQ(sent, Texts{});
+    EXPECT_FALSE(head.key_activity);
+    head.menu_ptr = 0;
+    picLight_Click(head, 0);
+    EXPECT_EQ(person.take_texts(), Texts{"menu ptr 0 fault"});
+    EXPECT_TRUE(head.key_activity);
 }
 
 }  // namespace
