@@ -133,17 +133,6 @@ class HeadTest : public Bench, public ::testing::Test {
         head.menu_ptr = screen;
         press({key});
     }
-    // Four rows of an optional number and a text with a number, blank from `end` on; the bar beside.
-    void expect_numbered(const std::string& text, int first, int end, int maximum) const {
-        for (int i = 0; i < 4; ++i) {
-            const std::string n = std::to_string(first + i);
-            const std::string lead = text == "event " ? std::string(3 - n.size(), ' ') + n + ' ' : "";
-            std::string row = first + i < end ? lead + text + n : "";
-            row.resize(20, ' ');
-            EXPECT_EQ(head.panel.line(i + 1), row);
-        }
-        EXPECT_EQ(head.panel.scroll(), (ScrollBar{true, 0, maximum, std::min(first, maximum)}));
-    }
     // A box that no test asked for is a failure.
     void TearDown() override { EXPECT_EQ(person.take_texts(), Texts{}); }
 

@@ -49,8 +49,8 @@ TEST_F(HeadTest, BandSteps) {
     const struct {
         std::int16_t capability, index;
         const char* command;
-    } cases[] = {{0, 0, ""},        {5, 1, ""},        {1, 1, "SBAND 0"}, {1, 2, "SBAND 1"},
-                 {2, 0, "SBAND 2"}, {2, 2, "SBAND 0"}, {3, 1, "SBAND 0"}, {4, 2, "SBAND 0"}};
+    } cases[] = {{0, 0, ""},        {5, 1, ""},        {2, 0, "SBAND 2"},
+                 {2, 2, "SBAND 0"}, {3, 1, "SBAND 0"}, {4, 2, "SBAND 0"}};
     for (const auto& c : cases) {
         head.band_count = c.capability;
         head.band_index = c.index;
@@ -122,6 +122,15 @@ class EventScreen : public HeadTest {
         std::erase_if(replies, [](const auto& r) { return r.first.starts_with("\xA0\x1A"); });
         for (int n = 0; n < count; ++n) entry(n) = "event " + std::to_string(n);
     }
+    void expect_from(int first, int count, int maximum) const {
+        for (int i = first; i < first + 4; ++i) {
+            const std::string n = std::to_string(i);
+            std::string row = i < count ? std::string(3 - n.size(), ' ') + n + " event " + n : "";
+            row.resize(20, ' ');
+            EXPECT_EQ(head.panel.line(i - first + 1), row);
+        }
+        EXPECT_EQ(head.panel.scroll(), (ScrollBar{true, 0, maximum, first}));
+    }
 };
 
 // Text in the wrong column or cut at the wrong place; an empty reply taken for an entry; a blank one in
@@ -148,7 +157,7 @@ TEST_F(EventScreen, BarStopsAtTheEndOfTheLog) {
         open(4, 1);
         put_entries(move.count);
         VScroll1_Change(head, move.moved_to);
-        expect_numbered("event ", move.first, move.count, move.maximum);
+        expect_from(move.first, move.count, move.maximum);
         press({4});
     }
 }
@@ -164,7 +173,7 @@ TEST_F(EventScreen, SilenceIsNotTheEndOfTheLog) {
     set_status(0);
     put_entries(10);
     updateDisplay(head);
-    expect_numbered("event ", 0, 10, 99);
+    expect_from(0, 10, 99);
     VScroll1_Change(head, 4);
     take_sent();
     updateDisplay(head);  // once more after a move of the bar

@@ -23,7 +23,7 @@ struct Step {
     // have been shown, or a fault of the simulator; ";" between several.
     std::string actions;
     std::string rows{};    // of the display, joined by bars; empty: nothing has changed
-    std::string beside{};  // where the scroll bar stands while it is shown; "*" lamp 1 is lit, "!" lamp 4
+    std::string beside{};  // the scroll bar while it is shown, value/maximum; "*" lamp 1 is lit, "!" lamp 4
 };
 
 class Walk : public testing::Test {
@@ -47,7 +47,9 @@ class Walk : public testing::Test {
         const Panel& panel = head->panel();
         std::string all;
         for (const int line : {1, 2, 3, 4}) all += panel.line(line) + "|";
-        all += panel.scroll().visible ? std::to_string(panel.scroll().value) : "";
+        const ScrollBar& bar = panel.scroll();
+        if (bar.visible)
+            all += std::to_string(bar.value) + "/" + std::to_string(bar.maximum);
         return all + (panel.lamp(1) == LampColour::yellow ? "*" : "") +
                (panel.lamp(4) == LampColour::yellow ? "!" : "");
     }
@@ -101,29 +103,5 @@ class Walk : public testing::Test {
     std::optional<ControlHead> head;
     Texts settings;  // that were sent: words as they are, bytes in hexadecimal
 };
-
-// clang-format off
-inline const std::string k_blank   = "                    |                    |                    |                    ";
-inline const std::string k_error   = "RS485 Communication |Error,              |Check Connection    |                    ";
-inline const std::string k_down    = "System Shutdown, #12|--------------------|Helix arc           |                 OK ";
-
-// On the air, with output switch, power save and three bands.
-inline const demo::SimModel k_fitted_model = {
-    .serial = 1234, .signed_words = true, .hv_on = true, .rf_on = true, .noise = 0};
-
-inline const std::string k_powers  = "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Transmit         ANT|ATTN  BAND ANT  MORE";
-inline const std::string k_hours   = " --System Hours--   |01234:05<Console    |00987:40<RF On      |SETUP INFO HELP MORE";
-inline const std::string k_temps   = " --System Temps--   | 36\260C<Inside Cabinet| 76\260C<TWT Baseplate |WARNINGS   HELP MORE";
-inline const std::string k_tube    = "Ef  6.30v  If 1.50A |Eb  4.57kV          |Ek  9.16kV Iw  2.4ma|ATTN EVENT HELP MORE";
-inline const std::string k_sw_off  = "Redundant switch    |Mode:[Off   ]       |Press SET to Change.|SET             MORE";
-inline const std::string k_over    = "Warning level for   |Ku over fwd power:  |[     58.0 dBm]     |                MORE";
-
-// On the air, with none of that.
-inline const demo::SimModel k_bare_model = {
-    .address = 9, .serial = 7, .name = "KU", .has_switch = false, .power_save = false, .filament_in_ma = true,
-    .fahrenheit = true, .forward_in_watts = true, .hv_on = true, .rf_on = true,
-    .console_time = std::chrono::minutes(7), .rf_time = std::chrono::minutes(0), .noise = 0};
-inline const std::string k_p_powers = "Fwd Power     56 dBm|Rev Power     36 dBm|Transmit            |ATTN       HELP MORE";
-// clang-format on
 
 }  // namespace ampdesk
