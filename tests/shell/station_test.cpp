@@ -30,24 +30,6 @@ TEST_F(StationTest, ReusesTheLowestFreeSlot) {
     station.close_all();
 }
 
-// A closed window in the middle that takes the others' cycle with it.
-TEST_F(StationTest, SkipsTheFreeSlot) {
-    open({1, 2, 3});
-    poll(3s);
-    station.close_window(2);
-    poll(1s);
-    port.status_requests.clear();
-    poll(10s);
-    EXPECT_EQ(port.status_requests[2].size(), 0U);
-    for (const int address : {1, 3}) {
-        EXPECT_NEAR(static_cast<double>(port.status_requests[address].size()), 20, 1);
-        EXPECT_LE(longest_gap(address), 550);
-    }
-    station.close_window(1);
-    station.close_window(3);
-    EXPECT_GE(station.poll_windows(), 400ms);  // nothing to do
-}
-
 // A silent amplifier slows the others down, or is not found again once it answers.
 TEST_F(StationTest, ASilentAmplifierHoldsNobodyUp) {
     open({1, 2, 3, 4});
