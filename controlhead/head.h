@@ -88,8 +88,9 @@ struct Head {
     bool event_refresh = false;
     bool ignore_next_change = false;  // the program itself moved the scroll bar
     bool comm_error_shown = false;
-    bool shutdown_shown = false;  // this shutdown is on the display
-    bool first_draw = true;       // no status screen has been drawn yet
+    std::int16_t page_misses = 0;  // visits in a row that could not draw a page over that screen
+    bool shutdown_shown = false;   // this shutdown is on the display
+    bool first_draw = true;        // no status screen has been drawn yet
     LinkKind link_kind = LinkKind::none;
     double last_beep_time = -86400;  // seconds since midnight when the alarm beep ended last
 
