@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,9 @@ struct Head {
     HeadServices& services;
     HeadIdentity identity;
     AmplifierAccess amplifier;
+
+    // Shows a fault that nobody's key caused; a box at once when nothing is set. See ControlHead.
+    std::function<void(const std::string&)> show_fault;
     Panel panel;
     FaultLog faults;
 
