@@ -163,5 +163,29 @@ TEST_F(ControlHeadTest, KeyDuringTheShortWaitOfAShutdown) {
     EXPECT_EQ(head.panel().line(1), "System Shutdown, #1 ");
 }
 
+// Catches a shutdown that is not seen because the box of a bad value waits for an absent operator, and a
+// second box on top of it.
+TEST_F(ControlHeadTest, HeadLivesBesideTheBoxOfAFault) {
+    ASSERT_TRUE(head.machine_init(false));
+    const auto visits = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            head.updateLogic();
+            head.updateDisplay();
+        }
+    };
+    set_analog("1=-1");
+    person.on_ask = [&](const Message& box) {
+        EXPECT_EQ(box.detail, "JEX Amplifier 1234");
+        visits(4);
+        set_shutdown("12,Waveguide arc");
+        visits(1);
+    };
+    visits(3);
+    EXPECT_EQ(person.take_texts(), Texts{"Overflow"});
+    EXPECT_EQ(head.panel().line(1), "System Shutdown, #12");
+    visits(1);
+    EXPECT_EQ(person.take_texts(), Texts{}) << "what came up behind the box";
+}
+
 }  // namespace
 }  // namespace ampdesk

@@ -145,6 +145,36 @@ TEST_F(VisitTest, ErrorScreenStaysWhenThePageCannotBeRead) {
     EXPECT_EQ(head.panel.line(2), "   Model KU BAND    ");
 }
 
+// Catches a head whose RF Off is dead for as long as a value of its screen cannot be shown.
+TEST_F(VisitTest, HardKeysLiveBesideABadValue) {
+    set_analog("1=-1");
+    press({3, 4});
+    visit();
+    take_sent();
+    cmdHardkey_Click(head, 3);
+    EXPECT_EQ(take_settings(), Texts{"\x10\x17"});
+    EXPECT_EQ(head.panel.line(4), "ATTN       HELP MORE");
+}
+
+// Catches an operator locked up in a page that the amplifier has nothing for.
+TEST_F(VisitTest, PageThatIsNeverAnsweredIsLeft) {
+    for (const auto& [command, keys] :
+         {std::pair{k_limits_request, Texts{"330"}}, {k_identity_request, Texts{"31"}}}) {
+        SCOPED_TRACE(keys.front());
+        press({4});
+        go_mute(command);
+        for (const char key : keys.front()) press({static_cast<std::int16_t>(key - '0')});
+        for (int i = 0; i < 3; ++i) guarded(head, [] { throw RunTimeError::no_answer(); });
+        visit();
+        EXPECT_EQ(lines(), k_error);
+        visit(3);
+        EXPECT_FALSE(head.comm_error_shown);
+        EXPECT_NE(head.menu_ptr, 0);
+        press({4});
+        EXPECT_EQ(lines(), k_screen_1);
+    }
+}
+
 // Catches the modem screen lost to the bus's one, and an unknown kind that paints.
 TEST_F(VisitTest, ErrorScreenKinds) {
     DispCommError(head, 0);

@@ -89,8 +89,8 @@ TEST_F(StationTest, AWindowMayCloseInsideItsVisit) {
     EXPECT_EQ(closed, (std::set{1, 2, 3}));
 }
 
-// While a head's box is open the others stand still, the head itself is entered again, or what was
-// closed meanwhile is touched afterwards.
+// While the box of a head's fault is open this head or the others stand still, the box comes twice, or
+// what was closed meanwhile is touched afterwards.
 TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
     open({1, 2, 3});
     poll(2s);
@@ -100,11 +100,11 @@ TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
             return;
         port.status_requests.clear();
         poll(10s);
-        EXPECT_EQ(port.status_requests[2].size(), 0U);
-        EXPECT_NEAR(static_cast<double>(port.status_requests[1].size()), 20, 1);
+        for (const int address : {1, 2})
+            EXPECT_NEAR(static_cast<double>(port.status_requests[address].size()), 20, 1);
         EXPECT_LE(longest_gap(3), 550);
         station.close_window(3);
-        station.close_window(2);  // its own handler is still running
+        station.close_window(2);  // its own visit has not ended
         open({3});                // in the slot that has become free
         poll(1s);
     };

@@ -126,8 +126,8 @@ TEST_F(MainWindow, ArrangesTheHeads) {
     EXPECT_TRUE(area->subWindowList().isEmpty() || area->currentSubWindow() == nullptr);
 }
 
-// A shutdown must be seen and heard while a box waits for an answer, also when the box came up inside
-// a visit; and the head whose handler is open must not be entered again.
+// A shutdown must be seen and heard while a box waits for an answer, also one of the head whose visit
+// the box came up in.
 TEST_F(MainWindow, PollingGoesOnBesideABoxOpenedInAVisit) {
     open(1);
     open(2);
@@ -138,20 +138,19 @@ TEST_F(MainWindow, PollingGoesOnBesideABoxOpenedInAVisit) {
         seen = box.text().toStdString();
         own_frames = frames_sent[1];
         const int others = frames_sent[2];
-        bus.find(2)->shut_down(7, "Helix");
+        for (const int address : {1, 2}) bus.find(address)->shut_down(7, "Helix");
         EXPECT_TRUE(QTest::qWaitFor([&] {
             clock.advance(std::chrono::milliseconds(100));
-            return sounds > 0 && frames_sent[2] > others;
+            return sounds > 0 && frames_sent[1] > own_frames && frames_sent[2] > others;
         }));
-        EXPECT_EQ(frames_sent[1], own_frames);
-        EXPECT_TRUE(station.open_heads()[0]->busy());
     });
     EXPECT_TRUE(QTest::qWaitFor([&] {
         clock.advance(std::chrono::milliseconds(100));
         return own_frames >= 0 && frames_sent[1] > own_frames;
     }));
     EXPECT_EQ(seen, "Overflow");
-    EXPECT_EQ(station.open_heads()[1]->panel().line(1).substr(0, 19), "System Shutdown, #7");
+    for (const auto& head : station.open_heads())
+        EXPECT_EQ(head->panel().line(1).substr(0, 19), "System Shutdown, #7");
     bus.find(1)->clear_faults();
 }
 

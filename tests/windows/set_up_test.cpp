@@ -57,6 +57,19 @@ TEST_F(SetUpMenu, Setup422OpensTheLineAnewAndKeepsItsSettings) {
               (std::vector<std::string>{"RS-422", "COM4:", "6", "3", "0", "0"}));
 }
 
+// Catches heads left dead by a port that could not be opened and a Cancel.
+TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
+    for (const bool new_amplifier : {true, false}) {
+        when_dialog_opens(new_amplifier ? "frmSetup" : "frmSerial", [&](QDialog& dialog) {
+            link.open_bus_port("COM9:", 1200, 0, 8, 1);  // there is none
+            dialog.reject();
+        });
+        new_amplifier ? form.mnuMachineItem_Click(0) : form.mnuToolsItem_Click(2);
+        EXPECT_TRUE(link.bus_link_on());
+        EXPECT_EQ(link.settings(), (LineSettings{"COM1:", 9600, 0, 8, 1}));
+    }
+}
+
 TEST_F(SetUpMenu, ScreenSettingsAreThoseOfTheActiveHead) {
     form.mnuToolsScreen_Click(0);  // no head, no dialog
     open(1);
