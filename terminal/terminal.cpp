@@ -30,6 +30,8 @@ Terminal::~Terminal() {
 bool Terminal::type(std::string_view text) {
     if (!line_.is_open())
         return true;
+    if (!line_.is_connected())
+        line_.pump();  // whoever types wants it back now
     if (line_.taken() || modem_.hanging_up())
         return false;
     if (!line_.send(text) && line_.is_connected())

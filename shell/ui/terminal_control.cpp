@@ -47,7 +47,7 @@ TerminalControl::TerminalControl(QMainWindow& window, TermBox& Term, TerminalLin
     log_watcher_ = line_.add_watcher([this](const TerminalTraffic& traffic) { log_.note(traffic); });
     log_.on_failure = [this](const std::string& cause) { log_failed(cause); };
 
-    auto* keep_in_sight = new QAction(QStringLiteral("&Keep the Port in Sight"), this);
+    auto* keep_in_sight = new QAction(QStringLiteral("&Keep the Port in Sight"), &Term_);
     keep_in_sight->setObjectName(QStringLiteral("mnuForm2"));
     connect(keep_in_sight, &QAction::triggered, form2_, &Form2::show_on_top);
     Term_.add_menu_action(keep_in_sight);
@@ -124,7 +124,7 @@ void TerminalControl::line_changed() {
     const bool lost = line_.is_open() && !line_.is_connected();
     if (lost)
         show_status_(port_name() + QStringLiteral(" connection lost, trying again"));
-    else if (line_.is_open() && !connected_ && close_by_ == Instant{})
+    else if (line_.is_open() && !connected_)
         show_status_(port_name() + QStringLiteral(" connected"));
     connected_ = line_.is_connected();
     watch_descriptor();
@@ -205,9 +205,10 @@ void TerminalControl::step_close() {
     if (!left && line_.clock().now() < close_by_)
         return;
     close_timer_.stop();
-    gave_up_ = true;
-    if (!left)
+    if (!left) {
+        gave_up_ = true;
         person_.notify("Data cannot be sent");
+    }
     window_.close();
 }
 
@@ -219,6 +220,7 @@ void TerminalControl::finish() {
         clock.sleep_until(clock.now() + k_drain_step);
         line_.pump();
     }
+    gave_up_ = false;
     line_.close();
     close_log();
 }

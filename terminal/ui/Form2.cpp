@@ -1,5 +1,6 @@
 #include "terminal/ui/Form2.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -24,7 +25,7 @@ Form2::Form2(QWidget* parent) : QWidget(parent, Qt::Window | Qt::WindowStaysOnTo
 
 void Form2::show_on_top() {
     closing_ = false;
-    show();
+    showNormal();
     Form_Activate();
 }
 
@@ -36,7 +37,8 @@ void Form2::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() != QEvent::ActivationChange)
         return;
-    if (isActiveWindow())
+    // Its own question counts it as active with its parent.
+    if (QApplication::activeWindow() == this)
         Form_Activate();
     else
         Form_Deactivate();
@@ -47,9 +49,13 @@ void Form2::Form_Activate() {
     raise();
 }
 
+// Not at once: it may be hiding just now.
 void Form2::Form_Deactivate() {
-    if (!closing_)
-        show();
+    const auto show_again = [this] {
+        if (!closing_)
+            showNormal();
+    };
+    QMetaObject::invokeMethod(this, show_again, Qt::QueuedConnection);
 }
 
 void Form2::Command1_Click() {

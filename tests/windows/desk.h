@@ -18,7 +18,9 @@ namespace ampdesk {
 
 class Desk : public ::testing::Test {
   protected:
-    Desk() {
+    // Without a port the terminal stays closed, as in the demonstration.
+    explicit Desk(SerialPort* MSComm1 = nullptr, BusOptions options = {})
+        : link(port, clock, person, std::move(options)), terminal_line(MSComm1, clock) {
         QDir::setCurrent(folder.path());
         person.sound = [this] { ++sounds; };
         link.on_traffic = [this](const BusTraffic& traffic) {
@@ -94,10 +96,10 @@ class Desk : public ::testing::Test {
     demo::SimBus bus{clock};
     demo::SimPort port{bus, clock};
     QtOperator person;
-    BusLink link{port, clock, person};
+    BusLink link;
     HeadServices services{link, clock, person, {}};
     Station station{services};
-    TerminalLine terminal_line{nullptr, clock};
+    TerminalLine terminal_line;
     MDIForm1 form{
         station, link, terminal_line, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}}};
 
