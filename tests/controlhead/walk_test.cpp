@@ -121,7 +121,7 @@ const Step k_fitted[] = {
     {"visit; key 0"},
     {"key 1", "  1 12:00 Sw off    |  2 12:00 Sw auto   |  3 12:00 Sw manual |  4 12:00 Band 0    ", "1/99"},
     {"key 3", "  5 12:00 Band 1    |  6 12:00 Band 2    |  7 12:00 RF on     |  8 12:00 HV on     ", "5/99"},
-    {"key 3", "  9 12:00 Power on  |                    |                    |                    ", "9/9"},
+    {"bar 60", "  9 12:00 Power on  |                    |                    |                    ", "9/9"},
     {"key 1 3"},
     {"key 2 0", "  4 12:00 Band 0    |  5 12:00 Band 1    |  6 12:00 Band 2    |  7 12:00 RF on     ", "4/9"},
     {"bar 8", "  8 12:00 HV on     |  9 12:00 Power on  |                    |                    ", "8/9"},

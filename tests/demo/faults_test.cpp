@@ -96,18 +96,6 @@ TEST_F(FaultTest, CountedFaultsSpoilSoManyReplies) {
         EXPECT_EQ(ask(k_status).find(front), 0U);
 }
 
-// A waiting time that is taken for another fault's, or in another unit.
-TEST_F(FaultTest, WaitingTimesAreMilliseconds) {
-    for (const auto& [line, due] : {std::pair{"delay 250", 250ms}, {"late 800", 800ms}, {"drip 30", 30ms}}) {
-        SCOPED_TRACE(line);
-        EXPECT_EQ(make_fault(bus, line).text, "ok");
-        bus.receive(hex_bytes(k_status));
-        EXPECT_EQ(*bus.next_due() - clock.now(), due);
-        make_fault(bus, "clear");
-        bus.drop_pending();
-    }
-}
-
 // A mistake that is taken for a command, or changes something before it is noticed.
 TEST_F(FaultTest, MistakesAreToldAndChangeNothing) {
     const std::pair<const char*, const char*> cases[] = {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "demo/faults.h"
 #include "demo/sim_port.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/manual_clock.h"
@@ -107,28 +108,31 @@ struct PortTest : BusTest {
     SimPort port{bus, clock};
 };
 
-// A wait that ends too early or too late, and a fault that outlives its replies.
+// A wait that ends too early or too late, a time in another unit, a fault that outlives its replies.
 TEST_F(PortTest, FaultsDelayAndSilenceReplies) {
     const std::string& status = k_status_1;
-    LineFaults& line = bus.find(1)->line;
+    const auto only = [&](const char* fault) {
+        make_fault(bus, "clear");
+        EXPECT_EQ(make_fault(bus, fault).text, "ok");
+    };
     EXPECT_EQ(exchange(1000ms), "data 0 " + status);
-    line.delay = 700ms;
+    only("delay 700");
     EXPECT_EQ(exchange(1000ms), "data 700 " + status);
     EXPECT_EQ(exchange(699ms), "nothing 699 ");
     EXPECT_EQ(port.wait_readable(clock.now() + 10ms), WaitResult::data);  // the same reply, late
     EXPECT_EQ(to_hex(port.read_waiting()), status);
-    line = {.late = 1500ms};
+    only("late 1500");
     EXPECT_EQ(exchange(1000ms), "nothing 1000 ");
     EXPECT_EQ(exchange(100ms), "data 0 " + status);  // only that one was late
     EXPECT_EQ(port.wait_readable(clock.now() + 1s), WaitResult::data);
     EXPECT_EQ(to_hex(port.read_waiting()), status);
-    line = {.drip = 20ms};
+    only("drip 20");
     EXPECT_EQ(exchange(1000ms), "data 20 06");
     clock.advance(219ms);
     EXPECT_EQ(port.read_waiting().size(), 10U);
     clock.advance(1ms);
     EXPECT_EQ(port.read_waiting().size(), 1U);
-    line = {.silent = true};
+    only("silent on");
     EXPECT_EQ(exchange(1000ms), "nothing 1000 ");
 }
 

@@ -13,11 +13,7 @@ using namespace std::chrono_literals;
 TEST_F(StationTest, ReusesTheLowestFreeSlot) {
     open({1, 2, 3, 4});
     EXPECT_EQ(open_slots(), (std::vector{1, 2, 3, 4}));
-    station.close_window(3);
-    station.close_window(2);
-    station.close_window(2);  // twice, and slots that never were
-    station.close_window(0);
-    station.close_window(9);
+    for (const int slot : {3, 2, 2, 0, 9}) station.close_window(slot);  // twice, and slots that never were
     EXPECT_EQ(open_slots(), (std::vector{1, 4}));
     EXPECT_FALSE(station.address_in_use(3));
     open({3, 2});
