@@ -71,6 +71,7 @@ class BusLink {
     const LineSettings& settings() const { return settings_; }
     const PortMap& ports() const { return options_.ports; }
     SerialPort& port() { return port_; }
+    Clock& clock() { return clock_; }
 
     float text_reply_timeout = 0.394F;  // seconds; open_bus_port sets it from the baud rate
     std::string last_bus_frame;         // the last binary frame sent

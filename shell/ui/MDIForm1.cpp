@@ -43,6 +43,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
       options_(std::move(options)),
       layout_(*this, "layout.dat"),
       set_up_(*this, station, bus, person, options_.gauge, options_.models),
+      tools_(*this, bus, person, tool_hooks()),
       icon_style_(new IconStyle) {
     setObjectName(QStringLiteral("MDIForm1"));
     setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
@@ -121,9 +122,22 @@ void MDIForm1::build_menu() {
     handlers.mnuMachineItem_Click = [this](int index) { mnuMachineItem_Click(index); };
     handlers.mnuToolsItem_Click = [this](int index) { mnuToolsItem_Click(index); };
     handlers.mnuToolsScreen_Click = [this](int index) { mnuToolsScreen_Click(index); };
+    handlers.mnuToolsSram_Click = [this](int index) { mnuToolsSram_Click(index); };
     handlers.mnuWinItem_Click = [this](int index) { mnuWinItem_Click(index); };
     handlers.mnuHelpItem_Click = [this](int index) { mnuHelpItem_Click(index); };
     menu_ = std::make_unique<MainMenu>(*menuBar(), handlers);
+}
+
+// Without an open amplifier the tools speak to the one that was last spoken to by name.
+ServiceTools::Hooks MDIForm1::tool_hooks() {
+    return {.unit_address =
+                [this] {
+                    const frmMachine* machine = active_machine();
+                    return machine != nullptr ? machine->head()->identity().unit_address : bus_.bus_address;
+                },
+            .rs422_mode = [this] { return set_up_.rs422_mode(); },
+            .set_up_line = [this] { set_up_.line(); },
+            .enable_nvram_items = [this](bool enabled) { menu_->enable_nvram_items(enabled); }};
 }
 
 void MDIForm1::load() {
@@ -206,6 +220,7 @@ void MDIForm1::shut_down() {
         return;
     shut_down_ = true;
     TimerFileAutoOpen_.stop();
+    tools_.close();
     help_.reset();
     try {
         layout_.save();
@@ -260,6 +275,12 @@ void MDIForm1::mnuMachineItem_Click(int index) {
 void MDIForm1::mnuToolsItem_Click(int index) {
     if (index == 2)
         set_up_.line();
+    if (index == 3)
+        tools_.interactive();
+}
+
+void MDIForm1::mnuToolsSram_Click(int index) {
+    tools_.mnuToolsSram_Click(index);
 }
 
 void MDIForm1::mnuToolsScreen_Click(int index) {

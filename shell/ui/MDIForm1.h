@@ -20,6 +20,7 @@
 #include "shell/ui/help_viewer.h"
 #include "shell/ui/layout_keeper.h"
 #include "shell/ui/main_menu.h"
+#include "shell/ui/service_tools.h"
 #include "shell/ui/set_up.h"
 
 namespace ampdesk {
@@ -52,6 +53,7 @@ class MDIForm1 : public QMainWindow {
     void mnuMachineItem_Click(int index);
     void mnuToolsItem_Click(int index);
     void mnuToolsScreen_Click(int index);
+    void mnuToolsSram_Click(int index);
     void mnuWinItem_Click(int index);
     void mnuHelpItem_Click(int index);
 
@@ -69,6 +71,7 @@ class MDIForm1 : public QMainWindow {
   private:
     void build_centre();
     void build_menu();
+    ServiceTools::Hooks tool_hooks();
     frmMachine* keyboard_target() const;
     void window_created(const std::shared_ptr<ControlHead>& head);
     void window_closed(const ControlHead& head);
@@ -86,6 +89,7 @@ class MDIForm1 : public QMainWindow {
     std::unique_ptr<HelpViewer> help_;
     bool shut_down_ = false;
     SetUp set_up_;
+    ServiceTools tools_;
     std::optional<int> terminal_port_;
     std::unique_ptr<QStyle> icon_style_;
 

@@ -2,6 +2,7 @@
 
 #include <QMenu>
 #include <algorithm>
+#include <map>
 #include <string_view>
 
 namespace ampdesk {
@@ -11,7 +12,8 @@ namespace {
 enum class Live {
     always,
     with_amplifier,
-    not_yet,  // the function behind it is not part of this version
+    without_transfer,  // while no nvRam transfer is open
+    not_yet,           // the function behind it is not part of this version
 };
 
 struct Item {
@@ -64,8 +66,8 @@ const std::vector<Array>& menu_tree() {
          {{"&Amplifier Setup", with_amplifier, "mnuToolsScreen"},
           {"-"},
           {"&Setup_422"},
-          {"&Interactive_422", not_yet},
-          {"nv&Ram Transfer", not_yet, "mnuToolsSram"}}},
+          {"&Interactive_422"},
+          {"nv&Ram Transfer", always, "mnuToolsSram"}}},
         {"mnuWinItem",
          "mnuWin",
          "&Window",
@@ -100,7 +102,7 @@ const std::vector<Array>& menu_tree() {
          nullptr,
          nullptr,
          &MenuHandlers::mnuToolsSram_Click,
-         {{"&Read nvRam", not_yet}, {"&Set nvRam", not_yet}}},
+         {{"&Read nvRam", without_transfer}, {"&Set nvRam", without_transfer}}},
     };
     return tree;
 }
@@ -110,7 +112,10 @@ const Array& array_named(std::string_view name) {
     return *std::find_if(tree.begin(), tree.end(), [&](const Array& array) { return array.name == name; });
 }
 
-void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, std::vector<QAction*>& needing) {
+// `changing` gets the items that do not always live or always sleep.
+using Changing = std::map<Live, std::vector<QAction*>>;
+
+void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, Changing& changing) {
     for (int i = 0; i < static_cast<int>(array.items.size()); ++i) {
         const Item& item = array.items[static_cast<std::size_t>(i)];
         QAction* action = nullptr;
@@ -118,7 +123,7 @@ void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, std::ve
             action = menu.addSeparator();
         } else if (item.sub_array != nullptr) {
             QMenu* sub_menu = menu.addMenu(QLatin1String(item.caption));
-            fill(*sub_menu, array_named(item.sub_array), handlers, needing);
+            fill(*sub_menu, array_named(item.sub_array), handlers, changing);
             action = sub_menu->menuAction();
         } else {
             action = menu.addAction(QLatin1String(item.caption));
@@ -127,26 +132,32 @@ void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, std::ve
         }
         action->setObjectName(QStringLiteral("%1(%2)").arg(QLatin1String(array.name)).arg(i));
         action->setMenuRole(QAction::NoRole);
-        action->setEnabled(item.live == Live::always);
-        if (item.live == Live::with_amplifier)
-            needing.push_back(action);
+        action->setEnabled(item.live == Live::always || item.live == Live::without_transfer);
+        changing[item.live].push_back(action);
     }
 }
 
 }  // namespace
 
 MainMenu::MainMenu(QMenuBar& bar, const MenuHandlers& handlers) {
+    Changing changing;
     for (const Array& array : menu_tree()) {
         if (array.menu == nullptr)
             continue;
         QMenu* menu = bar.addMenu(QLatin1String(array.caption));
         menu->setObjectName(QLatin1String(array.menu));
-        fill(*menu, array, handlers, needing_amplifier_);
+        fill(*menu, array, handlers, changing);
     }
+    needing_amplifier_ = changing[Live::with_amplifier];
+    nvram_items_ = changing[Live::without_transfer];
 }
 
 void MainMenu::set_amplifier_open(bool open) {
     for (QAction* action : needing_amplifier_) action->setEnabled(open);
+}
+
+void MainMenu::enable_nvram_items(bool enabled) {
+    for (QAction* action : nvram_items_) action->setEnabled(enabled);
 }
 
 }  // namespace ampdesk

@@ -28,8 +28,12 @@ class MainMenu {
     // The items that need an open amplifier live or sleep.
     void set_amplifier_open(bool open);
 
+    // Both items of mnuToolsSram.
+    void enable_nvram_items(bool enabled);
+
   private:
     std::vector<QAction*> needing_amplifier_;
+    std::vector<QAction*> nvram_items_;
 };
 
 }  // namespace ampdesk

@@ -38,11 +38,20 @@ class Desk : public ::testing::Test {
             box_action(*box);
             QTest::keyClick(box, Qt::Key_Escape);
         });
+        QObject::connect(&dialog_watch, &QTimer::timeout, &form, [this] {
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (dialog == nullptr || dialog->objectName() != dialog_name)
+                return;
+            dialog_watch.stop();
+            const auto action = std::move(dialog_action);
+            action(*dialog);
+        });
         form.show();
         activate();
     }
     ~Desk() override {
         EXPECT_FALSE(box_watch.isActive()) << "no box opened";
+        EXPECT_FALSE(dialog_watch.isActive()) << "no dialog opened";
         QDir::setCurrent(QDir::rootPath());
     }
 
@@ -87,6 +96,13 @@ class Desk : public ::testing::Test {
         box_watch.start(1);
     }
 
+    // Runs the action as soon as the dialog of that name is open.
+    void when_dialog_opens(const char* name, std::function<void(QDialog&)> action) {
+        dialog_name = QLatin1String(name);
+        dialog_action = std::move(action);
+        dialog_watch.start(1);
+    }
+
     std::vector<std::string> take_settings() { return std::exchange(settings, {}); }
 
     QTemporaryDir folder;
@@ -104,6 +120,9 @@ class Desk : public ::testing::Test {
     int sounds = 0;
     QTimer box_watch;
     std::function<void(QMessageBox&)> box_action;
+    QTimer dialog_watch;
+    QString dialog_name;
+    std::function<void(QDialog&)> dialog_action;
 };
 
 }  // namespace ampdesk

@@ -173,6 +173,20 @@ TEST_F(HeadWindow, AccessibilityTable) {
     EXPECT_EQ(window->text(QAccessible::Name), QStringLiteral("JEX Amplifier 1001"));
     EXPECT_EQ(
         QAccessible::queryAccessibleInterface(child(form, "Picture1"))->valueInterface()->currentValue(), 52);
+
+    const auto scroll_bars = [&] {
+        const auto* panel = QAccessible::queryAccessibleInterface(&machine.panel_view());
+        int count = 0;
+        for (int i = 0; i < panel->childCount(); ++i) {
+            EXPECT_EQ(panel->indexOfChild(panel->child(i)), i);
+            count += panel->child(i)->role() == QAccessible::ScrollBar ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(scroll_bars(), 0) << "present only while shown";
+    machine.cmdKey_Click(0);
+    QApplication::processEvents();
+    EXPECT_EQ(scroll_bars(), 1);
 }
 
 // The panel is never scaled: centred where there is room, at 0 where there is not. Its keys lie under

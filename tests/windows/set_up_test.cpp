@@ -9,31 +9,9 @@ namespace {
 
 class SetUpMenu : public Desk {
   protected:
-    SetUpMenu() {
-        QObject::connect(&dialog_watch, &QTimer::timeout, &form, [this] {
-            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr || dialog->objectName() != dialog_name)
-                return;
-            dialog_watch.stop();
-            dialog_action(*dialog);
-        });
-    }
-    ~SetUpMenu() override { EXPECT_FALSE(dialog_watch.isActive()) << "no dialog opened"; }
-
-    // Runs the action as soon as the dialog of that name is open.
-    void when_dialog_opens(const char* name, std::function<void(QDialog&)> action) {
-        dialog_name = QLatin1String(name);
-        dialog_action = std::move(action);
-        dialog_watch.start(1);
-    }
-
     static void enter(const QDialog& dialog, const char* list, const char* text) {
         child<QComboBox>(dialog, list)->setEditText(QLatin1String(text));
     }
-
-    QTimer dialog_watch;
-    QString dialog_name;
-    std::function<void(QDialog&)> dialog_action;
 };
 
 TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
