@@ -10,6 +10,8 @@
 #include <QSplitter>
 #include <QStyle>
 #include <QTimer>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +34,11 @@ struct MDIForm1Options {
     std::string shipped_folder = ".";          // where the manual is when the program's folder has none
     std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
     std::vector<std::string> models{};         // the site's own designations, in the order of its file
+
+    // Tools > Make A Fault, for the active amplifier. Without it the item sleeps.
+    std::function<void(QWidget& parent, int unit_address)> make_fault{};
+    // Another amplifier has become the active one, or none is open any more.
+    std::function<void(std::optional<int> unit_address)> active_amplifier_changed{};
 };
 
 class MDIForm1 : public QMainWindow {
@@ -76,6 +83,7 @@ class MDIForm1 : public QMainWindow {
     void window_created(const std::shared_ptr<ControlHead>& head);
     void window_closed(const ControlHead& head);
     void follow_amplifiers();
+    void follow_active();
     void poll();
     void TimerFileAutoOpen_Timer();
     void show_help(HelpViewer::Page page);
@@ -99,6 +107,7 @@ class MDIForm1 : public QMainWindow {
     std::unique_ptr<MainMenu> menu_;
     HeadKeys* keys_ = nullptr;
     std::vector<frmMachine*> machines_;  // in the order in which they were opened
+    std::optional<int> active_address_;
     QTimer poll_timer_;
     QTimer TimerFileAutoOpen_;
 };
