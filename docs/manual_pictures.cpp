@@ -7,12 +7,14 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QTreeWidget>
 #include <iostream>
 
 #include "controlhead/ui/frmBand.h"
 #include "demo/demonstration.h"
 #include "demo/faults.h"
 #include "demo/sim_port.h"
+#include "demo/ui/frmFault.h"
 #include "shell/ui/MDIForm1.h"
 #include "shell/ui/program_icon.h"
 #include "tests/support/manual_clock.h"
@@ -82,6 +84,16 @@ class Studio {
     void take_main_window(const char* name) {
         steps(2);
         save(form_, name);
+    }
+
+    // The fault dialog, with that fault chosen.
+    void take_fault_dialog(int amplifier, const char* fault, const char* name) {
+        demo::frmFault dialog(bus_, &form_);
+        dialog.show_for(amplifier);
+        auto* faults = dialog.findChild<QTreeWidget*>();
+        faults->setCurrentItem(
+            faults->findItems(QLatin1String(fault), Qt::MatchExactly | Qt::MatchRecursive).at(0));
+        save(dialog, name);
     }
 
     // The dialog that the action opens; it is closed again.
@@ -156,8 +168,10 @@ void take_all(const QDir& folder) {
     studio.keys(1, {k_more, k_more});
     studio.take_panel(1, "setup-units");
 
-    studio.fault("@2 shutdown 12 Helix over-current");
+    studio.fault("@2 helix");
     studio.take_panel(2, "shutdown");
+    studio.fault("@2 refuse 4");
+    studio.take_fault_dialog(2, "Settings refused", "frm-fault");
     studio.fault("@1 silent on");
     studio.take_panel(1, "communication-error");
     studio.fault("@1 silent off");

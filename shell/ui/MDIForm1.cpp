@@ -7,6 +7,7 @@
 #include <QScreen>
 #include <QStatusBar>
 #include <algorithm>
+#include <utility>
 
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
@@ -58,6 +59,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
     keys_ = new HeadKeys(this, [this] { return keyboard_target(); });
     connect(area_, &QMdiArea::subWindowActivated, keys_, &HeadKeys::follow);
     connect(qApp, &QApplication::focusChanged, keys_, &HeadKeys::follow);
+    connect(area_, &QMdiArea::subWindowActivated, this, &MDIForm1::follow_active);
 
     poll_timer_.setSingleShot(true);
     connect(&poll_timer_, &QTimer::timeout, this, &MDIForm1::poll);
@@ -75,6 +77,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
 
 MDIForm1::~MDIForm1() {
     delete keys_;  // the sub-windows go after this, and tell it of every change of the focus
+    area_->disconnect(this);
     station_.on_window_created = nullptr;
     station_.on_window_closed = nullptr;
     bus_.port().on_connection_change = nullptr;
@@ -122,6 +125,7 @@ void MDIForm1::build_menu() {
     handlers.mnuToolsSram_Click = [this](int index) { mnuToolsSram_Click(index); };
     handlers.mnuWinItem_Click = [this](int index) { mnuWinItem_Click(index); };
     handlers.mnuHelpItem_Click = [this](int index) { mnuHelpItem_Click(index); };
+    handlers.can_make_faults = options_.make_fault != nullptr;
     menu_ = std::make_unique<MainMenu>(*menuBar(), handlers);
 }
 
@@ -203,6 +207,16 @@ void MDIForm1::window_closed(const ControlHead& head) {
 void MDIForm1::follow_amplifiers() {
     menu_->set_amplifier_open(!machines_.empty());
     keys_->follow();
+    follow_active();
+}
+
+void MDIForm1::follow_active() {
+    const frmMachine* machine = active_machine();
+    std::optional<int> address;
+    if (machine != nullptr)
+        address = machine->head()->identity().unit_address;
+    if (std::exchange(active_address_, address) != address && options_.active_amplifier_changed)
+        options_.active_amplifier_changed(address);
 }
 
 void MDIForm1::poll() {
@@ -217,9 +231,6 @@ void MDIForm1::poll() {
 }
 
 void MDIForm1::shut_down() {
-    if (shut_down_)
-        return;
-    shut_down_ = true;
     TimerFileAutoOpen_.stop();
     terminal_->finish();
     tools_.close();
@@ -293,6 +304,8 @@ void MDIForm1::mnuToolsScreen_Click(int index) {
     const frmMachine* machine = active_machine();
     if (index == 0 && machine != nullptr)
         set_up_.screen(machine->head());
+    if (index == 1 && machine != nullptr && options_.make_fault)
+        options_.make_fault(*this, machine->head()->identity().unit_address);
 }
 
 void MDIForm1::mnuWinItem_Click(int index) {

@@ -9,6 +9,8 @@
 #include <QSplitter>
 #include <QStyle>
 #include <QTimer>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +34,11 @@ struct MDIForm1Options {
     std::string shipped_folder = ".";          // where the manual is when the program's folder has none
     std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
     std::vector<std::string> models{};         // the site's own designations, in the order of its file
+
+    // Tools > Make A Fault, for the active amplifier. Without it the item sleeps.
+    std::function<void(QWidget& parent, int unit_address)> make_fault{};
+    // Another amplifier has become the active one, or none is open any more.
+    std::function<void(std::optional<int> unit_address)> active_amplifier_changed{};
 };
 
 class MDIForm1 : public QMainWindow {
@@ -77,6 +84,7 @@ class MDIForm1 : public QMainWindow {
     void window_created(const std::shared_ptr<ControlHead>& head);
     void window_closed(const ControlHead& head);
     void follow_amplifiers();
+    void follow_active();
     void poll();
     void TimerFileAutoOpen_Timer();
     void show_help(HelpViewer::Page page);
@@ -88,7 +96,6 @@ class MDIForm1 : public QMainWindow {
     MDIForm1Options options_;
     LayoutKeeper layout_;
     std::unique_ptr<HelpViewer> help_;
-    bool shut_down_ = false;
     SetUp set_up_;
     ServiceTools tools_;
     std::unique_ptr<QStyle> icon_style_;
@@ -100,6 +107,7 @@ class MDIForm1 : public QMainWindow {
     std::unique_ptr<TerminalControl> terminal_;
     HeadKeys* keys_ = nullptr;
     std::vector<frmMachine*> machines_;  // in the order in which they were opened
+    std::optional<int> active_address_;
     QTimer poll_timer_;
     QTimer TimerFileAutoOpen_;
 };

@@ -12,6 +12,7 @@ namespace {
 enum class Live {
     always,
     with_amplifier,
+    with_simulated,    // as with_amplifier, but real ones have no such function
     without_transfer,  // while no nvRam transfer is open
     not_yet,           // the function behind it is not part of this version
 };
@@ -98,7 +99,7 @@ const std::vector<Array>& menu_tree() {
          nullptr,
          nullptr,
          &MenuHandlers::mnuToolsScreen_Click,
-         {{"&Screen Settings", with_amplifier}, {"Make A &Fault", not_yet}}},
+         {{"&Screen Settings", with_amplifier}, {"Make A &Fault", with_simulated}}},
         {"mnuToolsSram",
          nullptr,
          nullptr,
@@ -135,7 +136,13 @@ void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, Changin
         action->setMenuRole(QAction::NoRole);
         action->setCheckable(item.checkable);
         action->setEnabled(item.live == Live::always || item.live == Live::without_transfer);
-        changing[item.live].push_back(action);
+        if (item.live == Live::with_simulated && !handlers.can_make_faults) {
+            menu.setToolTipsVisible(true);
+            action->setToolTip(QStringLiteral("Faults can be made on simulated amplifiers only"));
+            action->setWhatsThis(action->toolTip());  // what a screen reader takes for the help
+        } else {
+            changing[item.live == Live::with_simulated ? Live::with_amplifier : item.live].push_back(action);
+        }
     }
 }
 

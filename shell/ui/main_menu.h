@@ -19,6 +19,7 @@ struct MenuHandlers {
     std::function<void(int)> mnuToolsSram_Click;
     std::function<void(int)> mnuWinItem_Click;
     std::function<void(int)> mnuHelpItem_Click;
+    bool can_make_faults = false;  // the amplifiers are simulated
 };
 
 class MainMenu {

@@ -23,7 +23,7 @@ const std::string k_sw_hand = "Redundant switch    |Mode:[Manual]       |Press S
 const std::string k_adjust  = "Warning level for   |Ku over fwd power:  |>     58.0 dBm<     |                MORE";
 const std::string k_twt     = "Warning level for   |TWT Temperature:    |[     95\260C]         |                MORE";
 const std::string k_helix   = "Warning level for   |Helix Current:      |>      5.0mA<       |                MORE";
-const std::string k_events  = "  0 12:00 ATTN 0.0  |  1 12:00 Sw off    |  2 12:00 Sw auto   |  3 12:00 Sw manual ";
+const std::string k_events  = "  0 12:00 ATTN 0.0  |  1 12:00 Overdrive |  2 12:00 ATTN 12.5 |  3 12:00 Sw off    ";
 
 const Step k_fitted[] = {
     {"visit", k_powers},
@@ -116,17 +116,17 @@ const Step k_fitted[] = {
     {"key 0", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|Helix Current 00.7ma|ATTN>12.5dB     MORE", "125/300*"},
     {"bar 0", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|Helix Current 02.4ma|ATTN>   0dB     MORE", "0/300*"},
     {"key 3", k_powers},
-    // The event list; ten entries by now.
+    // The event list; twelve entries by now.
     {"key 3 3 3 1", k_events, "0/99"},
     {"visit; key 0"},
-    {"key 1", "  1 12:00 Sw off    |  2 12:00 Sw auto   |  3 12:00 Sw manual |  4 12:00 Band 0    ", "1/99"},
-    {"key 3", "  5 12:00 Band 1    |  6 12:00 Band 2    |  7 12:00 RF on     |  8 12:00 HV on     ", "5/99"},
-    {"bar 60", "  9 12:00 Power on  |                    |                    |                    ", "9/9"},
+    {"key 1", "  1 12:00 Overdrive |  2 12:00 ATTN 12.5 |  3 12:00 Sw off    |  4 12:00 Sw auto   ", "1/99"},
+    {"key 3", "  5 12:00 Sw manual |  6 12:00 Band 0    |  7 12:00 Band 1    |  8 12:00 Band 2    ", "5/99"},
+    {"bar 60", " 11 12:00 Power on  |                    |                    |                    ", "11/11"},
     {"key 1 3"},
-    {"key 2 0", "  4 12:00 Band 0    |  5 12:00 Band 1    |  6 12:00 Band 2    |  7 12:00 RF on     ", "4/9"},
-    {"bar 8", "  8 12:00 HV on     |  9 12:00 Power on  |                    |                    ", "8/9"},
+    {"key 2 0", "  6 12:00 Band 0    |  7 12:00 Band 1    |  8 12:00 Band 2    |  9 12:00 RF on     ", "6/11"},
+    {"bar 8", "  8 12:00 Band 2    |  9 12:00 RF on     | 10 12:00 HV on     | 11 12:00 Power on  ", "8/11"},
     {"visit"},
-    {"bar 0", k_events, "0/9"},
+    {"bar 0", k_events, "0/11"},
     {"key 4", k_tube},
     // The output switch: not without positions, and not back once it is locked.
     {"key 4", k_powers},
@@ -198,8 +198,8 @@ const Step k_bare[] = {
     {"key 3", k_p_tube},
     {"key 0", "Ef  6.30v  If-1.50ma|Eb -4.57kV          |Ek -9.16kV Iw  2.4ma|ATTN>   0dB     MORE", "0/300*"},
     {"key 2", k_p_tube},
-    {"key 1", "  0 12:00 RF on     |  1 12:00 HV on     |  2 12:00 Power on  |                    ", "0/2"},
-    {"key 2 3", "  2 12:00 Power on  |                    |                    |                    ", "2/2"},
+    {"key 1", "  0 12:00 Fans, both|  1 12:00 RF on     |  2 12:00 HV on     |  3 12:00 Power on  ", "0/99"},
+    {"key 3", "  3 12:00 Power on  |                    |                    |                    ", "3/3"},
     {"key 4", k_p_tube},
     {"visit; shutdown 7 Fan; visit", "System Shutdown, #7 |--------------------|Fan                 |                 OK ", "!"},
     {"clear; visit", "Ef  6.30v  If-1.50ma|Eb  0.00kV          |Ek  0.00kV Iw  0.0ma|ATTN EVENT HELP MORE"},

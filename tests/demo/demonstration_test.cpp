@@ -49,7 +49,7 @@ TEST(Demonstration, WritesTheFilesOfTheStation) {
         {"com1001.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n"},
         {"com1002.dat", "RS-485\r\nCOM1:\r\n6\r\n2\r\n"},
         {"rs485.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n"},
-        {"ampdesk.ini", "[amplifier]\r\nnegative_words=signed\r\n"},
+        {"ampdesk.ini", "[amplifier]\r\nnegative_words=signed\r\nreply_address=checked\r\n"},
     };
     for (const auto& [name, content] : files) EXPECT_EQ(file_bytes(folder / name), content) << name;
 }

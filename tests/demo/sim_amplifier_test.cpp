@@ -156,10 +156,38 @@ TEST_F(AmplifierTest, ShutdownStaysUntilAcknowledged) {
                                 {"10 15", "ACK"},
                                 {"11", "ACK 00 11 02 00 00 02"},
                                 {"10 12", "ACK"}});
-    amplifier.set_interlock(true);
+    amplifier.shut_down(ShutdownCause::interlock);
     expect_dialogue(amplifier, {{"10 15", "NAK 04"}, {"11", "ACK 10 11 02 00 00 02"}});
-    amplifier.set_interlock(false);
+    amplifier.cause_gone(ShutdownCause::interlock);
     expect_dialogue(amplifier, {{"11", "ACK 10 11 02 00 00 02"}, {"10 15", "ACK"}, {"10 12", "ACK"}});
+}
+
+// A tube that gets hot without protecting itself, a shutdown that goes while the heat is still there,
+// or a fan that does not cool.
+TEST_F(AmplifierTest, LimitsTripWhenTheFanStops) {
+    SimAmplifier amplifier(transmitting(), clock);
+    amplifier.stop_fan(true);
+    clock.advance(60s);
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "1,TWT Temp");
+    clock.advance(60s);
+    EXPECT_EQ(ask_text(amplifier, "A0 18 00"), "3, Over-Temperature");
+    EXPECT_EQ(ask(amplifier, "10 15"), "NAK 04");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 00"), "12:02 Fault #3");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 01"), "12:02 HV off");
+    clock.advance(10min);
+    EXPECT_EQ(ask_text(amplifier, "A0 18 00"), "4, Cabinet Temperature");
+    amplifier.stop_fan(false);
+    EXPECT_EQ(ask(amplifier, "10 15"), "ACK");
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "0,Standby RF off");
+}
+
+// An alarm for too much power that the attenuation does not end.
+TEST_F(AmplifierTest, LessPowerEndsTheAlarmOfTooMuch) {
+    SimAmplifier amplifier(transmitting(), clock);
+    amplifier.warnings.cross(WarningLevel::over_forward, true);
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "1,Fwd Power High");
+    amplifier.set_attenuation(20);
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "0,Transmit");
 }
 
 // A limit that watches the wrong word or compares the wrong way, and an alarm that flickers.
