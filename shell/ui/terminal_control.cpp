@@ -25,10 +25,10 @@ QAction* item(const QMainWindow& window, const char* array, int index) {
 
 }  // namespace
 
-TerminalControl::TerminalControl(QMainWindow& window, TermBox& Term, TerminalLine& line, BusLink& bus,
+TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, BusLink& bus,
                                  QtOperator& person, std::function<void(const QString&)> show_status)
     : window_(window),
-      Term_(Term),
+      Term_(box),
       line_(line),
       bus_(bus),
       person_(person),

@@ -1,8 +1,12 @@
 // The terminal in the main window, over a real line: keys, received text, the Modem menu, unplugging,
 // and closing with output that has not left.
+#include <sys/resource.h>
+
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QFileDialog>
+#include <csignal>
 #include <ctime>
 
 #include "platform/posix/posix_serial_port.h"
@@ -155,6 +159,37 @@ TEST_F(TerminalWindow, AutoAnswerChangesItsName) {
         EXPECT_EQ(far->receive(20, 50), command);
         EXPECT_EQ(item("mnuModemItem(0)")->text(), QLatin1String(caption));
     }
+}
+
+// The log misses a direction, or a disk that fills up ends the terminal.
+TEST_F(TerminalWindow, LogUntilTheDiskIsFull) {
+    start();
+    const std::string path = link_folder / "my.log";
+    when_dialog_opens<QFileDialog>([&](QFileDialog& dialog) {
+        dialog.selectFile(QString::fromStdString(path));
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    item("mnuModemOpt(1)")->trigger();
+    EXPECT_TRUE(item("mnuModemOpt(2)")->isEnabled() && !item("mnuModemOpt(1)")->isEnabled());
+    QTest::keyClicks(Term, QStringLiteral("A"));
+    receive("B");
+    EXPECT_NE(file_bytes(path).find(" sent     A\r\n"), std::string::npos);
+    EXPECT_NE(file_bytes(path).find(" received B\r\n"), std::string::npos);
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{.rlim_cur = 100, .rlim_max = limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    std::string told;
+    when_box_opens(
+        [&](QMessageBox& box) { told = (box.text() + u'|' + box.informativeText()).toStdString(); });
+    QTest::keyClicks(Term, QStringLiteral("CDE"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, before);
+    EXPECT_EQ(told, "The log has been closed|" + path + ": Disk full");
+    EXPECT_TRUE(item("mnuModemOpt(1)")->isEnabled() && !item("mnuModemOpt(2)")->isEnabled());
+    EXPECT_EQ(far->receive(10, 50), "ACDE");
 }
 
 // The window spins on a dead descriptor, or never looks for the line again.
