@@ -6,6 +6,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <csignal>
 #include <ctime>
 
@@ -42,7 +43,11 @@ struct FarModem {
 
 class TerminalWindow : protected FarModem, public Desk {
   protected:
-    TerminalWindow() : Desk(&MSComm1, ports()) { Term->setFocus(); }
+    TerminalWindow() : Desk(&MSComm1, ports()) {
+        Term->setFocus();
+        terminal_line.add_watcher(
+            [this](const TerminalTraffic& t) { arrived += t.sent ? 0 : t.bytes.size(); });
+    }
 
     void start(const char* content = "ampdesk settings\r\n2\r\n") {
         QFile file(QStringLiteral("ampdesk.dat"));
@@ -55,8 +60,9 @@ class TerminalWindow : protected FarModem, public Desk {
     QString text() const { return Term->toPlainText(); }
     QAction* item(const char* name) { return child<QAction>(*form.menuBar(), name); }
     void receive(std::string_view bytes) {
+        arrived = 0;
         far->send(bytes);
-        QTest::qWait(20);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return arrived == bytes.size(); }));
     }
     // As when_box_opens, for any other dialog; it is not closed.
     template <class T, class Action>
@@ -68,6 +74,7 @@ class TerminalWindow : protected FarModem, public Desk {
         });
     }
 
+    std::size_t arrived = 0;  // bytes received since the last call of receive()
     TermBox* Term = child<TermBox>(form, "Term");
 };
 
@@ -166,7 +173,7 @@ TEST_F(TerminalWindow, LogUntilTheDiskIsFull) {
     start();
     const std::string path = link_folder / "my.log";
     when_dialog_opens<QFileDialog>([&](QFileDialog& dialog) {
-        dialog.selectFile(QString::fromStdString(path));
+        child<QLineEdit>(dialog, "fileNameEdit")->setText(QString::fromStdString(path));
         QMetaObject::invokeMethod(&dialog, "accept");
     });
     item("mnuModemOpt(1)")->trigger();
