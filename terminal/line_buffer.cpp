@@ -10,8 +10,9 @@ LineBuffer::Received LineBuffer::receive(std::string_view chunk) {
         text_.clear();
     text_ += chunk;
     std::size_t start = 0;
-    for (std::size_t end; (end = text_.find('\r', start)) != std::string::npos; start = end + 1) {
+    for (std::size_t end = text_.find('\r'); end != std::string::npos; end = text_.find('\r', start)) {
         const std::string_view line(text_.data() + start, end - start);
+        start = end + 1;
         const std::size_t marker = line.find(k_remote_marker);
         if (marker == std::string_view::npos)
             continue;

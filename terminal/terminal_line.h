@@ -29,7 +29,7 @@ struct LineHolder {
 class TerminalLine {
   public:
     // Output that may wait for the line.
-    static constexpr std::size_t k_output_limit = 64 * 1024;
+    static constexpr std::size_t k_output_limit = 65536;
 
     // Received text is handed on in chunks of at most this many bytes, a quarter of what the
     // terminal shows.

@@ -20,10 +20,10 @@ constexpr milliseconds k_drain_step{20};
 
 }  // namespace
 
-TerminalControl::TerminalControl(QMainWindow& window, TermBox& Term, TerminalLine& line, BusLink& bus,
+TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, BusLink& bus,
                                  QtOperator& person, std::function<void(const QString&)> show_status)
     : window_(window),
-      Term_(Term),
+      Term_(box),
       line_(line),
       bus_(bus),
       person_(person),

@@ -28,7 +28,7 @@ class TerminalControl : public QObject {
 
     // `window` holds the menu bar with its menus. Takes the line's callbacks and those of the box
     // until its end.
-    TerminalControl(QMainWindow& window, TermBox& Term, TerminalLine& line, BusLink& bus, QtOperator& person,
+    TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, BusLink& bus, QtOperator& person,
                     std::function<void(const QString&)> show_status);
     ~TerminalControl() override;
 

@@ -19,8 +19,8 @@ namespace ampdesk {
 class Desk : public ::testing::Test {
   protected:
     // Without a port the terminal stays closed, as in the demonstration.
-    explicit Desk(SerialPort* MSComm1 = nullptr, BusOptions options = {})
-        : link(port, clock, person, std::move(options)), terminal_line(MSComm1, clock) {
+    explicit Desk(SerialPort* terminal_port = nullptr, BusOptions options = {})
+        : link(port, clock, person, std::move(options)), terminal_line(terminal_port, clock) {
         QDir::setCurrent(folder.path());
         person.sound = [this] { ++sounds; };
         link.on_traffic = [this](const BusTraffic& traffic) {

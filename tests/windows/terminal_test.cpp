@@ -1,8 +1,13 @@
 // The terminal in the main window, over a real line: keys, received text, the Modem menu, unplugging,
 // and closing with output that has not left.
+#include <sys/resource.h>
+
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <csignal>
 #include <ctime>
 
 #include "platform/posix/posix_serial_port.h"
@@ -38,7 +43,11 @@ struct FarModem {
 
 class TerminalWindow : protected FarModem, public Desk {
   protected:
-    TerminalWindow() : Desk(&MSComm1, ports()) { Term->setFocus(); }
+    TerminalWindow() : Desk(&MSComm1, ports()) {
+        Term->setFocus();
+        terminal_line.add_watcher(
+            [this](const TerminalTraffic& t) { arrived += t.sent ? 0 : t.bytes.size(); });
+    }
 
     void start(const char* content = "ampdesk settings\r\n2\r\n") {
         QFile file(QStringLiteral("ampdesk.dat"));
@@ -51,8 +60,9 @@ class TerminalWindow : protected FarModem, public Desk {
     QString text() const { return Term->toPlainText(); }
     QAction* item(const char* name) { return child<QAction>(*form.menuBar(), name); }
     void receive(std::string_view bytes) {
+        arrived = 0;
         far->send(bytes);
-        QTest::qWait(20);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return arrived == bytes.size(); }));
     }
     // As when_box_opens, for any other dialog; it is not closed.
     template <class T, class Action>
@@ -64,6 +74,7 @@ class TerminalWindow : protected FarModem, public Desk {
         });
     }
 
+    std::size_t arrived = 0;  // bytes received since the last call of receive()
     TermBox* Term = child<TermBox>(form, "Term");
 };
 
@@ -155,6 +166,37 @@ TEST_F(TerminalWindow, AutoAnswerChangesItsName) {
         EXPECT_EQ(far->receive(20, 50), command);
         EXPECT_EQ(item("mnuModemItem(0)")->text(), QLatin1String(caption));
     }
+}
+
+// The log misses a direction, or a disk that fills up ends the terminal.
+TEST_F(TerminalWindow, LogUntilTheDiskIsFull) {
+    start();
+    const std::string path = link_folder / "my.log";
+    when_dialog_opens<QFileDialog>([&](QFileDialog& dialog) {
+        child<QLineEdit>(dialog, "fileNameEdit")->setText(QString::fromStdString(path));
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    item("mnuModemOpt(1)")->trigger();
+    EXPECT_TRUE(item("mnuModemOpt(2)")->isEnabled() && !item("mnuModemOpt(1)")->isEnabled());
+    QTest::keyClicks(Term, QStringLiteral("A"));
+    receive("B");
+    EXPECT_NE(file_bytes(path).find(" sent     A\r\n"), std::string::npos);
+    EXPECT_NE(file_bytes(path).find(" received B\r\n"), std::string::npos);
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{.rlim_cur = 100, .rlim_max = limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    std::string told;
+    when_box_opens(
+        [&](QMessageBox& box) { told = (box.text() + u'|' + box.informativeText()).toStdString(); });
+    QTest::keyClicks(Term, QStringLiteral("CDE"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, before);
+    EXPECT_EQ(told, "The log has been closed|" + path + ": Disk full");
+    EXPECT_TRUE(item("mnuModemOpt(1)")->isEnabled() && !item("mnuModemOpt(2)")->isEnabled());
+    EXPECT_EQ(far->receive(10, 50), "ACDE");
 }
 
 // The window spins on a dead descriptor, or never looks for the line again.
