@@ -161,7 +161,8 @@ void VScroll1_Change(Head& head, int value) {
     // A move by the program itself comes back as a change to where the bar already stands. The flag
     // alone would swallow the operator's next move whenever the bar had not had to move.
     head.ignore_next_change = false;
-    if (!scroll.visible || value == scroll.value)
+    // A move that was kept while another handler ran may be of a bar with another range.
+    if (!scroll.visible || value == scroll.value || value < scroll.minimum || value > scroll.maximum)
         return;
     head.key_activity = true;
     scroll.value = value;

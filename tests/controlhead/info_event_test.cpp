@@ -85,6 +85,7 @@ TEST_F(EventScreen, KeysAndBarStopAtBothEnds) {
         maximum = first == 9 ? 9 : maximum;
         expect_from(first, 10, maximum);
     }
+    press(4);
     const struct {
         int count;
         int moved_to;
@@ -97,6 +98,8 @@ TEST_F(EventScreen, KeysAndBarStopAtBothEnds) {
         put_entries(256);
         open(4, 1);
         put_entries(move.count);
+        if (move.moved_to > 99)
+            VScroll1_Change(head, 99);  // makes the bar longer
         VScroll1_Change(head, move.moved_to);
         expect_from(move.first, move.count, move.maximum);
         press(4);

@@ -208,7 +208,9 @@ TEST_F(KeypadTest, ScrollBarPositions) {
     cmdKey_Click(head, 0);  // adjust state: the bar is shown, page 0 at its upper end
     EXPECT_EQ(head.panel.scroll(), (ScrollBar{true, 0, 5, 5}));
     VScroll1_Change(head, 2);
+    VScroll1_Change(head, 6);  // left over from a longer bar
     EXPECT_EQ(head.warn_page, 3);
+    EXPECT_EQ(head.panel.scroll().value, 2);
     cmdKey_Click(head, 4);
     cmdKey_Click(head, 4);
     VScroll1_Change(head, 0);
