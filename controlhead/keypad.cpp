@@ -61,8 +61,8 @@ void change_band(Head& head) {
     if (command.empty())
         return show_screen(head, head.menu_ptr);
     head.last_command_status = head.amplifier.set_item(command);
-    if (head.last_command_status == 0)
-        head.redraw_request = true;  // the label of the forward power follows the band
+    // The label of the forward power follows the band, which may have changed though no reply came.
+    head.redraw_request = true;
 }
 
 void throw_switch(Head& head) {

@@ -117,7 +117,7 @@ TEST_F(KeypadTest, BandSteps) {
     refusal = 4;
     cmdKey_Click(head, 1);
     EXPECT_EQ(head.last_command_status, 1);
-    EXPECT_FALSE(head.redraw_request);
+    EXPECT_TRUE(head.redraw_request) << "the band may have changed and only the reply be lost";
     EXPECT_EQ(person.take_texts(), Sent{"Invalid Data"});
 }
 
