@@ -65,8 +65,11 @@ void change_band(Head& head) {
     head.redraw_request = true;
 }
 
+// A status read may just have unlocked the switch while the legend is still blank: what the display
+// does not offer is not sent.
 void throw_switch(Head& head) {
-    if (head.switch_count > 0 && (head.switch_state & 1) == 0)
+    const bool offered = head.panel.legend(2) == "ANT";
+    if (offered && head.switch_count > 0 && (head.switch_state & 1) == 0)
         send_item(head, k_throw_switch);
 }
 

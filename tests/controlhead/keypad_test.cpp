@@ -70,7 +70,7 @@ TEST_F(KeypadTest, SoftKeysOfTheStatusScreens) {
     }
 }
 
-// Catches an output switch thrown although it is locked or absent.
+// Catches an output switch thrown although it is locked, absent or not on the display.
 TEST_F(KeypadTest, OutputSwitch) {
     struct Case {
         int flags;
@@ -84,6 +84,10 @@ TEST_F(KeypadTest, OutputSwitch) {
         go_to(1);
         set_status(0, 0, c.flags, c.state, c.count);
         updateLogic(head);
+        if (!c.help)
+            cmdKey_Click(head, 2);  // the legend is still the old one
+        EXPECT_EQ(take_settings(), Sent{});
+        updateDisplay(head);
         cmdKey_Click(head, 2);
         EXPECT_EQ(take_settings(), c.sent);
         EXPECT_EQ(head.sub_menu == k_help_pages, c.help);
