@@ -114,16 +114,20 @@ TEST_F(HeadTest, BandLabels) {
 }
 
 // Catches a damaged band number that is taken for band 0.
-TEST_F(HeadTest, BandWithoutADigitIsAskedForOnceMore) {
+TEST_F(HeadTest, BandWithoutANumberIsAskedForOnceMore) {
     Head one(services, {.slot = 1, .unit_address = 7, .number = "1", .model = "C/KU/X"});
     one.menu_ptr = 1;
-    port.responder = [this, usual = port.responder](const std::string& frame) {
+    std::string damaged;
+    port.responder = [&, usual = port.responder](const std::string& frame) {
         if (frame[0] == k_stx)
-            replies["RDBAND"] = count_sent("RDBAND") == 0 ? "RDBAND=\xB1" : "RDBAND=1";
+            replies["RDBAND"] = std::exchange(damaged, "RDBAND=1");
         return usual(frame);
     };
-    set_menu(one);
-    EXPECT_EQ(one.panel.line(1), "X Fwd Pwr      0 dBm");
+    for (const char* reply : {"RDBAND=\xB1", "=~RDBAND=1", "RDBAND="}) {
+        damaged = reply;
+        set_menu(one);
+        EXPECT_EQ(one.panel.line(1), "X Fwd Pwr      0 dBm") << reply;
+    }
 }
 
 // Catches a gauge that shows a power nobody measures any more.
