@@ -30,7 +30,8 @@ constexpr int k_utmost_first = 255 - (k_lines - 1);
 std::optional<std::string> read_entry(Head& head, int number) {
     const std::string request{'\xA0', '\x1A', static_cast<char>(number)};
     try {
-        return head.amplifier.read_itemAll(request);
+        // A late reply to the request for another entry differs in the third byte only.
+        return head.amplifier.read_itemAll(request, true);
     } catch (const RunTimeError& error) {
         if (error.number() != RunTimeError::k_no_answer)
             throw;

@@ -72,6 +72,19 @@ TEST_F(EventScreen, LaysOutAnEntry) {
     EXPECT_FALSE(head.panel.scroll().visible);
 }
 
+// The late reply to the request for one entry shown as the next one.
+TEST_F(EventScreen, TakesNoEntryForAnother) {
+    put_entries(10);
+    port.responder = [usual = port.responder, late = 1](const std::string& frame) mutable {
+        std::string asked = frame;
+        if (frame[5] == '\1' && late-- > 0)
+            asked[5] = '\0';
+        return usual(asked);
+    };
+    open(4, 1);
+    expect_from(0, 10, 99);
+}
+
 // A key or the bar that runs past an end of the log, or cannot reach what is there.
 TEST_F(EventScreen, KeysAndBarStopAtBothEnds) {
     put_entries(10);
