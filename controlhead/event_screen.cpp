@@ -88,7 +88,7 @@ void draw(Head& head, int first) {
 
     int maximum = head.panel.scroll().maximum;
     if (count < k_lines)
-        maximum = std::max(first + count - 1, 0);
+        maximum = first + std::max(count, 1) - 1;
     else if (first + k_lines - 1 > maximum)
         maximum = first + k_lines - 1 < k_usual_last ? k_usual_last : k_utmost_first;
     head.event_position = static_cast<std::int16_t>(first);

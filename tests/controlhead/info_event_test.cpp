@@ -72,6 +72,20 @@ TEST_F(EventScreen, LaysOutAnEntry) {
     EXPECT_FALSE(head.panel.scroll().visible);
 }
 
+// A bar beyond its end when the log is cleared while its end is looked for.
+TEST_F(EventScreen, OutlivesAClearedLog) {
+    put_entries(10);
+    open(4, 1);
+    port.responder = [this, usual = port.responder](const std::string& frame) {
+        const auto reply = usual(frame);
+        if (frame[5] == '\x9')
+            put_entries(0);
+        return reply;
+    };
+    VScroll1_Change(head, 60);
+    expect_from(9, 0, 9);
+}
+
 // The late reply to the request for one entry shown as the next one.
 TEST_F(EventScreen, TakesNoEntryForAnother) {
     put_entries(10);
