@@ -27,7 +27,7 @@ class Fields {
     std::string text(std::size_t line) const {
         if (line > lines_.size())
             return {};
-        std::string field(trimmed(lines_[line - 1]).substr(0, k_longest_field));
+        std::string field(trimmed(trimmed(lines_[line - 1]).substr(0, k_longest_field)));
         std::replace_if(
             field.begin(), field.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
         return field;

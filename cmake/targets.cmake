@@ -5,7 +5,8 @@
 add_library(ampdesk_options INTERFACE)
 target_include_directories(ampdesk_options INTERFACE ${PROJECT_SOURCE_DIR})
 # -Wrestrict sees overlaps in std::string that are none (GCC 12, with optimisation).
-target_compile_options(ampdesk_options INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wno-restrict)
+target_compile_options(ampdesk_options INTERFACE -Wall -Wextra -Wconversion -Wshadow
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(AMPDESK_STRICT)
   target_compile_options(ampdesk_options INTERFACE -Werror)
 endif()
@@ -15,6 +16,14 @@ if(AMPDESK_SANITIZE)
     -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer
     -Wno-maybe-uninitialized)
   target_link_options(ampdesk_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(AMPDESK_FUZZ)
+  # The assertions see what no sanitizer does: an index past the end of a string_view.
+  set(sanitizers address,undefined,float-cast-overflow)
+  target_compile_definitions(ampdesk_options INTERFACE _GLIBCXX_ASSERTIONS)
+  target_compile_options(ampdesk_options INTERFACE -fsanitize=fuzzer-no-link,${sanitizers}
+    -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(ampdesk_options INTERFACE -fsanitize=${sanitizers})
 endif()
 
 # The .cpp files of a folder, relative to the calling list file, without those excluded, and the

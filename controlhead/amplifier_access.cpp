@@ -71,7 +71,7 @@ double AmplifierAccess::word(const std::string& block, std::int16_t i) const {
 }
 
 // One try of a read. A payload has two bytes at least.
-bool AmplifierAccess::exchange(std::string_view command, std::string& payload) {
+bool AmplifierAccess::exchange(std::string_view command, std::string& payload, bool whole_echo) {
     std::string reply;
     const Duration limit = look_only_ ? look_limit() : Duration(BusLink::k_reply_limit);
     looks_ = look_only_ ? looks_ + 1 : 0;
@@ -79,15 +79,18 @@ bool AmplifierAccess::exchange(std::string_view command, std::string& payload) {
     if (length > 0)
         longest_reply_ = std::max(longest_reply_, services_.bus.last_reply_time);
     const std::string_view rest = behind_echo(reply, command);
-    const bool good = length > 6 && reply[0] == k_ack && rest.size() >= 2 + k_check;
+    const bool ours =
+        !whole_echo || std::string_view(reply).substr(0, k_header + command.size()).ends_with(command);
+    const bool good = length > 6 && reply[0] == k_ack && rest.size() >= 2 + k_check && ours;
     payload = good ? rest.substr(0, rest.size() - k_check) : std::string_view{};
     comm_error = good ? 0 : 1;
     return good;
 }
 
-std::string AmplifierAccess::read_itemAll(std::string_view command) {
+std::string AmplifierAccess::read_itemAll(std::string_view command, bool whole_echo) {
     std::string payload;
-    const bool good = exchange(command, payload) || (!look_only_ && exchange(command, payload));
+    const bool good =
+        exchange(command, payload, whole_echo) || (!look_only_ && exchange(command, payload, whole_echo));
     last_comm_time = services_.clock.seconds_since_midnight();
     if (!good)
         throw RunTimeError::no_answer();

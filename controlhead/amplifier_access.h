@@ -26,8 +26,9 @@ class AmplifierAccess {
     double get_lim_item(std::int16_t i) const;
 
     // Sends the command, once more when the first reply is bad, and returns the payload. Throws
-    // error 100 when both fail.
-    std::string read_itemAll(std::string_view command);
+    // error 100 when both fail. The exchange compares the first two bytes of the command with their
+    // echo; with `whole_echo` a reply that does not echo all of it is bad too.
+    std::string read_itemAll(std::string_view command, bool whole_echo = false);
 
     // Sends the word as a text command, once more when it fails or the reply holds no "=", and
     // returns the value text. Throws error 100.
@@ -53,7 +54,7 @@ class AmplifierAccess {
 
   private:
     double word(const std::string& block, std::int16_t i) const;
-    bool exchange(std::string_view command, std::string& payload);
+    bool exchange(std::string_view command, std::string& payload, bool whole_echo);
 
     HeadServices& services_;
     bool look_only_ = false;

@@ -50,6 +50,10 @@ std::int16_t band_capability(const HeadOptions& options, std::string_view model)
 
 std::int16_t find_band(Head& head) {
     head.band_reply = head.amplifier.read_item("RDBAND");
+    // Nothing protects a text reply. A value that does not begin with a number would count as band 0, and
+    // may well be a damaged one.
+    if (head.band_reply.find_first_of("+-.0123456789") != 0)
+        head.band_reply = head.amplifier.read_item("RDBAND");
     const std::int16_t number = round_to_int16(lenient_number(head.band_reply));
     if (number < 0 || number > 2) {
         tell_fault(head, "Read Band Error");

@@ -30,7 +30,8 @@ constexpr int k_utmost_first = 255 - (k_lines - 1);
 std::optional<std::string> read_entry(Head& head, int number) {
     const std::string request{'\xA0', '\x1A', static_cast<char>(number)};
     try {
-        return head.amplifier.read_itemAll(request);
+        // A late reply to the request for another entry differs in the third byte only.
+        return head.amplifier.read_itemAll(request, true);
     } catch (const RunTimeError& error) {
         if (error.number() != RunTimeError::k_no_answer)
             throw;
@@ -93,7 +94,7 @@ void draw(Head& head, int first) {
 
     int maximum = head.panel.scroll().maximum;
     if (count < k_lines)
-        maximum = std::max(first + count - 1, 0);
+        maximum = first + std::max(count, 1) - 1;
     else if (first + k_lines - 1 > maximum)
         maximum = first + k_lines - 1 < k_usual_last ? k_usual_last : k_utmost_first;
     head.event_position = static_cast<std::int16_t>(first);

@@ -61,12 +61,15 @@ void change_band(Head& head) {
     if (command.empty())
         return show_screen(head, head.menu_ptr);
     head.last_command_status = head.amplifier.set_item(command);
-    if (head.last_command_status == 0)
-        head.redraw_request = true;  // the label of the forward power follows the band
+    // The label of the forward power follows the band, which may have changed though no reply came.
+    head.redraw_request = true;
 }
 
+// A status read may just have unlocked the switch while the legend is still blank: what the display
+// does not offer is not sent.
 void throw_switch(Head& head) {
-    if (head.switch_count > 0 && (head.switch_state & 1) == 0)
+    const bool offered = head.panel.legend(2) == "ANT";
+    if (offered && head.switch_count > 0 && (head.switch_state & 1) == 0)
         send_item(head, k_throw_switch);
 }
 
@@ -161,7 +164,8 @@ void VScroll1_Change(Head& head, int value) {
     // A move by the program itself comes back as a change to where the bar already stands. The flag
     // alone would swallow the operator's next move whenever the bar had not had to move.
     head.ignore_next_change = false;
-    if (!scroll.visible || value == scroll.value)
+    // A move that was kept while another handler ran may be of a bar with another range.
+    if (!scroll.visible || value == scroll.value || value < scroll.minimum || value > scroll.maximum)
         return;
     head.key_activity = true;
     scroll.value = value;

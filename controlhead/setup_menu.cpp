@@ -15,6 +15,7 @@ namespace {
 constexpr std::int16_t k_set = 1;
 constexpr std::int16_t k_more = 4;
 constexpr std::int16_t k_fixed_pages = 4;
+constexpr const char* k_switch_title = "Redundant switch";
 
 enum class Page { power_save, redundant_switch, remote, temperature, forward_power, reverse_power };
 
@@ -75,7 +76,7 @@ void draw_page(Head& head) {
             show(head, "Power save mode.", "Press SET to Change.", "Shut supply  [OFF ]", k_set_more);
             break;
         case Page::redundant_switch:
-            show(head, "Redundant switch", k_modes[head.switch_mode], "Press SET to Change.", k_set_more);
+            show(head, k_switch_title, k_modes[head.switch_mode], "Press SET to Change.", k_set_more);
             break;
         case Page::remote: {
             const bool on = has_setting(head, k_settings_remote_on);
@@ -95,6 +96,12 @@ void draw_page(Head& head) {
             show(head, "Reverse Power reads", unit_of(head, k_settings_reverse_watts), "", k_only_more);
             break;
     }
+}
+
+// A status read since may have added or taken away pages in front: what counts is the page on the
+// display.
+bool switch_page_shown(const Head& head) {
+    return page_in_hand(head) == Page::redundant_switch && head.panel.line(1).starts_with(k_switch_title);
 }
 
 // Sends the next mode. A mode that the amplifier refused is not shown as if it held.
@@ -118,7 +125,7 @@ void attach_setup(Head& head, std::int16_t key) {
             head.setup_page = 0;
         else if (key == k_more)
             head.setup_page = static_cast<std::int16_t>((head.setup_page + 1) % head.setup_page_count);
-        else if (key == k_set && page_in_hand(head) == Page::redundant_switch)
+        else if (key == k_set && switch_page_shown(head))
             step_switch_mode(head);
         draw_page(head);
     } catch (const RunTimeError& error) {

@@ -66,6 +66,28 @@ std::string shown(std::string_view text) {
     return out;
 }
 
+// Whether the library compiles the pattern without harm: its parser goes one level deeper for every
+// parenthesis and does not check how large a number behind "{" or "\\" is.
+bool harmless_pattern(std::string_view pattern) {
+    constexpr std::size_t k_longest_pattern = 200;
+    constexpr std::size_t k_most_digits = 4;
+    const auto digits_end = [&](std::size_t at) {
+        return std::min(pattern.find_first_not_of("0123456789", at), pattern.size());
+    };
+    for (std::size_t at = pattern.find_first_of("{\\"); at < pattern.size();
+         at = pattern.find_first_of("{\\", at + 1)) {
+        std::size_t end = digits_end(at + 1);
+        bool large = end - at - 1 > k_most_digits;
+        if (pattern[at] == '{' && end < pattern.size() && pattern[end] == ',') {
+            const std::size_t second = end + 1;
+            large = large || digits_end(second) - second > k_most_digits;
+        }
+        if (large)
+            return false;
+    }
+    return pattern.size() <= k_longest_pattern;
+}
+
 class Reader {
   public:
     explicit Reader(std::string name) : name_(std::move(name)) {}
@@ -194,12 +216,15 @@ class Reader {
         if (!is_pattern)
             return Taken::good;
         try {
-            const std::regex compiled(*pattern.pattern);
-            return good_if(!value.empty());
+            if (harmless_pattern(value)) {
+                const std::regex compiled(*pattern.pattern);
+                return good_if(!value.empty());
+            }
         } catch (const std::regex_error&) {
-            pattern.pattern->clear();
-            return Taken::bad_value;
+            // as one that is not harmless
         }
+        pattern.pattern->clear();
+        return Taken::bad_value;
     }
 
     // A pattern that is empty or did not compile has been reported; it is empty.

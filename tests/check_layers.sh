@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "${1:-$(dirname "$0")/..}"
 
-folders=(platform buslink controlhead terminal tools demo shell tests bench)
+folders=(platform buslink controlhead terminal tools demo shell tests bench fuzz)
 existing=()
 for folder in "${folders[@]}"; do
     [[ -d $folder ]] && existing+=("$folder")
@@ -25,6 +25,7 @@ find "${existing[@]}" -type f \( -name '*.cpp' -o -name '*.h' \) -print0 | sort 
         split(all, seven); allow("shell", seven)
         split(all " tests/", eight); allow("tests", eight)
         split(all " tests/support/ bench/", nine); allow("bench", nine)
+        split(all " tests/support/ fuzz/", ten); allow("fuzz", ten)
     }
     function allow(folder, names,    i) {
         for (i in names) allowed[folder, names[i]] = 1

@@ -59,6 +59,9 @@ TEST(Rs485Files, TakesNoMoreOfAHugeFileThanItNeeds) {
     const auto file = read_rs485(folder.put("titled.dat", "RS-485\r\n" + std::string(1 << 20, '\x07')));
     ASSERT_TRUE(file.has_value());
     EXPECT_EQ(file->port_name, std::string(40, '?'));
+    // A text that is cut at a blank has none at its end either.
+    const auto cut = read_rs485(folder.put("cut.dat", "RS-485\r\n" + std::string(39, 'x') + " y\r\n"));
+    EXPECT_EQ(cut->port_name, std::string(39, 'x'));
     EXPECT_TRUE(read_rs485(TEST_DATA "/rs485/binary_titled.dat").has_value());
 }
 

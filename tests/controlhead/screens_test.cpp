@@ -1,6 +1,7 @@
 // What the walk does not come by: odd values, refusals and silence on the screens.
 #include <gtest/gtest.h>
 
+#include "buslink/wire/control_characters.h"
 #include "controlhead/band.h"
 #include "controlhead/keypad.h"
 #include "controlhead/lamps.h"
@@ -57,6 +58,39 @@ TEST_F(HeadTest, BandSteps) {
         head.band_index = c.index;
         EXPECT_EQ(next_band_command(head), c.command) << c.capability << ' ' << c.index;
     }
+}
+
+// A damaged band number that is taken for band 0.
+TEST_F(HeadTest, BandWithoutANumberIsAskedForOnceMore) {
+    Head one(services, {.slot = 1, .unit_address = 7, .number = "1", .model = "C/KU/X"});
+    one.menu_ptr = 1;
+    std::string damaged;
+    port.responder = [&, usual = port.responder](const std::string& frame) {
+        if (frame[0] == k_stx)
+            replies["RDBAND"] = std::exchange(damaged, "RDBAND=1");
+        return usual(frame);
+    };
+    for (const char* reply : {"RDBAND=\xB1", "=~RDBAND=1", "RDBAND="}) {
+        damaged = reply;
+        set_menu(one);
+        EXPECT_EQ(one.panel.line(1), "X Fwd Pwr      0 dBm") << reply;
+    }
+}
+
+// A move left over from a longer bar, and a switch thrown that the legend does not offer.
+TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
+    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = 5, .value = 2});
+    VScroll1_Change(head, 6);
+    EXPECT_EQ(head.panel.scroll().value, 2);
+    head.menu_ptr = 1;
+    head.has_switch = true;
+    head.switch_count = 2;
+    head.panel.set_line(4, "ATTN            MORE");
+    cmdKey_Click(head, 2);
+    EXPECT_EQ(count_sent("\x10\x1A"), 0U);
+    head.panel.set_line(4, "ATTN       ANT  MORE");
+    cmdKey_Click(head, 2);
+    EXPECT_EQ(count_sent("\x10\x1A"), 1U);
 }
 
 // A gauge that shows a power nobody measures any more, or stands still beside a sub-menu.
@@ -157,6 +191,8 @@ TEST_F(EventScreen, BarStopsAtTheEndOfTheLog) {
         put_entries(256);
         open(4, 1);
         put_entries(move.count);
+        if (move.moved_to > 99)
+            VScroll1_Change(head, 99);  // makes the bar longer
         VScroll1_Change(head, move.moved_to);
         expect_from(move.first, move.count, move.maximum);
         press({4});

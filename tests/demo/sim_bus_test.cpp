@@ -68,11 +68,14 @@ TEST_F(BusTest, AnswersWholeSoundFramesForItsAmplifiers) {
     }
 }
 
-// A pending false start that keeps the line deaf for good.
+// A pending false start that keeps the line deaf for good, or noise that ends the simulator.
 TEST_F(BusTest, HearsRequestsAfterAnyAmountOfNoise) {
     std::string noise;
     for (int i = 0; i < 5000; ++i) noise += static_cast<char>(i * 7 % 11 < 2 ? i % 3 : i * 31);
     EXPECT_EQ(answer(noise), "");
+    EXPECT_EQ(answer(hex_bytes(k_ask_1)), k_status_1);
+    // A text frame with a sum that no checksum holds.
+    EXPECT_EQ(answer("\x02>01 " + std::string(200, '\xFF') + "\x03" + "FF\r"), "");
     EXPECT_EQ(answer(hex_bytes(k_ask_1)), k_status_1);
 }
 

@@ -130,7 +130,7 @@ TEST_F(PosixSerialPortTest, ThrowsAwayWhatIsWaiting) {
     far.send("old\n");
     open();
     EXPECT_EQ(port.read_waiting(), "");
-    far.send(std::string(3000, 'x'));
+    far.send("noise");
     ASSERT_EQ(port.wait_readable(in(seconds(1))), WaitResult::data);
     port.discard_input();
     EXPECT_EQ(port.wait_readable(in(milliseconds(20))), WaitResult::timed_out);

@@ -58,6 +58,11 @@ TEST(SiteConfiguration, ReportsWhatItDoesNotTake) {
         {"[models]\nA=1\nB=1\nC=1\nD=1\nE=1\nF=1\nG=1\nH=1\nI=1\n",
          "10: more than eight models, I is left out"},
         {"[identity]\npattern1=(a\nreplace1=b\n", "2: bad value for pattern1: (a"},
+        {"[identity]\npattern1=" + std::string(60'000, '(') +
+             "\nreplace1=b\n",  // one level of recursion each
+         "2: bad value for pattern1: " + std::string(60, '(')},
+        {"[identity]\npattern1=a{1,99999999999999999999}\nreplace1=b\n",
+         "2: bad value for pattern1: a{1,99999999999999999999}"},
         {"[identity]\npattern1=a\n", "2: pattern1 has no replace1"},
         {"[identity]\nreplace3=a\n", "2: replace3 has no pattern3"},
         {"[identity]\npattern=a\n", "2: unknown key pattern in [identity]"},

@@ -1,0 +1,117 @@
+// A control head whose amplifier answers anything: no reply may throw out of a handler, spoil the
+// display or make the head send a setting that no key asked for.
+//
+// input: flags (1 negative words are signed, 2 C/KU/X amplifier, 4 KU/DBS), then steps, each a number
+// that chooses one of the kinds below; every request takes its answer from the same bytes.
+#include "controlhead/control_head.h"
+
+#include "buslink/wire/binary_frame.h"
+#include "buslink/wire/control_characters.h"
+#include "fuzz/input.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scripted_port.h"
+
+namespace {
+
+using namespace ampdesk;
+using fuzz::check;
+
+const Crc16 k_crc;
+
+// The command of a frame that the station sent.
+std::string command_of(const std::string& frame) {
+    return frame[0] == k_soh ? frame.substr(3, frame.size() - 5) : frame.substr(5, frame.size() - 9);
+}
+
+bool is_setting(const std::string& command) {
+    return command[0] == 16 || command.starts_with("SBAND");
+}
+
+ScriptedPort::Answer answer(const std::string& frame, fuzz::Input& input) {
+    enum Kind { silence, refusal, raw };
+    const unsigned choice = input.number();
+    std::string bytes;
+    if (choice % 8 == silence)
+        return {};
+    if (frame[0] == k_stx)
+        bytes = "\x02" + input.stretch() + "\x03" + "00\r";
+    else if (choice % 8 == raw)
+        bytes = input.stretch();
+    else
+        bytes = build_reply_frame(k_crc, choice % 8 == refusal ? k_nak : k_ack, 7,
+                                  (command_of(frame) + input.stretch()).substr(0, 255));
+    return {{std::chrono::milliseconds(choice), bytes}};
+}
+
+void step(ControlHead& head, unsigned choice, unsigned value) {
+    enum Kind { logic, display, soft_key, hard_key, lamp, scroll, kinds };
+    const auto index = static_cast<std::int16_t>(value % 10) - 1;
+    switch (choice % kinds) {
+        case logic:
+            return head.updateLogic();
+        case display:
+            return head.updateDisplay();
+        case soft_key:
+            return head.press_key(static_cast<std::int16_t>(index));
+        case hard_key:
+            return head.press_hard_key(static_cast<std::int16_t>(index));
+        case lamp:
+            return head.click_lamp(static_cast<std::int16_t>(index));
+        case scroll:
+            return head.move_scroll_bar(static_cast<int>(2 * value) - 10);
+        default:
+            return;
+    }
+}
+
+void check_panel(const Panel& panel) {
+    for (int line = 1; line <= 4; ++line) {
+        const std::string& text = panel.line(line);
+        check(text.size() >= Panel::k_columns, "20 characters at least");
+        for (const char c : text) {
+            const auto byte = static_cast<unsigned char>(c);
+            check(byte >= 0x20 && (byte < 0x7F || byte > 0x9F), "all of it prints");
+        }
+    }
+    const ScrollBar& scroll = panel.scroll();
+    check(!scroll.visible || (scroll.minimum <= scroll.value && scroll.value <= scroll.maximum),
+          "the scroll bar stands between its ends");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const unsigned flags = input.number();
+    ManualClock clock;
+    ScriptedPort port(clock);
+    RecordingOperator person;
+    BusLink bus(port, clock, person);
+    bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+    HeadServices services{bus, clock, person, {}};
+    services.options.folder = services.options.shipped_folder = "/nowhere";
+    services.options.negative_words_signed = (flags & 1U) != 0;
+    services.options.identity_patterns = {{"Rev (.*)", "R$1"}};
+    std::size_t settings = 0;
+    port.responder = [&](const std::string& frame) {
+        settings += is_setting(command_of(frame)) ? 1 : 0;
+        return answer(frame, input);
+    };
+
+    const char* model = (flags & 2U) != 0 ? "C/KU/X" : (flags & 4U) != 0 ? "KU/DBS" : "KU";
+    ControlHead head(services, {.slot = 1, .unit_address = 7, .number = "1234", .model = model});
+    if (!head.machine_init(false))
+        return 0;
+    while (!input.empty()) {
+        const unsigned choice = input.number();
+        const std::size_t before = settings;
+        step(head, choice, input.number());
+        check(settings == before || choice % 6 > 1, "no setting without a key");
+        check(settings <= before + 1, "no setting twice");
+        check(!head.busy(), "no handler is left over");
+        check_panel(head.panel());
+        clock.advance(std::chrono::milliseconds(100));
+        port.written.clear();
+    }
+    return 0;
+}
