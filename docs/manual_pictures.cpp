@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QTreeWidget>
@@ -17,6 +19,7 @@
 #include "demo/ui/frmFault.h"
 #include "shell/ui/MDIForm1.h"
 #include "shell/ui/program_icon.h"
+#include "terminal/ui/ConfigScrn.h"
 #include "tests/support/manual_clock.h"
 
 using namespace ampdesk;
@@ -109,6 +112,20 @@ class Studio {
         action(form_);
     }
 
+    // With the answer to a request for the status.
+    void take_console(const char* name) {
+        form_.mnuToolsItem_Click(3);
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (window->windowTitle() != u"INTERACTIVE CONTROL")
+                continue;
+            auto* input = window->findChild<QLineEdit*>(QStringLiteral("TxtInput"));
+            input->setText(QStringLiteral("11"));
+            window->findChild<QPushButton*>(QStringLiteral("CmdOk"))->click();
+            save(*window, name);
+            window->close();
+        }
+    }
+
   private:
     void save(QWidget& widget, const char* name) {
         QApplication::processEvents();
@@ -180,6 +197,11 @@ void take_all(const QDir& folder) {
     studio.take_dialog("frm-serial", [](MDIForm1& form) { form.mnuToolsItem_Click(2); });
     studio.take_dialog("frm-color", [](MDIForm1& form) { form.mnuToolsScreen_Click(0); });
     studio.take_dialog("frm-band", [](MDIForm1& form) { frmBand({}, &form).exec(); });
+    studio.take_dialog("config-scrn", [](MDIForm1& form) {
+        QtOperator person;
+        ConfigScrn({}, PortMap(), {1}, person, &form).exec();
+    });
+    studio.take_console("frm-intact");
 }
 
 }  // namespace
