@@ -31,13 +31,22 @@ void BusLink::settle() {
         const Instant quiet = std::min(limit, clock_.now() + k_quiet);
         if (port_.wait_readable(quiet) != WaitResult::data)
             break;
-        port_.discard_input();
+        discard_input();
     }
     unsettled_ = false;
-    port_.discard_input();
+    discard_input();
+}
+
+// A traffic view shows what nobody else wants, too: a late answer tells why there was none in time.
+void BusLink::discard_input() {
+    if (on_traffic)
+        receive();
+    else
+        port_.discard_input();
 }
 
 bool BusLink::send(int address, std::string_view frame) {
+    spoken_to_ = address;
     if (port_.write(frame, clock_.now() + k_write_limit) != PortError::none)
         return false;
     if (on_traffic)
@@ -45,10 +54,10 @@ bool BusLink::send(int address, std::string_view frame) {
     return true;
 }
 
-std::string BusLink::receive(int address) {
+std::string BusLink::receive() {
     std::string bytes = port_.read_waiting();
     if (on_traffic && !bytes.empty())
-        on_traffic({.sent = false, .address = address, .bytes = bytes});
+        on_traffic({.sent = false, .address = spoken_to_, .bytes = bytes});
     return bytes;
 }
 
@@ -67,7 +76,7 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
     const Instant start = clock_.now();
     while (parser.state() == ReplyParser::State::waiting && clock_.now() <= start + limit &&
            port_.wait_readable(start + limit) == WaitResult::data)
-        parser.feed(receive(address));
+        parser.feed(receive());
     if (parser.state() != ReplyParser::State::answered)
         return 0;
     unsettled_ = false;
@@ -87,7 +96,7 @@ std::int16_t BusLink::text_command(std::int16_t address, std::string_view comman
             return 1;
         const Instant limit = clock_.now() + seconds(text_reply_timeout);
         while (clock_.now() <= limit && port_.wait_readable(limit) == WaitResult::data) {
-            const auto line = parser.feed(receive(address));
+            const auto line = parser.feed(receive());
             if (line) {
                 unsettled_ = false;
                 reply = *line;

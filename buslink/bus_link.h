@@ -71,6 +71,7 @@ class BusLink {
     const LineSettings& settings() const { return settings_; }
     const PortMap& ports() const { return options_.ports; }
     SerialPort& port() { return port_; }
+    Clock& clock() { return clock_; }
 
     float text_reply_timeout = 0.394F;  // seconds; open_bus_port sets it from the baud rate
     std::string last_bus_frame;         // the last binary frame sent
@@ -85,8 +86,9 @@ class BusLink {
 
   private:
     void settle();
+    void discard_input();
     bool send(int address, std::string_view frame);
-    std::string receive(int address);
+    std::string receive();
 
     SerialPort& port_;
     Clock& clock_;
@@ -95,6 +97,7 @@ class BusLink {
     Crc16 crc_;
     LineSettings settings_;
     std::string open_failure_;
+    int spoken_to_ = 0;       // the address of the last frame
     bool unsettled_ = false;  // the last exchange failed: a late answer may still come
 };
 

@@ -54,6 +54,7 @@ struct SetupResult {
     std::int16_t unit_address = 0;
     std::string number{};  // decimal
     std::string model{};   // may be empty
+    bool operator==(const SetupResult&) const = default;
 };
 
 // What OK does, in pieces of at most one exchange, so that the polling of open amplifiers goes on

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "controlhead/comm_faults.h"
 #include "platform/numbers.h"
 
 namespace ampdesk {
@@ -55,7 +56,7 @@ std::int16_t find_band(Head& head) {
         head.band_reply = head.amplifier.read_item("RDBAND");
     const std::int16_t number = round_to_int16(lenient_number(head.band_reply));
     if (number < 0 || number > 2) {
-        head.services.person.notify("Read Band Error");
+        tell_fault(head, "Read Band Error");
         return 0;
     }
     head.band_index = number;

@@ -56,6 +56,7 @@ std::string start(Head& head, bool ask_before_restore, const bool& closed) {
 
 ControlHead::ControlHead(HeadServices& services, HeadIdentity identity)
     : head_(services, std::move(identity)) {
+    head_.show_fault = [this](const std::string& text) { fault_ = text; };
     Form_Load(head_);
 }
 
@@ -127,6 +128,18 @@ void ControlHead::run(const std::function<void()>& action) {
         if (head_.services.clock.now() - next.since <= k_longest_wait)
             once(next.action);
     }
+    tell_faults();
+}
+
+// Outside every handler: the box may stand for hours, and a head that waited for its OK would miss a
+// shutdown. What comes up meanwhile is the same fault again.
+void ControlHead::tell_faults() {
+    if (busy() || closed_ || telling_ || fault_.empty())
+        return;
+    telling_ = true;
+    head_.services.person.notify(std::exchange(fault_, {}), caption());
+    telling_ = false;
+    fault_.clear();
 }
 
 std::string ControlHead::caption() const {

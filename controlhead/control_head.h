@@ -27,7 +27,9 @@ class ControlHead {
     void click_lamp(std::int16_t index);
     void move_scroll_bar(int value);
 
-    // The two halves of a visit by the polling loop. Do nothing while the head is busy or closed.
+    // The two halves of a visit by the polling loop. Do nothing while the head is busy or closed. A
+    // fault that is to be told is told after the handler, one box at a time, and the head may be
+    // visited on beside it.
     void updateLogic();
     void updateDisplay();
 
@@ -61,12 +63,15 @@ class ControlHead {
         bool scroll_move;
     };
     void run(const std::function<void()>& action);
+    void tell_faults();
     void act(std::function<void()> action, bool scroll_move = false);
 
     Head head_;
     int depth_ = 0;
     bool closed_ = false;
     std::vector<Kept> kept_;
+    std::string fault_;  // met by a handler and not told yet
+    bool telling_ = false;
 };
 
 }  // namespace ampdesk

@@ -49,12 +49,11 @@ void blink(Head& head) {
 
 void refresh(Head& head) {
     if (head.comm_error_shown)
-        redraw_display(head);
-    else if (head.menu_ptr != 0 && head.redraw_request)
-        set_menu(head);
-    else if (head.menu_ptr != 0)
-        update_menu(head);
-    else if (head.sub_menu == k_warning_levels)
+        return redraw_display(head);
+    if (head.menu_ptr != 0)
+        return head.redraw_request ? set_menu(head) : update_menu(head);
+    read_analog(head);  // the gauge lives on beside a sub-menu
+    if (head.sub_menu == k_warning_levels)
         attach_warnings(head, k_key_refresh);
     else if (head.sub_menu == k_event_list && head.event_refresh) {
         head.event_refresh = false;

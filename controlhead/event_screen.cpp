@@ -1,5 +1,5 @@
 // The event list: four entries of the amplifier's own log, moved through by soft keys and scroll
-// bar. How long the log is shows only when an entry is missing.
+// bar. How long the log is shows only when an entry is missing or blank.
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -44,7 +44,11 @@ std::optional<std::string> read_entry(Head& head, int number) {
     return std::nullopt;
 }
 
-// Up to four entries; fewer at the end of the log.
+bool is_blank(const std::string& text) {
+    return trimmed(text).empty();
+}
+
+// Up to four entries; fewer at the end of the log, behind which an amplifier may answer with blanks.
 std::vector<std::string> read_page(Head& head, int first) {
     std::vector<std::string> page;
     for (int i = 0; i < k_lines; ++i) {
@@ -53,6 +57,7 @@ std::vector<std::string> read_page(Head& head, int first) {
             break;
         page.push_back(std::move(*text));
     }
+    while (!page.empty() && is_blank(page.back())) page.pop_back();
     return page;
 }
 
@@ -61,7 +66,8 @@ int last_entry_before(Head& head, int missing) {
     int there = -1;
     while (missing - there > 1) {
         const int middle = (there + missing) / 2;
-        (read_entry(head, middle) ? there : missing) = middle;
+        const std::optional<std::string> text = read_entry(head, middle);
+        (text && !is_blank(*text) ? there : missing) = middle;
     }
     return std::max(there, 0);
 }

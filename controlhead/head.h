@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,9 @@ struct Head {
     HeadServices& services;
     HeadIdentity identity;
     AmplifierAccess amplifier;
+
+    // Shows a fault that nobody's key caused; a box at once when nothing is set. See ControlHead.
+    std::function<void(const std::string&)> show_fault;
     Panel panel;
     FaultLog faults;
 
@@ -88,8 +92,9 @@ struct Head {
     bool event_refresh = false;
     bool ignore_next_change = false;  // the program itself moved the scroll bar
     bool comm_error_shown = false;
-    bool shutdown_shown = false;  // this shutdown is on the display
-    bool first_draw = true;       // no status screen has been drawn yet
+    std::int16_t page_misses = 0;  // visits in a row that could not draw a page over that screen
+    bool shutdown_shown = false;   // this shutdown is on the display
+    bool first_draw = true;        // no status screen has been drawn yet
     LinkKind link_kind = LinkKind::none;
     double last_beep_time = -86400;  // seconds since midnight when the alarm beep ended last
 

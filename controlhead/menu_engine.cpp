@@ -9,7 +9,7 @@
 namespace ampdesk {
 
 void set_menu(Head& head) {
-    head.redraw_request = true;  // until it has succeeded
+    head.redraw_request = true;  // until header and legend stand
     if (head.first_draw) {
         head.first_draw = false;
         head.band_count = band_capability(head.services.options, head.identity.model);
@@ -21,6 +21,9 @@ void set_menu(Head& head) {
         draw_outline(head);  // the next refresh brings the values, under the label that stands
     } else {
         draw_fixed_rows(head);
+        // A value that cannot be shown comes with a later refresh; a request that stood as long would
+        // lock the hard keys, RF Off among them.
+        head.redraw_request = false;
         draw_value_rows(head);
     }
     head.redraw_request = false;
@@ -45,7 +48,6 @@ void enter_sub_menu(Head& head, SubMenu sub_menu) {
     // The page covers whatever was to be redrawn, and leaving it draws from scratch anyway; a request
     // left standing would lock the hard keys all the while.
     head.redraw_request = false;
-    head.panel.set_gauge(std::nullopt);  // the sub-menus do not measure
     attach_sub_menu(head, k_key_enter);
 }
 
@@ -86,11 +88,23 @@ void redraw_display(Head& head) {
             set_gain(head, k_key_enter);  // shows the scroll bar where the amplifier stands now
         return;
     }
-    attach_sub_menu(head, k_key_refresh);
-    if (head.amplifier.comm_error == 0)
+    try {
+        attach_sub_menu(head, k_key_refresh);
+    } catch (const RunTimeError& error) {
+        if (error.number() != RunTimeError::k_no_answer)
+            throw;
+    }
+    // An amplifier that answers all of a visit but the page may not have what the page shows. The page
+    // is left then, as the keys are dead while the error screen is up.
+    constexpr std::int16_t k_most_misses = 3;
+    const bool drawn = head.amplifier.comm_error == 0;
+    if (!drawn && ++head.page_misses < k_most_misses)
+        return DispCommError(head, 0);
+    head.page_misses = 0;
+    if (drawn)
         head.comm_error_shown = false;
     else
-        DispCommError(head, 0);
+        leave_sub_menu(head);
 }
 
 }  // namespace ampdesk

@@ -29,7 +29,7 @@ void leave_sub_menu(Head& head);
 void attach_sub_menu(Head& head, std::int16_t key);
 
 // Draws again what was on the display before the communication error screen covered it. When a read
-// fails on the way that screen stays up.
+// fails on the way that screen stays up; a page that misses three times is left for its status screen.
 void redraw_display(Head& head);
 
 }  // namespace ampdesk

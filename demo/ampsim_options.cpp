@@ -145,7 +145,10 @@ std::string ampsim_usage() {
     text +=
         "\nFaults, read from standard input one a line and answered by \"ok\" or \"error: ...\";\n"
         "@ADDRESS in front picks one amplifier, else all are meant:\n\n";
-    for (const Fault& fault : fault_table()) text += help_line(fault.name, fault.arguments, fault.help);
+    for (const Fault& fault : fault_table()) {
+        const std::string number = fault.number != 0 ? "shutdown " + std::to_string(fault.number) + ": " : "";
+        text += help_line(fault.name, fault.arguments, number + std::string(fault.help));
+    }
     return text;
 }
 

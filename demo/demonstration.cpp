@@ -49,7 +49,8 @@ std::vector<std::string> write_demonstration_files(const std::string& folder, in
         write_text_lines(folder + "/" + names.back(), settings(number));
     }
     write_text_lines(folder + "/rs485.dat", settings(1));
-    write_text_lines(folder + "/ampdesk.ini", {"[amplifier]", "negative_words=signed"});
+    write_text_lines(folder + "/ampdesk.ini",
+                     {"[amplifier]", "negative_words=signed", "reply_address=checked"});
     return names;
 }
 

@@ -18,7 +18,8 @@ inline constexpr int k_most_amplifiers = 99;
 //   2, 5 …  KU/DBS with power save, no switch; 20 s of warm-up left
 //   3, 6 …  KU, one band, neither switch nor power save, °F, Watts and mA; transmitting
 //
-// Negative quantities go out signed, which the configuration below tells the station.
+// Negative quantities go out signed, which the configuration below tells the station; it also makes
+// the station look at the address in a reply, so that a wrong one shows.
 SimModel demonstration_model(int number);
 
 // Hangs the amplifiers 1..count on the bus.

@@ -6,6 +6,21 @@
 
 namespace ampdesk::demo {
 
+namespace {
+
+// Limits at which the amplifier protects itself, by what is measured; forced words do not trip them.
+struct Trip {
+    AnalogItem item;
+    int level;
+    ShutdownCause cause;
+};
+constexpr Trip k_trips[] = {
+    {k_baseplate_temperature, 110, ShutdownCause::over_temperature},
+    {k_cabinet_temperature, 60, ShutdownCause::cabinet_temperature},
+};
+
+}  // namespace
+
 SimAmplifier::SimAmplifier(SimModel model, const Clock& clock)
     : nvram(model.serial), model_(std::move(model)), clock_(clock), tube_(model_, clock.now()) {
     log("Power on");
@@ -25,17 +40,32 @@ void SimAmplifier::refresh() {
         log("Ready");
     }
     words_ = tube_.measure();
+    if (trip(words_))
+        words_ = tube_.measure();
+    warnings.apply_crossed(words_);
     for (std::size_t i = 1; i <= k_analog_words; ++i) {
         if (faults.analog[i])
             words_[i] = static_cast<std::int16_t>(*faults.analog[i]);
     }
-    const std::string_view fresh = warnings_.check(words_, tube_.rf_on());
-    if (!fresh.empty())
-        log(fresh);
+    for (const std::string_view fresh : warnings.check(words_, tube_.rf_on())) log(fresh);
+}
+
+// True when a limit has just been passed.
+bool SimAmplifier::trip(const AnalogWords& measured) {
+    bool tripped = false;
+    for (const Trip& limit : k_trips) {
+        const bool over = measured[limit.item] > limit.level;
+        if (over && shutdowns_.find(limit.cause) == nullptr) {
+            shut_down(limit.cause);
+            tripped = true;
+        }
+        shutdowns_.hold(limit.cause, over);
+    }
+    return tripped;
 }
 
 Refusal SimAmplifier::set_hv(bool on) {
-    if (on && (warming_up_ || shutdown_))
+    if (on && (warming_up_ || shutdowns_.latest() != nullptr))
         return Refusal::invalid_data;
     if (tube_.hv_on() != on)
         log(on ? "HV on" : "HV off");
@@ -53,11 +83,12 @@ Refusal SimAmplifier::set_rf(bool on) {
 }
 
 Refusal SimAmplifier::acknowledge_shutdown() {
-    if (shutdown_ && interlock_open_)
+    const auto* latest = shutdowns_.latest();
+    const std::string entry = latest == nullptr ? "" : "Ack #" + std::to_string(latest->number);
+    if (!shutdowns_.acknowledge())
         return Refusal::invalid_data;
-    if (shutdown_)
-        log("Ack #" + std::to_string(shutdown_number_));
-    shutdown_ = false;
+    if (!entry.empty())
+        log(entry);
     return Refusal::none;
 }
 
@@ -99,34 +130,56 @@ Refusal SimAmplifier::set_band(int number) {
     return Refusal::none;
 }
 
-void SimAmplifier::shut_down(int number, std::string_view text) {
+void SimAmplifier::shut_down(const SimShutdowns::Entry& entry) {
     tube_.advance(clock_.now());
+    if (tube_.hv_on())
+        log("HV off");
     tube_.switch_hv(false);
-    shutdown_ = true;
-    shutdown_number_ = number;
-    shutdown_text_ = text;
-    log("Fault #" + std::to_string(number));
+    shutdowns_.add(entry);
+    log("Fault #" + std::to_string(entry.number));
 }
 
-void SimAmplifier::set_interlock(bool open) {
-    if (open && !interlock_open_)
-        shut_down(1, "Interlock Open");
-    interlock_open_ = open;
+void SimAmplifier::shut_down(int number, std::string_view text) {
+    shut_down({ShutdownCause::told, number, std::string(text), false});
+}
+
+// A cause that has not gone since is no new shutdown.
+void SimAmplifier::shut_down(ShutdownCause cause) {
+    const CauseText& told = text_of(cause);
+    const SimShutdowns::Entry* present = shutdowns_.find(cause);
+    if (present == nullptr || !present->held)
+        shut_down({cause, told.number, std::string(told.text), told.lasting});
+}
+
+void SimAmplifier::end_shutdown(ShutdownCause cause) {
+    if (const auto* shutdown = shutdowns_.find(cause))
+        log("Clear #" + std::to_string(shutdown->number));
+    shutdowns_.end(cause);
+}
+
+void SimAmplifier::raise_alarm(std::string_view text) {
+    faults.alarm = text;
+    log(text);
+}
+
+void SimAmplifier::stop_fan(bool stopped) {
+    tube_.advance(clock_.now());
+    tube_.stop_fan(stopped);
 }
 
 void SimAmplifier::set_remote(bool on) {
     if (remote_ != on)
         log(on ? "Remote on" : "Remote off");
     remote_ = on;
-    faults.status[2].reset();
 }
 
 void SimAmplifier::clear_faults() {
     set_remote(true);
     faults = {};
     line = {};
-    interlock_open_ = false;
-    acknowledge_shutdown();
+    warnings = {};
+    stop_fan(false);
+    while (const auto* shutdown = shutdowns_.latest()) end_shutdown(shutdown->cause);
 }
 
 }  // namespace ampdesk::demo

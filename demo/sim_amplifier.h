@@ -10,6 +10,7 @@
 #include "demo/sim_faults.h"
 #include "demo/sim_model.h"
 #include "demo/sim_nvram.h"
+#include "demo/sim_shutdowns.h"
 #include "demo/sim_tube.h"
 #include "demo/sim_warnings.h"
 #include "platform/clock.h"
@@ -45,7 +46,7 @@ class SimAmplifier {
     // Settings, as the bus commands give them.
     Refusal set_hv(bool on);
     Refusal set_rf(bool on);
-    Refusal acknowledge_shutdown();  // refused while the interlock is open
+    Refusal acknowledge_shutdown();  // refused while a cause is still there
     Refusal throw_switch();
     Refusal set_switch_mode(int mode);  // 0 off, 1 manual, 2 auto
     Refusal set_attenuation(int tenths);
@@ -63,20 +64,30 @@ class SimAmplifier {
     int band() const { return band_; }
 
     bool remote_on() const { return (status_character(2) & 1U) != 0; }
-    bool shut_down() const { return shutdown_; }
+    bool remote_allowed() const { return remote_; }  // what set_remote said
+    bool fan_stopped() const { return tube_.fan_stopped(); }
 
-    // What goes wrong. A shutdown takes HV and RF off and stays until it is acknowledged.
+    // What goes wrong. A shutdown takes HV and RF off and stays until it is acknowledged; that of an
+    // open interlock or of low air flow is refused until its cause has gone. The latest is told.
     void shut_down(int number, std::string_view text);
-    void set_interlock(bool open);  // open: a shutdown that cannot be acknowledged
+    void shut_down(ShutdownCause cause);
+    void cause_gone(ShutdownCause cause) { shutdowns_.hold(cause, false); }
+    void end_shutdown(ShutdownCause cause);  // without an acknowledgement
+    const SimShutdowns& shutdowns() const { return shutdowns_; }
+    void raise_alarm(std::string_view text);
+    void stop_fan(bool stopped);  // leads to over-temperature
     void set_remote(bool on);
-    void clear_faults();  // all of them, the shutdown and the line's included
+    void clear_faults();  // all of them, shutdowns and the line's included
 
     SimNvram nvram;
+    SimWarnings warnings;
     LineFaults line;
     ContentFaults faults;
 
   private:
     void refresh();
+    bool trip(const AnalogWords& measured);
+    void shut_down(const SimShutdowns::Entry& entry);
     std::uint8_t status_character(std::size_t position) const;
     std::string state_text() const;
     void log(std::string_view text) { log_.add(clock_.local_time(), text); }
@@ -84,15 +95,11 @@ class SimAmplifier {
     SimModel model_;
     const Clock& clock_;
     SimTube tube_;
-    SimWarnings warnings_;
+    SimShutdowns shutdowns_;
     SimEventLog log_;
     AnalogWords words_{};  // as measured last, forced words among them
     bool warming_up_ = false;
     bool remote_ = true;
-    bool shutdown_ = false;
-    int shutdown_number_ = 0;
-    std::string shutdown_text_;
-    bool interlock_open_ = false;
     int switch_mode_ = 0;
     int band_ = 0;
 };

@@ -35,7 +35,7 @@ std::uint8_t SimAmplifier::status_character(std::size_t position) const {
     unsigned value = 0;
     switch (position) {
         case 1:
-            value = bit(tube_.hv_on(), 4) | bit(tube_.rf_on(), 8) | bit(shutdown_, 16);
+            value = bit(tube_.hv_on(), 4) | bit(tube_.rf_on(), 8) | bit(shutdowns_.latest() != nullptr, 16);
             break;
         case 2:
             value = bit(remote_, 1) | bit(model_.fahrenheit, 2) | bit(model_.forward_in_watts, 4) |
@@ -99,23 +99,23 @@ std::string SimAmplifier::state_text() const {
 }
 
 std::string SimAmplifier::alarm_state() const {
-    if (shutdown_)
-        return "1," + shutdown_text_;
+    if (const auto* shutdown = shutdowns_.latest())
+        return "1," + shutdown->text;
     if (!faults.alarm.empty())
         return "1," + faults.alarm;
-    if (!warnings_.active().empty())
-        return "1," + std::string(warnings_.active());
+    if (!warnings.active().empty())
+        return "1," + std::string(warnings.active());
     return "0," + state_text();
 }
 
 std::string SimAmplifier::shutdown_state() const {
-    if (!shutdown_)
-        return "0, No Shutdown";
-    return std::to_string(shutdown_number_) + ", " + shutdown_text_;
+    const auto* shutdown = shutdowns_.latest();
+    return shutdown == nullptr ? "0, No Shutdown" : std::to_string(shutdown->number) + ", " + shutdown->text;
 }
 
 std::string SimAmplifier::readable_status() {
-    return (shutdown_ ? "Shutdown " + std::to_string(shutdown_number_) : state_text()) + ",Fwd " +
+    const auto* shutdown = shutdowns_.latest();
+    return (shutdown != nullptr ? "Shutdown " + std::to_string(shutdown->number) : state_text()) + ",Fwd " +
            fixed_point(words_[k_forward_power] / 10.0, 1) + " dBm,Attn " +
            fixed_point(tube_.attenuation / 10.0, 1) + " dB,Remote " + (remote_on() ? "on" : "off");
 }

@@ -58,9 +58,29 @@ void SimTube::advance(Instant now) {
     if (rf_on_)
         rf_time_ += passed;
     const double seconds = duration<double>(passed).count();
-    const double drive = rf_on_ ? std::pow(10.0, -attenuation / 100.0) : 0;  // share of the rated power
-    approach(baseplate_, 38 + (hv_on_ ? 16 : 0) + 24 * drive, seconds, k_baseplate_seconds);
-    approach(cabinet_, 30 + (hv_on_ ? 3 : 0) + 4 * drive, seconds, k_cabinet_seconds);
+    approach(baseplate_, baseplate_target(), seconds, k_baseplate_seconds);
+    approach(cabinet_, cabinet_target(), seconds, k_cabinet_seconds);
+}
+
+// The share of the rated power that is put out.
+double SimTube::drive() const {
+    return rf_on_ ? std::pow(10.0, -attenuation / 100.0) : 0;
+}
+
+double SimTube::baseplate_target() const {
+    return 38 + (hv_on_ ? 16 : 0) + 24 * drive() + (fan_stopped_ ? 110 : 0);
+}
+
+double SimTube::cabinet_target() const {
+    return 30 + (hv_on_ ? 3 : 0) + 4 * drive() + (fan_stopped_ ? 50 : 0);
+}
+
+void SimTube::stop_fan(bool stopped) {
+    fan_stopped_ = stopped;
+    if (stopped)
+        return;
+    baseplate_ = std::min(baseplate_, baseplate_target());
+    cabinet_ = std::min(cabinet_, cabinet_target());
 }
 
 int SimTube::warm_up_left() const {
@@ -92,8 +112,7 @@ std::array<int, k_analog_words + 1> SimTube::measure() {
         words[k_cathode_voltage] = (rf_on_ ? 9160 : 9200) + jitter(6);
         words[k_beam_voltage] = (rf_on_ ? 4570 : 4600) + jitter(4);
         words[k_helix_current] = 60 + jitter(3);
-        if (rf_on_)
-            words[k_helix_current] += rounded(180 * std::pow(10.0, -attenuation / 100.0));
+        words[k_helix_current] += rounded(180 * drive());
     }
     // A cold filament draws more; what is left of the excess fades with the warm-up.
     words[k_filament_voltage] = 6300 + jitter(5);

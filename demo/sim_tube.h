@@ -49,6 +49,11 @@ class SimTube {
     void switch_hv(bool on);
     void switch_rf(bool on) { rf_on_ = on; }
 
+    // Without its fan the tube and the cabinet get much hotter. With the fan back they are at once no
+    // hotter than they would have become with it.
+    void stop_fan(bool stopped);
+    bool fan_stopped() const { return fan_stopped_; }
+
     // All words as magnitudes, index 0 unused. Draws fresh noise.
     std::array<int, k_analog_words + 1> measure();
 
@@ -57,6 +62,9 @@ class SimTube {
 
   private:
     int jitter(int most);
+    double drive() const;
+    double baseplate_target() const;
+    double cabinet_target() const;
 
     int noise_;
     std::minstd_rand random_;
@@ -66,6 +74,7 @@ class SimTube {
     Duration rf_time_{};
     bool hv_on_ = false;
     bool rf_on_ = false;
+    bool fan_stopped_ = false;
     double baseplate_ = 31;  // °C
     double cabinet_ = 24;    // °C
 };

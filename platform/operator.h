@@ -35,8 +35,10 @@ class Operator {
     // Filters in the form "Text (*.ext)|*.ext|All Files (*.*)|*.*". Nothing when cancelled.
     virtual std::optional<std::string> choose_file_to_open(std::string_view title,
                                                            std::string_view filter) = 0;
+    // Asks before an existing file is chosen, unless the caller does that in its own words.
     virtual std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
-                                                           std::string_view suggestion) = 0;
+                                                           std::string_view suggestion,
+                                                           bool ask_to_replace = true) = 0;
 
     // Starts the sound and returns; a beep that is sounding is prolonged, not doubled.
     virtual void start_beep(std::chrono::milliseconds length) = 0;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -43,6 +44,29 @@ struct PortResult {
 
 enum class WaitResult { data, timed_out, lost };
 
+// The modem lines as they stand.
+struct ModemLines {
+    bool cts = false;
+    bool dsr = false;
+    bool carrier = false;
+    bool ring = false;
+    bool operator==(const ModemLines&) const = default;
+};
+
+// What the driver has counted since it was loaded: errors on the line and edges of the modem lines.
+struct LineCounts {
+    unsigned framing = 0;
+    unsigned parity = 0;
+    unsigned overrun = 0;         // of the chip
+    unsigned buffer_overrun = 0;  // of the driver's buffer
+    unsigned breaks = 0;
+    unsigned cts = 0;
+    unsigned dsr = 0;
+    unsigned carrier = 0;
+    unsigned ring = 0;
+    bool operator==(const LineCounts&) const = default;
+};
+
 class SerialPort {
   public:
     virtual ~SerialPort() = default;
@@ -62,6 +86,12 @@ class SerialPort {
     // Writes all bytes or reports why not. Waits at most until the deadline for room.
     virtual PortError write(std::string_view bytes, Instant deadline) = 0;
 
+    // Writes as much as the line takes at once and never waits. The count, possibly 0; nothing when
+    // the line is lost, closed or refuses.
+    virtual std::optional<std::size_t> write_some(std::string_view bytes) {
+        return write(bytes, Instant{}) == PortError::none ? std::optional(bytes.size()) : std::nullopt;
+    }
+
     // Everything that is waiting, possibly nothing. Never blocks.
     virtual std::string read_waiting() = 0;
 
@@ -70,6 +100,20 @@ class SerialPort {
 
     // Throws away what is waiting.
     virtual void discard_input() { read_waiting(); }
+
+    // Nothing where the device has no modem lines or no counters (a pseudo-terminal).
+    virtual std::optional<ModemLines> modem_lines() { return std::nullopt; }
+    virtual std::optional<LineCounts> line_counts() { return std::nullopt; }
+
+    // False where the device has no such line.
+    virtual bool set_dtr(bool /*on*/) { return false; }
+
+    // Waits until all output has left; false when it has not by the deadline.
+    virtual bool drain(Instant /*deadline*/) { return true; }
+
+    // A descriptor that an event loop can watch for input; -1 when there is none now. It changes
+    // when the line is lost and when it is back.
+    virtual int watch_handle() const { return -1; }
 
     // Called once when an open line is lost (false) and once when it is back (true).
     std::function<void(bool connected)> on_connection_change;

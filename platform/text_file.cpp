@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "platform/descriptor.h"
+#include "platform/open_file.h"
 #include "platform/run_time_error.h"
 
 namespace ampdesk {
@@ -21,49 +21,6 @@ using Path = std::filesystem::path;
 
 Path folder_of(const Path& path) {
     return path.has_parent_path() ? path.parent_path() : Path(".");
-}
-
-[[noreturn]] void fail(int error, const Path& path) {
-    std::error_code ignored;
-    switch (error) {
-        case ENOSPC:
-        case EDQUOT:
-        case EFBIG:
-            throw RunTimeError::disk_full();
-        case EACCES:
-        case EPERM:
-        case EROFS:
-            throw RunTimeError::permission_denied();
-        case ENOENT:
-            if (std::filesystem::is_directory(folder_of(path), ignored))
-                throw RunTimeError::file_not_found();
-            throw RunTimeError::path_not_found();
-        case ENOTDIR:
-            throw RunTimeError::path_not_found();
-        default:
-            throw RunTimeError::device_io();
-    }
-}
-
-// Opens an ordinary file for reading. A queue, a device or a folder is refused; none of them blocks.
-Descriptor open_to_read(const Path& path) {
-    Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    struct stat info {};
-    if (!file || fstat(file.get(), &info) != 0)
-        fail(errno, path);
-    if (!S_ISREG(info.st_mode))
-        throw RunTimeError::device_io();
-    return file;
-}
-
-std::size_t read_some(const Descriptor& file, char* buffer, std::size_t size, const Path& path) {
-    for (;;) {
-        const ssize_t count = ::read(file.get(), buffer, size);
-        if (count >= 0)
-            return static_cast<std::size_t>(count);
-        if (errno != EINTR)
-            fail(errno, path);
-    }
 }
 
 // The file that a name stands for: what a link points to, also when that does not exist yet.
@@ -82,12 +39,12 @@ class Replacement {
     explicit Replacement(const std::string& path) : target_(link_target(path)) {
         replaces_ = stat(target_.c_str(), &old_) == 0;
         if (!replaces_ && errno != ENOENT)
-            fail(errno, target_);
+            throw_file_error(errno, target_);
         if (replaces_ && !S_ISREG(old_.st_mode))
             throw RunTimeError::device_io();
         // A rename would pass over a write-protected file.
         if (replaces_ && faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0)
-            fail(errno, target_);
+            throw_file_error(errno, target_);
         create();
     }
     Replacement(const Replacement&) = delete;
@@ -99,13 +56,7 @@ class Replacement {
 
     void append(std::string_view bytes) {
         size_ += bytes.size();
-        while (!bytes.empty()) {
-            const ssize_t taken = ::write(file_.get(), bytes.data(), bytes.size());
-            if (taken < 0 && errno != EINTR)
-                fail(errno, target_);
-            if (taken > 0)
-                bytes.remove_prefix(static_cast<std::size_t>(taken));
-        }
+        write_all(file_, bytes, target_);
     }
 
     void put_in_place() {
@@ -113,13 +64,13 @@ class Replacement {
             take_rights();
         struct stat info {};
         if (fsync(file_.get()) != 0 || fstat(file_.get(), &info) != 0)
-            fail(errno, target_);
+            throw_file_error(errno, target_);
         if (static_cast<std::size_t>(info.st_size) != size_)
             throw RunTimeError::device_io();
         if (file_.close() != 0 && errno != EINTR)
-            fail(errno, target_);
+            throw_file_error(errno, target_);
         if (std::rename(name_.c_str(), target_.c_str()) != 0)
-            fail(errno, target_);
+            throw_file_error(errno, target_);
         name_.clear();
         // The new file is in place. Flushing the folder makes the change outlast a power cut; a
         // folder that cannot be flushed takes nothing back.
@@ -135,7 +86,7 @@ class Replacement {
             name_ = start.string() + std::to_string(number);
             file_ = Descriptor(::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
             if (!file_ && errno != EEXIST && errno != EINTR)
-                fail(errno, target_);
+                throw_file_error(errno, target_);
         }
     }
 
@@ -144,7 +95,7 @@ class Replacement {
         if (fchown(file_.get(), old_.st_uid, old_.st_gid) != 0)
             static_cast<void>(fchown(file_.get(), static_cast<uid_t>(-1), old_.st_gid) == 0);
         if (fchmod(file_.get(), old_.st_mode & 0777U) != 0)
-            fail(errno, target_);
+            throw_file_error(errno, target_);
     }
 
     Path target_;
@@ -157,17 +108,22 @@ class Replacement {
 
 }  // namespace
 
-std::vector<std::string> read_text_lines(const std::string& path, std::size_t limit) {
+std::string read_file_bytes(const std::string& path, std::size_t limit) {
     const Descriptor file = open_to_read(path);
-    std::string text;
+    std::string bytes;
     std::array<char, 16384> block;
-    while (text.size() < limit) {
+    while (bytes.size() < limit) {
         const std::size_t count =
-            read_some(file, block.data(), std::min(block.size(), limit - text.size()), path);
+            read_some(file, block.data(), std::min(block.size(), limit - bytes.size()), path);
         if (count == 0)
             break;
-        text.append(block.data(), count);
+        bytes.append(block.data(), count);
     }
+    return bytes;
+}
+
+std::vector<std::string> read_text_lines(const std::string& path, std::size_t limit) {
+    const std::string text = read_file_bytes(path, limit);
     std::vector<std::string> lines;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());

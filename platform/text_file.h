@@ -14,6 +14,9 @@ namespace ampdesk {
 // that a huge or binary file costs no more than that. Never changes the file.
 std::vector<std::string> read_text_lines(const std::string& path, std::size_t limit = 1 << 20);
 
+// The file's bytes as they stand, at most `limit` of them. Throws as read_text_lines.
+std::string read_file_bytes(const std::string& path, std::size_t limit);
+
 // Whether there is something of that name that is not a folder.
 bool file_exists(const std::string& path);
 

@@ -28,6 +28,11 @@ std::string in_folder(const HeadServices& services, const std::string& name) {
     return (std::filesystem::path(services.options.folder) / name).string();
 }
 
+// As far as an amplifier file tells a line.
+bool same_line(const LineSettings& a, const LineSettings& b) {
+    return port_number(a.port_name) == port_number(b.port_name) && a.baud == b.baud;
+}
+
 std::string settings_in_use(const LineSettings& settings) {
     return "The bus is in use on " + settings.port_name + " with " + settings_string(settings);
 }
@@ -113,8 +118,7 @@ bool Station::open_line(const Rs485File& file, const OpenTexts& texts) {
     }
     if (open_count() > 0 && bus.bus_link_on()) {
         const LineSettings& used = bus.settings();
-        const bool agrees =
-            port_number(wanted->port_name) == port_number(used.port_name) && wanted->baud == used.baud;
+        const bool agrees = same_line(*wanted, used);
         if (!agrees)
             services_.person.notify(texts.port_failed, settings_in_use(used));
         return agrees;
@@ -171,8 +175,17 @@ std::optional<Station::Identity> Station::identify(int address, const OpenTexts&
 void Station::add_amplifier(std::int16_t unit_address, const std::string& number, const std::string& model) {
     const std::string name = amplifier_file_name(number);
     tell_failure(name, [&] {
-        if (!file_exists(in_folder(services_, name)))
-            copy_file_bytes(in_folder(services_, "rs485.dat"), in_folder(services_, name));
+        const std::string path = in_folder(services_, name);
+        const std::string fields = in_folder(services_, "rs485.dat");
+        if (file_exists(path))
+            return;
+        const auto file = read_rs485(fields);
+        const auto told = file ? line_settings(*file) : std::nullopt;
+        // Beside open amplifiers the dialog's port and rate were not used, and may be anything.
+        if (told && !same_line(*told, services_.bus.settings()))
+            write_amplifier_file(unit_address, path);
+        else
+            copy_file_bytes(fields, path);
     });
     new_amplifier_window(unit_address, number, model, true);
 }
@@ -185,17 +198,18 @@ bool Station::tell_failure(const std::string& file, const std::function<void()>&
     return failure.empty();
 }
 
-void Station::write_amplifier_file(const ControlHead& head, const std::string& path) {
+void Station::write_amplifier_file(int unit_address, const std::string& path) {
     const LineSettings& used = services_.bus.settings();
     write_rs485(path, {.port_name = used.port_name,
                        .baud_code = code_of_baud(used.baud).value_or(Rs485File{}.baud_code),
-                       .address = std::to_string(head.identity().unit_address)});
+                       .address = std::to_string(unit_address)});
 }
 
 void Station::save(const ControlHead& head) {
     const std::string& number = head.identity().number;
     const std::string name = amplifier_file_name(number);
-    tell_failure(name, [&] { write_amplifier_file(head, in_folder(services_, name)); });
+    tell_failure(name,
+                 [&] { write_amplifier_file(head.identity().unit_address, in_folder(services_, name)); });
     tell_failure(screen_settings_name(number), [&] { head.save_screen_settings(); });
 }
 
@@ -203,7 +217,7 @@ void Station::save_as(const ControlHead& head) {
     const auto path = services_.person.choose_file_to_save("Save Amplifier File As", k_filter,
                                                            amplifier_file_name(head.identity().number));
     if (path)
-        tell_failure(*path, [&] { write_amplifier_file(head, *path); });
+        tell_failure(*path, [&] { write_amplifier_file(head.identity().unit_address, *path); });
 }
 
 void Station::save_all() {

@@ -2,6 +2,7 @@
 // bus, the station and the main window together. Nothing else knows which port it is.
 #include <QApplication>
 #include <QDir>
+#include <QPointer>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -9,6 +10,7 @@
 
 #include "demo/demonstration.h"
 #include "demo/sim_port.h"
+#include "demo/ui/frmFault.h"
 #include "platform/posix/posix_serial_port.h"
 #include "platform/posix/system_clock.h"
 #include "platform/qt/qt_operator.h"
@@ -61,6 +63,7 @@ class BusPort {
         }
     }
     SerialPort& port() { return *port_; }
+    const demo::SimBus& simulated() const { return bus_; }
 
   private:
     demo::SimBus bus_;
@@ -83,7 +86,21 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
     options.shipped_folder = services.options.shipped_folder;
     options.amplifier_files = line.amplifier_files;
     for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
-    MDIForm1 form(station, bus, person, options);
+    QPointer<demo::frmFault> faults;  // the main window's, made when it is first asked for
+    if (line.demo) {
+        options.make_fault = [&](QWidget& parent, int unit_address) {
+            if (faults.isNull())
+                faults = new demo::frmFault(bus_port.simulated(), &parent);
+            faults->show_for(unit_address);
+        };
+        options.active_amplifier_changed = [&](std::optional<int> unit_address) {
+            if (!faults.isNull())
+                faults->follow(unit_address);
+        };
+    }
+    PosixSerialPort MSComm1(clock);
+    TerminalLine terminal_line(line.demo ? nullptr : &MSComm1, clock);
+    MDIForm1 form(station, bus, terminal_line, person, options);
     person.set_parent_window(&form);
     form.show();
     signals.listen();

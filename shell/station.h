@@ -27,8 +27,9 @@ class Station {
     std::shared_ptr<ControlHead> new_amplifier_window(std::int16_t unit_address, const std::string& number,
                                                       const std::string& model, bool ask_before_restore);
 
-    // The setup dialog's way in: makes the amplifier file "com" + number + ".dat" from "rs485.dat"
-    // when there is none, then opens the head.
+    // The setup dialog's way in: makes the amplifier file "com" + number + ".dat" when there is none,
+    // then opens the head. The file is a copy of "rs485.dat", or tells the line in use where that is
+    // another one.
     void add_amplifier(std::int16_t unit_address, const std::string& number, const std::string& model);
 
     // Opens the files one after another; a failure is told in a message that names the file, and
@@ -91,7 +92,7 @@ class Station {
     void restore_line(const std::optional<LineSettings>& before);
     std::optional<Identity> identify(int address, const OpenTexts& texts);
     bool tell_failure(const std::string& file, const std::function<void()>& action);
-    void write_amplifier_file(const ControlHead& head, const std::string& path);
+    void write_amplifier_file(int unit_address, const std::string& path);
 
     HeadServices& services_;
     std::vector<Slot> slots_;  // slot n at n - 1; grows and never shrinks

@@ -27,8 +27,9 @@ bool read_place(std::istringstream& in, Place& place, bool& flag) {
     int number = 0;
     if (!(in >> read.x >> read.y >> read.width >> read.height >> number))
         return false;
-    const bool sensible = std::abs(read.x) <= k_largest && std::abs(read.y) <= k_largest && read.width > 0 &&
-                          read.width <= k_largest && read.height > 0 && read.height <= k_largest;
+    const auto within = [](int value, int low) { return value >= low && value <= k_largest; };
+    const bool sensible = within(read.x, -k_largest) && within(read.y, -k_largest) && within(read.width, 1) &&
+                          within(read.height, 1);
     if (sensible) {
         place = read;
         flag = number != 0;

@@ -5,6 +5,7 @@
 #include <QWheelEvent>
 
 #include "controlhead/ui/panel_colours.h"
+#include "controlhead/ui/panel_interface.h"
 #include "platform/qt/text.h"
 
 namespace ampdesk {
@@ -44,6 +45,7 @@ void PanelScrollBar::wheelEvent(QWheelEvent* event) {
 }
 
 PanelView::PanelView(GaugeRange gauge, QWidget* parent) : QWidget(parent) {
+    QAccessible::installFactory(PanelInterface::make);  // a second time does nothing
     setObjectName(QStringLiteral("frameMachine"));
     make_display();
     make_soft_keys();

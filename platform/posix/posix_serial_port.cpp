@@ -14,6 +14,8 @@ namespace ampdesk {
 namespace {
 
 constexpr std::chrono::seconds k_try_again{2};
+constexpr std::chrono::milliseconds k_close_limit{500};
+constexpr std::chrono::milliseconds k_drain_step{10};
 constexpr std::size_t k_block = 4096;  // what a terminal driver holds at most
 constexpr int k_blocks_at_once = 16;   // so that an endless sender cannot hold the caller
 
@@ -34,8 +36,8 @@ PortResult PosixSerialPort::open(const PortSettings& settings) {
 }
 
 void PosixSerialPort::close() {
-    // Closing waits for the output, half a minute where a hardware handshake holds it back.
-    if (line_ && settings_.handshake == Handshake::rts_cts)
+    // The driver's own close waits for the output, half a minute where something holds it back.
+    if (line_ && (settings_.handshake == Handshake::rts_cts || !drain(clock_.now() + k_close_limit)))
         tcflush(line_.get(), TCOFLUSH);
     line_.close();
     open_ = false;
@@ -110,6 +112,22 @@ PortError PosixSerialPort::write(std::string_view bytes, Instant deadline) {
     return PortError::none;
 }
 
+std::optional<std::size_t> PosixSerialPort::write_some(std::string_view bytes) {
+    if (!connect())
+        return std::nullopt;
+    for (;;) {
+        const ssize_t taken = ::write(line_.get(), bytes.data(), bytes.size());
+        if (taken >= 0)
+            return static_cast<std::size_t>(taken);
+        if (errno == EAGAIN)
+            return 0;
+        if (errno == EINTR)
+            continue;
+        lose();
+        return std::nullopt;
+    }
+}
+
 // Bytes read, 0 when none are waiting or the line has just been lost.
 std::size_t PosixSerialPort::read_some(char* buffer, std::size_t size) {
     for (;;) {
@@ -163,6 +181,32 @@ void PosixSerialPort::discard_input() {
             return;
     if (line_)
         tcflush(line_.get(), TCIFLUSH);
+}
+
+std::optional<ModemLines> PosixSerialPort::modem_lines() {
+    return line_ ? read_modem_lines(call_, line_.get()) : std::nullopt;
+}
+
+std::optional<LineCounts> PosixSerialPort::line_counts() {
+    return line_ ? read_line_counts(call_, line_.get()) : std::nullopt;
+}
+
+bool PosixSerialPort::set_dtr(bool on) {
+    return line_ && set_line_dtr(call_, line_.get(), on);
+}
+
+// Not the driver's own call for it, which knows no limit.
+bool PosixSerialPort::drain(Instant deadline) {
+    for (;;) {
+        if (!line_)
+            return false;
+        if (line_output_left(call_, line_.get()))
+            return true;
+        const Instant now = clock_.now();
+        if (now >= deadline)
+            return false;
+        clock_.sleep_until(std::min(deadline, now + k_drain_step));
+    }
 }
 
 }  // namespace ampdesk

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/descriptor.h"
+#include "platform/posix/line_status.h"
 #include "platform/serial_port.h"
 
 namespace ampdesk {
@@ -10,7 +11,9 @@ namespace ampdesk {
 class PosixSerialPort : public SerialPort {
   public:
     // Deadlines are read on this clock, and so is the time between two attempts at a lost line.
-    explicit PosixSerialPort(Clock& clock) : clock_(clock) {}
+    // `call` makes the control calls of modem lines, counts and drain.
+    explicit PosixSerialPort(Clock& clock, LineCall call = system_line_call)
+        : clock_(clock), call_(std::move(call)) {}
     ~PosixSerialPort() override { PosixSerialPort::close(); }
     PosixSerialPort(const PosixSerialPort&) = delete;
     PosixSerialPort& operator=(const PosixSerialPort&) = delete;
@@ -19,7 +22,7 @@ class PosixSerialPort : public SerialPort {
     // refused. What had come in before is thrown away.
     PortResult open(const PortSettings& settings) override;
 
-    // Output that a hardware handshake holds back is thrown away; other output leaves first.
+    // Output gets half a second to leave; what a hardware handshake holds back is thrown away at once.
     void close() override;
 
     bool is_open() const override { return open_; }
@@ -29,6 +32,8 @@ class PosixSerialPort : public SerialPort {
     // does not leave at some later time. A port that is not open reports `failed`.
     PortError write(std::string_view bytes, Instant deadline) override;
 
+    std::optional<std::size_t> write_some(std::string_view bytes) override;
+
     // At most 64 KiB a call.
     std::string read_waiting() override;
 
@@ -36,6 +41,14 @@ class PosixSerialPort : public SerialPort {
     WaitResult wait_readable(Instant deadline) override;
 
     void discard_input() override;
+
+    // Nothing, or false, while the line is lost, too.
+    std::optional<ModemLines> modem_lines() override;
+    std::optional<LineCounts> line_counts() override;
+    bool set_dtr(bool on) override;
+    bool drain(Instant deadline) override;
+
+    int watch_handle() const override { return line_.get(); }
 
   private:
     enum class Ready { yes, timed_out, lost };
@@ -46,6 +59,7 @@ class PosixSerialPort : public SerialPort {
     std::size_t read_some(char* buffer, std::size_t size);
 
     Clock& clock_;
+    LineCall call_;
     PortSettings settings_;
     bool open_ = false;
     Descriptor line_;     // none while the line is lost

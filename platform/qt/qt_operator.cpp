@@ -130,12 +130,14 @@ std::optional<std::string> QtOperator::input_box(std::string_view prompt) {
     return dialog.textValue().toStdString();
 }
 
-std::optional<std::string> QtOperator::choose_file(bool save, std::string_view title, std::string_view filter,
-                                                   std::string_view suggestion) {
+std::optional<std::string> QtOperator::choose_file(FileChoice choice, std::string_view title,
+                                                   std::string_view filter, std::string_view suggestion) {
     if (retired_)
         return std::nullopt;
     QFileDialog dialog(parent_, from_utf8(title), QDir::currentPath());
+    const bool save = choice != FileChoice::open;
     dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite, choice == FileChoice::save_without_question);
     dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
     dialog.setNameFilters(name_filters(filter));
@@ -147,12 +149,13 @@ std::optional<std::string> QtOperator::choose_file(bool save, std::string_view t
 }
 
 std::optional<std::string> QtOperator::choose_file_to_open(std::string_view title, std::string_view filter) {
-    return choose_file(false, title, filter, {});
+    return choose_file(FileChoice::open, title, filter, {});
 }
 
 std::optional<std::string> QtOperator::choose_file_to_save(std::string_view title, std::string_view filter,
-                                                           std::string_view suggestion) {
-    return choose_file(true, title, filter, suggestion);
+                                                           std::string_view suggestion, bool ask_to_replace) {
+    return choose_file(ask_to_replace ? FileChoice::save : FileChoice::save_without_question, title, filter,
+                       suggestion);
 }
 
 void QtOperator::start_beep(std::chrono::milliseconds length) {

@@ -27,7 +27,8 @@ class QtOperator : public Operator {
     std::optional<std::string> input_box(std::string_view prompt) override;
     std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view filter) override;
     std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
-                                                   std::string_view suggestion) override;
+                                                   std::string_view suggestion,
+                                                   bool ask_to_replace = true) override;
     void start_beep(std::chrono::milliseconds length) override;
     void set_busy_pointer(bool busy) override;
     void let_events_run() override;
@@ -39,7 +40,8 @@ class QtOperator : public Operator {
     std::function<void()> sound;
 
   private:
-    std::optional<std::string> choose_file(bool save, std::string_view title, std::string_view filter,
+    enum class FileChoice { open, save, save_without_question };
+    std::optional<std::string> choose_file(FileChoice choice, std::string_view title, std::string_view filter,
                                            std::string_view suggestion);
 
     QPointer<QWidget> parent_;

@@ -2,16 +2,16 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QFontDatabase>
+#include <QDockWidget>
 #include <QProxyStyle>
 #include <QScreen>
 #include <QStatusBar>
 #include <algorithm>
+#include <utility>
 
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
-#include "shell/ampdesk_file.h"
 #include "shell/ui/arrange.h"
 
 namespace ampdesk {
@@ -36,25 +36,30 @@ class IconStyle : public QProxyStyle {
 
 }  // namespace
 
-MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1Options options)
+MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperator& person,
+                   MDIForm1Options options)
     : station_(station),
       bus_(bus),
       person_(person),
       options_(std::move(options)),
       layout_(*this, "layout.dat"),
       set_up_(*this, station, bus, person, options_.gauge, options_.models),
+      tools_(*this, bus, person, tool_hooks()),
       icon_style_(new IconStyle) {
     setObjectName(QStringLiteral("MDIForm1"));
     setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
                                           : QStringLiteral("JEX Remote Control"));
     build_centre();
     build_menu();
+    terminal_ = std::make_unique<TerminalControl>(*this, *Term_, line, bus, person,
+                                                  [this](const QString& text) { show_status(text); });
     resize(k_natural_size.boundedTo(screen()->availableSize() * 0.94));
     layout_.restore_main();
 
     keys_ = new HeadKeys(this, [this] { return keyboard_target(); });
     connect(area_, &QMdiArea::subWindowActivated, keys_, &HeadKeys::follow);
     connect(qApp, &QApplication::focusChanged, keys_, &HeadKeys::follow);
+    connect(area_, &QMdiArea::subWindowActivated, this, &MDIForm1::follow_active);
 
     poll_timer_.setSingleShot(true);
     connect(&poll_timer_, &QTimer::timeout, this, &MDIForm1::poll);
@@ -72,6 +77,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1O
 
 MDIForm1::~MDIForm1() {
     delete keys_;  // the sub-windows go after this, and tell it of every change of the focus
+    area_->disconnect(this);
     station_.on_window_created = nullptr;
     station_.on_window_closed = nullptr;
     bus_.port().on_connection_change = nullptr;
@@ -86,14 +92,7 @@ void MDIForm1::build_centre() {
     area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     area_->setActivationOrder(QMdiArea::ActivationHistoryOrder);
 
-    Term_ = new QPlainTextEdit(divider);
-    Term_->setObjectName(QStringLiteral("Term"));
-    Term_->setAccessibleName(QStringLiteral("Terminal"));
-    Term_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    QPalette screen_colours = Term_->palette();
-    screen_colours.setColor(QPalette::Base, QColor(0x1E, 0x20, 0x22));
-    screen_colours.setColor(QPalette::Text, QColor(0xE2, 0xE4, 0xE0));
-    Term_->setPalette(screen_colours);
+    Term_ = new TermBox(divider);
     divider->setStretchFactor(0, 1);
     divider->setCollapsible(0, false);
     divider->setSizes({k_natural_size.height(), k_terminal_height});
@@ -119,17 +118,32 @@ void MDIForm1::build_centre() {
 void MDIForm1::build_menu() {
     MenuHandlers handlers;
     handlers.mnuMachineItem_Click = [this](int index) { mnuMachineItem_Click(index); };
+    handlers.mnuModemItem_Click = [this](int index) { terminal_->mnuModemItem_Click(index); };
+    handlers.mnuModemOpt_Click = [this](int index) { terminal_->mnuModemOpt_Click(index); };
     handlers.mnuToolsItem_Click = [this](int index) { mnuToolsItem_Click(index); };
     handlers.mnuToolsScreen_Click = [this](int index) { mnuToolsScreen_Click(index); };
+    handlers.mnuToolsSram_Click = [this](int index) { mnuToolsSram_Click(index); };
     handlers.mnuWinItem_Click = [this](int index) { mnuWinItem_Click(index); };
     handlers.mnuHelpItem_Click = [this](int index) { mnuHelpItem_Click(index); };
+    handlers.can_make_faults = options_.make_fault != nullptr;
     menu_ = std::make_unique<MainMenu>(*menuBar(), handlers);
+}
+
+// Without an open amplifier the tools speak to the one that was last spoken to by name.
+ServiceTools::Hooks MDIForm1::tool_hooks() {
+    return {.unit_address =
+                [this] {
+                    const frmMachine* machine = active_machine();
+                    return machine != nullptr ? machine->head()->identity().unit_address : bus_.bus_address;
+                },
+            .rs422_mode = [this] { return set_up_.rs422_mode(); },
+            .set_up_line = [this] { set_up_.line(); },
+            .enable_nvram_items = [this](bool enabled) { menu_->enable_nvram_items(enabled); }};
 }
 
 void MDIForm1::load() {
     try {
-        if (file_exists("ampdesk.dat"))
-            terminal_port_ = read_terminal_port("ampdesk.dat");
+        terminal_->load_settings();
     } catch (const RunTimeError& error) {
         person_.notify(error.what(), "ampdesk.dat");
         return;
@@ -139,6 +153,8 @@ void MDIForm1::load() {
 
 void MDIForm1::TimerFileAutoOpen_Timer() {
     station_.auto_open_dat_files(options_.amplifier_files);
+    // Only now: where both are set to the same port, the amplifiers come first.
+    terminal_->open_at_start();
 }
 
 frmMachine* MDIForm1::active_machine() const {
@@ -149,7 +165,10 @@ frmMachine* MDIForm1::active_machine() const {
 
 frmMachine* MDIForm1::keyboard_target() const {
     const bool hidden = area_->currentSubWindow() != nullptr && area_->currentSubWindow()->isMinimized();
-    return hidden || Term_->hasFocus() ? nullptr : active_machine();
+    bool elsewhere = Term_->hasFocus();
+    for (const QWidget* w = QApplication::focusWidget(); w != nullptr; w = w->parentWidget())
+        elsewhere = elsewhere || qobject_cast<const QDockWidget*>(w) != nullptr;
+    return hidden || elsewhere ? nullptr : active_machine();
 }
 
 void MDIForm1::window_created(const std::shared_ptr<ControlHead>& head) {
@@ -188,6 +207,16 @@ void MDIForm1::window_closed(const ControlHead& head) {
 void MDIForm1::follow_amplifiers() {
     menu_->set_amplifier_open(!machines_.empty());
     keys_->follow();
+    follow_active();
+}
+
+void MDIForm1::follow_active() {
+    const frmMachine* machine = active_machine();
+    std::optional<int> address;
+    if (machine != nullptr)
+        address = machine->head()->identity().unit_address;
+    if (std::exchange(active_address_, address) != address && options_.active_amplifier_changed)
+        options_.active_amplifier_changed(address);
 }
 
 void MDIForm1::poll() {
@@ -202,10 +231,9 @@ void MDIForm1::poll() {
 }
 
 void MDIForm1::shut_down() {
-    if (shut_down_)
-        return;
-    shut_down_ = true;
     TimerFileAutoOpen_.stop();
+    terminal_->finish();
+    tools_.close();
     help_.reset();
     try {
         layout_.save();
@@ -216,6 +244,10 @@ void MDIForm1::shut_down() {
 }
 
 void MDIForm1::closeEvent(QCloseEvent* event) {
+    if (!terminal_->ready_to_close()) {
+        event->ignore();
+        return;
+    }
     shut_down();
     event->accept();
 }
@@ -260,12 +292,20 @@ void MDIForm1::mnuMachineItem_Click(int index) {
 void MDIForm1::mnuToolsItem_Click(int index) {
     if (index == 2)
         set_up_.line();
+    if (index == 3)
+        tools_.interactive();
+}
+
+void MDIForm1::mnuToolsSram_Click(int index) {
+    tools_.mnuToolsSram_Click(index);
 }
 
 void MDIForm1::mnuToolsScreen_Click(int index) {
     const frmMachine* machine = active_machine();
     if (index == 0 && machine != nullptr)
         set_up_.screen(machine->head());
+    if (index == 1 && machine != nullptr && options_.make_fault)
+        options_.make_fault(*this, machine->head()->identity().unit_address);
 }
 
 void MDIForm1::mnuWinItem_Click(int index) {

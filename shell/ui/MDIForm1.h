@@ -6,10 +6,11 @@
 #include <QMainWindow>
 #include <QMdiArea>
 #include <QMdiSubWindow>
-#include <QPlainTextEdit>
 #include <QSplitter>
 #include <QStyle>
 #include <QTimer>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,7 +21,9 @@
 #include "shell/ui/help_viewer.h"
 #include "shell/ui/layout_keeper.h"
 #include "shell/ui/main_menu.h"
+#include "shell/ui/service_tools.h"
 #include "shell/ui/set_up.h"
+#include "shell/ui/terminal_control.h"
 
 namespace ampdesk {
 
@@ -31,27 +34,34 @@ struct MDIForm1Options {
     std::string shipped_folder = ".";          // where the manual is when the program's folder has none
     std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
     std::vector<std::string> models{};         // the site's own designations, in the order of its file
+
+    // Tools > Make A Fault, for the active amplifier. Without it the item sleeps.
+    std::function<void(QWidget& parent, int unit_address)> make_fault{};
+    // Another amplifier has become the active one, or none is open any more.
+    std::function<void(std::optional<int> unit_address)> active_amplifier_changed{};
 };
 
 class MDIForm1 : public QMainWindow {
     Q_OBJECT
 
   public:
-    // The references stay valid as long as the window. The station's and the bus port's callbacks
-    // are taken by it until its end.
-    MDIForm1(Station& station, BusLink& bus, QtOperator& person, MDIForm1Options options);
+    // The references stay valid as long as the window. The station's, the bus port's and the terminal
+    // line's callbacks are taken by it until its end.
+    MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperator& person, MDIForm1Options options);
     ~MDIForm1() override;
 
     // Second part of loading, with the window shown: "ampdesk.dat", then the start-up timer. A
     // settings file that is none is told and leaves the timer off.
     void load();
 
-    // Ends polling and closes the amplifiers, as closing the window does.
+    // Ends polling and closes the amplifiers and the terminal's port, as closing the window does.
+    // Waits up to three seconds for the terminal's output to leave.
     void shut_down();
 
     void mnuMachineItem_Click(int index);
     void mnuToolsItem_Click(int index);
     void mnuToolsScreen_Click(int index);
+    void mnuToolsSram_Click(int index);
     void mnuWinItem_Click(int index);
     void mnuHelpItem_Click(int index);
 
@@ -61,7 +71,7 @@ class MDIForm1 : public QMainWindow {
     void show_status(const QString& text);
 
     // COM port 1..4 that "ampdesk.dat" keeps for the terminal; nothing when it names none.
-    std::optional<int> terminal_port() const { return terminal_port_; }
+    std::optional<int> terminal_port() const { return terminal_->settings().port; }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -69,10 +79,12 @@ class MDIForm1 : public QMainWindow {
   private:
     void build_centre();
     void build_menu();
+    ServiceTools::Hooks tool_hooks();
     frmMachine* keyboard_target() const;
     void window_created(const std::shared_ptr<ControlHead>& head);
     void window_closed(const ControlHead& head);
     void follow_amplifiers();
+    void follow_active();
     void poll();
     void TimerFileAutoOpen_Timer();
     void show_help(HelpViewer::Page page);
@@ -84,17 +96,18 @@ class MDIForm1 : public QMainWindow {
     MDIForm1Options options_;
     LayoutKeeper layout_;
     std::unique_ptr<HelpViewer> help_;
-    bool shut_down_ = false;
     SetUp set_up_;
-    std::optional<int> terminal_port_;
+    ServiceTools tools_;
     std::unique_ptr<QStyle> icon_style_;
 
     QMdiArea* area_ = nullptr;
-    QPlainTextEdit* Term_ = nullptr;
+    TermBox* Term_ = nullptr;
     QLabel* status_ = nullptr;
     std::unique_ptr<MainMenu> menu_;
+    std::unique_ptr<TerminalControl> terminal_;
     HeadKeys* keys_ = nullptr;
     std::vector<frmMachine*> machines_;  // in the order in which they were opened
+    std::optional<int> active_address_;
     QTimer poll_timer_;
     QTimer TimerFileAutoOpen_;
 };

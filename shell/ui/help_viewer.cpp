@@ -24,7 +24,9 @@ namespace {
 // A browser whose pages and pictures come out of the help collection.
 class HelpBrowser : public QTextBrowser {
   public:
-    HelpBrowser(QHelpEngine& engine, QWidget* parent) : QTextBrowser(parent), engine_(engine) {}
+    HelpBrowser(QHelpEngine& engine, QWidget* parent) : QTextBrowser(parent), engine_(engine) {
+        setViewportMargins(14, 8, 14, 8);
+    }
 
   protected:
     QVariant loadResource(int /*type*/, const QUrl& name) override {

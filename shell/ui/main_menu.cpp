@@ -2,6 +2,7 @@
 
 #include <QMenu>
 #include <algorithm>
+#include <map>
 #include <string_view>
 
 namespace ampdesk {
@@ -11,13 +12,16 @@ namespace {
 enum class Live {
     always,
     with_amplifier,
-    not_yet,  // the function behind it is not part of this version
+    with_simulated,    // as with_amplifier, but real ones have no such function
+    without_transfer,  // while no nvRam transfer is open
+    not_yet,           // the function behind it is not part of this version
 };
 
 struct Item {
     const char* caption;  // "-" is a separator
     Live live = Live::always;
     const char* sub_array = nullptr;  // the menu array of a submenu
+    bool checkable = false;
 };
 
 struct Array {
@@ -48,15 +52,15 @@ const std::vector<Array>& menu_tree() {
          "mnuModem",
          "Mo&dem",
          &MenuHandlers::mnuModemItem_Click,
-         {{"&Auto Answer", not_yet},
+         {{"&Auto Answer"},
           {"-"},
-          {"&Settings", not_yet},
-          {"&Options", not_yet, "mnuModemOpt"},
+          {"&Settings"},
+          {"&Options", always, "mnuModemOpt"},
           {"-"},
-          {"Sen&d File", not_yet},
-          {"&Receive File", not_yet},
+          {"Sen&d File"},
+          {"&Receive File"},
           {"-"},
-          {"&Hang Up Phone", not_yet}}},
+          {"&Hang Up Phone"}}},
         {"mnuToolsItem",
          "mnuTools",
          "&Tools",
@@ -64,8 +68,8 @@ const std::vector<Array>& menu_tree() {
          {{"&Amplifier Setup", with_amplifier, "mnuToolsScreen"},
           {"-"},
           {"&Setup_422"},
-          {"&Interactive_422", not_yet},
-          {"nv&Ram Transfer", not_yet, "mnuToolsSram"}}},
+          {"&Interactive_422"},
+          {"nv&Ram Transfer", always, "mnuToolsSram"}}},
         {"mnuWinItem",
          "mnuWin",
          "&Window",
@@ -85,22 +89,22 @@ const std::vector<Array>& menu_tree() {
          nullptr,
          nullptr,
          &MenuHandlers::mnuModemOpt_Click,
-         {{"&Volume", not_yet},
-          {"&Open_log", not_yet},
-          {"&Close_Log", not_yet},
-          {"&Show Debug", not_yet},
+         {{"&Volume"},
+          {"&Open_log"},
+          {"&Close_Log"},
+          {"&Show Debug", always, nullptr, true},
           {"-"},
-          {"&Null Modem Test", not_yet}}},
+          {"&Null Modem Test"}}},
         {"mnuToolsScreen",
          nullptr,
          nullptr,
          &MenuHandlers::mnuToolsScreen_Click,
-         {{"&Screen Settings", with_amplifier}, {"Make A &Fault", not_yet}}},
+         {{"&Screen Settings", with_amplifier}, {"Make A &Fault", with_simulated}}},
         {"mnuToolsSram",
          nullptr,
          nullptr,
          &MenuHandlers::mnuToolsSram_Click,
-         {{"&Read nvRam", not_yet}, {"&Set nvRam", not_yet}}},
+         {{"&Read nvRam", without_transfer}, {"&Set nvRam", without_transfer}}},
     };
     return tree;
 }
@@ -110,7 +114,10 @@ const Array& array_named(std::string_view name) {
     return *std::find_if(tree.begin(), tree.end(), [&](const Array& array) { return array.name == name; });
 }
 
-void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, std::vector<QAction*>& needing) {
+// `changing` gets the items that do not always live or always sleep.
+using Changing = std::map<Live, std::vector<QAction*>>;
+
+void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, Changing& changing) {
     for (int i = 0; i < static_cast<int>(array.items.size()); ++i) {
         const Item& item = array.items[static_cast<std::size_t>(i)];
         QAction* action = nullptr;
@@ -118,7 +125,7 @@ void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, std::ve
             action = menu.addSeparator();
         } else if (item.sub_array != nullptr) {
             QMenu* sub_menu = menu.addMenu(QLatin1String(item.caption));
-            fill(*sub_menu, array_named(item.sub_array), handlers, needing);
+            fill(*sub_menu, array_named(item.sub_array), handlers, changing);
             action = sub_menu->menuAction();
         } else {
             action = menu.addAction(QLatin1String(item.caption));
@@ -127,26 +134,39 @@ void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, std::ve
         }
         action->setObjectName(QStringLiteral("%1(%2)").arg(QLatin1String(array.name)).arg(i));
         action->setMenuRole(QAction::NoRole);
-        action->setEnabled(item.live == Live::always);
-        if (item.live == Live::with_amplifier)
-            needing.push_back(action);
+        action->setCheckable(item.checkable);
+        action->setEnabled(item.live == Live::always || item.live == Live::without_transfer);
+        if (item.live == Live::with_simulated && !handlers.can_make_faults) {
+            menu.setToolTipsVisible(true);
+            action->setToolTip(QStringLiteral("Faults can be made on simulated amplifiers only"));
+            action->setWhatsThis(action->toolTip());  // what a screen reader takes for the help
+        } else {
+            changing[item.live == Live::with_simulated ? Live::with_amplifier : item.live].push_back(action);
+        }
     }
 }
 
 }  // namespace
 
 MainMenu::MainMenu(QMenuBar& bar, const MenuHandlers& handlers) {
+    Changing changing;
     for (const Array& array : menu_tree()) {
         if (array.menu == nullptr)
             continue;
         QMenu* menu = bar.addMenu(QLatin1String(array.caption));
         menu->setObjectName(QLatin1String(array.menu));
-        fill(*menu, array, handlers, needing_amplifier_);
+        fill(*menu, array, handlers, changing);
     }
+    needing_amplifier_ = changing[Live::with_amplifier];
+    nvram_items_ = changing[Live::without_transfer];
 }
 
 void MainMenu::set_amplifier_open(bool open) {
     for (QAction* action : needing_amplifier_) action->setEnabled(open);
+}
+
+void MainMenu::enable_nvram_items(bool enabled) {
+    for (QAction* action : nvram_items_) action->setEnabled(enabled);
 }
 
 }  // namespace ampdesk

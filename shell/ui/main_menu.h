@@ -19,6 +19,7 @@ struct MenuHandlers {
     std::function<void(int)> mnuToolsSram_Click;
     std::function<void(int)> mnuWinItem_Click;
     std::function<void(int)> mnuHelpItem_Click;
+    bool can_make_faults = false;  // the amplifiers are simulated
 };
 
 class MainMenu {
@@ -28,8 +29,12 @@ class MainMenu {
     // The items that need an open amplifier live or sleep.
     void set_amplifier_open(bool open);
 
+    // Both items of mnuToolsSram.
+    void enable_nvram_items(bool enabled);
+
   private:
     std::vector<QAction*> needing_amplifier_;
+    std::vector<QAction*> nvram_items_;
 };
 
 }  // namespace ampdesk

@@ -3,6 +3,7 @@
 
 #include <QWidget>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,10 +23,12 @@ class SetUp {
     SetUp(const SetUp&) = delete;
     SetUp& operator=(const SetUp&) = delete;
 
-    // Amplifier > New: opens a control head when the dialog found an amplifier.
+    // Amplifier > New: opens a control head when the dialog found an amplifier, else the bus line is
+    // again as it was.
     void new_amplifier();
 
-    // Tools > Setup_422.
+    // Tools > Setup_422. A line that was open is open afterwards too, as it was when the new settings
+    // did not open.
     void line();
 
     // Tools > Amplifier Setup > Screen Settings.
@@ -36,6 +39,8 @@ class SetUp {
 
   private:
     std::string ask_band();
+    std::optional<LineSettings> line_in_use() const;
+    void give_back(const std::optional<LineSettings>& before);
 
     QWidget& window_;
     Station& station_;

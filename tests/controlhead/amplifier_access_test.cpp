@@ -25,40 +25,30 @@ int error_of(const std::function<void()>& action) {
 
 // Catches a byte order, an index off by one, or a wrapped value where an error is due.
 TEST_F(HeadTest, WordsAreDecoded) {
-    const std::string words = "\x01\x02\xFF\x7F\x00\x80\xE8\xFF\x05"s;  // the ninth byte has no partner
-    struct Case {
-        std::int16_t item;
-        double value;
-        double as_signed;
-        bool overflow;
-    };
-    const Case cases[] = {{-1, 0, 0, false},        {0, 0, 0, false},     {1, 513, 513, false},
-                          {2, 32767, 32767, false}, {3, 0, -32768, true}, {4, 0, -24, true},
-                          {5, 0, 0, false},         {6, 0, 0, false},     {32767, 0, 0, false}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.item);
-        head.amplifier.ana_block = head.amplifier.lim_block = words;
-        services.options.negative_words_signed = false;
-        EXPECT_EQ(error_of([&] { EXPECT_EQ(head.amplifier.get_ana_item(c.item), c.value); }),
-                  c.overflow ? 6 : 0);
-        EXPECT_EQ(error_of([&] { EXPECT_EQ(head.amplifier.get_lim_item(c.item), c.value); }),
-                  c.overflow ? 6 : 0);
+    head.amplifier.ana_block = head.amplifier.lim_block =
+        "\x01\x02\xFF\x7F\x00\x80\xE8\xFF\x05"s;  // 4.5 words
+    const std::pair<std::int16_t, double> cases[] = {{-1, 0},  {0, 0}, {1, 513}, {2, 32767}, {3, -32768},
+                                                     {4, -24}, {5, 0}, {6, 0},   {32767, 0}};
+    for (const auto& [item, value] : cases) {
+        SCOPED_TRACE(item);
         services.options.negative_words_signed = true;
-        EXPECT_EQ(head.amplifier.get_ana_item(c.item), c.as_signed);
+        EXPECT_EQ(head.amplifier.get_ana_item(item), value);
+        EXPECT_EQ(head.amplifier.get_lim_item(item), value);
+        services.options.negative_words_signed = false;
+        EXPECT_EQ(error_of([&] { head.amplifier.get_ana_item(item); }), value < 0 ? 6 : 0);
+        EXPECT_EQ(error_of([&] { head.amplifier.get_lim_item(item); }), value < 0 ? 6 : 0);
     }
 }
 
 // Catches a reply judged good or cut otherwise than byte for byte, and a missing or third try.
 TEST_F(HeadTest, BlockReadsAreJudgedAndTriedTwice) {
-    struct Case {
+    const struct {
         const char* what;
         std::string first;  // empty: silence
         std::string second;
         std::string payload;  // empty: error 100
         std::size_t sends;
-    };
-    const Case cases[] = {
-        {"good", framed(6, "\x12"s + "ABCD"), "", "ABCD", 1},
+    } cases[] = {
         {"shortest payload", framed(6, "\x12"s + "AB"), "", "AB", 1},
         {"payload of one", framed(6, "\x12"s + "A"), "", "", 2},
         {"six characters", framed(6, "\x12"), "", "", 2},
@@ -66,7 +56,7 @@ TEST_F(HeadTest, BlockReadsAreJudgedAndTriedTwice) {
         {"silence, then good", "", framed(6, "\x12"s + "EF"), "EF", 2},
         {"silence", "", "", "", 2},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         head.amplifier.ana_block = "old";
         port.answer(c.first);
@@ -85,25 +75,21 @@ TEST_F(HeadTest, BlockReadsAreJudgedAndTriedTwice) {
 
 // Catches a value cut at the wrong place, and a reply without a value passed on as one.
 TEST_F(HeadTest, TextReads) {
-    struct Case {
-        std::string first;
-        std::string second;
-        std::string value;
-        int error;
+    const struct {
+        std::string first, second, value;
+    } cases[] = {
+        {"NAME=  12.5\x03junk\r", "", "12.5"},
+        {"RDBAND=1=2 \x03"s + "00\r", "", "1=2"},
+        {"?\x03\r", "RDBAND=2\x03\r", "2"},
+        {"?\x03=\r", "?\x03\r", ""},  // error 100
     };
-    const Case cases[] = {
-        {"NAME=  12.5\x03junk\r", "", "12.5", 0},
-        {"RDBAND=1=2 \x03"s + "00\r", "", "1=2", 0},
-        {"?\x03\r", "RDBAND=2\x03\r", "2", 0},
-        {"?\x03=\r", "?\x03\r", "", 100},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.first);
         port.answer(c.first);
         if (!c.second.empty())
             port.answer(c.second);
         std::string value;
-        EXPECT_EQ(error_of([&] { value = head.amplifier.read_item("RDBAND"); }), c.error);
+        EXPECT_EQ(error_of([&] { value = head.amplifier.read_item("RDBAND"); }), c.value.empty() ? 100 : 0);
         EXPECT_EQ(value, c.value);
     }
     silent = true;
@@ -115,47 +101,40 @@ TEST_F(HeadTest, TextReads) {
 // Catches a setting that is sent twice, a refusal taken for an acceptance, and a wrong box.
 TEST_F(HeadTest, SettingsAreSentOnceWhateverComesBack) {
     const std::string command = "\x10\x12";
-    struct Case {
-        const char* what;
+    const struct {
         std::string reply;
         int status;
-        std::vector<std::string> boxes;
+        const char* box;
+    } cases[] = {
+        {framed(6, command), 0, ""},
+        {framed(6, ""), 1, ""},
+        {"", 1, ""},
+        {framed(21, command), 1, ""},
+        {framed(21, command + '\x01'), 1, "Command Not Found"},
+        {framed(21, command + '\x03'), 1, "Remote Is Not On"},
+        {framed(21, command + "xx\x04"), 1, "Invalid Data"},
+        {framed(21, command + '\x1A'), 1, "Setting Failed, code H1A"},
+        {framed(21, command + '\0'), 1, "Setting Failed, code H0"},
     };
-    const Case cases[] = {
-        {"taken", framed(6, command), 0, {}},
-        {"ACK without data", framed(6, ""), 1, {}},
-        {"silence", "", 1, {}},
-        {"bare NAK", framed(21, command), 1, {}},
-        {"code 1", framed(21, command + '\x01'), 1, {"Command Not Found"}},
-        {"code 3", framed(21, command + '\x03'), 1, {"Remote Is Not On"}},
-        {"code 4", framed(21, command + "xx\x04"), 1, {"Invalid Data"}},
-        {"code 2", framed(21, command + '\x02'), 1, {"Setting Failed, code H2"}},
-        {"code 1A", framed(21, command + '\x1A'), 1, {"Setting Failed, code H1A"}},
-        {"code 0", framed(21, command + '\0'), 1, {"Setting Failed, code H0"}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(&c - cases);
         const std::size_t before = port.written.size();
         port.answer(c.reply);
         EXPECT_EQ(head.amplifier.set_item(command), c.status);
         EXPECT_EQ(port.written.size() - before, 1U);
-        EXPECT_EQ(person.take_texts(), c.boxes);
+        EXPECT_EQ(person.take_texts(), *c.box == '\0' ? Texts{} : Texts{c.box});
     }
     bus.on_traffic = [](const BusTraffic&) { throw RunTimeError::disk_full(); };
     EXPECT_EQ(head.amplifier.set_item(command), 1);
-    EXPECT_EQ(person.take_texts(), std::vector<std::string>{"Cannot set the parameter"});
+    EXPECT_EQ(person.take_texts(), Texts{"Cannot set the parameter"});
 }
 
 // Catches a look for a silent amplifier that is repeated or waits as long as a read.
 TEST_F(HeadTest, LooksAreShortAndSingle) {
-    struct Case {
-        int answer_ms;
-        int limit_ms;
-    };
-    for (const Case& c : {Case{20, 300}, Case{150, 450}, Case{600, 1000}}) {
-        SCOPED_TRACE(c.answer_ms);
+    for (const auto& [answer_ms, limit_ms] : {std::pair{20, 300}, {150, 450}, {600, 1000}}) {
+        SCOPED_TRACE(answer_ms);
         AmplifierAccess amplifier(services, 7);
-        port.answer({{milliseconds(c.answer_ms), framed(6, "\x12"s + "ABCD")}});
+        port.answer({{milliseconds(answer_ms), framed(6, "\x12"s + "ABCD")}});
         amplifier.get_ana_block();
         amplifier.look_for_only(true);
         silent = true;
@@ -167,8 +146,7 @@ TEST_F(HeadTest, LooksAreShortAndSingle) {
             EXPECT_EQ(sent.size(), 1U);
             const Duration waited = clock.now() - start;
             const Duration settling = look == 1 ? milliseconds(0) : milliseconds(50);
-            EXPECT_EQ(waited - settling, look % 12 == 0 ? milliseconds(1000) : milliseconds(c.limit_ms))
-                << look;
+            EXPECT_EQ(waited - settling, milliseconds(look % 12 == 0 ? 1000 : limit_ms)) << look;
         }
         silent = false;
     }

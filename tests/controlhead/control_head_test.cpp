@@ -2,7 +2,6 @@
 #include "controlhead/control_head.h"
 
 #include <filesystem>
-#include <fstream>
 
 #include "tests/controlhead/head_fixture.h"
 #include "tests/support/scratch_folder.h"
@@ -10,14 +9,13 @@
 namespace ampdesk {
 namespace {
 
-namespace fs = std::filesystem;
 using std::chrono::milliseconds;
-using Texts = std::vector<std::string>;
+using namespace std::chrono_literals;
 
 class ControlHeadTest : public Bench, public ::testing::Test {
   protected:
     ControlHeadTest() {
-        services.options.folder = folder.string();
+        services.options.folder = folder.path();
         reply_to("RDBAND") = "RDBAND=0";
     }
 
@@ -31,8 +29,7 @@ class ControlHeadTest : public Bench, public ::testing::Test {
         EXPECT_EQ(person.take_texts(), Texts{"Invalid Data"});
     }
 
-    const ScratchFolder scratch;
-    const fs::path folder = scratch.path();
+    const ScratchFolder folder;
     ControlHead head{services, {.slot = 1, .unit_address = 7, .number = "1234", .model = "C/KU"}};
 };
 
@@ -43,17 +40,15 @@ TEST_F(ControlHeadTest, MachineInit) {
     const std::string analog(k_analog_request);
     const char* question = "The settings for this HPA already exist, do you want to restore ? ";
     const char* absent = "Some remote commands are absent in Amplifier";
-    struct Case {
+    const struct {
         std::string settings;
         bool ask;
         Answer answer;
         std::string mute;
         const char* analog;
-        bool started;
-        bool restored;
+        bool started, restored;
         const char* box;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"", true, Answer::yes, "", "", true, false, ""},
         {good, false, Answer::yes, "", "", true, true, ""},
         {good, true, Answer::yes, "", "", true, true, question},
@@ -64,11 +59,11 @@ TEST_F(ControlHeadTest, MachineInit) {
         {"", true, Answer::yes, "RDBAND", "", false, false, absent},
         {"", true, Answer::yes, "", "1=-1", false, false, "Overflow"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(&c - cases);
-        fs::remove(folder / "set1234.dat");
+        std::filesystem::remove(folder / "set1234.dat");
         if (!c.settings.empty())
-            std::ofstream(folder / "set1234.dat") << c.settings;
+            folder.put("set1234.dat", c.settings);
         const auto answers = replies;
         set_analog(c.analog);
         go_mute(c.mute);
@@ -84,30 +79,16 @@ TEST_F(ControlHeadTest, MachineInit) {
     }
 }
 
-// Catches settings saved under a name that the next start does not look for.
-TEST_F(ControlHeadTest, SavedSettingsAreRestored) {
-    ScreenSettings look;
-    look.back_colour = 0x123456;
-    look.font_size = 13;
-    head.apply_screen_settings(look);
-    head.save_screen_settings();
-    ControlHead next(services, {.slot = 1, .unit_address = 7, .number = "1234", .model = ""});
-    EXPECT_TRUE(next.machine_init(false));
-    EXPECT_EQ(next.panel().look(), look);
-    EXPECT_EQ(next.caption(), "JEX Amplifier 1234");
-}
-
 // Catches a handler entered while another runs, a key that is lost, and old or endless keys that
 // are played back.
 TEST_F(ControlHeadTest, KeysPressedWhileBusy) {
     ASSERT_TRUE(head.machine_init(false));
-    struct Case {
+    const struct {
         int presses;
         milliseconds wait;
         int screen;
-    };
-    for (const Case& c : {Case{1, milliseconds(0), 2}, Case{3, milliseconds(1800), 4},
-                          Case{3, milliseconds(2001), 1}, Case{11, milliseconds(0), 1}}) {
+    } cases[] = {{1, 0ms, 2}, {3, 1800ms, 4}, {3, 2001ms, 1}, {11, 0ms, 1}};
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.presses);
         head.press_key(4);
         during_a_box([&] {
@@ -180,6 +161,30 @@ TEST_F(ControlHeadTest, KeyDuringTheShortWaitOfAShutdown) {
     head.updateDisplay();
     head.updateLogic();
     EXPECT_EQ(head.panel().line(1), "System Shutdown, #1 ");
+}
+
+// Catches a shutdown that is not seen because the box of a bad value waits for an absent operator, and a
+// second box on top of it.
+TEST_F(ControlHeadTest, HeadLivesBesideTheBoxOfAFault) {
+    ASSERT_TRUE(head.machine_init(false));
+    const auto visits = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            head.updateLogic();
+            head.updateDisplay();
+        }
+    };
+    set_analog("1=-1");
+    person.on_ask = [&](const Message& box) {
+        EXPECT_EQ(box.detail, "JEX Amplifier 1234");
+        visits(4);
+        set_shutdown("12,Waveguide arc");
+        visits(1);
+    };
+    visits(3);
+    EXPECT_EQ(person.take_texts(), Texts{"Overflow"});
+    EXPECT_EQ(head.panel().line(1), "System Shutdown, #12");
+    visits(1);
+    EXPECT_EQ(person.take_texts(), Texts{}) << "what came up behind the box";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // A control head on a scripted bus. The test says in a table what the amplifier answers to which
-// command; everything that was sent is kept.
+// command; it is silent on others, but refuses an event that is not there. What was sent is kept.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,11 +13,14 @@
 #include "buslink/wire/binary_frame.h"
 #include "buslink/wire/control_characters.h"
 #include "controlhead/head.h"
+#include "controlhead/keypad.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
 
 namespace ampdesk {
+
+using Texts = std::vector<std::string>;
 
 // A block of sixteen words from a text such as "1=563 12=-5": item, from 1, and raw value.
 inline std::string block(const std::string& words) {
@@ -62,10 +65,10 @@ class Bench {
     void go_mute(std::string_view command) { replies.erase(std::string(command)); }
 
     // What was sent since the last call.
-    std::vector<std::string> take_sent() { return std::exchange(sent, {}); }
+    Texts take_sent() { return std::exchange(sent, {}); }
     // The settings among it: class 16 and "SBAND".
-    std::vector<std::string> take_settings() {
-        std::vector<std::string> all = take_sent();
+    Texts take_settings() {
+        Texts all = take_sent();
         std::erase_if(all, [](const std::string& c) { return !is_setting(c); });
         return all;
     }
@@ -82,7 +85,7 @@ class Bench {
     bool silent = false;
     std::map<std::string, std::string> replies;  // command and payload; no entry, no answer
     int refusal = 0;                             // code that settings are refused with; 0 takes them
-    std::vector<std::string> sent;               // the commands, without their frames
+    Texts sent;                                  // the commands, without their frames
 
   private:
     static bool is_setting(const std::string& command) {
@@ -95,17 +98,15 @@ class Bench {
             text ? frame.substr(5, frame.find(k_etx) - 5) : frame.substr(3, frame.size() - 5);
         sent.push_back(command);
         const auto known = replies.find(command);
-        if (silent || (known == replies.end() && !is_setting(command)))
+        const bool there = known != replies.end();
+        const bool event = command.starts_with("\xA0\x1A");
+        if (silent || (!there && !event && !is_setting(command)))
             return {};
-        std::string reply;
-        if (text)
-            reply = "\x02" + known->second + "\x03" + "00\r";
-        else if (known != replies.end())
-            reply = build_reply_frame(Crc16{}, k_ack, 1, command + known->second);
-        else if (refusal != 0)
-            reply = build_reply_frame(Crc16{}, k_nak, 1, command + static_cast<char>(refusal));
-        else
-            reply = build_reply_frame(Crc16{}, k_ack, 1, command);
+        const int code = there ? 0 : event ? 4 : refusal;
+        const std::string data = there ? known->second : code != 0 ? std::string(1, char(code)) : "";
+        const std::string reply =
+            text ? "\x02" + data + "\x03" + "00\r"
+                 : build_reply_frame(Crc16{}, code == 0 ? k_ack : k_nak, 1, command + data);
         return {{std::chrono::milliseconds(20), reply}};
     }
 };
@@ -120,8 +121,20 @@ class HeadTest : public Bench, public ::testing::Test {
         const Panel& panel = head.panel;
         return panel.line(1) + "|" + panel.line(2) + "|" + panel.line(3) + "|" + panel.line(4);
     }
+    std::string lamps() const {
+        std::string colours;
+        for (int lamp = 1; lamp <= 8; ++lamp) colours += ".YRG"[static_cast<int>(head.panel.lamp(lamp))];
+        return colours;
+    }
+    void press(std::initializer_list<std::int16_t> keys) {
+        for (const std::int16_t key : keys) cmdKey_Click(head, key);
+    }
+    void open(std::int16_t screen, std::int16_t key) {
+        head.menu_ptr = screen;
+        press({key});
+    }
     // A box that no test asked for is a failure.
-    void TearDown() override { EXPECT_EQ(person.take_texts(), std::vector<std::string>{}); }
+    void TearDown() override { EXPECT_EQ(person.take_texts(), Texts{}); }
 
     Head head{services, {.slot = 1, .unit_address = 7, .number = "1234", .model = ""}};
 };

@@ -9,7 +9,7 @@
 #include <filesystem>
 
 #include "demo/ampsim_options.h"
-#include "tests/demo/hex_bytes.h"
+#include "tests/support/hex_bytes.h"
 
 namespace ampdesk::demo {
 namespace {
@@ -19,13 +19,11 @@ TEST(AmpsimOptions, MakesOneAmplifierForEachAddress) {
         {"--address", "3,17", "--model=KU/K 400W", "--serial", "500", "--baud", "9600", "--signed", "--link",
          "/tmp/amp", "--fault", "silent:on", "--fault=@17 shutdown:12 a:b"});
     EXPECT_EQ(options.error, "");
-    ASSERT_EQ(options.models.size(), 2U);
-    EXPECT_EQ(options.models[0].address, 3);
-    EXPECT_EQ(options.models[0].serial, 500);
-    EXPECT_EQ(options.models[1].address, 17);
-    EXPECT_EQ(options.models[1].serial, 501);
-    EXPECT_EQ(options.models[1].name, "KU/K 400W");
-    EXPECT_TRUE(options.models[1].signed_words);
+    std::string models;
+    for (const SimModel& m : options.models)
+        models += std::to_string(m.address) + " " + std::to_string(m.serial) + " " + m.name +
+                  (m.signed_words ? " -|" : "|");
+    EXPECT_EQ(models, "3 500 KU/K 400W -|17 501 KU/K 400W -|");
     EXPECT_EQ(options.byte_time, std::chrono::nanoseconds(1'041'666));
     EXPECT_EQ(options.link, "/tmp/amp");
     EXPECT_EQ(options.faults, (std::vector<std::string>{"silent on", "@17 shutdown 12 a:b"}));
@@ -37,11 +35,9 @@ TEST(AmpsimOptions, TellsMistakes) {
         {{}, "--address is missing"},
         {{"--address"}, "--address wants a value: N[,N...]"},
         {{"--address", "100"}, "--address wants a number from 0 to 99"},
-        {{"--address", "1,"}, "--address wants a number from 0 to 99"},
         {{"--address", "1,2,1"}, "--address has 1 twice"},
         {{"--address", "1", "--model", " "}, "--model wants a text of 1 to 40 characters"},
         {{"--address", "1", "--serial", "x"}, "--serial wants a number from 1 to 2147483548"},
-        {{"--address", "1", "--baud", "0"}, "--baud wants a number from 50 to 1000000"},
         {{"--address", "1", "--signed=yes"}, "--signed takes no value"},
         {{"--address", "1", "--speed", "5"}, "--speed is not known"},
         {{"--address", "1", "extra"}, "extra is not known"},
@@ -131,11 +127,11 @@ std::string ask_status(const std::string& device, int milliseconds) {
     const int line = ::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (line < 0)
         return "cannot open " + device;
-    const std::string request = bytes_of("01 05 01 11 D0 61");
+    const std::string request = hex_bytes("01 05 01 11 D0 61");
     const bool sent = ::write(line, request.data(), request.size()) == static_cast<ssize_t>(request.size());
     const std::string reply = sent ? RunningAmpsim::read_some(line, 12, milliseconds) : "";
     ::close(line);
-    return hex_of(reply);
+    return to_hex(reply);
 }
 
 // A simulator that prints something else first, ends with its station or its input, ignores its
@@ -159,15 +155,12 @@ TEST(Ampsim, ServesStationsUntilItIsToldToEnd) {
     EXPECT_FALSE(std::filesystem::is_symlink(link));
 }
 
-TEST(Ampsim, QuitEndsIt) {
-    RunningAmpsim ampsim({"--address", "5"});
-    ampsim.answer();
-    EXPECT_EQ(ampsim.command("quit"), "ok");
-    EXPECT_EQ(ampsim.end(0), 0);
-}
-
-// A file of somebody else's that is deleted to make room for the link.
-TEST(Ampsim, LeavesWhatIsNotAStaleLinkAlone) {
+// A "quit" that does not; a file of somebody else's that is deleted to make room for the link.
+TEST(Ampsim, QuitsAndLeavesWhatIsNotAStaleLinkAlone) {
+    RunningAmpsim quitting({"--address", "5"});
+    quitting.answer();
+    EXPECT_EQ(quitting.command("quit"), "ok");
+    EXPECT_EQ(quitting.end(0), 0);
     const std::string target = testing::TempDir() + "ampsim-other-" + std::to_string(::getpid());
     std::filesystem::create_symlink("/dev/null", target);
     RunningAmpsim ampsim({"--address", "5", "--link", target});

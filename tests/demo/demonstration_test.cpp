@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/demo/hex_bytes.h"
+#include "tests/support/hex_bytes.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scratch_folder.h"
 
@@ -31,7 +31,7 @@ TEST(Demonstration, ShowsOneOfEachKind) {
         SCOPED_TRACE(c.address);
         SimAmplifier* amplifier = bus.find(c.address);
         ASSERT_NE(amplifier, nullptr);
-        EXPECT_EQ(hex_of(amplifier->status_block()), c.status);
+        EXPECT_EQ(to_hex(amplifier->status_block()), c.status);
         EXPECT_EQ(amplifier->alarm_state(), c.alarm_state);
         EXPECT_EQ(amplifier->identity_text(), c.identity);
         // The filament current, 1.5 A and more, as a negative word.
@@ -49,7 +49,7 @@ TEST(Demonstration, WritesTheFilesOfTheStation) {
         {"com1001.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n"},
         {"com1002.dat", "RS-485\r\nCOM1:\r\n6\r\n2\r\n"},
         {"rs485.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n"},
-        {"ampdesk.ini", "[amplifier]\r\nnegative_words=signed\r\n"},
+        {"ampdesk.ini", "[amplifier]\r\nnegative_words=signed\r\nreply_address=checked\r\n"},
     };
     for (const auto& [name, content] : files) EXPECT_EQ(file_bytes(folder / name), content) << name;
 }

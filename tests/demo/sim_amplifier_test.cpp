@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/demo/hex_bytes.h"
+#include "tests/support/hex_bytes.h"
 #include "tests/support/manual_clock.h"
 
 namespace ampdesk::demo {
@@ -24,17 +24,17 @@ struct AmplifierTest : testing::Test {
 
     // "ACK" or "NAK" and the data behind the echo in hexadecimal; a reply that does not begin with
     // the whole command shows as "no echo".
-    static std::string ask(SimAmplifier& amplifier, std::string_view command_hex) {
-        const std::string command = bytes_of(command_hex);
+    static std::string ask(SimAmplifier& amplifier, const std::string& command_hex) {
+        const std::string command = hex_bytes(command_hex);
         const SimAmplifier::Reply reply = amplifier.answer(command);
         if (reply.data.substr(0, command.size()) != command)
             return "no echo";
-        const std::string payload = hex_of(std::string_view(reply.data).substr(command.size()));
+        const std::string payload = to_hex(std::string_view(reply.data).substr(command.size()));
         return std::string(reply.accepted ? "ACK" : "NAK") + (payload.empty() ? "" : " ") + payload;
     }
 
-    static std::string ask_text(SimAmplifier& amplifier, std::string_view command_hex) {
-        const std::string command = bytes_of(command_hex);
+    static std::string ask_text(SimAmplifier& amplifier, const std::string& command_hex) {
+        const std::string command = hex_bytes(command_hex);
         return amplifier.answer(command).data.substr(command.size());
     }
 
@@ -50,39 +50,22 @@ struct AmplifierTest : testing::Test {
 
 // A word at the wrong place, in the wrong byte order or in the wrong unit.
 TEST_F(AmplifierTest, ReadsGiveTheirBlocks) {
-    SimAmplifier standby(steady(), clock);
-    expect_dialogue(
-        standby,
-        {
-            {"11", "ACK 00 11 02 00 00 02"},
-            {"12",
-             "ACK 00 00 00 00 00 00 00 00 9C 18 DC 05 00 00 26 00 1E 00 D2 04 DB 03 00 00 05 00 28 00 00 00"},
-            {"A0 15 00", "ACK 32 00 5F 00 F4 01 44 02 FA 00 C2 01"},
-        });
-    SimAmplifier on_air(transmitting(), clock);
-    expect_dialogue(
-        on_air,
-        {
-            {"11", "ACK 0C 11 02 00 00 02"},
-            {"12",
-             "ACK 30 02 68 01 C8 23 F0 00 9C 18 DC 05 00 00 4C 00 24 00 D2 04 DB 03 00 00 05 00 28 00 DA 11"},
-        });
     SimModel model = transmitting();
+    SimAmplifier on_air(model, clock);
+    expect_dialogue(
+        on_air, {{"11", "ACK 0C 11 02 00 00 02"}, {"A0 15 00", "ACK 32 00 5F 00 F4 01 44 02 FA 00 C2 01"}});
+    EXPECT_EQ(
+        ask(on_air, "12"),
+        "ACK 30 02 68 01 C8 23 F0 00 9C 18 DC 05 00 00 4C 00 24 00 D2 04 DB 03 00 00 05 00 28 00 DA 11");
     model.signed_words = true;
     SimAmplifier negative(model, clock);
-    expect_dialogue(
-        negative,
-        {{"12",
-          "ACK 30 02 68 01 38 DC F0 00 9C 18 24 FA 00 00 4C 00 24 00 D2 04 DB 03 00 00 05 00 28 00 26 EE"}});
-    SimAmplifier plain({.name = "KU",
-                        .has_switch = false,
-                        .power_save = false,
-                        .filament_in_ma = true,
-                        .fahrenheit = true,
-                        .forward_in_watts = true,
-                        .reverse_in_watts = true},
-                       clock);
-    expect_dialogue(plain, {{"11", "ACK 00 0F 01 00 00 00"}});
+    EXPECT_EQ(
+        ask(negative, "12"),
+        "ACK 30 02 68 01 38 DC F0 00 9C 18 24 FA 00 00 4C 00 24 00 D2 04 DB 03 00 00 05 00 28 00 26 EE");
+    SimAmplifier standby(steady(), clock);
+    EXPECT_EQ(
+        ask(standby, "12"),
+        "ACK 00 00 00 00 00 00 00 00 9C 18 DC 05 00 00 26 00 1E 00 D2 04 DB 03 00 00 05 00 28 00 00 00");
 }
 
 // A text that the station cannot cut apart.
@@ -105,32 +88,27 @@ TEST_F(AmplifierTest, TextsAreLaidOutAsTheStationCutsThem) {
 // A setting that is acknowledged without effect, or takes effect in spite of a refusal.
 TEST_F(AmplifierTest, SettingsActAndRefusalsDoNot) {
     SimAmplifier amplifier(steady(), clock);
-    expect_dialogue(amplifier,
-                    {
-                        {"10 16", "NAK 04"},  // RF without HV
-                        {"10 12", "ACK"},
-                        {"11", "ACK 04 11 02 00 00 02"},
-                        {"A0 17 00", "ACK 30 2C 48 56 20 6F 6E 20 52 46 20 6F 66 66"},  // 0,HV on RF off
-                        {"10 16", "ACK"},
-                        {"11", "ACK 0C 11 02 00 00 02"},
-                        {"A0 17 00", "ACK 30 2C 54 72 61 6E 73 6D 69 74"},  // 0,Transmit
-                        {"10 18 2D 01", "NAK 04"},                          // 30.1 dB
-                        {"10 18 7D", "NAK 04"},                             // half a number
-                        {"10 18 7D 00", "ACK"},                             // 12.5 dB
-                        {"10 1A", "ACK"},                                   // to the load
-                        {"11", "ACK 0C 11 02 00 01 02"},
-                        {"10 1B 03", "NAK 04"},
-                        {"10 1B 02", "ACK"},
-                        {"10 17", "ACK"},
-                        {"10 16", "ACK"},
-                        {"10 13", "ACK"},  // takes the RF with it
-                        {"11", "ACK 00 11 02 00 01 02"},
-                        {"10 14", "NAK 01"},
-                        {"A0 17", "NAK 01"},
-                        {"53 42 41 4E 44 20 31", "ACK"},     // SBAND 1
-                        {"53 42 41 4E 44 20 33", "NAK 04"},  // SBAND 3
-                        {"53 42 41 4E 44 20 78", "NAK 04"},  // SBAND x
-                    });
+    expect_dialogue(amplifier, {
+                                   {"10 16", "NAK 04"},  // RF without HV
+                                   {"10 12", "ACK"},
+                                   {"11", "ACK 04 11 02 00 00 02"},
+                                   {"10 16", "ACK"},
+                                   {"11", "ACK 0C 11 02 00 00 02"},
+                                   {"10 18 2D 01", "NAK 04"},  // 30.1 dB
+                                   {"10 18 7D", "NAK 04"},     // half a number
+                                   {"10 1A", "ACK"},           // to the load
+                                   {"11", "ACK 0C 11 02 00 01 02"},
+                                   {"10 1B 03", "NAK 04"},
+                                   {"10 17", "ACK"},
+                                   {"10 16", "ACK"},
+                                   {"10 13", "ACK"},  // takes the RF with it
+                                   {"11", "ACK 00 11 02 00 01 02"},
+                                   {"10 14", "NAK 01"},
+                                   {"A0 17", "NAK 01"},
+                                   {"53 42 41 4E 44 20 31", "ACK"},     // SBAND 1
+                                   {"53 42 41 4E 44 20 33", "NAK 04"},  // SBAND 3
+                                   {"53 42 41 4E 44 20 78", "NAK 04"},  // SBAND x
+                               });
     EXPECT_EQ(amplifier.answer_text("RDBAND"), "RDBAND=1");
 
     amplifier.set_remote(false);
@@ -178,25 +156,52 @@ TEST_F(AmplifierTest, ShutdownStaysUntilAcknowledged) {
                                 {"10 15", "ACK"},
                                 {"11", "ACK 00 11 02 00 00 02"},
                                 {"10 12", "ACK"}});
-    amplifier.set_interlock(true);
+    amplifier.shut_down(ShutdownCause::interlock);
     expect_dialogue(amplifier, {{"10 15", "NAK 04"}, {"11", "ACK 10 11 02 00 00 02"}});
-    amplifier.set_interlock(false);
+    amplifier.cause_gone(ShutdownCause::interlock);
     expect_dialogue(amplifier, {{"11", "ACK 10 11 02 00 00 02"}, {"10 15", "ACK"}, {"10 12", "ACK"}});
+}
+
+// A tube that gets hot without protecting itself, a shutdown that goes while the heat is still there,
+// or a fan that does not cool.
+TEST_F(AmplifierTest, LimitsTripWhenTheFanStops) {
+    SimAmplifier amplifier(transmitting(), clock);
+    amplifier.stop_fan(true);
+    clock.advance(60s);
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "1,TWT Temp");
+    clock.advance(60s);
+    EXPECT_EQ(ask_text(amplifier, "A0 18 00"), "3, Over-Temperature");
+    EXPECT_EQ(ask(amplifier, "10 15"), "NAK 04");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 00"), "12:02 Fault #3");
+    EXPECT_EQ(ask_text(amplifier, "A0 1A 01"), "12:02 HV off");
+    clock.advance(10min);
+    EXPECT_EQ(ask_text(amplifier, "A0 18 00"), "4, Cabinet Temperature");
+    amplifier.stop_fan(false);
+    EXPECT_EQ(ask(amplifier, "10 15"), "ACK");
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "0,Standby RF off");
+}
+
+// An alarm for too much power that the attenuation does not end.
+TEST_F(AmplifierTest, LessPowerEndsTheAlarmOfTooMuch) {
+    SimAmplifier amplifier(transmitting(), clock);
+    amplifier.warnings.cross(WarningLevel::over_forward, true);
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "1,Fwd Power High");
+    amplifier.set_attenuation(20);
+    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "0,Transmit");
 }
 
 // A limit that watches the wrong word or compares the wrong way, and an alarm that flickers.
 TEST_F(AmplifierTest, WarningLevelsRaiseAlarms) {
-    struct Case {
+    const struct {
         std::size_t item;
         std::uint16_t harmless, excessive, still, over;
         std::string text;
-    };
-    const std::vector<Case> cases = {
+    } cases[] = {
         {9, 50, 51, 49, 48, "1,Cabinet Temp"},      {8, 95, 96, 94, 93, "1,TWT Temp"},
         {4, 500, 501, 481, 480, "1,Helix Current"}, {1, 580, 581, 576, 575, "1,Fwd Power High"},
         {1, 250, 249, 254, 255, "1,Fwd Power Low"}, {2, 450, 451, 446, 445, "1,Rev Power High"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
         SimAmplifier amplifier(transmitting(), clock);
         const auto alarm_at = [&](std::uint16_t word) {
@@ -248,7 +253,7 @@ TEST_F(AmplifierTest, EventsAreListedNewestFirst) {
 // A block that comes back changed, or a transfer that never ends.
 TEST_F(AmplifierTest, NvramKeepsWhatIsSet) {
     SimAmplifier amplifier(steady(), clock);
-    EXPECT_EQ(amplifier.answer(bytes_of("20 20 3F 00")).data.size(), 4 + 16 + 2U);
+    EXPECT_EQ(amplifier.answer(hex_bytes("20 20 3F 00")).data.size(), 4 + 16 + 2U);
     expect_dialogue(amplifier, {
                                    {"20 20 40 00", "NAK 20"},
                                    {"40 20 0C 00 00 A1 FF 3C 5A 07", "ACK"},
@@ -273,16 +278,13 @@ TEST_F(AmplifierTest, NoiseIsRepeatableAndItsOwn) {
     SimAmplifier first({.serial = 7}, clock);
     SimAmplifier again({.serial = 7}, clock);
     SimAmplifier other({.serial = 8}, clock);
-    std::string a;
-    std::string b;
-    std::string c;
+    bool all_alike = true;
     for (int i = 0; i < 20; ++i) {
-        a += ask(first, "12");
-        b += ask(again, "12");
-        c += ask(other, "12");
+        const std::string reading = ask(first, "12");
+        EXPECT_EQ(ask(again, "12"), reading);
+        all_alike = ask(other, "12") == reading && all_alike;
     }
-    EXPECT_EQ(a, b);
-    EXPECT_NE(a, c);
+    EXPECT_FALSE(all_alike);
 }
 
 }  // namespace

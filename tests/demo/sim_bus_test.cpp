@@ -3,8 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include "demo/faults.h"
 #include "demo/sim_port.h"
-#include "tests/demo/hex_bytes.h"
+#include "tests/support/hex_bytes.h"
 #include "tests/support/manual_clock.h"
 
 namespace ampdesk::demo {
@@ -12,8 +13,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::string_view k_ask_1 = "01 01 01 11 91 A0";                       // status of address 1
-constexpr std::string_view k_status_1 = "06 01 07 11 00 11 02 00 00 02 D1 12";  // its answer
+const std::string k_ask_1 = "01 01 01 11 91 A0";                       // status of address 1
+const std::string k_status_1 = "06 01 07 11 00 11 02 00 00 02 D1 12";  // its answer
 
 struct BusTest : testing::Test {
     BusTest() {
@@ -22,7 +23,7 @@ struct BusTest : testing::Test {
     }
     std::string answer(const std::string& bytes) {
         bus.receive(bytes);
-        return hex_of(bus.take_due());
+        return to_hex(bus.take_due());
     }
     ManualClock clock;
     SimBus bus{clock};
@@ -31,7 +32,7 @@ struct BusTest : testing::Test {
 // A frame that is answered though it must not be, is not answered though it must, or is answered
 // with other bytes.
 TEST_F(BusTest, AnswersWholeSoundFramesForItsAmplifiers) {
-    const std::string status(k_status_1);
+    const std::string& status = k_status_1;
     const std::string band = "02 52 44 42 41 4E 44 3D 30 03 30 32 0D";  // STX RDBAND=0 ETX 02 CR
     const struct {
         const char* what;
@@ -55,16 +56,15 @@ TEST_F(BusTest, AnswersWholeSoundFramesForItsAmplifiers) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        SimBus whole(clock);
-        SimBus bytewise(clock);
-        for (SimBus* one : {&whole, &bytewise}) {
-            one->add({.address = 1, .noise = 0});
-            one->add({.address = 12, .noise = 0});
+        for (const bool bytewise : {false, true}) {
+            SimBus one(clock);
+            one.add({.address = 1, .noise = 0});
+            one.add({.address = 12, .noise = 0});
+            const std::string bytes = hex_bytes(c.sent);
+            const std::size_t piece = bytewise ? 1 : bytes.size();
+            for (std::size_t at = 0; at < bytes.size(); at += piece) one.receive(bytes.substr(at, piece));
+            EXPECT_EQ(to_hex(one.take_due()), c.answer);
         }
-        whole.receive(bytes_of(c.sent));
-        EXPECT_EQ(hex_of(whole.take_due()), c.answer);
-        for (const char byte : bytes_of(c.sent)) bytewise.receive({&byte, 1});
-        EXPECT_EQ(hex_of(bytewise.take_due()), c.answer);
     }
 }
 
@@ -73,23 +73,23 @@ TEST_F(BusTest, HearsRequestsAfterAnyAmountOfNoise) {
     std::string noise;
     for (int i = 0; i < 5000; ++i) noise += static_cast<char>(i * 7 % 11 < 2 ? i % 3 : i * 31);
     EXPECT_EQ(answer(noise), "");
-    EXPECT_EQ(answer(bytes_of(k_ask_1)), k_status_1);
+    EXPECT_EQ(answer(hex_bytes(k_ask_1)), k_status_1);
     // A text frame with a sum that no checksum holds.
     EXPECT_EQ(answer("\x02>01 " + std::string(200, '\xFF') + "\x03" + "FF\r"), "");
-    EXPECT_EQ(answer(bytes_of(k_ask_1)), k_status_1);
+    EXPECT_EQ(answer(hex_bytes(k_ask_1)), k_status_1);
 }
 
 // Bytes that come faster than the line carries them, and replies that run into one another.
 TEST_F(BusTest, PacesTheBytesOfReplies) {
     SimBus slow(clock, 1ms);
     slow.add({.address = 1, .noise = 0});
-    slow.receive(bytes_of(k_ask_1) + bytes_of(k_ask_1));
+    slow.receive(hex_bytes(k_ask_1) + hex_bytes(k_ask_1));
     EXPECT_EQ(slow.take_due(), "");
     EXPECT_EQ(*slow.next_due() - clock.now(), 1ms);
     clock.advance(3ms);
-    EXPECT_EQ(hex_of(slow.take_due()), "06 01 07");
+    EXPECT_EQ(to_hex(slow.take_due()), "06 01 07");
     clock.advance(11ms);
-    EXPECT_EQ(hex_of(slow.take_due()), "11 00 11 02 00 00 02 D1 12 06 01");
+    EXPECT_EQ(to_hex(slow.take_due()), "11 00 11 02 00 00 02 D1 12 06 01");
     clock.advance(9ms);
     EXPECT_EQ(slow.take_due().size(), 9U);
     clock.advance(1ms);
@@ -102,45 +102,48 @@ struct PortTest : BusTest {
     // Sends the status request and waits that long; the wait's outcome, how long it took, the bytes.
     std::string exchange(std::chrono::milliseconds limit) {
         const Instant start = clock.now();
-        port.write(bytes_of(k_ask_1), start + 1s);
+        port.write(hex_bytes(k_ask_1), start + 1s);
         const WaitResult result = port.wait_readable(start + limit);
         const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(clock.now() - start);
         return (result == WaitResult::data ? "data " : "nothing ") + std::to_string(took.count()) + " " +
-               hex_of(port.read_waiting());
+               to_hex(port.read_waiting());
     }
     SimPort port{bus, clock};
 };
 
-// A wait that ends too early or too late, and a fault that outlives its replies.
+// A wait that ends too early or too late, a time in another unit, a fault that outlives its replies.
 TEST_F(PortTest, FaultsDelayAndSilenceReplies) {
-    const std::string status(k_status_1);
-    LineFaults& line = bus.find(1)->line;
+    const std::string& status = k_status_1;
+    const auto only = [&](const char* fault) {
+        make_fault(bus, "clear");
+        EXPECT_EQ(make_fault(bus, fault).text, "ok");
+    };
     EXPECT_EQ(exchange(1000ms), "data 0 " + status);
-    line.delay = 700ms;
+    only("delay 700");
     EXPECT_EQ(exchange(1000ms), "data 700 " + status);
     EXPECT_EQ(exchange(699ms), "nothing 699 ");
     EXPECT_EQ(port.wait_readable(clock.now() + 10ms), WaitResult::data);  // the same reply, late
-    EXPECT_EQ(hex_of(port.read_waiting()), status);
-    line = {.late = 1500ms};
+    EXPECT_EQ(to_hex(port.read_waiting()), status);
+    only("late 1500");
     EXPECT_EQ(exchange(1000ms), "nothing 1000 ");
     EXPECT_EQ(exchange(100ms), "data 0 " + status);  // only that one was late
     EXPECT_EQ(port.wait_readable(clock.now() + 1s), WaitResult::data);
-    EXPECT_EQ(hex_of(port.read_waiting()), status);
-    line = {.drip = 20ms};
+    EXPECT_EQ(to_hex(port.read_waiting()), status);
+    only("drip 20");
     EXPECT_EQ(exchange(1000ms), "data 20 06");
     clock.advance(219ms);
     EXPECT_EQ(port.read_waiting().size(), 10U);
     clock.advance(1ms);
     EXPECT_EQ(port.read_waiting().size(), 1U);
-    line = {.silent = true};
+    only("silent on");
     EXPECT_EQ(exchange(1000ms), "nothing 1000 ");
 }
 
 // A closed port that still speaks, or an answer from before that greets the next opener.
 TEST_F(PortTest, ClosingForgetsTheAnswers) {
-    EXPECT_EQ(port.write(bytes_of(k_ask_1), clock.now()), PortError::none);
+    EXPECT_EQ(port.write(hex_bytes(k_ask_1), clock.now()), PortError::none);
     port.close();
-    EXPECT_EQ(port.write(bytes_of(k_ask_1), clock.now()), PortError::failed);
+    EXPECT_EQ(port.write(hex_bytes(k_ask_1), clock.now()), PortError::failed);
     EXPECT_EQ(port.wait_readable(clock.now() + 1s), WaitResult::lost);
     port.open({});
     EXPECT_EQ(port.read_waiting(), "");

@@ -223,22 +223,22 @@ TEST_F(PosixSerialPortTest, UnplugInTheMiddleOfAFrameEndsTheWaitAtOnce) {
 // Fault: one of the calls misses an idle line's end, or takes it for "nothing waiting".
 TEST(PosixSerialPortLost, EveryCallNoticesAnIdleLineThatWasUnplugged) {
     SystemClock clock;
-    using Call = void (*)(PosixSerialPort&, Clock&);
+    using Call = void (*)(PosixSerialPort&, Instant);
     const Call calls[] = {
-        [](PosixSerialPort& p, Clock& c) { EXPECT_EQ(p.write("x", c.now() + seconds(1)), PortError::lost); },
-        [](PosixSerialPort& p, Clock&) { EXPECT_EQ(p.read_waiting(), ""); },
-        [](PosixSerialPort& p, Clock&) { p.discard_input(); },
-        [](PosixSerialPort& p, Clock& c) { EXPECT_EQ(p.wait_readable(c.now()), WaitResult::lost); },
+        [](PosixSerialPort& p, Instant now) { EXPECT_EQ(p.write("x", now + seconds(1)), PortError::lost); },
+        [](PosixSerialPort& p, Instant) { EXPECT_EQ(p.read_waiting(), ""); },
+        [](PosixSerialPort& p, Instant) { p.discard_input(); },
+        [](PosixSerialPort& p, Instant now) { EXPECT_EQ(p.wait_readable(now), WaitResult::lost); },
     };
-    for (std::size_t i = 0; i < std::size(calls); ++i) {
-        SCOPED_TRACE(i);
+    for (const Call& call : calls) {
+        SCOPED_TRACE(&call - calls);
         FarEnd far;
         PosixSerialPort port(clock);
         ASSERT_TRUE(port.open({.device = far.device()}).ok());
         int losses = 0;
         port.on_connection_change = [&](bool connected) { losses += connected ? 100 : 1; };
         far.unplug();
-        calls[i](port, clock);
+        call(port, clock.now());
         EXPECT_EQ(losses, 1);
     }
 }

@@ -9,7 +9,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "platform/run_time_error.h"
@@ -20,15 +19,6 @@ namespace {
 
 using namespace std::string_literals;
 using Lines = std::vector<std::string>;
-
-void put(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-std::string get(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // The number of the run-time error, 0 when there is none.
 template <class Action>
@@ -71,15 +61,15 @@ TEST_F(TextFileTest, ReadsLinesWhateverEndsThem) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.bytes.substr(0, 40));
-        put(path, c.bytes);
+        folder.put("com1.dat", c.bytes);
         EXPECT_EQ(read_text_lines(path), c.lines);
-        EXPECT_EQ(get(path), c.bytes);
+        EXPECT_EQ(file_bytes(path), c.bytes);
     }
 }
 
 // Fault: a huge file fills the memory, or the cut falls beside the limit.
 TEST_F(TextFileTest, ReadsNoFurtherThanTheLimit) {
-    put(path, "one\r\ntwo\r\nthree\r\n");
+    folder.put("com1.dat", "one\r\ntwo\r\nthree\r\n");
     EXPECT_EQ(read_text_lines(path, 7), (Lines{"one", "tw"}));
     EXPECT_EQ(read_text_lines(path, 10), (Lines{"one", "two"}));
     EXPECT_EQ(read_text_lines(path, 0), Lines{});
@@ -90,7 +80,7 @@ TEST_F(TextFileTest, ReadsNoFurtherThanTheLimit) {
 // Fault: a name that is no readable file blocks, crashes, or is reported as something else; writing
 // replaces a device or a folder.
 TEST_F(TextFileTest, RefusesWhatIsNoOrdinaryFile) {
-    put(path, "x");
+    folder.put("com1.dat", "x");
     ASSERT_EQ(mkfifo((folder / "queue").c_str(), 0644), 0);
     std::filesystem::create_symlink("loop", folder / "loop");
     const struct {
@@ -139,14 +129,14 @@ TEST_F(TextFileTest, ObeysWriteProtection) {
         EXPECT_EQ(writing, 70);
         ASSERT_EQ(chmod(folder.path().c_str(), 0777), 0);
         ASSERT_EQ(chmod(path.c_str(), 0644), 0);
-        EXPECT_EQ(get(path), "old\r\n");
+        EXPECT_EQ(file_bytes(path), "old\r\n");
         EXPECT_EQ(entries(folder.path()), 1U);
     }
 }
 
 // Fault: saving changes who may read the file, or turns a link into a file.
 TEST_F(TextFileTest, KeepsModeAndLinks) {
-    put(path, "old");
+    folder.put("com1.dat", "old");
     ASSERT_EQ(chmod(path.c_str(), 0660), 0);
     std::filesystem::create_directory(folder / "links");
     std::filesystem::create_symlink("../com1.dat", folder / "links/near");
@@ -154,10 +144,10 @@ TEST_F(TextFileTest, KeepsModeAndLinks) {
     std::filesystem::create_symlink("com2.dat", folder / "unborn");
     write_text_lines(folder / "far", {"new"});
     write_file_bytes(folder / "unborn", "\n\0"s);
-    EXPECT_EQ(get(path), "new\r\n");
+    EXPECT_EQ(file_bytes(path), "new\r\n");
     EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0660));
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "links/near"));
-    EXPECT_EQ(get(folder / "com2.dat"), "\n\0"s);
+    EXPECT_EQ(file_bytes(folder / "com2.dat"), "\n\0"s);
     EXPECT_EQ(std::filesystem::status(folder / "com2.dat").permissions(), std::filesystem::perms(0644));
     EXPECT_EQ(entries(folder.path()), 5U);
 }
@@ -166,26 +156,26 @@ TEST_F(TextFileTest, KeepsModeAndLinks) {
 TEST_F(TextFileTest, CopiesByteForByte) {
     std::string bytes;
     for (int i = 0; i < 50000; ++i) bytes += static_cast<char>(i * 7);
-    put(path, bytes);
+    folder.put("com1.dat", bytes);
     copy_file_bytes(path, folder / "copy");
-    EXPECT_TRUE(get(folder / "copy") == bytes);
+    EXPECT_TRUE(file_bytes(folder / "copy") == bytes);
     copy_file_bytes(path, path);
-    EXPECT_TRUE(get(path) == bytes);
+    EXPECT_TRUE(file_bytes(path) == bytes);
     EXPECT_EQ(error_of([&] { copy_file_bytes(folder / "none", folder / "copy"); }), 53);
-    EXPECT_TRUE(get(folder / "copy") == bytes);
+    EXPECT_TRUE(file_bytes(folder / "copy") == bytes);
 }
 
 // Fault: a full disk costs the old file, leaves half a file, or goes unsaid.
 TEST_F(TextFileTest, AFullDiskKeepsTheOldFile) {
     const ScratchFolder elsewhere;
     const std::string large(1 << 18, 'n');
-    put(elsewhere / "large", large);
+    elsewhere.put("large", large);
     const auto try_to_save = [&](const ScratchFolder& full) {
         const std::string file = full / "com1.dat";
         write_text_lines(file, {"old"});
         EXPECT_EQ(error_of([&] { write_file_bytes(file, large); }), 61);
         EXPECT_EQ(error_of([&] { copy_file_bytes(elsewhere / "large", file); }), 61);
-        EXPECT_EQ(get(file).substr(0, 10), "old\r\n");
+        EXPECT_EQ(file_bytes(file).substr(0, 10), "old\r\n");
         EXPECT_EQ(entries(full.path()), 1U) << "a temporary file is left";
     };
     // A limit of this process stands for the full disk, as it needs no privilege.

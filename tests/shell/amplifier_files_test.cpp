@@ -178,7 +178,8 @@ TEST_F(AmplifierFiles, GiveTheLineBack) {
     EXPECT_EQ(bus.settings(), (LineSettings{"COM3:", 1200, 1, 7, 2}));
 }
 
-// A new amplifier's file that is not the copy of "rs485.dat", or an old one that is overwritten.
+// A new amplifier's file that is not the copy of "rs485.dat" or names a line that it does not hang on, or
+// an old one that is overwritten.
 TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
     bus.open_bus_port("COM1:", 9600, 0, 8, 1);
     station.add_amplifier(1, "1001", "KU");
@@ -191,7 +192,10 @@ TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
     folder.put("com1003.dat", file("3"));
     station.add_amplifier(3, "1003", "KU");
     EXPECT_EQ(file_bytes(folder / "com1003.dat"), file("3"));
-    EXPECT_EQ(station.open_count(), 3);
+    folder.put("rs485.dat", file("4", "COM2:", "3"));
+    station.add_amplifier(4, "1004", "KU");
+    EXPECT_EQ(file_bytes(folder / "com1004.dat"), file("4"));
+    EXPECT_EQ(station.open_count(), 4);
 }
 
 // Save writes what is not in use, Save As changes the amplifier's own file, or a failure is silent.

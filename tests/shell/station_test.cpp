@@ -13,11 +13,7 @@ using namespace std::chrono_literals;
 TEST_F(StationTest, ReusesTheLowestFreeSlot) {
     open({1, 2, 3, 4});
     EXPECT_EQ(open_slots(), (std::vector{1, 2, 3, 4}));
-    station.close_window(3);
-    station.close_window(2);
-    station.close_window(2);  // twice, and slots that never were
-    station.close_window(0);
-    station.close_window(9);
+    for (const int slot : {3, 2, 2, 0, 9}) station.close_window(slot);  // twice, and slots that never were
     EXPECT_EQ(open_slots(), (std::vector{1, 4}));
     EXPECT_FALSE(station.address_in_use(3));
     open({3, 2});
@@ -28,24 +24,6 @@ TEST_F(StationTest, ReusesTheLowestFreeSlot) {
     station.close_all();
     EXPECT_EQ(station.open_count(), 0);
     station.close_all();
-}
-
-// A closed window in the middle that takes the others' cycle with it.
-TEST_F(StationTest, SkipsTheFreeSlot) {
-    open({1, 2, 3});
-    poll(3s);
-    station.close_window(2);
-    poll(1s);
-    port.status_requests.clear();
-    poll(10s);
-    EXPECT_EQ(port.status_requests[2].size(), 0U);
-    for (const int address : {1, 3}) {
-        EXPECT_NEAR(static_cast<double>(port.status_requests[address].size()), 20, 1);
-        EXPECT_LE(longest_gap(address), 550);
-    }
-    station.close_window(1);
-    station.close_window(3);
-    EXPECT_GE(station.poll_windows(), 400ms);  // nothing to do
 }
 
 // A silent amplifier slows the others down, or is not found again once it answers.
@@ -107,8 +85,8 @@ TEST_F(StationTest, AWindowMayCloseInsideItsVisit) {
     EXPECT_EQ(closed, (std::set{1, 2, 3}));
 }
 
-// While a head's box is open the others stand still, the head itself is entered again, or what was
-// closed meanwhile is touched afterwards.
+// While the box of a head's fault is open this head or the others stand still, the box comes twice, or
+// what was closed meanwhile is touched afterwards.
 TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
     open({1, 2, 3});
     poll(2s);
@@ -118,11 +96,11 @@ TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
             return;
         port.status_requests.clear();
         poll(10s);
-        EXPECT_EQ(port.status_requests[2].size(), 0U);
-        EXPECT_NEAR(static_cast<double>(port.status_requests[1].size()), 20, 1);
+        for (const int address : {1, 2})
+            EXPECT_NEAR(static_cast<double>(port.status_requests[address].size()), 20, 1);
         EXPECT_LE(longest_gap(3), 550);
         station.close_window(3);
-        station.close_window(2);  // its own handler is still running
+        station.close_window(2);  // its own visit has not ended
         open({3});                // in the slot that has become free
         poll(1s);
     };

@@ -29,7 +29,7 @@ TEST_F(LayoutFile, ReadsBackWhatWasWritten) {
 
 TEST_F(LayoutFile, PassesOverDamagedLines) {
     write_text_lines(path_, {"ampdesk layout", "main 1 2 0 400 0", "head 5 1 2 3", "head 6 99999 0 10 10 0",
-                             "head 8 1 2 30 40 1", std::string("\0\xFF", 2)});
+                             "head 9 -2147483648 0 10 10 0", "head 8 1 2 30 40 1", std::string("\0\xFF", 2)});
     const auto layout = read_window_layout(path_);
     ASSERT_TRUE(layout);
     EXPECT_EQ(layout->main, Place{});

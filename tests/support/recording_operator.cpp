@@ -39,7 +39,7 @@ std::optional<std::string> RecordingOperator::choose_file_to_open(std::string_vi
 }
 
 std::optional<std::string> RecordingOperator::choose_file_to_save(std::string_view title, std::string_view,
-                                                                  std::string_view) {
+                                                                  std::string_view, bool) {
     prompts.emplace_back(title);
     return take_first(choices);
 }

@@ -16,7 +16,8 @@ class RecordingOperator : public Operator {
     std::optional<std::string> input_box(std::string_view prompt) override;
     std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view filter) override;
     std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
-                                                   std::string_view suggestion) override;
+                                                   std::string_view suggestion,
+                                                   bool ask_to_replace = true) override;
     void start_beep(std::chrono::milliseconds length) override { beeps.push_back(length); }
     void set_busy_pointer(bool busy) override { pointer.push_back(busy); }
     void let_events_run() override {

@@ -57,21 +57,18 @@ class ColorDialogTest : public testing::Test {
         EXPECT_TRUE(opened) << button;
     }
 
-    ScreenSettings copy() const { return shown(*dialog.findChild<PanelView*>()); }
-
     // What the copy paints: the colours of its parts, red in the low byte, and the font size.
-    static ScreenSettings shown(const PanelView& view) {
-        const auto bgr = [](const QColor& c) {
+    ScreenSettings copy() const {
+        const auto bgr = [](const QWidget& part, QPalette::ColorRole role) {
+            const QColor c = part.palette().color(role);
             return static_cast<std::uint32_t>(c.red() | c.green() << 8 | c.blue() << 16);
         };
-        const auto* line = view.findChild<DisplayLine*>(QStringLiteral("lblDisplayA(3)"));
-        const auto* label = view.findChild<QLabel*>(QStringLiteral("Label1(0)"));
-        ScreenSettings look;
-        look.fore_colour = bgr(line->palette().color(QPalette::WindowText));
-        look.back_colour = bgr(line->palette().color(QPalette::Window));
-        look.font_size = line->font().pointSizeF();
-        look.machine_colour = bgr(label->palette().color(QPalette::Window));
-        return look;
+        const auto* line = dialog.findChild<DisplayLine*>(QStringLiteral("lblDisplayA(3)"));
+        const auto* label = dialog.findChild<QLabel*>(QStringLiteral("Label1(0)"));
+        return {.fore_colour = bgr(*line, QPalette::WindowText),
+                .back_colour = bgr(*line, QPalette::Window),
+                .font_size = line->font().pointSizeF(),
+                .machine_colour = bgr(*label, QPalette::Window)};
     }
 
     ManualClock clock;

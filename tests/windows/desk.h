@@ -18,7 +18,9 @@ namespace ampdesk {
 
 class Desk : public ::testing::Test {
   protected:
-    Desk() {
+    // Without a port the terminal stays closed, as in the demonstration.
+    explicit Desk(SerialPort* terminal_port = nullptr, BusOptions options = {})
+        : link(port, clock, person, std::move(options)), terminal_line(terminal_port, clock) {
         QDir::setCurrent(folder.path());
         person.sound = [this] { ++sounds; };
         link.on_traffic = [this](const BusTraffic& traffic) {
@@ -38,11 +40,20 @@ class Desk : public ::testing::Test {
             box_action(*box);
             QTest::keyClick(box, Qt::Key_Escape);
         });
+        QObject::connect(&dialog_watch, &QTimer::timeout, &form, [this] {
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (dialog == nullptr || dialog->objectName() != dialog_name)
+                return;
+            dialog_watch.stop();
+            const auto action = std::move(dialog_action);
+            action(*dialog);
+        });
         form.show();
         activate();
     }
     ~Desk() override {
         EXPECT_FALSE(box_watch.isActive()) << "no box opened";
+        EXPECT_FALSE(dialog_watch.isActive()) << "no dialog opened";
         QDir::setCurrent(QDir::rootPath());
     }
 
@@ -87,6 +98,13 @@ class Desk : public ::testing::Test {
         box_watch.start(1);
     }
 
+    // Runs the action as soon as the dialog of that name is open.
+    void when_dialog_opens(const char* name, std::function<void(QDialog&)> action) {
+        dialog_name = QLatin1String(name);
+        dialog_action = std::move(action);
+        dialog_watch.start(1);
+    }
+
     std::vector<std::string> take_settings() { return std::exchange(settings, {}); }
 
     QTemporaryDir folder;
@@ -94,16 +112,21 @@ class Desk : public ::testing::Test {
     demo::SimBus bus{clock};
     demo::SimPort port{bus, clock};
     QtOperator person;
-    BusLink link{port, clock, person};
+    BusLink link;
     HeadServices services{link, clock, person, {}};
     Station station{services};
-    MDIForm1 form{station, link, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}}};
+    TerminalLine terminal_line;
+    MDIForm1 form{
+        station, link, terminal_line, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}}};
 
     std::vector<std::string> settings;  // commands of class 16, without their frames
     std::map<int, int> frames_sent;     // by address
     int sounds = 0;
     QTimer box_watch;
     std::function<void(QMessageBox&)> box_action;
+    QTimer dialog_watch;
+    QString dialog_name;
+    std::function<void(QDialog&)> dialog_action;
 };
 
 }  // namespace ampdesk

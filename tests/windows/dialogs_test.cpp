@@ -107,7 +107,6 @@ TEST_F(SetupDialogTest, shows_what_rs485_dat_holds) {
         BusChoices expected;
     } cases[] = {
         {{"RS-422", "COM3:", "4", "12"}, {}, {}},
-        {{"RS-485", "COM3:", "4", "12"}, {}, {.port = "COM3:", .address = "12", .baud = 4}},
         {{"RS-485", "COM7:", "4", "12"}, {"Invalid Com Port"}, {.address = "12", .baud = 4}},
         {{"RS-485", "COM1:", "0", "123"}, {"Invalid Unit Address"}, {.port = "COM1:", .baud = 0}},
     };

@@ -69,8 +69,9 @@ TEST_F(HeadWindow, SoftKeysLampsAndFunctionKeysMoveBetweenScreens) {
     }
 }
 
-// Keys typed into the terminal must stay text, and an icon must not switch an unseen amplifier.
-TEST_F(HeadWindow, KeysReachNoHeadFromTheTerminalOrAnIcon) {
+// Keys typed into the terminal or the traffic view must stay there, and an icon must not switch an unseen
+// amplifier.
+TEST_F(HeadWindow, KeysReachNoHeadFromElsewhereOrAnIcon) {
     key(Qt::Key_F6);
     EXPECT_EQ(QApplication::focusWidget()->objectName(), QStringLiteral("Term"));
     key(Qt::Key_F4);
@@ -79,6 +80,12 @@ TEST_F(HeadWindow, KeysReachNoHeadFromTheTerminalOrAnIcon) {
     key(Qt::Key_F6);
     key(Qt::Key_F4);
     EXPECT_EQ(head.menu_ptr, 2);
+    child<QAction>(form, "mnuModemOpt(3)")->trigger();
+    child(form, "txtTraffic")->setFocus();
+    key(Qt::Key_F4);
+    key(Qt::Key_1, Qt::ControlModifier);
+    EXPECT_EQ(head.menu_ptr, 2);
+    machine.setFocus();
     machine.parentWidget()->showMinimized();
     QTest::keyClick(&form, Qt::Key_F4);
     QTest::keyClick(&form, Qt::Key_1, Qt::ControlModifier);
@@ -173,6 +180,20 @@ TEST_F(HeadWindow, AccessibilityTable) {
     EXPECT_EQ(window->text(QAccessible::Name), QStringLiteral("JEX Amplifier 1001"));
     EXPECT_EQ(
         QAccessible::queryAccessibleInterface(child(form, "Picture1"))->valueInterface()->currentValue(), 52);
+
+    const auto scroll_bars = [&] {
+        const auto* panel = QAccessible::queryAccessibleInterface(&machine.panel_view());
+        int count = 0;
+        for (int i = 0; i < panel->childCount(); ++i) {
+            EXPECT_EQ(panel->indexOfChild(panel->child(i)), i);
+            count += panel->child(i)->role() == QAccessible::ScrollBar ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(scroll_bars(), 0) << "present only while shown";
+    machine.cmdKey_Click(0);
+    QApplication::processEvents();
+    EXPECT_EQ(scroll_bars(), 1);
 }
 
 // The panel is never scaled: centred where there is room, at 0 where there is not. Its keys lie under

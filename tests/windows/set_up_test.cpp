@@ -9,31 +9,9 @@ namespace {
 
 class SetUpMenu : public Desk {
   protected:
-    SetUpMenu() {
-        QObject::connect(&dialog_watch, &QTimer::timeout, &form, [this] {
-            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr || dialog->objectName() != dialog_name)
-                return;
-            dialog_watch.stop();
-            dialog_action(*dialog);
-        });
-    }
-    ~SetUpMenu() override { EXPECT_FALSE(dialog_watch.isActive()) << "no dialog opened"; }
-
-    // Runs the action as soon as the dialog of that name is open.
-    void when_dialog_opens(const char* name, std::function<void(QDialog&)> action) {
-        dialog_name = QLatin1String(name);
-        dialog_action = std::move(action);
-        dialog_watch.start(1);
-    }
-
     static void enter(const QDialog& dialog, const char* list, const char* text) {
         child<QComboBox>(dialog, list)->setEditText(QLatin1String(text));
     }
-
-    QTimer dialog_watch;
-    QString dialog_name;
-    std::function<void(QDialog&)> dialog_action;
 };
 
 TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
@@ -77,6 +55,19 @@ TEST_F(SetUpMenu, Setup422OpensTheLineAnewAndKeepsItsSettings) {
     EXPECT_EQ(link.settings().port_name, "COM4:");
     EXPECT_EQ(read_text_lines("rs422.dat"),
               (std::vector<std::string>{"RS-422", "COM4:", "6", "3", "0", "0"}));
+}
+
+// Catches heads left dead by a port that could not be opened and a Cancel.
+TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
+    for (const bool new_amplifier : {true, false}) {
+        when_dialog_opens(new_amplifier ? "frmSetup" : "frmSerial", [&](QDialog& dialog) {
+            link.open_bus_port("COM9:", 1200, 0, 8, 1);  // there is none
+            dialog.reject();
+        });
+        new_amplifier ? form.mnuMachineItem_Click(0) : form.mnuToolsItem_Click(2);
+        EXPECT_TRUE(link.bus_link_on());
+        EXPECT_EQ(link.settings(), (LineSettings{"COM1:", 9600, 0, 8, 1}));
+    }
 }
 
 TEST_F(SetUpMenu, ScreenSettingsAreThoseOfTheActiveHead) {

@@ -1,0 +1,172 @@
+// What a flood on the terminal's port does to the amplifiers: three control heads are polled while a
+// pseudo-terminal delivers bytes as fast as they are taken. The event loop is a plain poll(), the text
+// box a string: no window is drawn. Prints the visits' intervals, the bytes taken and the memory.
+#include <poll.h>
+#include <pty.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <thread>
+
+#include "bench/watched_station.h"
+#include "platform/posix/posix_serial_port.h"
+#include "terminal/received_text.h"
+#include "terminal/terminal.h"
+
+using namespace ampdesk;
+
+namespace {
+
+constexpr std::size_t k_flood = 1 << 20;
+
+// The far end of the terminal's line: writes its bytes again and again until it is told to stop, and
+// reads what the terminal answers.
+class Flood {
+  public:
+    Flood() {
+        int slave = -1;
+        char name[64] = "";
+        if (openpty(&master_, &slave, name, nullptr, nullptr) != 0)
+            std::exit((std::perror("bench_flood"), 1));
+        close(slave);
+        device = name;
+    }
+    ~Flood() { close(master_); }
+
+    void start(std::string bytes) {
+        stopped_ = false;
+        writer_ = std::thread([this, bytes = std::move(bytes)] {
+            std::size_t at = 0;
+            while (!stopped_) {
+                pollfd watched{.fd = master_, .events = POLLIN | POLLOUT, .revents = 0};
+                poll(&watched, 1, 100);
+                char answer[4096];
+                if ((watched.revents & POLLIN) != 0 && read(master_, answer, sizeof answer) < 0)
+                    return;
+                if ((watched.revents & POLLOUT) == 0)
+                    continue;
+                const ssize_t taken =
+                    write(master_, bytes.data() + at, std::min<std::size_t>(4096, bytes.size() - at));
+                at = (at + static_cast<std::size_t>(std::max<ssize_t>(taken, 0))) % bytes.size();
+            }
+        });
+    }
+    void stop() {
+        stopped_ = true;
+        writer_.join();
+    }
+
+    std::string device;
+
+  private:
+    int master_ = -1;
+    std::atomic<bool> stopped_ = false;
+    std::thread writer_;
+};
+
+// All byte values by chance, without the marker of a remote station: what its requests cost is
+// measured by themselves.
+std::string random_bytes() {
+    std::mt19937 random(1);
+    std::string bytes(k_flood, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<char>(random());
+        if (i > 0 && bytes[i] == k_ack && bytes[i - 1] == k_ack)
+            bytes[i] = k_nak;
+    }
+    return bytes;
+}
+
+class Desk : public WatchedStation {
+  public:
+    Desk(const std::string& folder, const std::string& device) : WatchedStation(folder, 3) {
+        line_.add_watcher([this](const TerminalTraffic& t) { taken += t.sent ? 0 : t.bytes.size(); });
+        terminal_.on_text = [this](std::string_view data) {
+            const ShownText text = ShowData(shown.size(), data);
+            shown.erase(0, text.drop);
+            shown += text.insert;
+            longest = std::max(longest, shown.size());
+        };
+        if (const PortResult result = line_.open({.device = device}); !result.ok())
+            std::exit((std::fprintf(stderr, "bench_flood: %s\n", result.cause.c_str()), 1));
+    }
+
+    // As the main window's event loop does it: at most one read, one tick and one visit a turn.
+    void run(double seconds) {
+        const Instant end = clock.now() + std::chrono::duration_cast<Duration>(Seconds(seconds));
+        Instant visit = clock.now();
+        std::optional<Instant> tick;
+        while (clock.now() < end) {
+            const Duration wait =
+                std::max(Duration::zero(), std::min(visit, tick.value_or(visit)) - clock.now());
+            pollfd watched{.fd = line_.watch_handle(), .events = POLLIN, .revents = 0};
+            poll(&watched, 1, static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(wait).count()));
+            if (watched.revents != 0)
+                line_.pump();
+            if (tick && clock.now() >= *tick)
+                terminal_.tick();
+            if (clock.now() >= visit)
+                visit = station.poll_windows() + clock.now();
+            const auto next = terminal_.next_tick();
+            tick = next ? std::optional(clock.now() + *next) : std::nullopt;
+        }
+    }
+
+    std::size_t taken = 0;    // bytes from the terminal's line
+    std::string shown;        // the text box
+    std::size_t longest = 0;  // it ever was
+
+  private:
+    PosixSerialPort port_{clock};
+    TerminalLine line_{&port_, clock};
+    Terminal terminal_{line_, bus};
+};
+
+long memory_kib() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+void measure(Desk& desk, Flood& flood, const char* what, const std::string& bytes, double seconds) {
+    const long memory = memory_kib();
+    desk.forget();
+    desk.taken = 0;
+    if (!bytes.empty())
+        flood.start(bytes);
+    desk.run(seconds);
+    if (!bytes.empty())
+        flood.stop();
+    print(what, desk.intervals_without());
+    std::printf("%-42s %.1f MB taken, %zu characters shown at most, %ld KiB more memory\n", "",
+                static_cast<double>(desk.taken) / 1e6, desk.longest, memory_kib() - memory);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    double seconds = 10;
+    if (argc == 3 && std::string(argv[1]) == "--seconds")
+        seconds = std::atof(argv[2]);
+    if (seconds <= 0 || (argc != 1 && argc != 3)) {
+        std::fprintf(stderr, "Usage: bench_flood [--seconds N]\n");
+        return 2;
+    }
+    std::string folder = (std::filesystem::temp_directory_path() / "bench_flood-XXXXXX").string();
+    if (mkdtemp(folder.data()) == nullptr) {
+        std::perror("bench_flood");
+        return 1;
+    }
+    std::printf("Logic only: no windows, and a bus of this process that answers at once.\n");
+    Flood flood;
+    Desk desk(folder, flood.device);
+    desk.run(1);
+    measure(desk, flood, "three heads, nothing on the terminal", "", seconds);
+    measure(desk, flood, "random bytes without end", random_bytes(), seconds);
+    measure(desk, flood, "requests that an amplifier answers", "\x06\x06>01,RDSTAT\r", seconds);
+    measure(desk, flood, "requests that nobody answers (1 s each)", "\x06\x06>77,RDSTAT\r", seconds);
+    std::filesystem::remove_all(folder);
+    return 0;
+}

@@ -1,0 +1,206 @@
+// Makes the pictures of the manual: runs the station on simulated amplifiers without noise, on a clock
+// that stands still between two steps, and takes what its windows show. So the pictures stay true.
+//
+//   manual_pictures FOLDER
+#include <QApplication>
+#include <QDialog>
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QTreeWidget>
+#include <iostream>
+
+#include "controlhead/ui/frmBand.h"
+#include "demo/demonstration.h"
+#include "demo/faults.h"
+#include "demo/sim_port.h"
+#include "demo/ui/frmFault.h"
+#include "shell/ui/MDIForm1.h"
+#include "shell/ui/program_icon.h"
+#include "tests/support/manual_clock.h"
+
+using namespace ampdesk;
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr int k_exit = 4;
+constexpr int k_more = 3;
+
+class Studio {
+  public:
+    explicit Studio(QDir folder) : folder_(std::move(folder)) {
+        for (int number = 1; number <= 3; ++number) {
+            demo::SimModel model = demo::demonstration_model(number);
+            model.noise = 0;
+            model.warm_up = {};
+            bus_.add(model);
+        }
+        services_.options.negative_words_signed = true;
+        services_.options.shipped_folder = MANUAL_FOLDER;
+        demo::write_demonstration_files(".", 3);
+        form_.resize(1300, 860);
+        form_.show();
+        form_.load();
+        steps(20);
+        if (station_.open_heads().size() != 3)
+            throw std::runtime_error("the heads did not open");
+    }
+
+    // Half-second visits of all heads.
+    void steps(int count) {
+        for (int i = 0; i < count; ++i) {
+            QApplication::processEvents();
+            for (std::size_t n = 0; n <= 2 * station_.open_heads().size(); ++n) station_.poll_windows();
+            clock_.advance(milliseconds(500));
+        }
+        QApplication::processEvents();
+    }
+
+    // Presses keys of that amplifier's head, 0..3 and EXIT, each followed by a visit.
+    void keys(int amplifier, std::initializer_list<int> pressed) {
+        for (const int key : pressed) {
+            station_.open_heads()
+                .at(static_cast<std::size_t>(amplifier - 1))
+                ->press_key(static_cast<std::int16_t>(key));
+            steps(2);
+        }
+    }
+
+    void fault(const char* line) {
+        demo::make_fault(bus_, line);
+        steps(12);
+    }
+
+    void take_panel(int amplifier, const char* name) {
+        const auto machines = form_.findChildren<frmMachine*>();
+        for (frmMachine* machine : machines) {
+            if (machine->head() == station_.open_heads().at(static_cast<std::size_t>(amplifier - 1)))
+                save(machine->panel_view(), name);
+        }
+    }
+
+    void take_main_window(const char* name) {
+        steps(2);
+        save(form_, name);
+    }
+
+    // The fault dialog, with that fault chosen.
+    void take_fault_dialog(int amplifier, const char* fault, const char* name) {
+        demo::frmFault dialog(bus_, &form_);
+        dialog.show_for(amplifier);
+        auto* faults = dialog.findChild<QTreeWidget*>();
+        faults->setCurrentItem(
+            faults->findItems(QLatin1String(fault), Qt::MatchExactly | Qt::MatchRecursive).at(0));
+        save(dialog, name);
+    }
+
+    // The dialog that the action opens; it is closed again.
+    template <class Action>
+    void take_dialog(const char* name, Action action) {
+        QTimer::singleShot(0, [&] {
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (dialog == nullptr)
+                throw std::runtime_error(name);
+            save(*dialog, name);
+            dialog->reject();
+        });
+        action(form_);
+    }
+
+  private:
+    void save(QWidget& widget, const char* name) {
+        QApplication::processEvents();
+        const QString path = folder_.filePath(QLatin1String(name) + QStringLiteral(".png"));
+        if (!widget.grab().save(path))
+            throw std::runtime_error("cannot write " + path.toStdString());
+    }
+
+    QDir folder_;
+    ManualClock clock_;
+    demo::SimBus bus_{clock_};
+    demo::SimPort port_{bus_, clock_};
+    QtOperator person_;
+    BusLink link_{port_, clock_, person_};
+    HeadServices services_{link_, clock_, person_, {}};
+    Station station_{services_};
+    TerminalLine terminal_line_{nullptr, clock_};
+    MDIForm1 form_{station_,
+                   link_,
+                   terminal_line_,
+                   person_,
+                   {.version = "1.0.0",
+                    .demonstration = true,
+                    .gauge = {30, 60},
+                    .amplifier_files = {"com1001.dat", "com1002.dat", "com1003.dat"}}};
+};
+
+void take_all(const QDir& folder) {
+    Studio studio(folder);
+    studio.take_main_window("main-window");
+
+    studio.take_panel(3, "front-panel");
+    studio.take_panel(3, "status-1");
+    studio.keys(3, {k_more});
+    studio.take_panel(3, "status-2");
+    studio.keys(3, {k_more});
+    studio.take_panel(3, "status-3");
+    studio.keys(3, {k_more});
+    studio.take_panel(3, "status-4");
+
+    studio.keys(3, {1});
+    studio.take_panel(3, "events");
+    studio.keys(3, {k_exit, 0});
+    studio.take_panel(3, "attenuation");
+    studio.keys(3, {k_exit, k_exit, k_more, 1});
+    studio.take_panel(3, "information");
+    studio.keys(3, {0, 2});
+    studio.take_panel(3, "help");
+    studio.keys(3, {k_exit, k_more, 0});
+    studio.steps(1);
+    studio.take_panel(3, "warning-levels");
+
+    studio.keys(1, {k_more, 0});
+    studio.take_panel(1, "setup-power-save");
+    studio.keys(1, {k_more});
+    studio.take_panel(1, "setup-switch");
+    studio.keys(1, {k_more, k_more});
+    studio.take_panel(1, "setup-units");
+
+    studio.fault("@2 helix");
+    studio.take_panel(2, "shutdown");
+    studio.fault("@2 refuse 4");
+    studio.take_fault_dialog(2, "Settings refused", "frm-fault");
+    studio.fault("@1 silent on");
+    studio.take_panel(1, "communication-error");
+    studio.fault("@1 silent off");
+
+    studio.take_dialog("frm-setup", [](MDIForm1& form) { form.mnuMachineItem_Click(0); });
+    studio.take_dialog("frm-serial", [](MDIForm1& form) { form.mnuToolsItem_Click(2); });
+    studio.take_dialog("frm-color", [](MDIForm1& form) { form.mnuToolsScreen_Click(0); });
+    studio.take_dialog("frm-band", [](MDIForm1& form) { frmBand({}, &form).exec(); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    QApplication::setWindowIcon(program_icon());
+    if (argc != 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
+        std::cerr << "usage: manual_pictures FOLDER\n";
+        return 2;
+    }
+    const QDir folder(QDir(QString::fromLocal8Bit(argv[1])).absolutePath());
+    const QTemporaryDir work;
+    QDir::setCurrent(work.path());
+    try {
+        take_all(folder);
+    } catch (const std::exception& error) {
+        std::cerr << "manual_pictures: " << error.what() << "\n";
+        return 1;
+    }
+    QDir::setCurrent(QDir::rootPath());
+    return 0;
+}

@@ -1,0 +1,48 @@
+#include "shell/ui/service_tools.h"
+
+#include "tools/nvram_start.h"
+
+namespace ampdesk {
+
+ServiceTools::ServiceTools(QWidget& window, BusLink& bus, QtOperator& person, Hooks hooks)
+    : window_(window), bus_(bus), operator_(person), hooks_(std::move(hooks)), console_(bus, person) {}
+
+ServiceTools::~ServiceTools() {
+    delete block_.data();
+    delete intact_.data();
+}
+
+void ServiceTools::mnuToolsSram_Click(int index) {
+    if (index < 0 || index > 1)
+        return;
+    if (!hooks_.rs422_mode())
+        hooks_.set_up_line();
+    hooks_.enable_nvram_items(false);
+    const auto mode = index == 1 ? NvramTransfer::Mode::set : NvramTransfer::Mode::read;
+    auto transfer = start_nvram_transfer(mode, hooks_.unit_address(), bus_, operator_);
+    if (!transfer) {
+        hooks_.enable_nvram_items(true);
+        return;
+    }
+    block_ = new frmBlock(
+        std::move(transfer), [this] { return operator_.letting_events_run(); }, &window_);
+    block_->on_unload = [this] { hooks_.enable_nvram_items(true); };
+    block_->show();
+}
+
+void ServiceTools::interactive() {
+    if (!intact_)
+        intact_ = new frmIntact(console_, hooks_.unit_address, &window_);
+    intact_->show();
+    intact_->raise();
+    intact_->activateWindow();
+}
+
+void ServiceTools::close() {
+    if (block_)
+        block_->Form_Unload();
+    if (intact_)
+        intact_->close();
+}
+
+}  // namespace ampdesk

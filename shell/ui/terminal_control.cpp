@@ -1,0 +1,228 @@
+#include "shell/ui/terminal_control.h"
+
+#include <QAction>
+#include <QMenuBar>
+#include <utility>
+
+#include "platform/qt/text.h"
+#include "platform/run_time_error.h"
+#include "platform/text_file.h"
+#include "terminal/ui/ConfigScrn.h"
+
+namespace ampdesk {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds k_close_step{50};
+constexpr milliseconds k_drain_step{20};
+
+}  // namespace
+
+TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, BusLink& bus,
+                                 QtOperator& person, std::function<void(const QString&)> show_status)
+    : window_(window),
+      Term_(box),
+      line_(line),
+      bus_(bus),
+      person_(person),
+      show_status_(std::move(show_status)),
+      terminal_(line, bus),
+      log_(line.clock()),
+      form2_(new Form2(&window)),
+      transfers_(
+          window, line, bus, person, [this] { return line_free(); }, [this] { arm(); }) {
+    terminal_.is_visible = [this] { return Term_.isVisible(); };
+    terminal_.may_exchange = [this] { return !person_.letting_events_run(); };
+    terminal_.on_text = [this](std::string_view text) { Term_.ShowData(text); };
+    terminal_.on_status = [this](std::string_view text) { show_status_(from_latin1(text)); };
+    terminal_.on_error = [this](std::string_view text) { tell_error(text); };
+    Term_.on_typed = [this](std::string_view text) {
+        const bool shown = terminal_.type(text);
+        arm();
+        return shown;
+    };
+    line_.on_change = [this] { line_changed(); };
+    log_watcher_ = line_.add_watcher([this](const TerminalTraffic& traffic) { log_.note(traffic); });
+    log_.on_failure = [this](const std::string& cause) { log_failed(cause); };
+
+    auto* keep_in_sight = new QAction(QStringLiteral("&Keep the Port in Sight"), &Term_);
+    keep_in_sight->setObjectName(QStringLiteral("mnuForm2"));
+    connect(keep_in_sight, &QAction::triggered, form2_, &Form2::show_on_top);
+    Term_.add_menu_action(keep_in_sight);
+
+    timer_.setSingleShot(true);
+    connect(&timer_, &QTimer::timeout, this, &TerminalControl::tick);
+    connect(&close_timer_, &QTimer::timeout, this, &TerminalControl::step_close);
+    follow_state();
+}
+
+TerminalControl::~TerminalControl() {
+    line_.remove_watcher(log_watcher_);
+    line_.on_change = nullptr;
+    Term_.on_typed = nullptr;
+}
+
+// Boxes are never opened from within the port's or the log's own call.
+void TerminalControl::later(std::function<void()> action) {
+    QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
+}
+
+void TerminalControl::load_settings() {
+    if (file_exists(k_terminal_settings_file))
+        settings_ = read_terminal_settings(k_terminal_settings_file);
+    terminal_.echo = settings_.echo;
+}
+
+QAction* TerminalControl::menu_item(const char* array, int index) const {
+    return window_.menuBar()->findChild<QAction*>(
+        QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index));
+}
+
+QString TerminalControl::port_name() const {
+    return settings_.port ? QStringLiteral("COM%1:").arg(*settings_.port) : QStringLiteral("No port");
+}
+
+void TerminalControl::open_at_start() {
+    if (!settings_.port || line_.port() == nullptr)
+        return;
+    const PortSettings wanted = port_settings(settings_, bus_.ports());
+    for (const int number : bus_port_numbers(bus_)) {
+        if (bus_.ports().device(number) != wanted.device)
+            continue;
+        show_status_(port_name() +
+                     QStringLiteral(" is used by the amplifier bus, the terminal stays closed"));
+        return;
+    }
+    const PortResult result = line_.open(wanted);
+    if (!result.ok())
+        show_status_(port_name() + u' ' + from_utf8(result.cause));
+}
+
+void TerminalControl::pump() {
+    line_.pump();
+    arm();
+}
+
+void TerminalControl::tick() {
+    terminal_.tick();
+    follow_state();
+    arm();
+}
+
+void TerminalControl::arm() {
+    const auto next = terminal_.next_tick();
+    if (next)
+        timer_.start(std::chrono::ceil<milliseconds>(*next));
+    else
+        timer_.stop();
+}
+
+void TerminalControl::line_changed() {
+    terminal_.line_changed();
+    const bool lost = line_.is_open() && !line_.is_connected();
+    if (lost)
+        show_status_(port_name() + QStringLiteral(" connection lost, trying again"));
+    else if (line_.is_open() && !connected_)
+        show_status_(port_name() + QStringLiteral(" connected"));
+    connected_ = line_.is_connected();
+    watch_descriptor();
+    follow_state();
+    arm();
+}
+
+// A lost line has no descriptor; the timer looks for it. A notifier may be on the stack here.
+void TerminalControl::watch_descriptor() {
+    if (notifier_ != nullptr) {
+        notifier_->setEnabled(false);
+        notifier_->deleteLater();
+        notifier_ = nullptr;
+    }
+    const int handle = line_.watch_handle();
+    if (handle < 0)
+        return;
+    notifier_ = new QSocketNotifier(handle, QSocketNotifier::Read, this);
+    connect(notifier_, &QSocketNotifier::activated, this, &TerminalControl::pump);
+}
+
+// What the menus offer and what Form2 shows.
+void TerminalControl::follow_state() {
+    menu_item("mnuModemItem", 0)
+        ->setText(terminal_.modem().answers() ? QStringLiteral("&No Auto Answer")
+                                              : QStringLiteral("&Auto Answer"));
+    menu_item("mnuModemOpt", 1)->setEnabled(!log_.is_open());
+    menu_item("mnuModemOpt", 2)->setEnabled(log_.is_open());
+
+    QString state = port_name() + QStringLiteral("  ");
+    if (!line_.is_open())
+        state += QStringLiteral("closed");
+    else if (!line_.is_connected())
+        state += QStringLiteral("connection lost");
+    else
+        state += QStringLiteral("%1,%2,%3,%4")
+                     .arg(settings_.baud)
+                     .arg(QLatin1Char(parity_letter(settings_.parity_code)))
+                     .arg(settings_.data_bits)
+                     .arg(settings_.stop_bits);
+    const auto on = [](bool level) { return level ? QStringLiteral("on") : QStringLiteral("off"); };
+    if (const auto& lines = terminal_.line_state().lines)
+        state += QStringLiteral("\nCTS %1   DSR %2   CD %3   RI %4")
+                     .arg(on(lines->cts), on(lines->dsr), on(lines->carrier), on(lines->ring));
+    form2_->set_state(state);
+}
+
+void TerminalControl::tell_error(std::string_view text) {
+    if (std::exchange(telling_, true))
+        return;  // one box says it
+    later([this, text = std::string(text)] {
+        person_.start_beep(milliseconds(0));
+        Message message;
+        message.text = text;
+        message.buttons = Buttons::ok_cancel;
+        message.title = "Click Cancel to quit, OK to ignore.";
+        const Answer answer = person_.ask(message);
+        telling_ = false;
+        if (answer == Answer::cancel)
+            line_.close();
+    });
+}
+
+bool TerminalControl::ready_to_close() {
+    if (gave_up_ || line_.output_left())
+        return true;
+    if (!close_timer_.isActive()) {
+        show_status_(QStringLiteral("Waiting for the terminal's output to leave"));
+        close_by_ = line_.clock().now() + k_finish_limit;
+        close_timer_.start(k_close_step);
+    }
+    return false;
+}
+
+void TerminalControl::step_close() {
+    line_.pump();
+    const bool left = line_.output_left();
+    if (!left && line_.clock().now() < close_by_)
+        return;
+    close_timer_.stop();
+    if (!left) {
+        gave_up_ = true;
+        person_.notify("Data cannot be sent");
+    }
+    window_.close();
+}
+
+void TerminalControl::finish() {
+    close_timer_.stop();
+    Clock& clock = line_.clock();
+    const Instant limit = clock.now() + k_finish_limit;
+    while (!gave_up_ && !line_.output_left() && clock.now() < limit) {
+        clock.sleep_until(clock.now() + k_drain_step);
+        line_.pump();
+    }
+    gave_up_ = false;
+    line_.close();
+    close_log();
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,98 @@
+// The terminal's part of the main window: the Modem menu, the watching of the port's descriptor, the
+// timers of the terminal, its boxes, and what happens to its output when the window closes.
+#pragma once
+
+#include <QMainWindow>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/qt/qt_operator.h"
+#include "shell/ui/transfer_menu.h"
+#include "terminal/session_log.h"
+#include "terminal/terminal.h"
+#include "terminal/terminal_settings.h"
+#include "terminal/ui/Form2.h"
+#include "terminal/ui/term_box.h"
+
+namespace ampdesk {
+
+class TerminalControl : public QObject {
+    Q_OBJECT
+
+  public:
+    // How long closing the main window waits for output to leave.
+    static constexpr std::chrono::seconds k_finish_limit{3};
+
+    // `window` holds the menu bar with its menus. Takes the line's callbacks and those of the box
+    // until its end.
+    TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, BusLink& bus, QtOperator& person,
+                    std::function<void(const QString&)> show_status);
+    ~TerminalControl() override;
+
+    // Reads "ampdesk.dat" when it is there. Throws what read_terminal_settings throws.
+    void load_settings();
+    const TerminalSettings& settings() const { return settings_; }
+
+    // Opens the port that the settings name. A failure is told in the status label only; a port
+    // that the amplifiers use is left to them.
+    void open_at_start();
+
+    void mnuModemItem_Click(int index);
+    void mnuModemOpt_Click(int index);
+
+    // False while output has not left: the window is then closed from here, at most k_finish_limit
+    // later and with a message when the output could not be sent.
+    bool ready_to_close();
+
+    // Ends the terminal: waits for what ready_to_close has not, then closes the port and the log.
+    void finish();
+
+    Terminal& terminal() { return terminal_; }
+
+  private:
+    void pump();
+    void tick();
+    void arm();
+    void line_changed();
+    void watch_descriptor();
+    void follow_state();
+    QAction* menu_item(const char* array, int index) const;
+    QString port_name() const;
+    bool line_free();
+    void edit_settings();
+    void use_settings(const TerminalSettings& chosen);
+    void auto_answer();
+    void set_volume();
+    void hang_up();
+    void open_log();
+    void close_log();
+    void log_failed(const std::string& cause);
+    void tell_error(std::string_view text);
+    void step_close();
+    void later(std::function<void()> action);
+
+    QMainWindow& window_;
+    TermBox& Term_;
+    TerminalLine& line_;
+    BusLink& bus_;
+    QtOperator& person_;
+    std::function<void(const QString&)> show_status_;
+    Terminal terminal_;
+    TerminalSettings settings_;
+    SessionLog log_;
+    int log_watcher_ = 0;
+    Form2* form2_;
+    TransferMenu transfers_;
+    QSocketNotifier* notifier_ = nullptr;
+    QTimer timer_;
+    QTimer close_timer_;
+    Instant close_by_{};
+    bool connected_ = false;  // as the operator was told last
+    bool telling_ = false;    // the box of an error is open or about to
+    bool gave_up_ = false;    // output that could not be sent no longer holds up the closing
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,41 @@
+// The log of the terminal's session: every stretch of bytes sent and received, with the time of day
+// and the direction, a line each in a file that the operator picks.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/clock.h"
+#include "platform/descriptor.h"
+#include "terminal/terminal_line.h"
+
+namespace ampdesk {
+
+class SessionLog {
+  public:
+    explicit SessionLog(Clock& clock) : clock_(clock) {}
+
+    // Begins the file anew. Throws a run-time error with the cause when it cannot be written; a log
+    // that was open is closed either way.
+    void open(const std::string& path);
+
+    // Throws when the last bytes could not be kept; the log is closed all the same.
+    void close();
+    bool is_open() const { return static_cast<bool>(file_); }
+    const std::string& path() const { return path_; }
+
+    // "12:34:56.789 sent     ATH<0D>": a byte that does not print, and "<" itself, as two hexadecimal
+    // digits. When it cannot be written the log closes itself and on_failure is called once.
+    void note(const TerminalTraffic& traffic);
+
+    std::function<void(const std::string& cause)> on_failure;
+
+  private:
+    void write(std::string_view text);
+
+    Clock& clock_;
+    Descriptor file_;
+    std::string path_;
+};
+
+}  // namespace ampdesk

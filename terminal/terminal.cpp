@@ -1,0 +1,196 @@
+#include "terminal/terminal.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ampdesk {
+
+namespace {
+
+constexpr char k_end_of_file = 26;
+constexpr std::string_view k_hang_up_text = "manually hang up";
+constexpr std::chrono::milliseconds k_ask_again{100};  // while the bus is not free
+
+}  // namespace
+
+Terminal::Terminal(TerminalLine& line, BusLink& bus, std::string folder)
+    : line_(line),
+      clock_(line.clock()),
+      modem_(line),
+      remote_(
+          bus, [this](std::string_view text) { answer(text); }, std::move(folder)) {
+    line_.on_received = [this](std::string_view chunk) { received(chunk); };
+    line_changed();
+}
+
+Terminal::~Terminal() {
+    line_.on_received = nullptr;
+}
+
+bool Terminal::type(std::string_view text) {
+    if (!line_.is_open())
+        return true;
+    if (!line_.is_connected())
+        line_.pump();  // whoever types wants it back now
+    if (line_.taken() || modem_.hanging_up())
+        return false;
+    if (!line_.send(text) && line_.is_connected())
+        report(k_event_transmit_full);
+    return echo;
+}
+
+bool Terminal::hang_up() {
+    if (line_.taken() || !modem_.hang_up())
+        return false;
+    requests_.clear();
+    buffer_.clear();
+    status("Hanging up");
+    return true;
+}
+
+void Terminal::received(std::string_view chunk) {
+    show(chunk);
+    if (chunk.find(k_end_of_file) != std::string_view::npos)
+        report(k_event_end_of_file);
+    LineBuffer::Received found = buffer_.receive(chunk);
+    if (found.marked)
+        line_.discard_input();
+    if (found.overflowed && !hang_up_at_ && !modem_.hanging_up()) {
+        show(k_hang_up_text);
+        hang_up_at_ = clock_.now() + k_wait_before_hang_up;
+        second_hang_up_ = false;
+    }
+    for (std::string& request : found.requests) {
+        const bool command = request.find('>') != std::string::npos ||
+                             request.find(remote_.port_command_marker) != std::string::npos;
+        if (command && requests_.size() < k_most_requests)
+            requests_.push_back(std::move(request));
+    }
+}
+
+// After half a second; and once more when as much has come meanwhile as no line has.
+void Terminal::step_manual_hang_up(Instant now) {
+    if (!hang_up_at_ || now < *hang_up_at_ || modem_.hanging_up())
+        return;
+    hang_up_at_.reset();
+    const bool again = !second_hang_up_ && buffer_.overflows_still();
+    hang_up();
+    if (!again)
+        return;
+    show(k_hang_up_text);
+    second_hang_up_ = true;
+    hang_up_at_ = now + k_wait_before_hang_up;
+}
+
+void Terminal::tick() {
+    const Instant now = clock_.now();
+    if (line_.waiting() > 0 || (line_.is_open() && !line_.is_connected()))
+        line_.pump();
+    step_manual_hang_up(now);
+    if (modem_.tick())
+        status("Hung up");
+    if (state_.any() && now >= next_look_)
+        look();
+    if (request_waits() && now >= next_request_ && (!may_exchange || may_exchange()))
+        carry_out_request();
+}
+
+bool Terminal::request_waits() const {
+    return !requests_.empty() && !line_.taken() && !modem_.hanging_up();
+}
+
+// Requests to an amplifier that does not answer take more than a second each; as long again passes
+// before the next one, in which every control head is visited.
+void Terminal::carry_out_request() {
+    const std::string request = std::move(requests_.front());
+    requests_.pop_front();
+    const Instant start = clock_.now();
+    remote_.commCommandProc(request);
+    const Instant end = clock_.now();
+    next_request_ = end + (end - start);
+}
+
+std::optional<Duration> Terminal::next_tick() {
+    const Instant now = clock_.now();
+    std::optional<Instant> next;
+    const auto want = [&](std::optional<Instant> at) {
+        if (at && (!next || *at < *next))
+            next = at;
+    };
+    if (request_waits())
+        want(!may_exchange || may_exchange() ? next_request_ : now + k_ask_again);
+    if (line_.waiting() > 0)
+        want(now + k_send_on);
+    if (line_.is_open() && !line_.is_connected())
+        want(now + k_look_for_lost_line);
+    if (!modem_.hanging_up())
+        want(hang_up_at_);
+    want(modem_.due());
+    if (state_.any())
+        want(next_look_);
+    if (!next)
+        return std::nullopt;
+    return std::max(*next - now, Duration::zero());
+}
+
+void Terminal::line_changed() {
+    buffer_.clear();
+    requests_.clear();
+    hang_up_at_.reset();
+    held_back_.reset();
+    cts_told_ = false;
+    modem_.tick();
+    state_ = line_.is_connected() ? read_line_state(*line_.port()) : LineState{};
+    next_look_ = clock_.now() + k_look;
+}
+
+void Terminal::look() {
+    const Instant now = clock_.now();
+    next_look_ = now + k_look;
+    const LineState before = std::exchange(state_, read_line_state(*line_.port()));
+    for (const int code : events_between(before, state_)) report(code);
+    watch_cts(now);
+}
+
+// Output that the other side's CTS has held back for too long is told once a stretch.
+void Terminal::watch_cts(Instant now) {
+    const bool held = line_.settings().handshake == Handshake::rts_cts && state_.lines &&
+                      !state_.lines->cts && !line_.output_left();
+    if (!held) {
+        held_back_.reset();
+        cts_told_ = false;
+        return;
+    }
+    if (!held_back_)
+        held_back_ = now;
+    if (now - *held_back_ >= k_cts_limit && !cts_told_) {
+        cts_told_ = true;
+        report(k_event_cts_timeout);
+    }
+}
+
+void Terminal::report(int code) {
+    const PortEvent event = describe_event(code);
+    if (event.kind == EventKind::status)
+        status(event.text);
+    else if (event.kind == EventKind::error && on_error)
+        on_error(event.text);
+}
+
+void Terminal::show(std::string_view text) {
+    if (on_text && visible())
+        on_text(text);
+}
+
+void Terminal::status(std::string_view text) {
+    if (on_status && visible())
+        on_status(text);
+}
+
+void Terminal::answer(std::string_view text) {
+    if (!line_.send(text) && line_.is_connected())
+        report(k_event_transmit_full);
+    show(text);
+}
+
+}  // namespace ampdesk

@@ -1,0 +1,348 @@
+// Walks over the panel: through everything that it can show, once with all that an amplifier can be fitted
+// with and once with nothing of it, and through what can go wrong.
+#include "tests/controlhead/walk.h"
+
+namespace ampdesk {
+namespace {
+
+// clang-format off
+const std::string k_blank   = "                    |                    |                    |                    ";
+const std::string k_error   = "RS485 Communication |Error,              |Check Connection    |                    ";
+const std::string k_down    = "System Shutdown, #12|--------------------|Helix arc           |                 OK ";
+// On the air, with output switch, power save and three bands.
+const demo::SimModel k_fitted_model = {
+    .serial = 1234, .signed_words = true, .hv_on = true, .rf_on = true, .noise = 0};
+const std::string k_powers  = "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Transmit         ANT|ATTN  BAND ANT  MORE";
+const std::string k_hours   = " --System Hours--   |01234:05<Console    |00987:40<RF On      |SETUP INFO HELP MORE";
+const std::string k_temps   = " --System Temps--   | 36\260C<Inside Cabinet| 76\260C<TWT Baseplate |WARNINGS   HELP MORE";
+const std::string k_tube    = "Ef  6.30v  If 1.50A |Eb  4.57kV          |Ek  9.16kV Iw  2.4ma|ATTN EVENT HELP MORE";
+const std::string k_sw_off  = "Redundant switch    |Mode:[Off   ]       |Press SET to Change.|SET             MORE";
+const std::string k_over    = "Warning level for   |Ku over fwd power:  |[     58.0 dBm]     |                MORE";
+const std::string k_save    = "Power save mode.    |Press SET to Change.|Shut supply  [OFF ] |SET             MORE";
+const std::string k_sw_hand = "Redundant switch    |Mode:[Manual]       |Press SET to Change.|SET             MORE";
+const std::string k_adjust  = "Warning level for   |Ku over fwd power:  |>     58.0 dBm<     |                MORE";
+const std::string k_twt     = "Warning level for   |TWT Temperature:    |[     95\260C]         |                MORE";
+const std::string k_helix   = "Warning level for   |Helix Current:      |>      5.0mA<       |                MORE";
+const std::string k_events  = "  0 12:00 ATTN 0.0  |  1 12:00 Overdrive |  2 12:00 ATTN 12.5 |  3 12:00 Sw off    ";
+
+const Step k_fitted[] = {
+    {"visit", k_powers},
+    {"key 3", k_hours},
+    {"visit", " --System Hours--   |01234:05 Console    |00987:40 RF On      |SETUP INFO HELP MORE"},
+    {"visit", k_hours},
+    {"key 4", k_powers},
+    {"key 3 3", k_temps},
+    {"key 1; visit"},
+    {"key 4", k_powers},
+    {"key 3 3 3", k_tube},
+    {"visit"},
+    {"key 4", k_powers},
+    {"key 3 3 3 3"},
+    // The band key goes 0, 2, 1, 0; the label follows with the next visit.
+    {"key 1"},
+    {"visit", "C Fwd Pwr     56 dBm|Rev Power     36 dBm|Transmit         ANT|ATTN  BAND ANT  MORE"},
+    {"key 1; visit", "X Fwd Pwr     56 dBm|Rev Power     36 dBm|Transmit         ANT|ATTN  BAND ANT  MORE"},
+    {"key 1; visit", k_powers},
+    // Setup: only the switch mode can be set.
+    {"key 3 0", k_save},
+    {"key 0 1 2"},
+    {"key 3", k_sw_off},
+    {"key 0", k_sw_hand},
+    {"key 0", "Redundant switch    |Mode:[Auto  ]       |Press SET to Change.|SET             MORE"},
+    {"key 0", k_sw_off},
+    {"visit; key 1 2"},
+    {"key 3", "                    |  Remote        ON  |                    |                MORE"},
+    {"key 0"},
+    {"key 3", "Temperature reads   |in:  [\260C]           |                    |                MORE"},
+    {"key 3", "Forward Power reads |in:  [dBm  ]        |                    |                MORE"},
+    {"key 3", "Reverse Power reads |in:  [dBm  ]        |                    |                MORE"},
+    {"key 3", k_save},
+    {"key 4", k_hours},
+    // Information; help from the screens 2, 3 and 4.
+    {"key 1", "JEX Quorvalitics Inc|   Model C/KU/X BAND|  Serial#   1234    |Simulator Rev 1.0   "},
+    {"visit"},
+    {"key 2", k_hours},
+    {"key 2", "RUNNING HOURS       |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/27"},
+    {"visit"},
+    {"key 0 1", "Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4|by a page. EXIT ends", "1/27"},
+    {"key 3", "it.                 |--------------------|Hours and minutes   |are counted by the  ", "5/27"},
+    {"key 2 0", "RUNNING HOURS       |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/27"},
+    {"bar 3", "a line, keys 3 and 4|by a page. EXIT ends|it.                 |--------------------", "3/27"},
+    {"bar 25", "Have them at hand   |when you call for   |service.            |HELP: this text.    ", "25/27"},
+    {"key 3 3", "service.            |HELP: this text.    |MORE: next screen.  |EXIT: screen 1.     ", "27/27"},
+    {"key 4", k_hours},
+    {"key 3 2", "TEMPERATURES        |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/33"},
+    {"key 4", k_temps},
+    {"key 3 2", "VOLTAGE AND CURRENT |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/33"},
+    {"key 4", k_tube},
+    // Warning levels: on entry, as refreshed, and in the adjust state, whose bar runs upside down.
+    {"key 4 3 3 0", "Warning level for   |over forward power: |    [ 58.0 dBm]     |                MORE"},
+    {"visit", k_over},
+    {"key 1 2"},
+    {"key 3", "Warning level for   |Ku under fwd power: |[     25.0 dBm]     |                MORE"},
+    {"key 3", "Warning level for   |Ku over rev power:  |[     45.0 dBm]     |                MORE"},
+    {"key 3", "Warning level for   |Cabinet Temperature:|[     50\260C]         |                MORE"},
+    {"key 3", k_twt},
+    {"key 3", "Warning level for   |Helix Current:      |[      5.0mA]       |                MORE"},
+    {"key 3", k_over},
+    {"key 0", k_adjust, "5/5*"},
+    {"visit", "Warning level for   |Ku over fwd power:  |      58.0 dBm      |                MORE", "5/5*"},
+    {"visit", k_adjust, "5/5*"},
+    {"key 1 3"},
+    {"bar 3", "Warning level for   |Ku over rev power:  |>     45.0 dBm<     |                MORE", "3/5*"},
+    {"bar 0", k_helix, "0/5*"},
+    {"key 2 1", "Warning level for   |TWT Temperature:    |>     95\260C<         |                MORE", "1/5*"},
+    {"key 0", k_twt},
+    {"key 0 2", k_helix, "0/5*"},
+    {"key 1 4", k_twt},
+    {"bar 5"},
+    {"key 4", k_temps},
+    // Attenuation on screens 4 and 1; any key leaves it. An alarm blinks where the helix current stood.
+    {"key 3 0", "Ef  6.30v  If 1.50A |Eb  4.57kV          |Ek  9.16kV Iw  2.4ma|ATTN>   0dB     MORE", "0/300*"},
+    {"visit", "Ef  6.30v  If 1.50A |Eb  4.57kV          |Ek  9.16kV Iw  2.4ma|ATTN    0dB     MORE", "0/300*"},
+    {"bar 300", "Ef  6.30v  If 1.50A |Eb  4.57kV          |Ek  9.16kV Iw  2.4ma|ATTN   30dB     MORE", "300/300*"},
+    {"visit", "Ef  6.30v  If 1.50A |Eb  4.57kV          |Ek  9.16kV Iw  0.6ma|ATTN>  30dB     MORE", "300/300*"},
+    {"bar 0", "Ef  6.30v  If 1.50A |Eb  4.57kV          |Ek  9.16kV Iw  0.6ma|ATTN>   0dB     MORE", "0/300*"},
+    {"key 4", k_tube},
+    {"key 3 0", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Helix Current 02.4ma|ATTN>   0dB     MORE", "0/300*"},
+    {"visit", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Helix Current 02.4ma|ATTN    0dB     MORE", "0/300*"},
+    {"bar 125", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Helix Current 00.7ma|ATTN 12.5dB     MORE", "125/300*"},
+    {"visit", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|Helix Current 00.7ma|ATTN>12.5dB     MORE", "125/300*"},
+    {"alarm Overdrive; visit", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|                    |ATTN 12.5dB     MORE", "125/300*"},
+    {"visit", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|Overdrive           |ATTN>12.5dB     MORE", "125/300*"},
+    {"visit", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|                    |ATTN 12.5dB     MORE", "125/300*"},
+    {"key 1", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|Overdrive           |ATTN  BAND ANT  MORE"},
+    {"clear; visit", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|Transmit         ANT|ATTN  BAND ANT  MORE"},
+    {"key 0", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|Helix Current 00.7ma|ATTN>12.5dB     MORE", "125/300*"},
+    {"bar 0", "Ku Fwd Pwr  43.5 dBm|Rev Power   23.5 dBm|Helix Current 02.4ma|ATTN>   0dB     MORE", "0/300*"},
+    {"key 3", k_powers},
+    // The event list; twelve entries by now.
+    {"key 3 3 3 1", k_events, "0/99"},
+    {"visit; key 0"},
+    {"key 1", "  1 12:00 Overdrive |  2 12:00 ATTN 12.5 |  3 12:00 Sw off    |  4 12:00 Sw auto   ", "1/99"},
+    {"key 3", "  5 12:00 Sw manual |  6 12:00 Band 0    |  7 12:00 Band 1    |  8 12:00 Band 2    ", "5/99"},
+    {"bar 60", " 11 12:00 Power on  |                    |                    |                    ", "11/11"},
+    {"key 1 3"},
+    {"key 2 0", "  6 12:00 Band 0    |  7 12:00 Band 1    |  8 12:00 Band 2    |  9 12:00 RF on     ", "6/11"},
+    {"bar 8", "  8 12:00 Band 2    |  9 12:00 RF on     | 10 12:00 HV on     | 11 12:00 Power on  ", "8/11"},
+    {"visit"},
+    {"bar 0", k_events, "0/11"},
+    {"key 4", k_tube},
+    // The output switch: not without positions, and not back once it is locked.
+    {"key 4", k_powers},
+    {"status 6 0; visit", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Transmit            |ATTN  BAND      MORE"},
+    {"key 2"},
+    {"clear; visit", k_powers},
+    {"key 2; visit", "Ku Fwd Pwr    56 dBm|Rev Power     26 dBm|Transmit        LOAD|ATTN  BAND      MORE"},
+    {"key 2; visit"},
+    // A shutdown takes the display from a sub-menu, but not under a key just pressed; only OK ends it.
+    {"key 3 3 0 0", k_adjust, "5/5*"},
+    {"shutdown 12 Helix arc; visit"},
+    {"visit", k_down, "!"},
+    {"visit; key 0 1 2 4"},
+    {"key 3", "Ku Fwd Pwr     0 dBm|Rev Power      0 dBm|Standby RF off  LOAD|ATTN  BAND      MORE"},
+    {"visit"},
+    {"key 3", k_hours},
+    {"visit", " --System Hours--   |01234:05 Console    |00987:40<RF On      |SETUP INFO HELP MORE"},
+    // Silence, on a status screen and on a page.
+    {"silent on; visit"},
+    {"visit", k_error},
+    {"visit; key 0 1 2 3 4"},
+    {"silent off; visit", k_hours},
+    {"key 0 3", k_sw_off},
+    {"silent on; visit"},
+    {"visit", k_error},
+    {"silent off; visit", k_sw_off},
+    {"key 0", k_sw_hand},
+};
+
+// On the air, with none of that; its voltages are positive words.
+const demo::SimModel k_bare_model = {
+    .address = 9, .serial = 7, .name = "KU", .has_switch = false, .power_save = false, .filament_in_ma = true,
+    .fahrenheit = true, .forward_in_watts = true, .hv_on = true, .rf_on = true,
+    .console_time = std::chrono::minutes(7), .rf_time = std::chrono::minutes(0), .noise = 0};
+const std::string k_p_powers = "Fwd Power     56 dBm|Rev Power     36 dBm|Transmit            |ATTN       HELP MORE";
+const std::string k_p_hours  = " --System Hours--   |00000:07<Console    |00000:00<RF On      |SETUP INFO HELP MORE";
+const std::string k_p_remote = "                    |  Remote        ON  |                    |                MORE";
+const std::string k_p_watts  = "Forward Power reads |in:  [Watts]        |                    |                MORE";
+const std::string k_p_tube   = "Ef  6.30v  If-1.50ma|Eb -4.57kV          |Ek -9.16kV Iw  2.4ma|ATTN EVENT HELP MORE";
+const std::string k_p_over   = "Warning level for   |over forward power: |[     58.0 dBm]     |                MORE";
+
+const Step k_bare[] = {
+    {"visit", k_p_powers},
+    {"key 1"},
+    {"key 2", "POWERS AND ALARMS   |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/36"},
+    {"key 4", k_p_powers},
+    {"alarm Fans, both of them; visit", "Fwd Power     56 dBm|Rev Power     36 dBm|Fans, both of them  |ATTN       HELP MORE"},
+    {"clear; key 3", k_p_hours},
+    {"key 0", k_p_remote},
+    {"key 3", "Temperature reads   |in:  [\260F]           |                    |                MORE"},
+    {"key 3", k_p_watts},
+    {"key 3", "Reverse Power reads |in:  [dBm  ]        |                    |                MORE"},
+    {"key 3", k_p_remote},
+    {"status 2 12; key 0", "                    |  Remote       OFF  |                    |                MORE"},
+    {"key 3", "Temperature reads   |in:  [\260C]           |                    |                MORE"},
+    {"key 3", k_p_watts},
+    {"key 3", "Reverse Power reads |in:  [Watts]        |                    |                MORE"},
+    {"key 4", k_p_hours},
+    {"key 1", "JEX Quorvalitics Inc|   Model KU BAND    |  Serial#   7       |Simulator Rev 1.0   "},
+    {"key 4", k_p_hours},
+    {"key 3", k_temps},
+    {"key 0", "Warning level for   |over forward power: |    [ 58.0 dBm]     |                MORE"},
+    {"visit", k_p_over},
+    {"key 3", "Warning level for   |under forward power:|[     25.0 dBm]     |                MORE"},
+    {"key 3", "Warning level for   |over reverse power: |[     45.0 dBm]     |                MORE"},
+    {"key 3", "Warning level for   |Cabinet Temperature:|[     50\260C]         |                MORE"},
+    {"key 3 3 3", k_p_over},
+    {"key 4", k_temps},
+    {"key 3", k_p_tube},
+    {"key 0", "Ef  6.30v  If-1.50ma|Eb -4.57kV          |Ek -9.16kV Iw  2.4ma|ATTN>   0dB     MORE", "0/300*"},
+    {"key 2", k_p_tube},
+    {"key 1", "  0 12:00 Fans, both|  1 12:00 RF on     |  2 12:00 HV on     |  3 12:00 Power on  ", "0/99"},
+    {"key 3", "  3 12:00 Power on  |                    |                    |                    ", "3/3"},
+    {"key 4", k_p_tube},
+    {"visit; shutdown 7 Fan; visit", "System Shutdown, #7 |--------------------|Fan                 |                 OK ", "!"},
+    {"clear; visit", "Ef  6.30v  If-1.50ma|Eb  0.00kV          |Ek  0.00kV Iw  0.0ma|ATTN EVENT HELP MORE"},
+};
+
+const Step k_troubles[] = {
+    {"visit", k_powers},
+    // A value too wide for its columns is not cut, and an alarm hides the switch.
+    {"analog 1 -32767; analog 2 -5; visit", "Ku Fwd Pwr -3276.7 dBm|Rev Power   -0.5 dBm|Fwd Power Low       |ATTN  BAND ANT  MORE"},
+    {"clear; analog 8 104; analog 9 5; key 3 3", " --System Temps--   |  5\260C<Inside Cabinet|104\260C<TWT Baseplate |WARNINGS   HELP MORE"},
+    {"clear; analog 4 355; key 3", "Ef  6.30v  If 1.50A |Eb  4.57kV          |Ek  9.16kV Iw  3.6ma|ATTN EVENT HELP MORE"},
+    // What cannot be read is not drawn, and no key acts under the legend of another screen.
+    {"silent on; key 3", "                    |                    |                    |ATTN  BAND ANT  MORE"},
+    {"clear; visit", k_powers},
+    {"silent on; key 0"},
+    {"clear; key 3 3 0 ", "Warning level for   |over forward power: |    [ 58.0 dBm]     |                MORE"},
+    {"visit; short 3; visit", "Warning level for   |Ku over fwd power:  |[      0.0 dBm]     |                MORE"},
+    {"clear; visit", k_over},
+    {"silent on; key 4", " --System Temps--   |                    |                    |WARNINGS   HELP MORE"},
+    {"clear; key 0; hard 2", "Warning level for   |over forward power: |    [ 58.0 dBm]     |                MORE"},
+    {"key 4 4", k_powers},
+    // An attenuation that the amplifier does not take puts the bar back, without another command.
+    {"analog 12 400; key 0", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Helix Current 02.4ma|ATTN>  40dB     MORE", "300/300*"},
+    {"clear; bar 120", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Helix Current 00.7ma|ATTN>  12dB     MORE", "120/300*"},
+    {"refuse 3; bar 200; box Remote Is Not On"},
+    {"refuse 0; bar 120"},
+    {"silent on; bar 201"},
+    {"clear; analog 12 400; refuse 3; bar 202; box Remote Is Not On", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Helix Current 00.7ma|ATTN>  40dB     MORE", "300/300*"},
+    {"clear; bar 0", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Helix Current 02.4ma|ATTN>   0dB     MORE", "0/300*"},
+    {"key 0", k_powers},
+    // Setup: a refused mode is not shown; the pages follow the status, and without one are left.
+    {"key 3 0 3", k_sw_off},
+    {"refuse 26; key 0; box Setting Failed, code H1A"},
+    {"key 3 3 3 3", "Reverse Power reads |in:  [dBm  ]        |                    |                MORE"},
+    {"status 2 0; status 3 0; key 1", "                    |  Remote       OFF  |                    |                MORE"},
+    {"silent on; key 3; box The amplifier did not answer", " --System Hours--   |                    |                    |SETUP INFO HELP MORE"},
+    {"clear; visit; visit", k_hours},
+    {"key 4", k_powers},
+    // A shutdown while a redraw is pending; its OK is refused, then taken although the status stays.
+    {"key 1; shutdown 12 Helix arc; visit"},
+    {"visit; visit; visit", k_down, "!"},
+    {"key 0 1 2 4; hard 0 1 2 3"},
+    {"refuse 3; key 3; box Remote Is Not On"},
+    {"status 1 16; refuse 0; key 3", "C Fwd Pwr      0 dBm|Rev Power      0 dBm|Standby RF off   ANT|ATTN  BAND ANT  MORE"},
+    {"hard 0; key 0 3; visit"},
+    {"visit", "System Shutdown, #0 |--------------------|No Shutdown         |                 OK ", "!"},
+    {"clear; visit", "C Fwd Pwr      0 dBm|Rev Power      0 dBm|Standby RF off   ANT|ATTN  BAND ANT  MORE"},
+    // One in attenuation, and silence during it.
+    {"hard 0 2 3; key 0; visit", "C Fwd Pwr      0 dBm|Rev Power      0 dBm|Helix Current 00.6ma|ATTN    0dB     MORE", "0/300*"},
+    {"shutdown 12 Helix arc; visit", k_down, "!"},
+    {"silent on; visit; visit"},
+    {"visit", k_error},
+    {"silent off; visit", k_down, "!"},
+    {"key 3; visit", "C Fwd Pwr      0 dBm|Rev Power      0 dBm|Standby RF off   ANT|ATTN  BAND ANT  MORE"},
+    // An OK that is not on the display yet does nothing.
+    {"shutdown 3 Waveguide arc; hard 1; key 3"},
+    {"visit; visit", "System Shutdown, #3 |--------------------|Waveguide arc       |                 OK ", "!"},
+};
+
+const Step k_errors[] = {
+    {"visit", k_p_powers},
+    // The third overflow in a row is told, and it begins to count anew.
+    {"overflow on; visit; visit"},
+    {"visit; box Overflow"},
+    {"visit; visit; overflow off; visit; overflow on; visit; visit"},
+    {"visit; box Overflow"},
+    // Silence is an error screen from the third failure in a row on.
+    {"clear; visit"},
+    {"silent on; visit; silent off; visit; silent on; visit"},
+    {"visit", k_error},
+    // An amplifier that comes back with a bad value is no longer silent.
+    {"clear; overflow on; visit; box Overflow", k_blank},
+    {"clear; visit", k_p_powers},
+};
+// clang-format on
+
+// A row, page, marker, bar or lamp that is not what the key or the amplifier calls for; a setting that
+// nobody asked for.
+TEST_F(Walk, ThroughAnAmplifierWithEverything) {
+    start(k_fitted_model);
+    walk(k_fitted);
+    EXPECT_EQ(settings, (Texts{"SBAND 2", "SBAND 1", "SBAND 0",              // bands
+                               "10 1B 01", "10 1B 02", "10 1B 00",           // switch modes
+                               "10 18 2C 01", "10 18 00 00", "10 18 7D 00",  // 30, 0 and 12.5 dB
+                               "10 18 00 00", "10 1A", "10 15", "10 1B 01"}));
+}
+
+TEST_F(Walk, ThroughAnAmplifierWithNothing) {
+    start(k_bare_model);
+    walk(k_bare);
+    EXPECT_EQ(settings, Texts{});
+}
+
+// A value that collides with a key of the panel, 87 and 98 above all, or a wrong byte order.
+TEST_F(Walk, EveryAttenuationReachesTheAmplifier) {
+    start(k_fitted_model);
+    head->press_key(0);
+    for (int value = 300; value >= 0; --value) {
+        head->move_scroll_bar(value);
+        const std::string word = sim.find(1)->analog_block().substr(22, 2);  // item 12
+        ASSERT_EQ(word[0] & 0xFF, value % 256);
+        ASSERT_EQ(word[1], value / 256);
+    }
+    EXPECT_EQ(settings.size(), 301U);
+    EXPECT_EQ(settings[300 - 87], "10 18 57 00");
+    EXPECT_EQ(settings[300 - 98], "10 18 62 00");
+}
+
+// A setting sent twice, unasked, or from a dead key; a display that lies; an operator who is stuck.
+TEST_F(Walk, ThroughTroubles) {
+    start(k_fitted_model);
+    walk(k_troubles);
+    EXPECT_EQ(settings, (Texts{"10 16",  // hard key on a page
+                               "10 18 78 00", "10 18 C8 00", "10 18 C9 00", "10 18 CA 00", "10 18 00 00",
+                               "10 1B 01", "SBAND 2", "10 15", "10 15",  // refused, taken
+                               "10 12", "10 16", "10 17", "10 15", "10 13"}));
+    const FaultLog& log = head->state().faults;
+    EXPECT_EQ(log.count(), 5);
+    EXPECT_EQ(log.entry(0), "12:0 Waveguide ar");
+}
+
+// An error that is told at once, never, or for ever; one that is counted as another.
+TEST_F(Walk, ThroughErrors) {
+    start(k_bare_model);
+    walk(k_errors);
+}
+
+// A header, page, bar or mode that is not there again when the amplifier answers after a silence.
+TEST_F(Walk, ASilenceLeavesEverythingAsItWas) {
+    start(k_fitted_model);
+    for (const std::string keys : {"0", "3 3", "3 0 3", "3 1", "3 2 1", "3 3 0 3", "3 3 0 0", "3 3 3 1 1"}) {
+        SCOPED_TRACE(keys);
+        carry_out("visit; key 4 4 4 " + keys + "; visit");
+        const std::string before = shown();
+        carry_out("silent on; visit; visit; visit; visit");
+        EXPECT_EQ(shown(), k_error + "|");
+        for (int lamp = 1; lamp <= 8; ++lamp) EXPECT_EQ(head->panel().lamp(lamp), LampColour::dark);
+        EXPECT_EQ(head->panel().gauge(), std::nullopt);
+        carry_out("silent off; visit; visit");  // then the markers have come round
+        EXPECT_EQ(shown(), before);
+        EXPECT_EQ(head->state().link_fail_count, 0);
+    }
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,158 @@
+// What the driver tells beside the bytes, with a driver that the test plays: a pseudo-terminal has
+// neither modem lines nor counts.
+#include "platform/posix/line_status.h"
+
+#include <gtest/gtest.h>
+#include <linux/serial.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+
+#include <deque>
+
+#include "platform/posix/posix_serial_port.h"
+#include "tests/platform/far_end.h"
+#include "tests/support/manual_clock.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+
+struct Driver {
+    int lines = 0;
+    serial_icounter_struct counts{};
+    std::deque<int> waiting;  // of TIOCOUTQ, one a call; then none
+    int chip_busy = 0;        // calls in which the chip still sends
+    std::vector<std::pair<unsigned long, int>> set;
+
+    int call(unsigned long request, void* argument) {
+        switch (request) {
+            case TIOCMGET:
+                *static_cast<int*>(argument) = lines;
+                return 0;
+            case TIOCGICOUNT:
+                *static_cast<serial_icounter_struct*>(argument) = counts;
+                return 0;
+            case TIOCMBIS:
+            case TIOCMBIC:
+                set.emplace_back(request, *static_cast<int*>(argument));
+                return 0;
+            case TIOCOUTQ:
+                *static_cast<int*>(argument) = waiting.empty() ? 0 : waiting.front();
+                if (!waiting.empty())
+                    waiting.pop_front();
+                return 0;
+            case TIOCSERGETLSR:
+                *static_cast<unsigned*>(argument) = chip_busy-- > 0 ? 0U : unsigned{TIOCSER_TEMT};
+                return 0;
+            default:
+                return -1;
+        }
+    }
+};
+
+struct LineStatus : testing::Test {
+    void open() { ASSERT_TRUE(port.open({.device = far.device()}).ok()); }
+    ManualClock clock;
+    Driver driver;
+    FarEnd far;
+    PosixSerialPort port{
+        clock, [this](int, unsigned long request, void* argument) { return driver.call(request, argument); }};
+};
+
+// A line or a count read from another's place.
+TEST_F(LineStatus, LinesAndCountsFromTheirOwnPlaces) {
+    EXPECT_EQ(port.modem_lines(), std::nullopt);
+    EXPECT_EQ(port.line_counts(), std::nullopt);
+    open();
+    const struct {
+        int bit;
+        ModemLines lines;
+    } lines[] = {{TIOCM_CTS, {.cts = true}},
+                 {TIOCM_DSR, {.dsr = true}},
+                 {TIOCM_CAR, {.carrier = true}},
+                 {TIOCM_RNG, {.ring = true}},
+                 {TIOCM_DTR | TIOCM_RTS, {}}};
+    for (const auto& row : lines) {
+        driver.lines = row.bit;
+        EXPECT_EQ(port.modem_lines(), row.lines) << row.bit;
+    }
+    driver.counts.cts = 1;
+    driver.counts.dsr = 2;
+    driver.counts.rng = 3;
+    driver.counts.dcd = 4;
+    driver.counts.frame = 5;
+    driver.counts.overrun = 6;
+    driver.counts.parity = 7;
+    driver.counts.brk = 8;
+    driver.counts.buf_overrun = 9;
+    driver.counts.rx = driver.counts.tx = 99;
+    EXPECT_EQ(port.line_counts(), (LineCounts{.framing = 5,
+                                              .parity = 7,
+                                              .overrun = 6,
+                                              .buffer_overrun = 9,
+                                              .breaks = 8,
+                                              .cts = 1,
+                                              .dsr = 2,
+                                              .carrier = 4,
+                                              .ring = 3}));
+}
+
+// DTR raised instead of dropped, or another line along with it.
+TEST_F(LineStatus, DropsAndRaisesDtrAlone) {
+    EXPECT_FALSE(port.set_dtr(false));
+    open();
+    EXPECT_TRUE(port.set_dtr(false));
+    EXPECT_TRUE(port.set_dtr(true));
+    EXPECT_EQ(driver.set,
+              (std::vector<std::pair<unsigned long, int>>{{TIOCMBIC, TIOCM_DTR}, {TIOCMBIS, TIOCM_DTR}}));
+}
+
+// Output counts as sent while the chip still holds a byte, or the wait has no end.
+TEST_F(LineStatus, DrainsToTheDeadline) {
+    EXPECT_FALSE(port.drain(clock.now()));
+    open();
+    EXPECT_TRUE(port.drain(clock.now()));
+    const Instant start = clock.now();
+    driver.waiting = {30, 20};
+    driver.chip_busy = 1;
+    EXPECT_TRUE(port.drain(start + milliseconds(3000)));
+    EXPECT_EQ(clock.now() - start, milliseconds(30));
+    driver.waiting.assign(1000, 5);
+    EXPECT_FALSE(port.drain(clock.now()));
+    EXPECT_FALSE(port.drain(start + milliseconds(3000)));
+    EXPECT_EQ(clock.now() - start, milliseconds(3000));
+    // Closing does not wait for the driver's half minute.
+    const Instant closing = clock.now();
+    port.close();
+    EXPECT_EQ(clock.now() - closing, milliseconds(500));
+}
+
+// A device that has none of it stops the terminal.
+TEST_F(LineStatus, APseudoTerminalWorksWithout) {
+    PosixSerialPort plain(clock);
+    ASSERT_TRUE(plain.open({.device = far.device()}).ok());
+    EXPECT_EQ(plain.modem_lines(), std::nullopt);
+    EXPECT_EQ(plain.line_counts(), std::nullopt);
+    EXPECT_FALSE(plain.set_dtr(false));
+    EXPECT_TRUE(plain.drain(clock.now()));
+    EXPECT_GE(plain.watch_handle(), 0);
+}
+
+// What the driver has no room for is lost, doubled, or waited for.
+TEST_F(LineStatus, WritesOnlyWhatTheDriverTakes) {
+    EXPECT_EQ(port.write_some("x"), std::nullopt);
+    open();
+    std::size_t taken = 0;
+    const std::string block(1000, 'x');
+    for (std::optional<std::size_t> count; (count = port.write_some(block)) && *count > 0;) taken += *count;
+    EXPECT_EQ(port.write_some("x"), 0U);
+    EXPECT_EQ(far.receive(1 << 20, 50).size(), taken);
+    EXPECT_EQ(port.write_some("x"), 1U);
+    far.unplug();
+    EXPECT_EQ(port.write_some("x"), std::nullopt);
+    EXPECT_EQ(port.watch_handle(), -1);
+}
+
+}  // namespace
+}  // namespace ampdesk

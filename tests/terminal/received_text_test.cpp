@@ -1,0 +1,133 @@
+// What becomes of received chunks in the text box, and which lines the line buffer finds in them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "terminal/line_buffer.h"
+#include "terminal/received_text.h"
+
+namespace ampdesk {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string shown_after(const Texts& chunks) {
+    std::string text;
+    for (const std::string& chunk : chunks) {
+        const ShownText shown = ShowData(text.size(), chunk);
+        text.erase(0, shown.drop);
+        text += shown.insert;
+    }
+    return text;
+}
+
+TEST(ReceivedText, BackspacesAndLineFeeds) {
+    const struct {
+        const char* fault;
+        Texts chunks;
+        std::string shown;
+    } table[] = {
+        {"the character before a backspace stays", {"AB\bC"}, "AC"},
+        {"the second of two backspaces is lost", {"ABC\b\bD"}, "AD"},
+        {"more backspaces than characters take one too many", {"A\b\b\bB"}, "B"},
+        {"a backspace at a chunk's start reaches into what is shown", {"AB", "\bC"}, "ABC"},
+        {"a chunk of backspaces alone removes something", {"AB", "\b\b"}, "AB"},
+        {"a backspace splits a line feed from its removal", {"A\n\bB"}, "AB"},
+        {"a backspace does not take a line break of its own chunk", {"A\r\bB"}, "AB"},
+        {"CR LF breaks twice", {"A\r\nB"}, "A\rB"},
+        {"LF CR, a lone LF, and CR LF over two chunks", {"A\n\rB\nC\r", "\nD"}, "A\rBC\rD"},
+        {"other control characters are eaten",
+         {std::string("\x06\x00\x7F", 3)},
+         std::string("\x06\x00\x7F", 3)},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.fault);
+        EXPECT_EQ(shown_after(row.chunks), row.shown);
+    }
+}
+
+// The limit counted in characters instead of two bytes each, checked after instead of before the
+// chunk, or the wrong end cut.
+TEST(ReceivedText, DropsTheOldestQuarterOnceItIsFull) {
+    const struct {
+        std::size_t shown, drop;
+    } table[] = {{0, 0}, {8191, 0}, {8192, 4096}, {8193, 4096}, {12287, 4096}};
+    for (const auto& row : table) EXPECT_EQ(ShowData(row.shown, "x").drop, row.drop) << row.shown;
+    EXPECT_EQ(ShowData(0, std::string(9000, 'x')).insert.size(), 9000U);
+    EXPECT_EQ(shown_after({std::string(4096, 'a'), std::string(4096, 'b'), "\n"}), std::string(4096, 'b'));
+}
+
+// Chunks with "|" between them; "^" stands for an ACK.
+LineBuffer::Received feed(LineBuffer& buffer, std::string chunks) {
+    LineBuffer::Received all;
+    std::replace(chunks.begin(), chunks.end(), '^', '\x06');
+    for (std::size_t at = 0; at <= chunks.size();) {
+        const std::size_t end = std::min(chunks.find('|', at), chunks.size());
+        LineBuffer::Received one = buffer.receive(chunks.substr(at, end - at));
+        all.marked |= one.marked;
+        all.overflowed |= one.overflowed;
+        all.remote_request |= one.remote_request;
+        for (std::string& request : one.requests) all.requests.push_back(std::move(request));
+        at = end + 1;
+    }
+    return all;
+}
+
+TEST(LineBuffer, FindsTheLinesOfARemoteStation) {
+    const std::string fifty(50, 'x');
+    const std::string more = fifty + "x";
+    const struct {
+        const char* fault;
+        std::string chunks;
+        Texts requests;
+        bool marked = false;
+        bool overflowed = false;
+        std::size_t left = 0;
+    } table[] = {
+        {"a request in one chunk", "^^>05,RDBAND\r", {">05,RDBAND"}, true},
+        {"a request byte by byte", "^|^|>|0|5|,|X|\r", {">05,X"}},
+        {"the marker in two chunks", "^|^>05,X\r", {">05,X"}},
+        {"a line without marker is taken for one", ">05,X\r^>05,Y\r>05,^Z^\r", {}},
+        {"the CR is missing", "^^>05,X", {}, true, false, 7},
+        {"what stands before the marker in the line goes along",
+         "a\rbc^^>05,X\rd",
+         {">05,X"},
+         true,
+         false,
+         1},
+        {"what was gathered before a marker's chunk goes along", "junk|^^>05,X\r", {">05,X"}, true},
+        {"the second request of a chunk is lost", "^^>1,A\r^^>2,B\r", {">1,A", ">2,B"}, true},
+        {"a third ACK", "^^^>1,A\r", {"\x06>1,A"}, true},
+        {"the LF of the line before", "^^>1,A\r\n|\n|^|^|>2,B\r", {">1,A", ">2,B"}, true},
+        {"50 characters are too many already", fifty + "|\r", {}},
+        {"51 characters are not", more + "|y", {}, false, true, 1},
+        {"a line end in the next chunk comes too late", "^|^|" + more + "|\r", {}, false, true},
+        {"a marker's chunk asks for a hang-up", more + "|^^>1,A\r", {">1,A"}, true},
+        {"a long line in one chunk is cut", "^^>" + more + more + "\r", {">" + more + more}, true},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.fault);
+        LineBuffer buffer;
+        const LineBuffer::Received got = feed(buffer, row.chunks);
+        EXPECT_EQ(got.requests, row.requests);
+        EXPECT_EQ(got.remote_request, !row.requests.empty());
+        EXPECT_EQ(got.marked, row.marked);
+        EXPECT_EQ(got.overflowed, row.overflowed);
+        EXPECT_EQ(buffer.size(), row.left);
+    }
+}
+
+// The later check has a limit of its own.
+TEST(LineBuffer, TheLaterLimitIsAHundred) {
+    LineBuffer buffer;
+    buffer.receive(std::string(100, 'x'));
+    EXPECT_FALSE(buffer.overflows_still());
+    EXPECT_EQ(buffer.size(), 100U);
+    buffer.clear();
+    buffer.receive(std::string(101, 'x'));
+    EXPECT_TRUE(buffer.overflows_still());
+    EXPECT_EQ(buffer.size(), 0U);
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,164 @@
+// "ampdesk.dat" and the session's log: what is kept, what a bad file does, and a disk that fills up.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "platform/run_time_error.h"
+#include "terminal/session_log.h"
+#include "terminal/terminal_settings.h"
+#include "tests/support/manual_clock.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scratch_folder.h"
+#include "tests/support/scripted_port.h"
+
+namespace ampdesk {
+namespace {
+
+const TerminalSettings k_all{.port = 3,
+                             .baud = 1200,
+                             .data_bits = 7,
+                             .parity_code = 2,
+                             .stop_bits = 2,
+                             .handshake = Handshake::rts_cts,
+                             .echo = false};
+
+TEST(TerminalSettings, ReadsWhatItCanAndLeavesTheFileAlone) {
+    const struct {
+        const char* fault;
+        std::string bytes;
+        TerminalSettings settings;
+    } table[] = {
+        {"a field is read from another's line", "ampdesk settings\r\n3\r\n1200\r\n7\r\n2\r\n2\r\n2\r\n0\r\n",
+         k_all},
+        {"LF alone and blanks", "the ampdesk settings\n 3 \n 1200\n7\n2\n2\n2\n0", k_all},
+        {"two lines are too few", "ampdesk settings\r\n4\r\n", {.port = 4}},
+        {"one line is too few", "ampdesk settings\r\n", {}},
+        {"port 0", "ampdesk settings\r\n0\r\n", {}},
+        {"port 5", "ampdesk settings\r\n5\r\n", {}},
+        {"half a port", "ampdesk settings\r\n0.9\r\n", {}},
+        {"text for a port", "ampdesk settings\r\nCOM3:\r\n", {}},
+        {"a huge number", "ampdesk settings\r\n1e300\r\n1e300\r\n1e300\r\n-1e300\r\n", {}},
+        {"values that cannot be", "ampdesk settings\r\n2\r\n9601\r\n4\r\n3\r\n0\r\n3\r\n2\r\n", {.port = 2}},
+        {"blank lines", "ampdesk settings\r\n2\r\n\r\n\r\n\r\n\r\n\r\n\r\n", {.port = 2}},
+    };
+    const ScratchFolder folder;
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.fault);
+        const std::string path = folder.put("ampdesk.dat", row.bytes);
+        EXPECT_EQ(read_terminal_settings(path), row.settings);
+        EXPECT_EQ(file_bytes(path), row.bytes);
+    }
+    for (const std::string& bytes : {std::string(), std::string("Ampdesk Settings\r\n3\r\n"),
+                                     std::string("3\r\n"), std::string(1 << 20, '\0')}) {
+        const std::string path = folder.put("ampdesk.dat", bytes);
+        try {
+            read_terminal_settings(path);
+            ADD_FAILURE() << "no title, no error";
+        } catch (const RunTimeError& error) {
+            EXPECT_EQ(error.number(), 321);
+            EXPECT_STREQ(error.what(), "Invalid file format");
+        }
+        EXPECT_EQ(file_bytes(path), bytes);
+    }
+}
+
+// A value that is written where it is not read; a port that is written as something else than none.
+TEST(TerminalSettings, KeepsWhatWasChosen) {
+    const ScratchFolder folder;
+    const std::string path = folder / "ampdesk.dat";
+    write_terminal_settings(path, k_all);
+    EXPECT_EQ(file_bytes(path), "ampdesk settings\r\n3\r\n1200\r\n7\r\n2\r\n2\r\n2\r\n0\r\n");
+    write_terminal_settings(path, {});
+    EXPECT_EQ(read_terminal_settings(path), TerminalSettings{});
+    PortMap ports;
+    ports.set(3, "/dev/modem");
+    EXPECT_EQ(port_settings(k_all, ports), (PortSettings{"/dev/modem", 1200, 'e', 7, 2, Handshake::rts_cts}));
+    EXPECT_EQ(port_settings({}, ports).device, "");
+}
+
+// The terminal is let onto the amplifiers' port, or kept from a port of a file that is none.
+TEST(TerminalSettings, KnowsThePortsOfTheAmplifiers) {
+    using Ports = std::vector<int>;
+    ManualClock clock;
+    ScriptedPort port(clock);
+    RecordingOperator person;
+    BusLink bus(port, clock, person);
+    const ScratchFolder folder;
+    EXPECT_EQ(bus_port_numbers(bus, folder.path()), Ports{});
+    folder.put("rs422.dat", "RS-422\r\nCOM4:\r\n6\r\n3\r\n0\r\n0\r\n");
+    folder.put("rs485.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n");
+    EXPECT_EQ(bus_port_numbers(bus, folder.path()), (Ports{1, 4}));
+    bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+    EXPECT_EQ(bus_port_numbers(bus, folder.path()), (Ports{2, 4}));
+    bus.open_bus_port("COM4:", 9600, 0, 8, 1);
+    EXPECT_EQ(bus_port_numbers(bus, folder.path()), Ports{4});
+    folder.put("rs422.dat", "something else\r\nCOM1:\r\n");
+    EXPECT_EQ(bus_port_numbers(bus, folder.path()), Ports{4});
+}
+
+struct LogTest : testing::Test {
+    LogTest() {
+        log.on_failure = [this](const std::string& cause) { failures.push_back(cause); };
+        clock.set_wall(std::chrono::milliseconds(((9 * 60 + 5) * 60 + 7) * 1000 + 45));
+    }
+    ManualClock clock;
+    SessionLog log{clock};
+    std::vector<std::string> failures;
+    ScratchFolder folder;
+};
+
+// A direction, a time or a byte that reads as another; a line that could be taken for two.
+TEST_F(LogTest, EveryStretchWithItsTimeAndDirection) {
+    const std::string path = folder.put("my.log", "an older log that is longer than the new one\r\n");
+    log.open(path);
+    log.note({true, "ATE1M0S0=1\r"});
+    clock.advance(std::chrono::milliseconds(955));
+    log.note({false, std::string_view("\r\n<OK>\x00\xB0~ ", 10)});
+    log.close();
+    log.note({true, "not this"});
+    EXPECT_EQ(file_bytes(path),
+              "Terminal log of 2026-03-10\r\n"
+              "09:05:07.045 sent     ATE1M0S0=1<0D>\r\n"
+              "09:05:08.000 received <0D><0A><3C>OK><00><B0>~ \r\n");
+    EXPECT_EQ(failures, std::vector<std::string>{});
+}
+
+TEST_F(LogTest, SaysWhyItCannotBeOpened) {
+    const struct {
+        std::string path;
+        const char* cause;
+    } table[] = {{"/dev/full", "Disk full"},
+                 {folder / "none/my.log", "Path not found"},
+                 {folder.path(), "Is a directory"}};
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.path);
+        try {
+            log.open(row.path);
+            ADD_FAILURE() << "opened";
+        } catch (const RunTimeError& error) {
+            EXPECT_STREQ(error.what(), row.cause);
+        }
+        EXPECT_FALSE(log.is_open());
+    }
+}
+
+// A disk that fills up ends the program, is told for every byte, or not at all.
+TEST_F(LogTest, AFullDiskClosesItOnce) {
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    log.open(folder / "my.log");
+    const rlimit small{.rlim_cur = 60, .rlim_max = limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    log.note({true, "A"});
+    EXPECT_TRUE(log.is_open());
+    for (int i = 0; i < 3; ++i) log.note({true, "B"});
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, before);
+    EXPECT_FALSE(log.is_open());
+    EXPECT_EQ(failures, std::vector<std::string>{"Disk full"});
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,279 @@
+// The terminal on a scripted port and a clock that stands still: typing, the modem's commands, hanging
+// up, the port's events, and text without line ends.
+#include "terminal/terminal.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/modem_port.h"
+#include "tests/support/recording_operator.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+using Texts = std::vector<std::string>;
+
+struct TerminalTest : testing::Test {
+    TerminalTest() {
+        terminal.on_text = [this](std::string_view text) { shown += text; };
+        terminal.on_status = [this](std::string_view text) { statuses.emplace_back(text); };
+        terminal.on_error = [this](std::string_view text) { errors.emplace_back(text); };
+        line.on_change = [this] { terminal.line_changed(); };
+        bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+    }
+    void open(Handshake handshake = Handshake::none) {
+        line.open({.device = "modem", .handshake = handshake});
+    }
+
+    void receive(std::string bytes) {
+        port.arrive(std::move(bytes));
+        line.pump();
+    }
+
+    // As the window does it: ticks exactly when they are wanted, until that time has passed.
+    void pass(milliseconds time) {
+        const Instant end = clock.now() + time;
+        for (int i = 0; i < 2000; ++i) {
+            const auto next = terminal.next_tick();
+            if (!next || clock.now() + *next > end)
+                break;
+            clock.advance(*next);
+            terminal.tick();
+        }
+        if (clock.now() < end)
+            clock.advance(end - clock.now());
+    }
+
+    std::string take_sent() { return std::exchange(port.sent, {}); }
+    Texts take_statuses() { return std::exchange(statuses, {}); }
+
+    ManualClock clock;
+    ModemPort port{clock};
+    ScriptedPort bus_port{clock};
+    RecordingOperator person;
+    BusLink bus{bus_port, clock, person};
+    TerminalLine line{&port, clock};
+    Terminal terminal{line, bus};
+    std::string shown;
+    Texts statuses, errors;
+};
+
+// A key is sent with the port closed, shown with the echo off, or hidden where it goes nowhere.
+TEST_F(TerminalTest, TypedKeys) {
+    EXPECT_TRUE(terminal.Term_KeyPress('a'));
+    open();
+    EXPECT_TRUE(terminal.Term_KeyPress('b'));
+    terminal.echo = false;
+    EXPECT_FALSE(terminal.Term_KeyPress('\r'));
+    EXPECT_EQ(take_sent(), "b\r");
+    line.take({});
+    EXPECT_FALSE(terminal.Term_KeyPress('c'));
+    line.release();
+    EXPECT_EQ(take_sent(), "");
+    line.close();
+    EXPECT_TRUE(terminal.Term_KeyPress('d'));
+    EXPECT_EQ(errors, Texts{});
+    open();
+    port.room = 0;
+    for (int i = 0; i < 3; ++i) terminal.type(std::string(40000, 'x'));
+    EXPECT_EQ(errors, (Texts{"Transmit Buffer Full", "Transmit Buffer Full"}));
+}
+
+TEST_F(TerminalTest, ModemCommands) {
+    EXPECT_FALSE(terminal.modem().auto_answer());
+    EXPECT_FALSE(terminal.modem().answers());
+    open();
+    EXPECT_TRUE(terminal.modem().auto_answer());
+    EXPECT_TRUE(terminal.modem().answers());
+    EXPECT_TRUE(terminal.modem().auto_answer());
+    EXPECT_FALSE(terminal.modem().answers());
+    EXPECT_EQ(take_sent(), "ATE1M0S0=1\rATS0=0\r");
+    for (const Volume volume : {Volume::off, Volume::low, Volume::medium, Volume::high})
+        EXPECT_TRUE(terminal.modem().set_volume(volume));
+    EXPECT_EQ(take_sent(), "ATM0\rATL1M1\rATL2M1\rATL3M1\r");
+}
+
+// DTR comes back too early, never, or the modem gets command text as well.
+TEST_F(TerminalTest, HangsUpByDtr) {
+    port.has_dtr = true;
+    EXPECT_FALSE(terminal.hang_up());
+    open();
+    const Instant start = clock.now();
+    EXPECT_TRUE(terminal.hang_up());
+    EXPECT_FALSE(terminal.hang_up());
+    pass(milliseconds(2000));
+    EXPECT_EQ(port.dtr,
+              (std::vector<std::pair<Instant, bool>>{{start, false}, {start + milliseconds(500), true}}));
+    EXPECT_EQ(take_sent(), "");
+    EXPECT_EQ(take_statuses(), (Texts{"Hanging up", "Hung up"}));
+}
+
+// The silence is too short or is broken by a key; what comes in meanwhile is not handled.
+TEST_F(TerminalTest, HangsUpByCommandsWherePortHasNoDtr) {
+    open();
+    port.room = 0;
+    terminal.type("old");  // is thrown away
+    port.room = 100;
+    EXPECT_TRUE(terminal.hang_up());
+    pass(milliseconds(999));
+    EXPECT_FALSE(terminal.Term_KeyPress('k'));
+    EXPECT_FALSE(terminal.modem().auto_answer());
+    receive("NO CARRIER\r");
+    EXPECT_EQ(take_sent(), "");
+    pass(milliseconds(1));
+    EXPECT_EQ(take_sent(), "+++");
+    pass(milliseconds(999));
+    EXPECT_EQ(take_sent(), "");
+    pass(milliseconds(1));
+    EXPECT_EQ(take_sent(), "ATH\r");
+    EXPECT_FALSE(terminal.modem().hanging_up());
+    EXPECT_EQ(shown, "NO CARRIER\r");
+    EXPECT_TRUE(terminal.Term_KeyPress('k'));
+}
+
+// The second of silence begins while the driver still sends; output that never leaves stops it all.
+TEST_F(TerminalTest, HangUpWaitsForOldOutputButNotForEver) {
+    open();
+    port.drained = false;
+    terminal.hang_up();
+    pass(milliseconds(4000));
+    port.drained = true;
+    pass(milliseconds(900));
+    EXPECT_EQ(take_sent(), "");
+    pass(milliseconds(100));
+    EXPECT_EQ(take_sent(), "+++");
+    pass(milliseconds(1000));
+    EXPECT_EQ(take_sent(), "ATH\r");
+    port.drained = false;
+    terminal.hang_up();
+    pass(milliseconds(12000));
+    EXPECT_EQ(take_sent(), "+++ATH\r");
+}
+
+TEST_F(TerminalTest, AnUnpluggedLineEndsTheHangUp) {
+    open();
+    terminal.hang_up();
+    port.plug(false);
+    port.plug(true);
+    pass(milliseconds(3000));
+    EXPECT_FALSE(terminal.modem().hanging_up());
+    EXPECT_EQ(take_sent(), "");
+}
+
+// Ten thousand characters without a line end hang up again and again, fill the memory, or leave the
+// terminal deaf for the next request.
+TEST_F(TerminalTest, TextWithoutLineEndsHangsUp) {
+    port.has_dtr = true;
+    open();
+    for (int i = 0; i < 100; ++i) receive(std::string(100, 'x'));
+    EXPECT_EQ(shown.size(), 10000 + std::string("manually hang up").size());
+    EXPECT_EQ(shown.find("manually hang up"), 200U);
+    EXPECT_EQ(port.dtr.size(), 0U);
+    pass(milliseconds(499));
+    EXPECT_EQ(port.dtr.size(), 0U);
+    pass(milliseconds(1));
+    EXPECT_EQ(port.dtr.size(), 1U);
+    pass(milliseconds(500));
+    EXPECT_EQ(port.dtr.size(), 2U);
+    pass(milliseconds(5000));
+    EXPECT_EQ(port.dtr.size(), 2U);
+    receive("\x06\x06>05 X\r");
+    pass(milliseconds(1));
+    EXPECT_EQ(take_sent(), "No message from amplifier, wrong command\r\n");
+}
+
+// More than a hundred characters that came during the wait are not acted on.
+TEST_F(TerminalTest, TextThatGoesOnDuringTheWaitHangsUpOnceMore) {
+    port.has_dtr = true;
+    open();
+    for (const std::size_t size : {51U, 101U}) receive(std::string(size, 'x'));
+    pass(milliseconds(10000));
+    EXPECT_EQ(port.dtr.size(), 4U);
+    EXPECT_EQ(shown, std::string(51 + 101, 'x') + "manually hang upmanually hang up");
+}
+
+// A change that is told twice, told of the state before an unplugging, or told while Term is hidden.
+TEST_F(TerminalTest, ReportsTheLine) {
+    port.lines = ModemLines{};
+    port.counts = LineCounts{};
+    open();
+    pass(milliseconds(1000));
+    EXPECT_EQ(take_statuses(), Texts{});
+    port.counts->ring = 1;
+    port.counts->framing = port.counts->parity = 5;
+    port.counts->overrun = 1;
+    pass(milliseconds(249));
+    EXPECT_EQ(take_statuses(), Texts{});
+    pass(milliseconds(1));
+    EXPECT_EQ(take_statuses(), (Texts{"The Phone is Ringing", "Framing Error", "Parity Error"}));
+    EXPECT_EQ(errors, Texts{"Overrun Error"});
+    pass(milliseconds(1000));
+    receive(std::string("ab\x1A", 3));
+    EXPECT_EQ(take_statuses(), Texts{"End of File Detected"});
+    port.plug(false);
+    port.counts = LineCounts{};  // the adapter counts anew
+    port.plug(true);
+    pass(milliseconds(1000));
+    EXPECT_EQ(take_statuses(), Texts{});
+    terminal.is_visible = [] { return false; };
+    port.counts->cts = 1;
+    port.counts->buffer_overrun = 1;
+    receive("hidden");
+    pass(milliseconds(500));
+    EXPECT_EQ(take_statuses(), Texts{});
+    EXPECT_EQ(shown, std::string("ab\x1A", 3));
+    EXPECT_EQ(errors, (Texts{"Overrun Error", "Receive Buffer Overflow"}));
+}
+
+// CTS holds output back for ever and nobody says so, or it is said every time it is looked at.
+TEST_F(TerminalTest, SaysWhenCtsHoldsOutputBack) {
+    port.lines = ModemLines{.cts = false};
+    open(Handshake::rts_cts);
+    pass(milliseconds(10000));
+    EXPECT_EQ(errors, Texts{});
+    port.drained = false;
+    pass(milliseconds(5000));
+    EXPECT_EQ(errors, Texts{});
+    pass(milliseconds(10000));
+    EXPECT_EQ(errors, Texts{"CTS Timeout"});
+    port.drained = true;
+    pass(milliseconds(500));
+    port.drained = false;
+    pass(milliseconds(6000));
+    EXPECT_EQ(errors, (Texts{"CTS Timeout", "CTS Timeout"}));
+}
+
+// The program looks at an idle line that has nothing to tell.
+TEST_F(TerminalTest, AnIdleLineWithoutModemLinesWantsNoTick) {
+    EXPECT_EQ(terminal.next_tick(), std::nullopt);
+    open();
+    EXPECT_EQ(terminal.next_tick(), std::nullopt);
+    port.plug(false);
+    EXPECT_EQ(terminal.next_tick(), std::chrono::seconds(2));
+}
+
+// Requests are carried out inside the handler, while the bus is taken, all at once, or without end.
+TEST_F(TerminalTest, RequestsTakeTurnsWithThePolling) {
+    bool bus_free = false;
+    terminal.may_exchange = [&] { return bus_free; };
+    open();
+    std::string many;
+    for (int i = 0; i < 40; ++i) many += "\x06\x06>05,RDSTAT\r";
+    receive("\x06\x06neither command nor marker\r" + many);
+    pass(milliseconds(5000));
+    EXPECT_EQ(bus_port.written.size(), 0U);
+    bus_free = true;
+    terminal.tick();
+    EXPECT_EQ(bus_port.written.size(), 1U);
+    EXPECT_EQ(take_sent(), "\r\n");
+    const auto next = terminal.next_tick();  // nobody has answered for a second
+    ASSERT_TRUE(next);
+    EXPECT_GE(*next, milliseconds(1000));
+    EXPECT_LE(*next, milliseconds(1400));
+    pass(std::chrono::minutes(5));
+    EXPECT_EQ(bus_port.written.size(), 32U);
+    EXPECT_EQ(shown.substr(shown.size() - 4), "\r\n\r\n");
+}
+
+}  // namespace
+}  // namespace ampdesk

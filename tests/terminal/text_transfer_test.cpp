@@ -1,0 +1,88 @@
+// Plain text over the line: line ends, silence, limits, and what the operator ends or cancels.
+#include <gtest/gtest.h>
+
+#include "terminal/text_transfer.h"
+#include "tests/terminal/transfer_rig.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+
+// Fault: lines run together or are doubled at the other end, or bytes get lost between two pieces.
+TEST(TextSender, SendsLinesWithTheLinesEnd) {
+    const struct {
+        const char* file;
+        const char* sent;
+    } cases[] = {
+        {"a\nb\n", "a\r\nb\r\n"},         {"a\r\nb", "a\r\nb"},
+        {"a\rb\r", "a\r\nb\r\n"},         {"\n\n", "\r\n\r\n"},
+        {"a\r\r\n\nb", "a\r\n\r\n\r\nb"}, {"", ""},
+        {"5 \xB0 C", "5 \xB0 C"},
+    };
+    for (const auto& c : cases) {
+        for (const std::size_t piece : {1, 2, 100}) {
+            SCOPED_TRACE(testing::PrintToString(c.file) + " by " + std::to_string(piece));
+            TextSender sender(c.file);
+            std::string sent;
+            for (int i = 0; i < 20 && !sender.finished(); ++i) {
+                const std::string next = sender.take_output(piece);
+                EXPECT_LE(next.size(), piece);
+                sent += next;
+            }
+            EXPECT_EQ(sent, c.sent);
+            EXPECT_EQ(sender.state(), TransferState::done);
+            EXPECT_EQ(sender.message(), std::to_string(sent.size()) + " bytes sent.");
+        }
+    }
+}
+
+// Fault: a cancelled text goes on.
+TEST(TextSender, StopsWhenCancelled) {
+    TextSender sender("one\ntwo\n");
+    EXPECT_EQ(sender.take_output(4), "one\r");
+    sender.cancel();
+    EXPECT_EQ(sender.take_output(4), "");
+    EXPECT_EQ(sender.state(), TransferState::cancelled);
+    EXPECT_EQ(sender.progress().bytes, 4U);
+}
+
+// Fault: the text ends before it has begun, in a pause, or never.
+TEST(TextReceiver, EndsAfterTenSecondsOfSilence) {
+    ManualClock clock;
+    TextReceiver receiver;
+    clock.advance(std::chrono::hours(1));
+    receiver.tick(clock.now());
+    for (int i = 0; i < 2; ++i) {
+        receiver.feed("line\r\n\x1A", clock.now());
+        clock.advance(TextReceiver::k_silence - milliseconds(1));
+        receiver.tick(clock.now());
+        EXPECT_EQ(receiver.state(), TransferState::running);
+    }
+    clock.advance(milliseconds(1));
+    receiver.tick(clock.now());
+    receiver.feed("late", clock.now());
+    EXPECT_EQ(receiver.state(), TransferState::done);
+    EXPECT_EQ(receiver.file(), "line\r\n\x1Aline\r\n\x1A");
+}
+
+// Fault: what the operator wants kept is thrown away, or the other way round; a text without end
+// fills the memory.
+TEST(TextReceiver, EndCancelAndLimit) {
+    TextReceiver ended;
+    ended.end();
+    ended.cancel();
+    EXPECT_EQ(ended.state(), TransferState::done);
+    EXPECT_EQ(ended.message(), "0 bytes received.");
+    TextReceiver cancelled;
+    cancelled.cancel();
+    cancelled.end();
+    EXPECT_EQ(cancelled.state(), TransferState::cancelled);
+    TextReceiver flooded;
+    const std::string chunk(1U << 20U, 'x');
+    for (int i = 0; i < 17; ++i) flooded.feed(chunk, {});
+    EXPECT_EQ(flooded.message(), "The text is longer than 16 MB.");
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,128 @@
+// The traffic log: what is kept, what is joined, what a filter lets through, and how it is printed.
+#include <gtest/gtest.h>
+
+#include "terminal/traffic.h"
+#include "tests/support/hex_bytes.h"
+#include "tests/support/manual_clock.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+
+class TrafficLogTest : public ::testing::Test {
+  protected:
+    std::vector<std::string> bytes_kept() const {
+        std::vector<std::string> all;
+        for (auto i = log.first(); i < log.end(); ++i) all.push_back(log.entry(i).bytes);
+        return all;
+    }
+    void add(const std::string& bytes, bool sent = true, int unit = 1, TrafficLine line = TrafficLine::bus) {
+        log.add(line, sent, unit, bytes);
+    }
+
+    ManualClock clock;
+    TrafficLog log{clock};
+};
+
+using Kept = std::vector<std::string>;
+
+// Fault: a frame that came in in pieces is torn, or two frames run together.
+TEST_F(TrafficLogTest, JoinsPiecesOfOneStretch) {
+    add("a");
+    add("b");
+    clock.advance(milliseconds(30));
+    add("c");
+    clock.advance(milliseconds(31));
+    add("later");
+    add("other way", false);
+    add("other unit", false, 2);
+    add("", false, 2);
+    add("other line", false, 2, TrafficLine::terminal);
+    EXPECT_EQ(bytes_kept(), (Kept{"abc", "later", "other way", "other unit", "other line"}));
+}
+
+// Fault: a reader who was told that an entry is complete misses what joins it afterwards.
+TEST_F(TrafficLogTest, SettledEntriesStayAsTheyAre) {
+    EXPECT_EQ(log.settled_end(), 0U);
+    add("a");
+    EXPECT_EQ(log.settled_end(), 0U);
+    clock.advance(milliseconds(31));
+    EXPECT_EQ(log.settled_end(), 1U);
+    add("");
+    EXPECT_EQ(log.settled_end(), 1U);
+    add("b");
+    EXPECT_EQ(log.settled_end(), 1U);
+    EXPECT_EQ(bytes_kept(), (Kept{"a", "b"}));
+}
+
+// Fault: memory grows for months; a number means another entry after the ring has turned.
+TEST_F(TrafficLogTest, KeepsTheLastTenThousand) {
+    add(std::string(100, 'x'));
+    add(std::string(500, 'y'));
+    EXPECT_EQ(bytes_kept(), (Kept{std::string(100, 'x') + std::string(156, 'y'), std::string(256, 'y'),
+                                  std::string(88, 'y')}));
+    for (int i = 0; i < 10'000; ++i) add("z", i % 2 == 0, 2);
+    EXPECT_EQ(log.first(), 3U);
+    EXPECT_EQ(log.end(), 10'003U);
+    EXPECT_EQ(log.entry(3).bytes, "z");
+    log.clear();
+    EXPECT_EQ(log.first(), log.end());
+    add("new");
+    EXPECT_EQ(log.entry(10'003).bytes, "new");
+}
+
+// Fault: the filter hides what was asked for, or shows what was not.
+TEST(TrafficFilterTest, Passes) {
+    TrafficEntry bus;
+    bus.sent = true;
+    bus.unit = 5;
+    bus.bytes = "\x02>05 RDband\x01\x11";
+    TrafficEntry terminal;
+    terminal.line = TrafficLine::terminal;
+    terminal.bytes = "OK\r\n";
+    const struct {
+        TrafficFilter filter;
+        bool bus;
+        bool terminal;
+    } cases[] = {
+        {{}, true, true},
+        {{.line = TrafficLine::bus}, true, false},
+        {{.line = TrafficLine::terminal}, false, true},
+        {{.unit = 5}, true, false},
+        {{.unit = 0}, false, false},
+        {{.sent = true}, true, false},
+        {{.sent = false}, false, true},
+        {{.text = "rdBAND"}, true, false},
+        {{.text = "01 11"}, true, false},
+        {{.text = "0d 0a"}, false, true},
+        {{.text = "ok."}, false, true},
+        {{.sent = false, .text = "band"}, false, false},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(cases[i].filter.passes(bus), cases[i].bus);
+        EXPECT_EQ(cases[i].filter.passes(terminal), cases[i].terminal);
+    }
+}
+
+// Fault: the columns move, bytes are lost at a line's end, or the file holds other entries than the
+// ones chosen.
+TEST_F(TrafficLogTest, PrintsLinesAndFile) {
+    clock.set_wall(std::chrono::hours(9) + std::chrono::minutes(8) + milliseconds(7006));
+    add(hex_bytes("01 01 01 11 91 A0"), true, 1);
+    add("A line of twenty ch~", false, 12);
+    log.add(TrafficLine::terminal, true, 0, "ok\r");
+    const std::vector<std::string> expected = {
+        "Traffic up to 2026-03-10 09:08:07.006",
+        "09:08:07.006  unit 01   sent      01 01 01 11 91 A0                                ......",
+        "09:08:07.006  unit 12   received  41 20 6C 69 6E 65 20 6F 66 20 74 77 65 6E 74 79  A line of twenty",
+        "                                  20 63 68 7E                                       ch~",
+        "09:08:07.006  terminal  sent      6F 6B 0D                                         ok.",
+    };
+    EXPECT_EQ(traffic_file(log, {}, clock.local_time()), expected);
+    EXPECT_EQ(traffic_file(log, {.unit = 1}, clock.local_time()), std::vector(&expected[0], &expected[2]));
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,143 @@
+// A transfer on the terminal line: who holds it when, what is swallowed, what ends it.
+#include <gtest/gtest.h>
+
+#include "terminal/null_modem_test.h"
+#include "terminal/text_transfer.h"
+#include "terminal/transfer_run.h"
+#include "terminal/xmodem_receiver.h"
+#include "terminal/xmodem_sender.h"
+#include "tests/support/scripted_port.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+
+// A driver that holds what it was given until it is told to let it leave.
+class HoldingPort : public ScriptedPort {
+  public:
+    using ScriptedPort::ScriptedPort;
+    bool drain(Instant) override { return !held; }
+    bool held = false;
+};
+
+class TransferRunTest : public ::testing::Test {
+  protected:
+    TransferRunTest() {
+        line.on_received = [this](std::string_view bytes) { terminal += bytes; };
+        line.open({.device = "line", .baud = 1200});
+    }
+    void pass(milliseconds time) {
+        for (milliseconds gone{0}; gone < time; gone += TransferRun::k_tick) {
+            clock.advance(TransferRun::k_tick);
+            run->tick();
+        }
+    }
+    bool start(Transfer& transfer) {
+        run.emplace(line, transfer);
+        return run->start();
+    }
+
+    ManualClock clock;
+    HoldingPort port{clock};
+    TerminalLine line{&port, clock};
+    std::string terminal;
+    std::optional<TransferRun> run;
+};
+
+// Fault: the terminal gets, or eats, what belongs to the transfer; the line is never given back.
+TEST_F(TransferRunTest, HoldsTheLineUntilItsEnd) {
+    NullModemTest test(std::nullopt, 7, character_time(line.settings()), clock.now());
+    port.responder = [](const std::string& text) { return ScriptedPort::Answer{{milliseconds(90), text}}; };
+    ASSERT_TRUE(start(test));
+    NullModemTest second(std::nullopt, 8, character_time(line.settings()), clock.now());
+    EXPECT_FALSE(TransferRun(line, second).start());
+    pass(milliseconds(100));
+    EXPECT_TRUE(run->over());
+    EXPECT_NE(test.message().find("came back in 100 ms"), std::string::npos) << test.message();
+    EXPECT_EQ(terminal, "");
+    port.arrive("mine");
+    line.pump();
+    EXPECT_EQ(terminal, "mine");
+}
+
+// Fault: the rest of a block runs over the terminal, which takes it for a broken call.
+TEST_F(TransferRunTest, SwallowsTheRestOfACancelledTransfer) {
+    XmodemReceiver receiver(clock.now());
+    ASSERT_TRUE(start(receiver));
+    EXPECT_EQ(port.written, std::vector<std::string>{"C"});
+    port.held = true;  // also with a line that does not take anything
+    receiver.cancel();
+    for (int i = 0; i < 4; ++i) port.arrive(std::string(40, 'x'), milliseconds(240 * i));
+    pass(milliseconds(3 * 240 + 250));
+    EXPECT_FALSE(run->over());
+    pass(milliseconds(100));
+    EXPECT_TRUE(run->over());
+    EXPECT_EQ(terminal, "");
+    EXPECT_EQ(port.written.back(), k_xmodem_cancel);
+    EXPECT_EQ(receiver.state(), TransferState::cancelled);
+}
+
+// Fault: a line that never falls quiet is never given back.
+TEST_F(TransferRunTest, SwallowsForThreeSecondsAtMost) {
+    TextReceiver receiver;
+    ASSERT_TRUE(start(receiver));
+    receiver.cancel();
+    for (int i = 0; i < 100; ++i) port.arrive("x", milliseconds(50 * i));
+    pass(milliseconds(3100));
+    EXPECT_TRUE(run->over());
+}
+
+// Fault: a whole text is thrown at the driver, so that a cancelled one goes on for minutes; or a
+// block of a protocol is torn.
+TEST_F(TransferRunTest, SendsATextAsTheLineTakesIt) {
+    TextSender text(std::string(100, 'x'));
+    ASSERT_TRUE(start(text));
+    EXPECT_EQ(port.written, std::vector<std::string>{std::string(60, 'x')});  // 500 ms at 1200 baud
+    port.held = true;
+    pass(milliseconds(5000));
+    EXPECT_EQ(port.written.size(), 1U);
+    port.held = false;
+    pass(milliseconds(50));
+    EXPECT_EQ(port.written.back(), std::string(40, 'x'));
+    EXPECT_TRUE(run->over());
+    XmodemSender blocks("abc", milliseconds(1), clock.now());
+    ASSERT_TRUE(start(blocks));
+    port.arrive("C");
+    pass(milliseconds(50));
+    EXPECT_EQ(port.written.back().size(), 133U);
+}
+
+// Fault: a closed or unplugged port leaves the transfer waiting, or is called a time-out.
+TEST_F(TransferRunTest, EndsWithThePort) {
+    TextReceiver closed;
+    ASSERT_TRUE(start(closed));
+    line.close();
+    EXPECT_TRUE(run->over());
+    EXPECT_EQ(closed.message(), "The terminal port was closed.");
+    pass(milliseconds(100));
+    TextReceiver never;
+    EXPECT_FALSE(start(never));
+    line.open({.device = "line"});
+    TextReceiver unplugged;
+    ASSERT_TRUE(start(unplugged));
+    port.unplugged = true;
+    pass(milliseconds(500));
+    EXPECT_TRUE(run->over());
+    EXPECT_EQ(unplugged.message(), "The connection of the terminal port was lost.");
+}
+
+// Fault: silence is counted while the program was busy, although the answer had come in.
+TEST_F(TransferRunTest, ReadsBeforeItLooksAtTheClock) {
+    TextReceiver receiver;
+    ASSERT_TRUE(start(receiver));
+    port.arrive("first");
+    pass(milliseconds(50));
+    port.arrive("second", milliseconds(100));
+    clock.advance(TextReceiver::k_silence);
+    run->tick();
+    EXPECT_EQ(receiver.state(), TransferState::running);
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,179 @@
+// XMODEM with an independent implementation at the other end, the programs sx and rx: real processes,
+// the real serial line, and a pump between the two that spoils bytes on the way.
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/posix/posix_serial_port.h"
+#include "platform/posix/system_clock.h"
+#include "terminal/transfer_run.h"
+#include "terminal/xmodem_receiver.h"
+#include "terminal/xmodem_sender.h"
+#include "tests/platform/far_end.h"
+#include "tests/terminal/transfer_rig.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+// A program whose standard input, output and error are one line. Not a pseudo-terminal: these programs
+// flush theirs when they end, and their last answer with it.
+class LineProgram {
+  public:
+    LineProgram(const std::string& folder, std::vector<const char*> arguments) {
+        int ends[2];
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+            throw std::runtime_error("no line to the program");
+        line_ = Descriptor(ends[0]);
+        const Descriptor far(ends[1]);
+        fcntl(line_.get(), F_SETFL, O_NONBLOCK);
+        arguments.push_back(nullptr);
+        process_ = fork();
+        if (process_ != 0)
+            return;
+        for (const int fd : {0, 1, 2}) dup2(far.get(), fd);
+        if (chdir(folder.c_str()) == 0)
+            execvp(arguments[0], const_cast<char**>(arguments.data()));
+        _exit(127);
+    }
+    ~LineProgram() {
+        line_.close();
+        if (process_ > 0) {
+            kill(process_, SIGKILL);
+            waitpid(process_, nullptr, 0);
+        }
+    }
+
+    void send(const std::string& bytes) const {
+        EXPECT_EQ(::write(line_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    }
+    std::string receive() const {
+        std::string bytes(4096, ' ');
+        bytes.resize(
+            static_cast<std::size_t>(std::max<ssize_t>(0, ::read(line_.get(), bytes.data(), bytes.size()))));
+        return bytes;
+    }
+    // Its exit status once it has ended, within five seconds.
+    int end() {
+        int status = -1;
+        for (int i = 0; i < 500 && waitpid(process_, &status, WNOHANG) == 0; ++i) {
+            receive();
+            usleep(10'000);
+        }
+        process_ = WIFEXITED(status) ? -1 : process_;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+  private:
+    pid_t process_ = -1;
+    Descriptor line_;
+};
+
+// Changes every n-th byte: garbles it, the next time drops it, then doubles it. 0: none.
+class Spoiler {
+  public:
+    explicit Spoiler(int every) : every_(every) {}
+    std::string operator()(const std::string& bytes) {
+        std::string spoilt;
+        for (const char c : bytes) {
+            if (every_ == 0 || ++count_ % every_ != 0)
+                spoilt += c;
+            else if (const int kind = count_ / every_ % 3; kind == 1)
+                spoilt += static_cast<char>(c ^ 0x55);
+            else if (kind == 0)
+                spoilt.append(2, c);
+        }
+        return spoilt;
+    }
+
+  private:
+    int every_;
+    int count_ = 0;
+};
+
+class XmodemPeer : public ::testing::Test {
+  protected:
+    XmodemPeer() { EXPECT_TRUE(line.open({.device = far.device()}).ok()); }
+
+    // Carries bytes between the program and the line until the transfer has ended.
+    void carry(LineProgram& program, Transfer& transfer, int spoil_program, int spoil_station) {
+        Spoiler from_program(spoil_program);
+        Spoiler from_station(spoil_station);
+        TransferRun run(line, transfer);
+        ASSERT_TRUE(run.start());
+        const Instant limit = clock.now() + seconds(60);
+        Instant next_tick = clock.now();
+        while (!run.over() && clock.now() < limit) {
+            if (const std::string bytes = from_program(program.receive()); !bytes.empty())
+                far.send(bytes);
+            line.pump();
+            if (const std::string bytes = from_station(far.receive(4096, 1)); !bytes.empty())
+                program.send(bytes);
+            if (clock.now() < next_tick)
+                continue;
+            next_tick = clock.now() + TransferRun::k_tick;
+            run.tick();
+        }
+        if (const std::string last = far.receive(4096, 1); !last.empty())
+            program.send(last);
+        EXPECT_EQ(transfer.state(), TransferState::done) << transfer.message();
+        EXPECT_EQ(transfer.progress().errors > 0, spoil_program + spoil_station > 0);
+        EXPECT_EQ(program.end(), 0);
+    }
+
+    SystemClock clock;
+    FarEnd far;
+    PosixSerialPort port{clock};
+    TerminalLine line{&port, clock};
+    ScratchFolder folder;
+};
+
+// Fault: files do not reach other programs, or reach them changed, on a good or a noisy line.
+TEST_F(XmodemPeer, TakesWhatIsSent) {
+    const struct {
+        const char* name;
+        std::vector<const char*> program;
+        std::size_t size;
+        int spoil;
+    } cases[] = {
+        {"sum, a good line", {"rx", "-q", "taken"}, 1000, 0},
+        {"CRC, more blocks than numbers, a noisy line", {"rx", "-q", "-c", "taken"}, 34'000, 15'013},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        LineProgram program(folder.path(), c.program);
+        const std::string file = sample_file(c.size);
+        XmodemSender sender(file, milliseconds(20), clock.now());
+        carry(program, sender, 0, c.spoil);
+        EXPECT_EQ(file_bytes(folder / "taken"), filled_up(file));
+    }
+}
+
+// Fault: files of other programs do not arrive, or arrive changed, on a good or a noisy line.
+TEST_F(XmodemPeer, SendsWhatIsTaken) {
+    const struct {
+        const char* name;
+        std::vector<const char*> program;
+        std::size_t size;
+        std::size_t block;
+        int spoil;
+    } cases[] = {
+        {"long blocks, a good line", {"sx", "-q", "-k", "sent"}, 4096, 1024, 0},
+        {"more blocks than numbers, a noisy line", {"sx", "-q", "sent"}, 34'000, 128, 10'007},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string file = sample_file(c.size);
+        folder.put("sent", file);
+        LineProgram program(folder.path(), c.program);
+        XmodemReceiver receiver(clock.now());
+        carry(program, receiver, c.spoil, 0);
+        EXPECT_EQ(receiver.file(), filled_up(file, c.block));
+    }
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,279 @@
+// XMODEM against literal bytes, against itself over a spoilt line, and on the clock. What another
+// implementation makes of it is in xmodem_peer_test.cpp.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+
+#include "terminal/xmodem_receiver.h"
+#include "terminal/xmodem_sender.h"
+#include "tests/support/hex_bytes.h"
+#include "tests/terminal/transfer_rig.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+constexpr milliseconds k_block_time{139};  // 133 bytes at 9600 baud
+
+// A word of a conversation: a character by its name, a block "B7" with the CRC or "S7" with the sum
+// ("B7~" with a byte changed, "B7-" with one lost), "OFF" for what cancels, else a byte in hexadecimal.
+std::string bytes_of(const std::string& word) {
+    static const std::map<std::string, std::string> names = {
+        {"C", "C"},      {"ACK", "\x06"}, {"NAK", "\x15"},
+        {"EOT", "\x04"}, {"CAN", "\x18"}, {"OFF", std::string(k_xmodem_cancel)}};
+    if (const auto name = names.find(word); name != names.end())
+        return name->second;
+    if ((word[0] != 'B' && word[0] != 'S') || !std::isdigit(word[1]))
+        return hex_bytes(word);
+    std::string block = xmodem_block(static_cast<std::uint8_t>(std::stoi(word.substr(1))), "ABC",
+                                     word[0] == 'B' ? XmodemCheck::crc : XmodemCheck::sum);
+    if (word.back() == '~')
+        block[60] = '!';
+    return word.back() == '-' ? block.erase(60, 1) : block;
+}
+
+// Steps "+time in = out", separated by ";": that many milliseconds pass, those words come in, those
+// go out. "5x" in front: five times.
+void converse(Transfer& transfer, const std::string& script) {
+    ManualClock clock;
+    std::istringstream steps(script);
+    for (std::string step; std::getline(steps, step, ';');) {
+        int times = 1;
+        std::string bytes[2];
+        bool out = false;
+        milliseconds later{0};
+        std::istringstream words(step);
+        for (std::string word; words >> word;) {
+            if (word[0] == '+')
+                later = milliseconds(std::stoi(word));
+            else if (word.back() == 'x')
+                times = std::stoi(word);
+            else if (word == "=")
+                out = true;
+            else
+                bytes[out ? 1 : 0] += bytes_of(word);
+        }
+        for (; times > 0; --times) {
+            clock.advance(later);
+            transfer.feed(bytes[0], clock.now());
+            transfer.tick(clock.now());
+            EXPECT_EQ(to_hex(transfer.take_output(512)), to_hex(bytes[1])) << step;
+        }
+    }
+}
+
+struct Conversation {
+    const char* name;
+    const char* script;
+    const char* message;  // empty while it goes on
+    TransferState state = TransferState::failed;
+};
+
+// Fault: the blocks are not those of the protocol.
+TEST(XmodemBlock, Bytes) {
+    const std::string body = hex_bytes("01 07 F8") + "ABC" + std::string(125, '\x1A');
+    EXPECT_EQ(xmodem_block(7, "ABC", XmodemCheck::crc), body + "AK");
+    EXPECT_EQ(xmodem_block(7, "ABC", XmodemCheck::sum), body + "x");
+    EXPECT_EQ(xmodem_block(255, std::string(128, '\xFF'), XmodemCheck::sum),
+              hex_bytes("01 FF 00") + std::string(128, '\xFF') + "\x80");
+    EXPECT_EQ(xmodem_crc("123456789"), 0x31C3);
+}
+
+// Fault: a receiver of another maker is misunderstood, waited for too short or too long, or believed
+// to have what it has not.
+TEST(XmodemSender, Conversations) {
+    using enum TransferState;
+    const Conversation cases[] = {
+        {"CRC, the end refused once", "=; C = B1; ACK = EOT; NAK = EOT; ACK =", "3 bytes sent.", done},
+        {"sum", "NAK = S1; ACK = EOT; ACK =", "3 bytes sent.", done},
+        {"noise before and between; a late wish for the CRC", "24 0D ACK =; NAK = S1; 7F EOT =; C = B1", "",
+         running},
+        {"two calls at once are one", "C C = B1", "", running},
+        {"the second answer to a block sent twice is not the next one's",
+         "C = B1; NAK = B1; ACK =; +100 ACK =; +238 =; +1 = EOT", "", running},
+        {"silence after a block", "C = B1; +15138 =; +1 = B1", "", running},
+        {"nobody begins", "+59999 =; +1 = OFF", "The other side did not begin to receive within 60 s."},
+        {"a block refused for ever", "C = B1; 10x NAK = B1; NAK = OFF",
+         "Block 1 was not taken after 10 repeats."},
+        {"the end never confirmed", "C = B1; ACK = EOT; 10x +15139 = EOT; +15139 = OFF",
+         "Everything was sent, but the other side did not confirm the end."},
+        {"one CAN is noise, two are the end",
+         "C = B1; CAN ACK = EOT; CAN =; CAN =", "The other side has cancelled."},
+        {"two CAN before the block has left", "C CAN CAN =", "The other side has cancelled."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        XmodemSender sender("ABC", k_block_time, ManualClock().now());
+        converse(sender, c.script);
+        EXPECT_EQ(sender.state(), c.state);
+        EXPECT_EQ(sender.message(), c.message);
+    }
+}
+
+// Fault: a sender of another maker is not understood, is asked too soon or too late, or can make a
+// file of the wrong bytes.
+TEST(XmodemReceiver, Conversations) {
+    using enum TransferState;
+    const Conversation cases[] = {
+        {"the end is believed when it comes twice", "= C; B1 = ACK; EOT = NAK; EOT = ACK",
+         "128 bytes received.", done},
+        {"an end that was noise", "= C; B1 = ACK; EOT = NAK; B2 = ACK; EOT = NAK", "", running},
+        {"an empty file", "= C; EOT = NAK; EOT = ACK", "0 bytes received.", done},
+        {"the sum after four calls", "= C; 3x +3000 = C; +2999 =; +1 = NAK; S1 = ACK; S2 = ACK", "", running},
+        {"a CRC block under way at the fall-back", "= C; 3x +3000 = C; +3000 = NAK; B1 = ACK; B2 = ACK", "",
+         running},
+        {"a bad first block is asked for by the same letter", "= C; B1~ =; +250 = C; B1 = ACK", "", running},
+        {"a repeated block is acknowledged and not kept",
+         "= C; B1 = ACK; B1 = ACK; B2 = ACK; EOT = NAK; EOT = ACK", "256 bytes received.", done},
+        {"a block cut short", "= C; B1 = ACK; B2- =; +999 =; +1 = NAK; B2 = ACK", "", running},
+        {"a bad block is refused when the line is quiet",
+         "= C; B1 = ACK; B2 00 00 = ACK; B3~ =; +249 01 =; +249 =; +1 = NAK", "", running},
+        {"a number that does not fit its complement", "= C; 01 01 FD B1 =; +250 = C", "", running},
+        {"silence between blocks", "= C; B1 = ACK; 10x +10000 = NAK; +10000 = OFF",
+         "Block 2 did not come after 10 repeats."},
+        {"nobody sends", "= C; 3x +3000 = C; +3000 = NAK; 6x +10000 = NAK; +10000 = OFF",
+         "The other side did not begin to send."},
+        {"a block left out", "= C; B1 = ACK; B3 = OFF", "Block 3 came instead of block 2."},
+        {"the block 0 of another protocol", "= C; B00 = OFF", "Block 0 came instead of block 1."},
+        {"one CAN is noise, two are the end",
+         "= C; B1 = ACK; CAN =; B2 = ACK; CAN CAN =", "The other side has cancelled."},
+        {"cancelled inside a block",
+         "= C; 01 01 FE 41 CAN CAN CAN 08 08 =; +1000 =", "The other side has cancelled."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        XmodemReceiver receiver(ManualClock().now());
+        converse(receiver, c.script);
+        EXPECT_EQ(receiver.state(), c.state);
+        EXPECT_EQ(receiver.message(), c.message);
+    }
+}
+
+// Fault: a line that never falls quiet holds the transfer for ever.
+TEST(XmodemReceiver, GivesUpOnALineThatNeverFallsQuiet) {
+    ManualClock clock;
+    XmodemReceiver receiver(clock.now());
+    for (int i = 0; i < 3000 && !receiver.finished(); ++i) {
+        clock.advance(milliseconds(50));
+        receiver.feed("\x01 babble", clock.now());
+        receiver.tick(clock.now());
+    }
+    EXPECT_EQ(receiver.message(), "The other side did not begin to send.");
+}
+
+// Fault: the numbers do not wrap, the last block is cut or filled wrongly, bytes are changed, or it
+// matters how the line cuts the stream.
+TEST(Xmodem, EverySizeArrivesWholeHoweverTheStreamIsCut) {
+    for (const std::size_t size : {0, 1, 127, 128, 129, 33'000}) {
+        SCOPED_TRACE(size);
+        std::string streams;
+        for (const std::size_t piece : {std::size_t{1}, std::size_t{7}, std::string::npos}) {
+            TransferRig rig;
+            rig.piece = piece;
+            const std::string file = sample_file(size);
+            XmodemSender sender(file, k_block_time, rig.clock.now());
+            XmodemReceiver receiver(rig.clock.now());
+            rig.run(sender, receiver);
+            EXPECT_EQ(sender.state(), TransferState::done);
+            EXPECT_EQ(receiver.state(), TransferState::done);
+            EXPECT_EQ(receiver.file(), filled_up(file));
+            EXPECT_EQ(sender.progress().bytes, size);
+            if (streams.empty())
+                streams = rig.forth.stream + rig.back.stream;
+            EXPECT_EQ(rig.forth.stream + rig.back.stream, streams);
+        }
+    }
+}
+
+// Fault: some single error on the line, wherever it strikes, spoils the file unnoticed, doubles or
+// drops a block, or ends the transfer.
+TEST(Xmodem, OneErrorAnywhereCostsNothingButTime) {
+    using Change = void (*)(std::string&, std::size_t);
+    const struct {
+        const char* name;
+        Change change;
+    } kinds[] = {
+        {"dropped", [](std::string& bytes, std::size_t at) { bytes.erase(at, 1); }},
+        {"doubled", [](std::string& bytes, std::size_t at) { bytes.insert(at, 1, bytes[at]); }},
+        {"garbled",
+         [](std::string& bytes, std::size_t at) { bytes[at] = static_cast<char>(bytes[at] ^ 0x51); }},
+        {"a NAK before it", [](std::string& bytes, std::size_t at) { bytes.insert(at, 1, k_nak); }},
+        {"an end before it", [](std::string& bytes, std::size_t at) { bytes.insert(at, 1, k_eot); }},
+        {"all lost", [](std::string& bytes, std::size_t) { bytes.clear(); }},
+    };
+    const std::string file = sample_file(300);
+    TransferRig smooth;
+    XmodemSender smooth_sender(file, k_block_time, smooth.clock.now());
+    XmodemReceiver smooth_receiver(smooth.clock.now());
+    smooth.run(smooth_sender, smooth_receiver);
+    ASSERT_EQ(smooth.forth.stream.size(), 3 * 133 + 2U);
+    ASSERT_EQ(smooth.back.stream, "C\x06\x06\x06\x15\x06");
+
+    const auto run = [&](bool forth, std::size_t position, Change change) {
+        TransferRig rig;
+        (forth ? rig.forth : rig.back).spoil = [&](std::string& bytes, std::size_t offset) {
+            if (position >= offset && position < offset + bytes.size())
+                change(bytes, position - offset);
+        };
+        XmodemSender sender(file, k_block_time, rig.clock.now());
+        XmodemReceiver receiver(rig.clock.now());
+        rig.run(sender, receiver);
+        EXPECT_EQ(receiver.state(), TransferState::done) << receiver.message();
+        EXPECT_EQ(receiver.file(), filled_up(file));
+        // The very last ACK is beyond help: the receiver is gone by then.
+        EXPECT_TRUE(sender.state() == TransferState::done || (!forth && position == 5)) << sender.message();
+    };
+    for (const auto& kind : kinds) {
+        for (std::size_t i = 0; i < smooth.forth.stream.size() && !HasFailure(); ++i) {
+            SCOPED_TRACE(std::string(kind.name) + " forth " + std::to_string(i));
+            run(true, i, kind.change);
+        }
+        for (std::size_t i = 0; i < smooth.back.stream.size(); ++i) {
+            SCOPED_TRACE(std::string(kind.name) + " back " + std::to_string(i));
+            run(false, i, kind.change);
+        }
+    }
+}
+
+// Fault: the other side is left waiting, or goes on, when the operator cancels.
+TEST(Xmodem, CancellingEndsBothSides) {
+    for (const bool by_sender : {true, false}) {
+        TransferRig rig;
+        XmodemSender sender(sample_file(1000), k_block_time, rig.clock.now());
+        XmodemReceiver receiver(rig.clock.now());
+        Transfer& hurried = by_sender ? static_cast<Transfer&>(sender) : receiver;
+        Transfer& other = by_sender ? static_cast<Transfer&>(receiver) : sender;
+        rig.back.spoil = [&](std::string&, std::size_t offset) {
+            if (offset == 3)
+                hurried.cancel();
+        };
+        rig.run(sender, receiver);
+        EXPECT_EQ(hurried.state(), TransferState::cancelled);
+        EXPECT_EQ(other.message(), "The other side has cancelled.");
+        EXPECT_LT(rig.clock.now() - ManualClock().now(), seconds(5));
+    }
+}
+
+// Fault: a sender without end fills the memory.
+TEST(XmodemReceiver, RefusesAFileWithoutEnd) {
+    ManualClock clock;
+    XmodemReceiver receiver(clock.now());
+    for (int call = 0; call < 4; ++call) {  // to the sum, which is quicker to work out
+        clock.advance(XmodemReceiver::k_crc_wait);
+        receiver.tick(clock.now());
+    }
+    std::string block = xmodem_block(0, "x", XmodemCheck::sum);
+    for (std::size_t number = 1; !receiver.finished() && number < 140'000; ++number) {
+        block[1] = static_cast<char>(number);
+        block[2] = static_cast<char>(255 - number);
+        receiver.feed(block, clock.now());
+    }
+    EXPECT_EQ(receiver.message(), "The file is longer than 16 MB.");
+    EXPECT_TRUE(receiver.take_output(0).ends_with(k_xmodem_cancel));
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,137 @@
+// The command console: typed text to frames, frames to text, and the recall of commands.
+#include "tools/console.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/hex_bytes.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scripted_port.h"
+
+namespace ampdesk {
+namespace {
+
+class ConsoleTest : public testing::Test {
+  protected:
+    ConsoleTest() { bus.open_bus_port("COM1:", 9600, 0, 8, 1); }
+
+    // Hands the reply over in one piece or byte by byte; none for an empty text.
+    void reply(const std::string& hex, bool bytewise) {
+        const std::string bytes = hex_bytes(hex);
+        ScriptedPort::Answer answer;
+        if (!bytewise && !bytes.empty())
+            answer.push_back({.bytes = bytes});
+        for (std::size_t i = 0; bytewise && i < bytes.size(); ++i)
+            answer.push_back({std::chrono::milliseconds(i), bytes.substr(i, 1)});
+        port.answer(answer);
+    }
+
+    ManualClock clock;
+    ScriptedPort port{clock};
+    RecordingOperator person;
+    BusLink bus{port, clock, person};
+    Console console{bus, person};
+};
+
+// Fault: another command goes out than the one that was typed.
+TEST_F(ConsoleTest, TypedBytes) {
+    const struct {
+        const char* typed;
+        const char* payload;  // nothing for a format error
+    } cases[] = {{"A0 01", "A0 01"}, {"a0 1", "A0 01"},       {"1 2 3", "01 02 03"},
+                 {"05 ", "05 00"},   {"1  2", "01 00 02"},    {" 1", "00 01"},
+                 {"", "00"},         {"G1 1G G", "00 01 00"}, {"12", "12"},
+                 {"123", nullptr},   {"12 345", nullptr},     {"123 4", nullptr},
+                 {"1\t2", nullptr}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.typed);
+        port.written.clear();
+        EXPECT_EQ(console.send(5, c.typed).has_value(), c.payload != nullptr);
+        const std::vector<std::string> told = person.take_texts();
+        if (c.payload == nullptr) {
+            EXPECT_TRUE(port.written.empty());
+            EXPECT_EQ(told, std::vector<std::string>{"Invalid command format, the command has to be in hex "
+                                                     "byte format"});
+            continue;
+        }
+        EXPECT_TRUE(told.empty());
+        ASSERT_EQ(port.written.size(), 1U);
+        EXPECT_EQ(to_hex(port.written[0].substr(3, port.written[0].size() - 5)), c.payload);
+    }
+}
+
+// Fault: the listing leaves bytes out, pads them, or shows an older frame.
+TEST_F(ConsoleTest, HexMode) {
+    const struct {
+        const char* typed;
+        const char* reply;
+        bool answered;
+        const char* output;
+    } cases[] = {
+        {"A0 01", "06 05 0A A0 01 00 30 2C 4F 4B 0A B0 41 CF 77", true,
+         "Data Sent(Hex): 1 5 2 A0 1 25 C \r\n"
+         "Data Recv(Hex): 6 5 A A0 1 0 30 2C 4F 4B A B0 41 CF 77 \r\n"
+         "Asc Answer: 0,OK\n\xB0"
+         "A\xCF"
+         "w "},
+        {"11", "06 05 01 11 D1 15", true,
+         "Data Sent(Hex): 1 5 1 11 D0 61 \r\nData Recv(Hex): 6 5 1 11 D1 15 \r\n"},
+        {"11", "", false, "Data Sent(Hex): 1 5 1 11 D0 61 \r\nData Recv(Hex): \r\n"},
+        {"A0 01", "", false,
+         "Data Sent(Hex): 1 5 2 A0 1 25 C \r\nData Recv(Hex): \r\nAsc Answer: is no response "},
+    };
+    for (const bool bytewise : {false, true})
+        for (const auto& c : cases) {
+            SCOPED_TRACE(std::string(c.typed) + "/" + c.reply);
+            reply(c.reply, bytewise);
+            const auto result = console.send(5, c.typed);
+            ASSERT_TRUE(result.has_value());
+            EXPECT_EQ(result->answered, c.answered);
+            EXPECT_EQ(result->output, c.output);
+            EXPECT_TRUE(bus.last_bus_frame.empty());
+        }
+}
+
+// Fault: a command that no frame holds is shown as sent.
+TEST_F(ConsoleTest, TooLongForAFrame) {
+    std::string typed = "1";
+    for (int i = 1; i < 256; ++i) typed += " 1";
+    EXPECT_EQ(console.send(5, typed)->output, "Data Sent(Hex): \r\nData Recv(Hex): \r\n");
+    EXPECT_TRUE(port.written.empty());
+}
+
+TEST_F(ConsoleTest, TextMode) {
+    console.console_mode = 0;
+    reply("06 05 03 47 4F 01 89 C7", false);
+    EXPECT_EQ(console.send(5, "GO")->output, "Data Sent: [01h][05h][02h]GO[EEh][C8h]        Data Recv: ");
+    reply("", false);
+    EXPECT_EQ(console.send(5, "GO")->output,
+              "Data Sent: [01h][05h][02h]GO[EEh][C8h]        Data Recv: " + std::string(100, ' '));
+    EXPECT_EQ(readable("\x1F ~\x7F\x80"), "[1Fh] ~[7Fh][80h]");
+    EXPECT_EQ(console.send(5, std::string(256, 'x'))->output.substr(0, 39),
+              "Data Sent:                  Data Recv: ");
+}
+
+// Fault: a command is lost or comes twice, the keys run past an end, or what was being typed is gone.
+TEST_F(ConsoleTest, RecallsTheLastTwentyCommands) {
+    CommandHistory history;
+    EXPECT_EQ(history.older("draft"), "draft");
+    EXPECT_EQ(history.newer("draft"), "draft");
+    for (int i = 1; i <= 22; ++i) history.add(std::to_string(i));
+    history.add("22");
+    std::string shown = "22";  // it stays in the entry when it has been sent
+    for (int i = 21; i >= 3; --i) {
+        shown = history.older(shown);
+        EXPECT_EQ(shown, std::to_string(i));
+    }
+    EXPECT_EQ(history.older(shown), "3");
+    EXPECT_EQ(history.older("x"), "22");  // typed over: from the newest one on again
+    EXPECT_EQ(history.older("22"), "21");
+    EXPECT_EQ(history.newer("21"), "22");
+    EXPECT_EQ(history.newer("22"), "x");
+    EXPECT_EQ(history.newer("x"), "x");
+    console.send(5, "12 345");  // to be corrected and sent again
+    EXPECT_EQ(console.history.older(""), "12 345");
+}
+
+}  // namespace
+}  // namespace ampdesk

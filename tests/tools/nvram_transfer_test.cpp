@@ -1,0 +1,348 @@
+// nvRam transfers on a scripted line: what goes out, what is shown, what the file holds.
+#include "tools/nvram_transfer.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "buslink/wire/binary_frame.h"
+#include "platform/run_time_error.h"
+#include "tests/support/hex_bytes.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scratch_folder.h"
+#include "tests/support/scripted_port.h"
+#include "tools/nvram_start.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+using Mode = NvramTransfer::Mode;
+using Texts = std::vector<std::string>;
+
+// Replies to reads, with their CRC.
+const std::string k_block_0 = hex_bytes("06 01 0A 20 20 00 00 00 A1 FF 3C 5A 07 7B D5");
+const std::string k_block_1 = hex_bytes("06 01 07 20 20 01 00 7F 01 02 06 82");
+const std::string k_end_2 = hex_bytes("15 01 05 20 20 02 00 20 FB B9");
+const std::string k_end_0 = hex_bytes("15 01 05 20 20 00 00 20 5A 79");
+const std::string k_refusal_0 = hex_bytes("15 01 05 20 20 00 00 04 5A 62");
+const std::string k_no_room = hex_bytes("06 01 05 20 20 00 00 01 DB 78");
+const std::string k_no_data = hex_bytes("06 01 00 E1 91");
+const std::string k_lost = "Cmd Receiving Error, Check Connection";
+const std::string k_set_error = "Set nvRam Error, Exit And Set Again";
+
+class NvramTransferTest : public testing::Test {
+  protected:
+    NvramTransferTest() { bus.open_bus_port("COM1:", 9600, 0, 8, 1); }
+
+    NvramTransfer& begin(Mode mode) {
+        transfer = std::make_unique<NvramTransfer>(mode, path, 1, bus, person);
+        return *transfer;
+    }
+
+    // One call and everything that it was asked to wait for; false when there is nothing to do.
+    bool turn() {
+        const auto wait = transfer->nvram_transfer_run();
+        if (wait)
+            clock.advance(*wait);
+        if (shown.empty() || shown.back() != transfer->panel().status)
+            shown.push_back(transfer->panel().status);
+        return wait.has_value();
+    }
+
+    // Runs until there is nothing to do; gives what lblStatus showed on the way.
+    Texts run() {
+        shown.clear();
+        transfer->start();
+        for (int turns = 0; turn(); ++turns)
+            if (turns > 2000) {
+                ADD_FAILURE() << "the transfer does not end";
+                break;
+            }
+        return shown;
+    }
+
+    // The payloads that went out, without their frames.
+    Texts payloads() {
+        Texts all;
+        for (const std::string& frame : port.written)
+            all.push_back(to_hex(frame.substr(3, frame.size() - 5)));
+        port.written.clear();
+        return all;
+    }
+
+    void accept_everything() {
+        port.responder = [](const std::string& sent) {
+            return ScriptedPort::Answer{
+                {milliseconds(0), build_reply_frame(Crc16(), '\x06', 1, sent.substr(3, 4))}};
+        };
+    }
+
+    bool finished() const {
+        const NvramPanel& panel = transfer->panel();
+        return !panel.start_enabled && !panel.pause_enabled && !transfer->nvram_running;
+    }
+
+    ScratchFolder folder;
+    std::string path = folder / "nv.txt";
+    ManualClock clock;
+    ScriptedPort port{clock};
+    RecordingOperator person;
+    BusLink bus{port, clock, person};
+    std::unique_ptr<NvramTransfer> transfer;
+    Texts shown;
+};
+
+// Fault: another file, other frames or other texts than the operator knows, or a difference between
+// replies that come in one piece and byte by byte.
+TEST_F(NvramTransferTest, ReadsIntoAFile) {
+    for (const bool bytewise : {false, true}) {
+        for (const std::string& reply : {k_block_0, k_block_1, k_end_2}) {
+            ScriptedPort::Answer pieces;
+            for (std::size_t i = 0; bytewise && i < reply.size(); ++i)
+                pieces.push_back({milliseconds(2 * i), reply.substr(i, 1)});
+            port.answer(bytewise ? pieces : ScriptedPort::Answer{{milliseconds(0), reply}});
+        }
+        begin(Mode::read);
+        EXPECT_FALSE(turn());  // nothing goes out before Start
+        EXPECT_EQ(run(), (Texts{"Read block #0   Errs:0", "Read block #1   Errs:0", "Read block #2   Errs:0",
+                                "nvRam Transfer was Successful"}));
+        EXPECT_TRUE(finished());
+        EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n1 7F 0102\r\n");
+        EXPECT_EQ(to_hex(port.written.at(0)), "01 01 04 20 20 00 00 EA DB");
+        EXPECT_EQ(payloads(), (Texts{"20 20 00 00", "20 20 01 00", "20 20 02 00"}));
+        EXPECT_EQ(transfer->panel().output, "15 1 5 20 20 2 0 20 FB B9 ");
+    }
+    EXPECT_EQ(nvram_read_command(0x0102), hex_bytes("20 20 02 01"));
+    EXPECT_TRUE(person.take_texts().empty());
+}
+
+TEST_F(NvramTransferTest, ReadEndsAtARefusal) {
+    port.answer(k_end_0);
+    begin(Mode::read);
+    EXPECT_EQ(run().back(), "nvRam Transfer was Successful");
+    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n");
+    port.answer(k_block_0);
+    port.answer(hex_bytes("15 01 00 10 54"));
+    port.responder = [](const std::string&) { return ScriptedPort::Answer{{milliseconds(0), k_refusal_0}}; };
+    begin(Mode::read);
+    EXPECT_EQ(run().back(), "nvRam Transfer failed");
+    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
+    begin(Mode::read);
+    EXPECT_EQ(run().back(), "nvRam Transfer failed");
+}
+
+// Fault: a reply that is no block gets into the file, or errors are counted from the wrong place.
+TEST_F(NvramTransferTest, ReadAsksAgain) {
+    port.silence(5);
+    port.answer(k_block_1);  // not the block that was asked for, but an answer: silence counts anew
+    port.silence(3);
+    port.answer(k_no_room);
+    port.answer(k_no_data);  // the eleventh and last attempt
+    port.answer(k_block_0.substr(0, 14) + "?");
+    port.answer(k_block_0);
+    port.answer(hex_bytes("15 01 05 20 20 01 00 20 0B B9"));
+    begin(Mode::read);
+    run();
+    const std::string block_0 = "Read block #0   Errs:";
+    Texts expected;
+    for (const char* errors : {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "0", "1"})
+        expected.push_back(block_0 + errors);
+    ASSERT_GE(shown.size(), expected.size());
+    EXPECT_EQ(Texts(shown.begin(), shown.begin() + 13), expected);
+    EXPECT_EQ(shown.at(13), "Read block #1   Errs:0");
+    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
+}
+
+// Fault: a dead line is asked for ever, given up too early, or costs the lines that were read.
+TEST_F(NvramTransferTest, SixSilentAttemptsEndIt) {
+    for (const bool unplugged : {false, true}) {
+        port.unplugged = false;
+        port.written.clear();
+        port.answer(k_block_0);
+        begin(Mode::read).start();
+        while (transfer->nvram_block == 0) ASSERT_TRUE(turn());
+        port.unplugged = unplugged;
+        const Instant lost = clock.now();
+        bool open = false;
+        person.on_ask = [&](const Message&) {
+            open = true;
+            EXPECT_TRUE(transfer->nvram_transfer_run().has_value());  // its timer goes on beside the box
+        };
+        run();
+        EXPECT_TRUE(open);
+        EXPECT_TRUE(transfer->nvram_abort);
+        EXPECT_EQ(shown.back(), "Read block #1   Errs:5");
+        EXPECT_EQ(person.take_texts(), Texts{k_lost});
+        EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
+        EXPECT_EQ(payloads().size(), unplugged ? 1U : 7U);
+        EXPECT_GE(clock.now() - lost, std::chrono::seconds(5));  // time to put the plug back
+    }
+}
+
+// Fault: Pause tears a block, Continue starts anew, Exit waits or keeps what came after it.
+TEST_F(NvramTransferTest, PauseContinueExit) {
+    port.answer(k_block_1);
+    port.answer(k_block_0);
+    begin(Mode::read).start();
+    EXPECT_EQ(transfer->panel().start_caption, "Continue");
+    EXPECT_TRUE(transfer->panel().pause_enabled && !transfer->panel().start_enabled);
+    ASSERT_TRUE(turn() && turn());  // announced and exchanged
+    transfer->pause();
+    EXPECT_TRUE(!transfer->panel().pause_enabled && transfer->panel().start_enabled);
+    while (turn()) {
+    }
+    EXPECT_EQ(payloads().size(), 2U);  // the block in hand was asked for once more, no other one
+    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
+    port.answer(k_block_1);
+    transfer->start();
+    ASSERT_TRUE(turn() && turn());
+    EXPECT_EQ(shown.back(), "Read block #1   Errs:0");
+    transfer->exit();
+    EXPECT_FALSE(turn());
+    transfer->unload();
+    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
+    EXPECT_TRUE(person.take_texts().empty());
+}
+
+// Fault: a full disk ends the program, goes unnoticed, or leaves half a line that reads as a block.
+TEST_F(NvramTransferTest, ReadOntoAFullDisk) {
+    port.answer(k_block_0);
+    port.answer(k_block_1);
+    begin(Mode::read);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{.rlim_cur = 34, .rlim_max = limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    run();
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(person.take_texts(), Texts{"Disk full"});
+    EXPECT_EQ(shown.back(), "nvRam Transfer failed");
+    EXPECT_TRUE(finished());
+    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
+}
+
+// Fault: something is sent that the file does not say, or a readable line is refused.
+TEST_F(NvramTransferTest, SetsWhatTheFileSays) {
+    const std::string good = "12 00A1FF3C 5A07";
+    const std::string sent = "40 20 0C 00 00 A1 FF 3C 5A 07";
+    const std::string end = "end of nvRam file";
+    const std::string wide(1 << 16, ' ');
+    const auto bytes = [](int count) {
+        std::string text;
+        while (count-- > 0) text += "5A";
+        return text;
+    };
+    std::string longest = "40 20 00 00";
+    for (int i = 0; i < 249 + 2; ++i) longest += " 5A";
+    const struct {
+        const char* what;
+        std::string file;  // behind the date line
+        Texts payloads;
+        std::string status;
+    } cases[] = {
+        {"date only", "", {}, end},
+        {"a block", good + "\r\n", {sent}, end},
+        {"LF", good + "\n" + good + "\n", {sent, sent}, end},
+        {"no line end", good, {sent}, end},
+        {"marker in the third line", good + "\r\nEND_SRAM\r\n" + good, {sent}, end},
+        {"marker in the number", "END_SRAM 00 0000", {}, end},
+        {"marker in the data", "5 11END_SRAM22 0000", {}, end},
+        {"marker at the end", good + "\n" + good + "END_SRAM", {sent}, end},
+        {"marker behind much", good + wide + "END_SRAM", {}, end},
+        {"one field", "5\r\n" + good, {}, k_set_error},
+        {"two fields", "5 00A1FF3C5A07", {}, k_set_error},
+        {"an empty line", good + "\r\n\r\n", {sent}, k_set_error},
+        {"wide gaps", wide + "12" + wide + "00a1ff3c" + wide + "5a07" + wide, {sent}, end},
+        {"more behind it", good + "99 and so on", {sent}, end},
+        {"odd digits", "1 ABC 1234", {"40 20 01 00 AB 0C 12 34"}, end},
+        {"no hex in the data", "1 0G 1234", {}, k_set_error},
+        {"no hex at the end", "1 00 12O4", {}, k_set_error},
+        {"a short end", "1 00 123", {}, k_set_error},
+        {"the end in two", "1 00 12 34", {}, k_set_error},
+        {"a long line", "1 " + bytes(1 << 15) + " 1234", {}, k_set_error},
+        {"the longest frame", "0 " + bytes(249) + " 5A5A", {longest}, end},
+        {"one byte more", "0 " + bytes(250) + " 5A5A", {}, k_set_error},
+        {"no number", "block 00 1234", {}, k_set_error},
+        {"a fraction", "1.5 00 1234", {}, k_set_error},
+        {"a negative one", "-1 00 1234", {}, k_set_error},
+        {"the last block", "65535 00 1234", {"40 20 FF FF 00 12 34"}, end},
+        {"past the last block", "65536 00 1234", {}, k_set_error},
+        {"a huge number", "1e300 00 1234", {}, k_set_error},
+    };
+    accept_everything();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        folder.put("nv.txt", "END_SRAM is not looked for here\r\n" + c.file);
+        begin(Mode::set);
+        EXPECT_EQ(run().back(), c.status);
+        EXPECT_EQ(payloads(), c.payloads);
+        EXPECT_TRUE(finished());
+        EXPECT_FALSE(transfer->nvram_abort);
+        EXPECT_EQ(transfer->nvram_block, static_cast<int>(c.payloads.size()));
+    }
+    EXPECT_TRUE(person.take_texts().empty());
+}
+
+TEST_F(NvramTransferTest, SetTexts) {
+    folder.put("nv.txt", "d\r\n12 00A1FF3C 5A07\r\n13 00 0000\r\n14 00 0000\r\n");
+    port.silence();
+    port.answer(hex_bytes("06 01 04 40 20 0C 00 87 1B"));
+    port.answer(hex_bytes("15 01 05 40 20 0D 00 04 4B A9"));
+    begin(Mode::set);
+    EXPECT_EQ(run(), (Texts{"Setting block #0   Errors:0  Status:9", "Setting block #0   Errors:1  Status:0",
+                            "Setting block #1   Errors:0  Status:3", k_set_error}));
+    EXPECT_EQ(to_hex(port.written.at(0)), "01 01 0A 40 20 0C 00 00 A1 FF 3C 5A 07 73 79");
+    EXPECT_EQ(payloads().size(), 3U);  // nothing behind the refusal
+    EXPECT_EQ(transfer->panel().output, "15 1 5 40 20 D 0 4 4B A9 ");
+
+    begin(Mode::set);
+    run();
+    EXPECT_EQ(person.take_texts(), Texts{k_lost});
+    EXPECT_EQ(payloads().size(), 6U);
+}
+
+// Fault: a file is replaced or opened that the operator did not mean, or there is no way out.
+TEST_F(NvramTransferTest, AsksForTheFile) {
+    const std::string there = folder.put("there.txt", "d\r\n");
+    const std::string question = "Replace existing file - " + there + "?";
+    const std::string missing = folder / "missing.txt";
+    const std::string nowhere = folder / "no/where.txt";
+    const std::string empty = folder.put("empty.txt", "");
+    using enum Answer;
+    const struct {
+        Mode mode;
+        std::deque<std::optional<std::string>> choices;
+        std::deque<Answer> answers;
+        bool begun;
+        Texts told;
+    } cases[] = {
+        {Mode::set, {missing, folder.path(), there}, {}, true, {}},
+        {Mode::set, {missing, std::nullopt}, {}, false, {}},
+        {Mode::set, {empty}, {}, false, {"Input past end of file"}},
+        {Mode::read, {there, there, std::nullopt}, {no, cancel}, false, {question, question}},
+        {Mode::read, {nowhere}, {}, false, {"Path not found"}},
+        {Mode::read, {there, there}, {no, yes}, true, {question, question}},
+        {Mode::read, {missing}, {}, true, {}},
+    };
+    for (const auto& c : cases) {
+        person.prompts.clear();
+        person.choices = c.choices;
+        person.answers = c.answers;
+        const std::string before = file_bytes(there);
+        const auto begun = start_nvram_transfer(c.mode, 1, bus, person);
+        EXPECT_EQ(begun != nullptr, c.begun);
+        EXPECT_EQ(person.take_texts(), c.told);
+        EXPECT_EQ(person.prompts, Texts(c.choices.size(), c.mode == Mode::set ? "Open nvSram File To Read"
+                                                                              : "Open nvSram File To Save"));
+        const bool replaced = c.begun && c.mode == Mode::read && c.choices.back() == there;
+        EXPECT_EQ(file_bytes(there), replaced ? "03-10-2026\r\n" : before);
+    }
+    EXPECT_TRUE(port.written.empty());
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,157 @@
+// frmFault and its menu item: faults reach the active amplifier, are listed and end one by one.
+#include <QComboBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QPushButton>
+#include <QTreeWidget>
+
+#include "demo/ui/frmFault.h"
+#include "tests/windows/desk.h"
+
+namespace ampdesk {
+namespace {
+
+class FaultDialog : public Desk {
+  protected:
+    FaultDialog() {
+        for (const int address : {1, 2}) {
+            bus.add({.address = address, .serial = 1000 + address, .noise = 0});
+            station.new_amplifier_window(static_cast<std::int16_t>(address), std::to_string(1000 + address),
+                                         "C/KU/X", false);
+        }
+        demonstration.show();
+        QApplication::processEvents();
+        child<QAction>(demonstration, "mnuToolsScreen(1)")->trigger();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
+    }
+
+    void choose(const char* title) {
+        auto* faults = child<QTreeWidget>(*dialog, "treFaults");
+        const auto found = faults->findItems(QLatin1String(title), Qt::MatchExactly | Qt::MatchRecursive);
+        ASSERT_EQ(found.size(), 1) << title;
+        faults->setCurrentItem(found[0]);
+    }
+    void type(const char* argument) {
+        auto* field = child<QComboBox>(*dialog, "cboArgument");
+        field->setFocus();
+        field->lineEdit()->selectAll();
+        QTest::keyClicks(field, QLatin1String(argument));
+        QTest::keyClick(field, Qt::Key_Return);
+    }
+    std::string active() const {
+        QStringList texts;
+        const auto* list = child<QListWidget>(*dialog, "lstActive");
+        for (int i = 0; i < list->count(); ++i) texts << list->item(i)->text();
+        return texts.join(u'|').toStdString();
+    }
+    std::string text_of(const char* label) const {
+        return child<QLabel>(*dialog, label)->text().toStdString();
+    }
+
+    demo::frmFault* dialog = nullptr;
+    TerminalLine demonstration_line{nullptr, clock};
+    MDIForm1 demonstration{station,
+                           link,
+                           demonstration_line,
+                           person,
+                           {.version = {},
+                            .demonstration = true,
+                            .gauge = {},
+                            .amplifier_files = {},
+                            .make_fault =
+                                [this](QWidget& parent, int address) {
+                                    dialog = new demo::frmFault(bus, &parent);
+                                    dialog->show_for(address);
+                                },
+                            .active_amplifier_changed =
+                                [this](std::optional<int> address) {
+                                    if (dialog != nullptr)
+                                        dialog->follow(address);
+                                }}};
+};
+
+// A fault that is made twice, on another amplifier, with another argument, or that stays in the list.
+TEST_F(FaultDialog, MakesAndEndsFaultsOneByOne) {
+    EXPECT_EQ(text_of("lblAmplifier"), "Amplifier 1002, address 2, C/KU/X");
+    choose("#12 Helix Over-Current");
+    EXPECT_FALSE(child(*dialog, "cboArgument")->isEnabled());
+    click(*dialog, "cmdMake");
+    EXPECT_EQ(bus.find(2)->shutdown_state(), "12, Helix Over-Current");
+    EXPECT_EQ(bus.find(1)->shutdown_state(), "0, No Shutdown");
+
+    choose("Settings refused");
+    EXPECT_EQ(child<QComboBox>(*dialog, "cboArgument")->currentText(), u"1");
+    type("x");
+    EXPECT_EQ(text_of("lblAnswer"), "error: refuse wants a number from 0 to 255");
+    EXPECT_EQ(active(), "#12 Helix Over-Current");
+    type("26");
+    EXPECT_EQ(text_of("lblAnswer"), "");
+    EXPECT_EQ(active(), "#12 Helix Over-Current|Settings refused: 26");
+    EXPECT_EQ(bus.find(2)->faults.refuse_code, 26);
+
+    click(*dialog, "cmdClear");
+    EXPECT_EQ(active(), "Settings refused: 26");
+    EXPECT_EQ(bus.find(2)->shutdown_state(), "0, No Shutdown");
+    choose("Analog word");
+    type("4 450");
+    type("9 33");
+    child<QListWidget>(*dialog, "lstActive")->setCurrentRow(1);
+    click(*dialog, "cmdClear");
+    EXPECT_EQ(active(), "Settings refused: 26|Analog word: 9 33");
+    click(*dialog, "cmdClearAll");
+    EXPECT_EQ(active(), "");
+    EXPECT_FALSE(child(*dialog, "cmdClear")->isEnabled());
+
+    bus.find(2)->line.noisy_replies = 1;  // replies use it up
+    EXPECT_TRUE(QTest::qWaitFor([&] { return active() == "Noise: 1"; }));
+}
+
+// A dialog that goes on making faults on the amplifier it was opened for.
+TEST_F(FaultDialog, FollowsTheActiveAmplifier) {
+    choose("No answer");
+    click(*dialog, "cmdMake");
+    child<QMdiArea>(demonstration, "MdiArea")->activatePreviousSubWindow();
+    EXPECT_EQ(text_of("lblAmplifier"), "Amplifier 1001, address 1, C/KU/X");
+    EXPECT_EQ(active(), "");
+    click(*dialog, "cmdMake");
+    EXPECT_TRUE(bus.find(1)->line.silent);
+    click(*dialog, "cmdClearAll");
+    EXPECT_TRUE(bus.find(2)->line.silent);
+
+    station.close_all();
+    EXPECT_EQ(text_of("lblAmplifier"), "No simulated amplifier is open");
+    EXPECT_FALSE(child(*dialog, "cmdMake")->isEnabled());
+    EXPECT_FALSE(child<QAction>(demonstration, "mnuToolsScreen(1)")->isEnabled());
+    QTest::keyClick(dialog, Qt::Key_Escape);
+    EXPECT_FALSE(dialog->isVisible());
+}
+
+// A field that a screen reader gives no name.
+TEST_F(FaultDialog, SaysWhatItsFieldsAre) {
+    const auto heard = [](QWidget* widget) {
+        auto* interface = QAccessible::queryAccessibleInterface(widget);
+        return std::pair{interface->role(), interface->text(QAccessible::Name).toStdString()};
+    };
+    EXPECT_EQ(heard(dialog), std::pair(QAccessible::Dialog, std::string("Select A Fault To Make")));
+    EXPECT_EQ(heard(child(*dialog, "treFaults")), std::pair(QAccessible::Tree, std::string("Faults:")));
+    EXPECT_EQ(heard(child(*dialog, "lstActive")),
+              std::pair(QAccessible::List, std::string("Active faults:")));
+    EXPECT_EQ(heard(child(*dialog, "cboArgument")),
+              std::pair(QAccessible::ComboBox, std::string("Argument:")));
+}
+
+using RealAmplifier = Desk;
+
+// A real amplifier that a fault could be made on, or an item that sleeps without saying why.
+TEST_F(RealAmplifier, OffersNoFaultsAndSaysWhy) {
+    open(1);
+    const auto* item = child<QAction>(form, "mnuToolsScreen(1)");
+    EXPECT_FALSE(item->isEnabled());
+    EXPECT_EQ(item->toolTip(), u"Faults can be made on simulated amplifiers only");
+    EXPECT_TRUE(child<QAction>(form, "mnuToolsItem(0)")->menu()->toolTipsVisible());
+    form.mnuToolsScreen_Click(1);  // nothing to call
+}
+
+}  // namespace
+}  // namespace ampdesk

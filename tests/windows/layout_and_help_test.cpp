@@ -1,0 +1,83 @@
+// Windows that come back where they stood, and the manual behind the Help menu.
+#include <QAbstractItemModel>
+#include <QDir>
+#include <QTextBrowser>
+#include <QTreeView>
+
+#include "tests/windows/desk.h"
+
+namespace ampdesk {
+namespace {
+
+using Layout = Desk;
+
+QMdiSubWindow& window_of(frmMachine& machine) {
+    return *qobject_cast<QMdiSubWindow*>(machine.parentWidget());
+}
+
+// A place that is lost at the end, the icon's place kept in the window's stead, a head closed early
+// that is forgotten, a main window that opens off the screens.
+TEST_F(Layout, ComesBackAtTheNextStart) {
+    form.setGeometry(40, 50, 700, 600);
+    window_of(open(1)).setGeometry(11, 12, 560, 280);
+    window_of(open(2)).setGeometry(33, 44, 570, 290);
+    window_of(*form.active_machine()).showMinimized();
+    window_of(open(3)).setGeometry(1, 2, 580, 300);
+    window_of(*form.active_machine()).close();
+    form.close();
+
+    auto layout = read_window_layout("layout.dat");
+    ASSERT_TRUE(layout);
+    EXPECT_EQ(layout->main, (Place{40, 50, 700, 600}));
+    const std::vector<HeadPlace> heads = {{"1001", {11, 12, 560, 280}, false},
+                                          {"1002", {33, 44, 570, 290}, true},
+                                          {"1003", {1, 2, 580, 300}, false}};
+    EXPECT_EQ(layout->heads, heads);
+
+    layout->main = {-9000, 100, 700, 600};
+    layout->heads[0].place = {5000, 12, 560, 280};
+    write_window_layout("layout.dat", *layout);
+    Station next_station{services};
+    TerminalLine next_line{nullptr, clock};
+    MDIForm1 next{
+        next_station, link, next_line, person, {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
+    next.show();
+    EXPECT_EQ(next.geometry().x(), 0);
+    next_station.new_amplifier_window(1, "1001", "KU", false);
+    next_station.new_amplifier_window(2, "1002", "KU", false);
+    const auto windows = next.findChildren<QMdiSubWindow*>();
+    ASSERT_EQ(windows.size(), 2);
+    EXPECT_TRUE(windows[0]->parentWidget()->rect().contains(windows[0]->geometry()));
+    EXPECT_EQ(windows[0]->size(), QSize(560, 280));
+    EXPECT_TRUE(windows[1]->isMinimized());
+    windows[1]->showNormal();
+    EXPECT_EQ(windows[1]->geometry(), QRect(33, 44, 570, 290));
+}
+
+using Help = Desk;
+
+// A viewer without pages, a menu item that shows the wrong part, a failure that is not told.
+TEST_F(Help, ShowsTheManualOrTellsWhy) {
+    when_box_opens([](const QMessageBox& box) {
+        EXPECT_EQ(box.text(), QStringLiteral("The manual cannot be opened"));
+        EXPECT_TRUE(box.informativeText().contains(QStringLiteral("ampdesk.hlp")));
+    });
+    form.mnuHelpItem_Click(0);
+
+    for (const QString& name : {QStringLiteral("ampdesk.hlp"), QStringLiteral("ampdesk.qch")})
+        ASSERT_TRUE(QFile::copy(QStringLiteral(MANUAL_FOLDER "/") + name, name));
+    form.mnuHelpItem_Click(1);
+    QWidget* viewer = nullptr;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->windowTitle() == u"JEX Remote Control - Help")
+            viewer = window;
+    ASSERT_NE(viewer, nullptr);
+    EXPECT_EQ(viewer->findChild<QTabWidget*>()->currentIndex(), 1);
+    auto* contents = viewer->findChild<QTreeView*>();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return contents->model()->rowCount() > 10; }));
+    EXPECT_FALSE(viewer->findChild<QTextBrowser*>()->toPlainText().isEmpty());
+    form.close();
+}
+
+}  // namespace
+}  // namespace ampdesk

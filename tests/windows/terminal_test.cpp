@@ -1,0 +1,291 @@
+// The terminal in the main window, over a real line: keys, received text, the Modem menu, unplugging,
+// and closing with output that has not left.
+#include <sys/resource.h>
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <csignal>
+#include <ctime>
+
+#include "platform/posix/posix_serial_port.h"
+#include "shell/ui/terminal_control.h"
+#include "terminal/ui/ConfigScrn.h"
+#include "tests/platform/far_end.h"
+#include "tests/windows/desk.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+
+// The line is named through a link, so that another can take its place.
+struct FarModem {
+    FarModem() { plug_in(); }
+    void plug_in() {
+        far = std::make_unique<FarEnd>();
+        std::filesystem::remove(device);
+        std::filesystem::create_symlink(far->device(), device);
+    }
+    BusOptions ports() const {
+        BusOptions options;
+        options.ports.set(2, device);
+        return options;
+    }
+    ScratchFolder link_folder;
+    std::string device = link_folder / "modem";
+    std::unique_ptr<FarEnd> far;
+    ManualClock line_clock;
+    PosixSerialPort MSComm1{line_clock};
+};
+
+class TerminalWindow : protected FarModem, public Desk {
+  protected:
+    TerminalWindow() : Desk(&MSComm1, ports()) {
+        Term->setFocus();
+        terminal_line.add_watcher(
+            [this](const TerminalTraffic& t) { arrived += t.sent ? 0 : t.bytes.size(); });
+    }
+
+    void start(const char* content = "ampdesk settings\r\n2\r\n") {
+        QFile file(QStringLiteral("ampdesk.dat"));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) > 0);
+        file.close();
+        form.load();
+        QApplication::processEvents();
+    }
+    QString status() { return child<QLabel>(form, "StatusLabel")->text(); }
+    QString text() const { return Term->toPlainText(); }
+    QAction* item(const char* name) { return child<QAction>(*form.menuBar(), name); }
+    void receive(std::string_view bytes) {
+        arrived = 0;
+        far->send(bytes);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return arrived == bytes.size(); }));
+    }
+    // As when_box_opens, for any other dialog; it is not closed.
+    template <class T, class Action>
+    void when_dialog_opens(Action action) {
+        QTimer::singleShot(20, &form, [action] {
+            auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            action(*dialog);
+        });
+    }
+
+    std::size_t arrived = 0;  // bytes received since the last call of receive()
+    TermBox* Term = child<TermBox>(form, "Term");
+};
+
+// A key is shown and not sent, sent and not shown, or sent as another character; text comes in at the
+// caret instead of the end.
+TEST_F(TerminalWindow, KeysGoOutAndTextComesIn) {
+    QTest::keyClicks(Term, QStringLiteral("off"));
+    EXPECT_EQ(text(), QStringLiteral("off"));
+    start();
+    EXPECT_EQ(status(), QStringLiteral("COM2: connected"));
+    EXPECT_EQ(form.terminal_port(), 2);
+    QTest::keyClicks(Term, QStringLiteral("aB-"));
+    for (const Qt::Key code : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_Tab, Qt::Key_Left, Qt::Key_F1})
+        key(code);
+    key(Qt::Key_F, Qt::ControlModifier);
+    key(Qt::Key_Backspace);
+    key(Qt::Key_C, Qt::ControlModifier);
+    QApplication::clipboard()->setText(QStringLiteral("p\u00E9\u20ACq\nr\r\ns"));
+    key(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(far->receive(100, 50), "aB-\r\x1B\t\x06\b\x03p\xE9q\rr\rs");
+    // The caret had gone left of the tab, so that the backspace took the line's break.
+    EXPECT_EQ(text(), QStringLiteral("offaB-p\u00E9q\nr\ns\t"));
+    Term->moveCursor(QTextCursor::Start);
+    receive(std::string("A\bB\r\n\bC\x00\xB0", 9));
+    EXPECT_EQ(text(), QStringLiteral("offaB-p\u00E9q\nr\ns\tB\nC \u00B0"));
+    EXPECT_TRUE(Term->textCursor().atEnd());
+}
+
+// The box grows without end, or keeps everything for an undo that nobody can do.
+TEST_F(TerminalWindow, KeepsTheNewestText) {
+    start();
+    std::string all;
+    for (int line = 0; line < 225; ++line)
+        all += "a line of text, number " + std::to_string(1000 + line) + "\r";
+    for (int part = 0; part < 3; ++part) receive(all.substr(static_cast<std::size_t>(part) * 2100, 2100));
+    EXPECT_EQ(text().size(), 6300);
+    receive(all.substr(0, 2800));
+    receive("d");
+    QString expected = QString::fromStdString((all + all.substr(0, 2800)).substr(4096) + "d");
+    EXPECT_EQ(text(), expected.replace(u'\r', u'\n'));
+    EXPECT_FALSE(Term->document()->isUndoAvailable());
+    EXPECT_FALSE(Term->isUndoRedoEnabled());
+}
+
+// The terminal takes the amplifiers' port, or the dialog's choice is not used, or not kept.
+TEST_F(TerminalWindow, Settings) {
+    form.load();
+    when_dialog_opens<ConfigScrn>([this](ConfigScrn& dialog) {
+        EXPECT_EQ(child<QLabel>(dialog, "lblBusPort")->text(),
+                  QStringLiteral("The amplifier bus uses COM1:"));
+        child<QComboBox>(dialog, "cboPort")->setCurrentIndex(1);
+        std::string refusal;
+        when_box_opens([&](QMessageBox& box) { refusal = box.text().toStdString(); });
+        click(dialog, "cmdOk");
+        EXPECT_EQ(refusal, "COM1: is used by the amplifier bus");
+        EXPECT_TRUE(dialog.isVisible());
+        child<QComboBox>(dialog, "cboPort")->setCurrentIndex(2);
+        child<QComboBox>(dialog, "cboBaud")->setCurrentText(QStringLiteral("1200"));
+        child<QCheckBox>(dialog, "chkEcho")->setChecked(false);
+        for (const auto* list : dialog.findChildren<QComboBox*>())
+            EXPECT_TRUE(list->accessibleName().endsWith(u':')) << list->objectName().toStdString();
+        click(dialog, "cmdOk");
+    });
+    item("mnuModemItem(2)")->trigger();
+    EXPECT_EQ(file_bytes("ampdesk.dat"), "ampdesk settings\r\n2\r\n1200\r\n8\r\n0\r\n1\r\n0\r\n0\r\n");
+    EXPECT_EQ(cfgetospeed(&far->modes()), speed_t{B1200});
+    QTest::keyClicks(Term, QStringLiteral("AT"));
+    EXPECT_EQ(far->receive(2), "AT");
+    EXPECT_EQ(text(), QString());
+}
+
+// The port of the amplifiers is opened at the start because a file says so.
+TEST_F(TerminalWindow, LeavesTheAmplifiersPortToThem) {
+    start("ampdesk settings\r\n1\r\n");
+    EXPECT_EQ(status(), QStringLiteral("COM1: is used by the amplifier bus, the terminal stays closed"));
+    EXPECT_FALSE(terminal_line.is_open());
+}
+
+TEST_F(TerminalWindow, AutoAnswerChangesItsName) {
+    std::string told;
+    when_box_opens([&](QMessageBox& box) { told = box.text().toStdString(); });
+    item("mnuModemItem(0)")->trigger();
+    EXPECT_EQ(told, "The terminal's port is not open");
+    start();
+    const std::pair<const char*, const char*> steps[] = {{"ATE1M0S0=1\r", "&No Auto Answer"},
+                                                         {"ATS0=0\r", "&Auto Answer"}};
+    for (const auto& [command, caption] : steps) {
+        item("mnuModemItem(0)")->trigger();
+        EXPECT_EQ(far->receive(20, 50), command);
+        EXPECT_EQ(item("mnuModemItem(0)")->text(), QLatin1String(caption));
+    }
+}
+
+// The log misses a direction, or a disk that fills up ends the terminal.
+TEST_F(TerminalWindow, LogUntilTheDiskIsFull) {
+    start();
+    const std::string path = link_folder / "my.log";
+    when_dialog_opens<QFileDialog>([&](QFileDialog& dialog) {
+        child<QLineEdit>(dialog, "fileNameEdit")->setText(QString::fromStdString(path));
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    item("mnuModemOpt(1)")->trigger();
+    EXPECT_TRUE(item("mnuModemOpt(2)")->isEnabled() && !item("mnuModemOpt(1)")->isEnabled());
+    QTest::keyClicks(Term, QStringLiteral("A"));
+    receive("B");
+    EXPECT_NE(file_bytes(path).find(" sent     A\r\n"), std::string::npos);
+    EXPECT_NE(file_bytes(path).find(" received B\r\n"), std::string::npos);
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{.rlim_cur = 100, .rlim_max = limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    std::string told;
+    when_box_opens(
+        [&](QMessageBox& box) { told = (box.text() + u'|' + box.informativeText()).toStdString(); });
+    QTest::keyClicks(Term, QStringLiteral("CDE"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, before);
+    EXPECT_EQ(told, "The log has been closed|" + path + ": Disk full");
+    EXPECT_TRUE(item("mnuModemOpt(1)")->isEnabled() && !item("mnuModemOpt(2)")->isEnabled());
+    EXPECT_EQ(far->receive(10, 50), "ACDE");
+}
+
+// The window spins on a dead descriptor, or never looks for the line again.
+TEST_F(TerminalWindow, AnUnpluggedLineIsFoundAgain) {
+    start();
+    far->unplug();
+    QTest::qWait(20);
+    EXPECT_EQ(status(), QStringLiteral("COM2: connection lost, trying again"));
+    const std::clock_t before = std::clock();
+    QTest::qWait(300);
+    EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 10);
+    plug_in();
+    QTest::keyClicks(Term, QStringLiteral("lost"));
+    line_clock.advance(std::chrono::seconds(2));
+    QTest::keyClicks(Term, QStringLiteral("x"));
+    EXPECT_EQ(status(), QStringLiteral("COM2: connected"));
+    EXPECT_EQ(far->receive(10, 50), "x");
+    receive("back");
+    EXPECT_TRUE(text().endsWith(QStringLiteral("back")));
+}
+
+// An error is told without its own title, box upon box, or its Cancel leaves the port open.
+TEST_F(TerminalWindow, AnErrorOffersToCloseThePort) {
+    start();
+    QApplication::clipboard()->setText(QString(70000, u'x'));
+    std::string title;
+    when_box_opens([&](QMessageBox& box) {
+        title = box.windowTitle().toStdString() + "|" + box.text().toStdString();
+        QTest::keyClick(Term, Qt::Key_V, Qt::ControlModifier);
+    });
+    for (int i = 0; i < 2; ++i) QTest::keyClick(Term, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !terminal_line.is_open(); }));
+    EXPECT_EQ(title, "Click Cancel to quit, OK to ignore.|Transmit Buffer Full");
+    EXPECT_EQ(sounds, 1);
+    QTest::qWait(50);  // no second box, which nothing would close
+}
+
+// Closing loses output that would still have left, waits for ever for what cannot leave, or says
+// nothing about it.
+TEST_F(TerminalWindow, ClosingWaitsForTheOutput) {
+    for (const bool taken : {true, false}) {
+        form.show();
+        start();
+        std::size_t sent = 0;
+        // The driver takes a little more later.
+        for (; terminal_line.waiting() < 30000; sent += 1000) terminal_line.send(std::string(1000, 'x'));
+        form.close();
+        clock.advance(milliseconds(2900));
+        QTest::qWait(120);
+        EXPECT_TRUE(form.isVisible());
+        std::string told;
+        if (!taken) {
+            when_box_opens([&](QMessageBox& box) { told = box.text().toStdString(); });
+            clock.advance(milliseconds(200));
+        }
+        std::size_t received = 0;
+        EXPECT_TRUE(QTest::qWaitFor([&] {
+            received += taken ? far->receive(10000, 0).size() : 0;
+            return !form.isVisible();
+        }));
+        EXPECT_EQ(told, taken ? "" : "Data cannot be sent");
+        EXPECT_FALSE(terminal_line.is_open());
+        if (taken) {
+            EXPECT_EQ(received + far->receive(1 << 20, 0).size(), sent);
+        }
+    }
+}
+
+// Form2 goes behind other windows before its button is pressed, or comes back after it.
+TEST_F(TerminalWindow, Form2StaysUntilItsButtonIsPressed) {
+    start();
+    auto* form2 = child(form, "Form2");
+    for (int i = 0; i < 2; ++i) {
+        child<QAction>(form, "mnuForm2")->trigger();
+        EXPECT_TRUE(form2->isVisible() && form2->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+        EXPECT_EQ(form2->windowTitle(), QStringLiteral("MSComm Terminal"));
+        EXPECT_EQ(child<QLabel>(*form2, "lblState")->text(), QStringLiteral("COM2:  9600,n,8,1"));
+        form2->activateWindow();
+        QApplication::processEvents();
+        form2->hide();  // as if another window took its place
+        activate();
+        QApplication::processEvents();
+        EXPECT_TRUE(form2->isVisible());
+        click(*form2, "Command1");
+        activate();
+        QApplication::processEvents();
+        EXPECT_FALSE(form2->isVisible());
+    }
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,229 @@
+// The service tools behind their menu items: frmBlock and frmIntact, with simulated amplifiers.
+#include <QAccessible>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include "platform/text_file.h"
+#include "tests/windows/desk.h"
+#include "tools/ui/frmBlock.h"
+#include "tools/ui/frmIntact.h"
+
+namespace ampdesk {
+namespace {
+
+class ToolWindows : public Desk {
+  protected:
+    static QString text(const QWidget& window, const char* label) {
+        return child<QLabel>(window, label)->text();
+    }
+
+    static void choose(QDialog& dialog, const QString& file) {
+        auto* name = child<QLineEdit>(dialog, "fileNameEdit");
+        name->setText(file);
+        QTest::keyClick(name, Qt::Key_Return);
+    }
+
+    // Answers the line dialog that comes first, then the file dialog.
+    frmBlock* begin(int index, const QString& file) {
+        const auto name_it = [this, file] {
+            when_dialog_opens("QFileDialog", [file](QDialog& dialog) { choose(dialog, file); });
+        };
+        if (std::exchange(set_up, true))
+            name_it();
+        else
+            when_dialog_opens("frmSerial", [name_it](QDialog& dialog) {
+                name_it();
+                click(dialog, "cmdOk");
+            });
+        form.mnuToolsSram_Click(index);
+        return block();
+    }
+
+    frmBlock* block() { return form.findChild<frmBlock*>(); }
+
+    bool items_live() {
+        const bool read = child<QAction>("mnuToolsSram(0)")->isEnabled();
+        EXPECT_EQ(read, child<QAction>("mnuToolsSram(1)")->isEnabled());
+        return read;
+    }
+
+    template <class T>
+    T* child(const char* name) {
+        return form.findChild<T*>(QLatin1String(name));
+    }
+    using Desk::child;
+
+    QString path(const char* name) const { return folder.filePath(QLatin1String(name)); }
+
+    // Both windows are gone: one that has closed deletes itself.
+    bool gone() {
+        return QTest::qWaitFor([&] { return block() == nullptr && form.findChild<frmIntact*>() == nullptr; });
+    }
+
+    // As the event loop runs it, turn after turn: qWaitFor sleeps between turns.
+    static bool comes_to_show(const frmBlock& window, const char* status) {
+        QElapsedTimer patience;
+        for (patience.start(); patience.elapsed() < 5000; QApplication::processEvents())
+            if (text(window, "lblStatus") == QLatin1String(status))
+                return true;
+        return false;
+    }
+
+    bool set_up = false;
+};
+
+// Fault: another amplifier than the active one is read, a button lives at the wrong time, or the menu
+// items stay dead.
+TEST_F(ToolWindows, ReadAndSet) {
+    open(2);
+    open(1);
+    frmBlock* window = begin(0, path("nv.txt"));
+    ASSERT_NE(window, nullptr);
+    EXPECT_FALSE(items_live());
+    EXPECT_FALSE(window->isModal());
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Reading nvRam Parameters"));
+    EXPECT_EQ(text(*window, "lblStatusLbl"), QStringLiteral("Status of read nvRam:"));
+    EXPECT_EQ(text(*window, "lblOutputLbl"), QStringLiteral("Current read back:"));
+    auto* ok = child<QPushButton>(*window, "cmdOk");
+    auto* pause = child<QPushButton>(*window, "cmdCancel");
+    EXPECT_TRUE(ok->isEnabled() && !pause->isEnabled() && ok->text() == QStringLiteral("Start"));
+
+    ok->setFocus();
+    QTest::keyClick(ok, Qt::Key_Space);
+    person.let_events_run();  // as inside a visit to a head: the bus is the head's
+    EXPECT_EQ(text(*window, "lblStatus"), QString());
+    EXPECT_TRUE(!ok->isEnabled() && pause->isEnabled() && ok->text() == QStringLiteral("Continue"));
+    EXPECT_EQ(window->focusWidget(), pause);  // and not Exit: the next blank must not end it
+    QTest::keyClick(pause, Qt::Key_Space);
+    EXPECT_TRUE(ok->isEnabled() && !pause->isEnabled());
+    QTest::keyClick(window->focusWidget(), Qt::Key_Space);
+    EXPECT_TRUE(comes_to_show(*window, "nvRam Transfer was Successful"));
+    EXPECT_EQ(text(*window, "lblOutput").left(14), QStringLiteral("15 1 5 20 20 4"));
+    EXPECT_TRUE(!ok->isEnabled() && !pause->isEnabled());
+    EXPECT_EQ(read_text_lines("nv.txt").size(), 1 + demo::SimNvram::k_blocks);
+    click(*window, "cmdExit");
+    EXPECT_TRUE(items_live() && gone());
+
+    station.close_window(2);  // slot 2: what was read from amplifier 1 goes to amplifier 2
+    window = begin(1, path("nv.txt"));
+    ASSERT_NE(window, nullptr);
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Setting nvRam Parameters"));
+    click(*window, "cmdOk");
+    EXPECT_TRUE(comes_to_show(*window, "end of nvRam file"));
+    EXPECT_EQ(bus.find(2)->nvram.read(63), bus.find(1)->nvram.read(63));
+}
+
+// Fault: a way out leaves the window, the timer or the dead items behind.
+TEST_F(ToolWindows, EveryWayOut) {
+    open(1);
+    const std::function<void(frmBlock&)> ways[] = {
+        [](frmBlock& window) { window.close(); },
+        [](frmBlock& window) { QTest::keyClick(&window, Qt::Key_Escape); },
+        [&](frmBlock&) {
+            bus.find(1)->line.silent = true;
+            std::string told;
+            when_box_opens([&](QMessageBox& box) { told = box.text().toStdString(); });
+            EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
+            EXPECT_EQ(told, "Cmd Receiving Error, Check Connection");
+            bus.find(1)->line.silent = false;
+        },
+        [&](frmBlock&) { form.shut_down(); },
+    };
+    for (const auto& leave : ways) {
+        frmBlock* window = begin(0, path(QByteArray("out").append(char('0' + (&leave - ways)))));
+        ASSERT_NE(window, nullptr);
+        click(*window, "cmdOk");
+        leave(*window);
+        EXPECT_TRUE(gone());
+        EXPECT_TRUE(items_live());
+    }
+}
+
+// Fault: the file dialog asks on its own as well, or cancelling it leaves the items dead.
+TEST_F(ToolWindows, ReplaceQuestion) {
+    open(1);
+    QFile file(path("old.txt"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    std::string told;
+    bool again = false;
+    when_box_opens([&](QMessageBox& box) {
+        told = box.text().toStdString();
+        when_dialog_opens("QFileDialog", [&](QDialog& dialog) {
+            again = true;
+            dialog.reject();
+        });
+    });
+    EXPECT_EQ(begin(0, file.fileName()), nullptr);
+    EXPECT_EQ(told, "Replace existing file - " + file.fileName().toStdString() + "?");
+    EXPECT_TRUE(again);
+    EXPECT_TRUE(items_live());
+}
+
+TEST_F(ToolWindows, StaysInFrontOfTheMainWindow) {
+    open(1);
+    frmBlock* window = begin(0, path("nv.txt"));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    window->showMinimized();
+    form.activateWindow();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window->isMinimized(); }));
+}
+
+// Fault: Enter sends twice or not at all, the arrows move nothing, the reply is another one's.
+TEST_F(ToolWindows, Console) {
+    open(2);
+    open(1);
+    form.mnuToolsItem_Click(3);
+    auto* window = form.findChild<frmIntact*>();
+    ASSERT_TRUE(window != nullptr && QTest::qWaitForWindowActive(window));
+    form.mnuToolsItem_Click(3);
+    EXPECT_EQ(form.findChildren<frmIntact*>().size(), 1);
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("INTERACTIVE CONTROL"));
+    EXPECT_FALSE(child<QWidget>(*window, "cmdRepeat")->isVisible());
+    const std::pair<const char*, const char*> names[] = {{"TxtInput", "Command:"},
+                                                         {"txtIntval", "Interval:"}};
+    for (const auto& [field, name] : names)
+        EXPECT_EQ(
+            QAccessible::queryAccessibleInterface(child<QWidget>(*window, field))->text(QAccessible::Name),
+            QLatin1String(name));
+
+    std::vector<int> asked;
+    link.on_traffic = [&](const BusTraffic& traffic) {
+        if (traffic.sent && traffic.bytes.substr(3, 2) == "\xA0\x17")
+            asked.push_back(traffic.address);
+    };
+    auto* entry = child<QLineEdit>(*window, "TxtInput");
+    const auto send = [&](const char* typed) {
+        entry->selectAll();
+        QTest::keyClicks(entry, QLatin1String(typed));
+        QTest::keyClick(entry, Qt::Key_Return);
+    };
+    send("A0 17 0");
+    EXPECT_EQ(asked, std::vector<int>{1});
+    EXPECT_TRUE(
+        text(*window, "LblOutput").startsWith(u"Data Sent(Hex): 1 1 3 A0 17 0 33 87 \nData Recv(Hex): 6 1 "));
+    EXPECT_TRUE(text(*window, "LblOutput").contains(u"\nAsc Answer: 0,Standby"));
+
+    std::string told;
+    when_box_opens([&](QMessageBox& box) { told = box.text().toStdString(); });
+    send("123");
+    EXPECT_EQ(told, "Invalid command format, the command has to be in hex byte format");
+    QTest::keyClick(entry, Qt::Key_Up);
+    EXPECT_EQ(entry->text(), QStringLiteral("A0 17 0"));
+    QTest::keyClick(entry, Qt::Key_Down);
+    EXPECT_EQ(entry->text(), QStringLiteral("123"));
+
+    bus.find(2)->line.silent = true;
+    station.close_window(2);  // amplifier 2 is the current one now
+    asked.clear();
+    send("A0 17 0");
+    EXPECT_EQ(asked, std::vector<int>{2});
+    EXPECT_EQ(text(*window, "lblReply"), QStringLiteral("Unit address: 2   There is no response"));
+    click(*window, "CmdExit");
+    EXPECT_TRUE(gone());
+}
+
+}  // namespace
+}  // namespace ampdesk

@@ -1,0 +1,51 @@
+#include "tools/nvram_start.h"
+
+#include "platform/run_time_error.h"
+#include "platform/text_file.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr std::string_view k_filter = "TXT Files (*.TXT)|*.txt|All Files (*.*)|*.*";
+
+std::optional<std::string> choose_file_to_set(Operator& person) {
+    for (;;) {
+        auto path = person.choose_file_to_open("Open nvSram File To Read", k_filter);
+        if (!path || file_exists(*path))
+            return path;
+    }
+}
+
+bool may_replace(const std::string& path, Operator& person) {
+    return person.ask({.text = "Replace existing file - " + path + "?",
+                       .detail = {},
+                       .icon = Icon::question,
+                       .buttons = Buttons::yes_no_cancel}) == Answer::yes;
+}
+
+std::optional<std::string> choose_file_to_read_into(Operator& person) {
+    for (;;) {
+        auto path = person.choose_file_to_save("Open nvSram File To Save", k_filter, {}, false);
+        if (!path || !file_exists(*path) || may_replace(*path, person))
+            return path;
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<NvramTransfer> start_nvram_transfer(NvramTransfer::Mode mode, std::int16_t unit_address,
+                                                    BusLink& bus, Operator& person) {
+    const auto path =
+        mode == NvramTransfer::Mode::set ? choose_file_to_set(person) : choose_file_to_read_into(person);
+    if (!path)
+        return nullptr;
+    try {
+        return std::make_unique<NvramTransfer>(mode, *path, unit_address, bus, person);
+    } catch (const RunTimeError& error) {
+        person.notify(error.what(), *path);
+        return nullptr;
+    }
+}
+
+}  // namespace ampdesk

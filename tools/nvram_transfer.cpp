@@ -1,0 +1,237 @@
+#include "tools/nvram_transfer.h"
+
+#include <algorithm>
+
+#include "platform/run_time_error.h"
+#include "tools/hex_text.h"
+
+namespace ampdesk {
+
+namespace {
+
+constexpr int k_last_attempt = 10;  // the first is number 0
+constexpr int k_most_silent = 5;
+
+// An exchange on a line that is unplugged fails at once. Its attempts keep the pace of unanswered
+// ones, so that an adapter that is put back in time costs nothing.
+constexpr auto k_unplugged_pace = BusLink::k_reply_limit;
+
+NvramPanel first_panel(NvramTransfer::Mode mode) {
+    if (mode == NvramTransfer::Mode::set)
+        return {.caption = "Setting nvRam Parameters",
+                .status_label = "Status of Set nvRam:",
+                .output_label = "Current Setting Command:"};
+    return {.caption = "Reading nvRam Parameters",
+            .status_label = "Status of read nvRam:",
+            .output_label = "Current read back:"};
+}
+
+}  // namespace
+
+NvramTransfer::NvramTransfer(Mode mode, const std::string& path, std::int16_t unit_address, BusLink& bus,
+                             Operator& person)
+    : nvram_mode(mode),
+      bus_(bus),
+      operator_(person),
+      path_(path),
+      unit_address_(unit_address),
+      panel_(first_panel(mode)) {
+    if (mode == Mode::read) {
+        writer_.emplace(path);
+        writer_->append_line(nvram_date(bus_.clock().local_time()));
+        return;
+    }
+    reader_.emplace(path);
+    if (!reader_->next_line())
+        throw RunTimeError::input_past_end();
+}
+
+void NvramTransfer::start() {
+    nvram_running = true;
+    panel_.start_caption = "Continue";
+    panel_.start_enabled = false;
+    panel_.pause_enabled = true;
+}
+
+void NvramTransfer::pause() {
+    nvram_running = false;
+    panel_.pause_enabled = false;
+    panel_.start_enabled = true;
+}
+
+void NvramTransfer::unload() {
+    nvram_abort = true;
+    close_files();
+    nvram_block = 0;
+    panel_.start_caption = "Start";
+}
+
+std::optional<Duration> NvramTransfer::nvram_transfer_run() {
+    if (stepping_)
+        return BusLink::k_reply_limit;
+    if (nvram_abort)
+        close_files();
+    if (nvram_abort || (!nvram_running && stage_ == Stage::none))
+        return std::nullopt;
+    const Instant now = bus_.clock().now();
+    if (stage_ == Stage::announced && now < next_attempt_)
+        return next_attempt_ - now;
+    stepping_ = true;
+    try {
+        nvram_transfer_step();
+    } catch (const RunTimeError& error) {
+        fail(error.what());
+    }
+    stepping_ = false;
+    if (nvram_abort || (!nvram_running && stage_ == Stage::none))
+        return std::nullopt;
+    return Duration::zero();
+}
+
+void NvramTransfer::nvram_transfer_step() {
+    switch (stage_) {
+        case Stage::none:
+            begin();
+            break;
+        case Stage::announced:
+            exchange();
+            break;
+        case Stage::exchanged:
+            take_reply();
+            break;
+        case Stage::shown:
+            if (nvram_mode == Mode::read)
+                judge_read();
+            else
+                judge_set();
+            break;
+    }
+}
+
+void NvramTransfer::begin() {
+    attempts_ = -1;
+    silent_ = 0;
+    if (nvram_mode == Mode::read)
+        command_ = nvram_read_command(nvram_block);
+    else if (!read_line())
+        return;
+    attempt();
+}
+
+// Makes the file's next line the command; false when there is none and the transfer has ended.
+bool NvramTransfer::read_line() {
+    const std::optional<std::string> line = reader_->next_line();
+    if (!line || ends_nvram_file(*line)) {
+        finish("end of nvRam file");
+        return false;
+    }
+    const NvramLine parsed = parse_nvram_line(*line);
+    if (!parsed.block) {
+        finish("Set nvRam Error, Exit And Set Again", true);
+        return false;
+    }
+    command_ = nvram_set_command(*parsed.block);
+    status_ = parsed.blank;
+    return true;
+}
+
+// When the attempts are used up the step ends: the next one asks for the same block, or sets the next
+// line.
+void NvramTransfer::attempt() {
+    if (++attempts_ > k_last_attempt) {
+        stage_ = Stage::none;
+        return;
+    }
+    const std::string block = std::to_string(nvram_block);
+    const std::string errors = std::to_string(attempts_);
+    panel_.status = nvram_mode == Mode::read ? "Read block #" + block + "   Errs:" + errors
+                                             : "Setting block #" + block + "   Errors:" + errors +
+                                                   "  Status:" + std::to_string(status_);
+    stage_ = Stage::announced;
+}
+
+// The exchange itself refuses a reply with a wrong CRC: it counts as none.
+void NvramTransfer::exchange() {
+    const Instant begun = bus_.clock().now();
+    status_ = static_cast<std::size_t>(bus_.bus_command(unit_address_, command_, reply_));
+    next_attempt_ = bus_.port().is_connected() ? begun : begun + k_unplugged_pace;
+    stage_ = Stage::exchanged;
+}
+
+void NvramTransfer::take_reply() {
+    if (reply_.empty()) {
+        if (++silent_ > k_most_silent)
+            connection_error();
+        else
+            attempt();
+        return;
+    }
+    silent_ = 0;
+    panel_.output = hex_listing(reply_);
+    stage_ = Stage::shown;
+}
+
+void NvramTransfer::judge_read() {
+    if (nvram_reply_is_nak(reply_)) {
+        finish(nvram_reply_ends_well(reply_) ? "nvRam Transfer was Successful" : "nvRam Transfer failed");
+        return;
+    }
+    const std::optional<NvramBlock> block = nvram_block_of_reply(reply_);
+    if (!block || block->number != nvram_block) {
+        attempt();
+        return;
+    }
+    writer_->append_line(nvram_line(*block));
+    if (nvram_block == k_last_nvram_block)
+        throw RunTimeError::overflow();
+    ++nvram_block;
+    stage_ = Stage::none;
+}
+
+void NvramTransfer::judge_set() {
+    if (nvram_reply_is_nak(reply_)) {
+        finish("Set nvRam Error, Exit And Set Again", true);
+        return;
+    }
+    ++nvram_block;
+    stage_ = Stage::none;
+}
+
+void NvramTransfer::finish(const std::string& status, bool keep_file) {
+    stage_ = Stage::none;
+    nvram_running = false;
+    panel_.start_enabled = false;
+    panel_.pause_enabled = false;
+    const bool whole = keep_file || close_files();
+    panel_.status = whole ? status : "nvRam Transfer failed";
+}
+
+// The file failed in the middle: what has been written stays.
+void NvramTransfer::fail(const std::string& cause) {
+    writer_.reset();
+    finish(nvram_mode == Mode::read ? "nvRam Transfer failed" : "Set nvRam Error, Exit And Set Again");
+    operator_.notify(cause, path_);
+}
+
+void NvramTransfer::connection_error() {
+    stage_ = Stage::none;
+    nvram_running = false;
+    operator_.notify("Cmd Receiving Error, Check Connection");
+    close_files();
+    nvram_abort = true;
+}
+
+// False, after a message, when what was written may not have reached the disk.
+bool NvramTransfer::close_files() {
+    reader_.reset();
+    try {
+        if (writer_)
+            writer_->close();
+        return true;
+    } catch (const RunTimeError& error) {
+        operator_.notify(error.what(), path_);
+        return false;
+    }
+}
+
+}  // namespace ampdesk

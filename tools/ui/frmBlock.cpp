@@ -1,0 +1,162 @@
+#include "tools/ui/frmBlock.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "platform/qt/text.h"
+#include "tools/ui/output_label.h"
+
+namespace ampdesk {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds k_look_again{5};  // while the bus is somebody else's
+constexpr int k_output_lines = 5;
+
+// A button that dies under the operator's finger hands the focus to the one that takes its place, not
+// to Exit.
+void set_enabled_in_turn(QPushButton& first, bool first_enabled, QPushButton& second, bool second_enabled) {
+    QPushButton& dying = first_enabled ? second : first;
+    QPushButton& living = first_enabled ? first : second;
+    living.setEnabled(first_enabled || second_enabled);
+    if (dying.window()->focusWidget() == &dying && living.isEnabled())
+        living.setFocus();
+    dying.setEnabled(first_enabled && second_enabled);
+}
+
+}  // namespace
+
+frmBlock::frmBlock(std::unique_ptr<NvramTransfer> transfer, std::function<bool()> must_wait, QWidget* parent)
+    : QDialog(parent), transfer_(std::move(transfer)), must_wait_(std::move(must_wait)) {
+    build();
+    timer_.setSingleShot(true);
+    connect(&timer_, &QTimer::timeout, this, &frmBlock::nvram_transfer_run);
+    refresh();
+}
+
+frmBlock::~frmBlock() {
+    transfer_->unload();
+}
+
+void frmBlock::build() {
+    setObjectName(QStringLiteral("frmBlock"));
+    auto* layout = new QVBoxLayout(this);
+    const auto add_label = [&](const char* name) {
+        auto* label = new QLabel(this);
+        label->setObjectName(QLatin1String(name));
+        label->setTextFormat(Qt::PlainText);
+        layout->addWidget(label);
+        return label;
+    };
+    add_label("lblAddress")->setText(QStringLiteral("Unit address: %1").arg(transfer_->unit_address()));
+    lblStatusLbl_ = add_label("lblStatusLbl");
+    lblStatus_ = add_label("lblStatus");
+    lblStatus_->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    lblStatus_->setMinimumHeight(lblStatus_->fontMetrics().height() + 6);  // also while it is empty
+    lblOutputLbl_ = add_label("lblOutputLbl");
+    lblOutput_ = new OutputLabel(QStringLiteral("lblOutput"), k_output_lines, this);
+    layout->addWidget(lblOutput_, 1);
+
+    auto* buttons = new QHBoxLayout;
+    layout->addLayout(buttons);
+    buttons->addStretch(1);
+    const auto add_button = [&](const char* name, const char* caption, void (frmBlock::*click)()) {
+        auto* button = new QPushButton(QLatin1String(caption), this);
+        button->setObjectName(QLatin1String(name));
+        button->setAutoDefault(false);
+        connect(button, &QPushButton::clicked, this, click);
+        buttons->addWidget(button);
+        return button;
+    };
+    cmdOk_ = add_button("cmdOk", "Start", &frmBlock::cmdOk_Click);
+    cmdCancel_ = add_button("cmdCancel", "Pause", &frmBlock::cmdCancel_Click);
+    cmdExit_ = add_button("cmdExit", "Exit", &frmBlock::CmdExit_Click);
+    cmdOk_->setFocus();
+}
+
+void frmBlock::refresh() {
+    const NvramPanel& panel = transfer_->panel();
+    setWindowTitle(from_latin1(panel.caption));
+    lblStatusLbl_->setText(from_latin1(panel.status_label));
+    lblStatus_->setText(from_latin1(panel.status));
+    lblStatus_->setAccessibleDescription(lblStatusLbl_->text());
+    lblOutputLbl_->setText(from_latin1(panel.output_label));
+    lblOutput_->set_text(panel.output);
+    lblOutput_->label().setAccessibleDescription(lblOutputLbl_->text());
+    cmdOk_->setText(from_latin1(panel.start_caption));
+    set_enabled_in_turn(*cmdOk_, panel.start_enabled, *cmdCancel_, panel.pause_enabled);
+}
+
+void frmBlock::cmdOk_Click() {
+    transfer_->start();
+    refresh();
+    timer_.start(0);
+}
+
+void frmBlock::cmdCancel_Click() {
+    transfer_->pause();
+    refresh();
+}
+
+void frmBlock::CmdExit_Click() {
+    transfer_->exit();
+    Form_Unload();
+}
+
+void frmBlock::nvram_transfer_run() {
+    if (must_wait_()) {
+        timer_.start(k_look_again);
+        return;
+    }
+    const std::optional<Duration> wait = transfer_->nvram_transfer_run();
+    if (transfer_->nvram_abort) {
+        Form_Unload();
+        return;
+    }
+    refresh();
+    if (wait)
+        timer_.start(std::chrono::ceil<milliseconds>(*wait));
+}
+
+void frmBlock::Form_Unload() {
+    if (unloaded_)
+        return;
+    unloaded_ = true;
+    timer_.stop();
+    transfer_->unload();
+    hide();
+    if (on_unload)
+        on_unload();
+    deleteLater();
+}
+
+void frmBlock::closeEvent(QCloseEvent* event) {
+    event->accept();
+    CmdExit_Click();
+}
+
+bool frmBlock::event(QEvent* event) {
+    // What takes the activation is only known afterwards.
+    if (event->type() == QEvent::WindowDeactivate)
+        QMetaObject::invokeMethod(this, &frmBlock::Form_Deactivate, Qt::QueuedConnection);
+    return QDialog::event(event);
+}
+
+// The window stays in front of the main window, but in front of no box that waits for an answer and
+// of no other program.
+void frmBlock::Form_Deactivate() {
+    const QWidget* active = QApplication::activeWindow();
+    if (unloaded_ || active == nullptr || active == this || QApplication::activeModalWidget() != nullptr)
+        return;
+    if (isMinimized())
+        showNormal();
+    raise();
+}
+
+}  // namespace ampdesk

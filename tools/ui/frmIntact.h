@@ -1,0 +1,48 @@
+// The interactive command console: one raw command to the current amplifier, the frame that went out
+// and the bytes that came back.
+#pragma once
+
+#include <QDialog>
+#include <functional>
+
+#include "tools/console.h"
+
+class QLabel;
+class QLineEdit;
+
+namespace ampdesk {
+
+class OutputLabel;
+
+class frmIntact : public QDialog {
+    Q_OBJECT
+
+  public:
+    // `console` outlives the window and keeps the history from one opening to the next; the window
+    // takes its on_sending.
+    // `unit_address` gives the current amplifier, asked anew for every command.
+    frmIntact(Console& console, std::function<std::int16_t()> unit_address, QWidget* parent);
+    ~frmIntact() override { console_.on_sending = nullptr; }
+
+    void cmdOk_Click();
+    void CmdExit_Click() { close(); }
+
+  protected:
+    bool event(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void build();
+    void Form_Load();
+    void show_state();
+
+    Console& console_;
+    std::function<std::int16_t()> unit_address_;
+    bool no_response_ = false;
+    int address_ = -1;  // whom the window shows
+    QLineEdit* TxtInput_ = nullptr;
+    QLabel* lblReply_ = nullptr;
+    OutputLabel* LblOutput_ = nullptr;
+};
+
+}  // namespace ampdesk
