@@ -31,8 +31,8 @@ class Nobody : public Operator {
     }
     std::optional<std::string> input_box(std::string_view) override { return {}; }
     std::optional<std::string> choose_file_to_open(std::string_view, std::string_view) override { return {}; }
-    std::optional<std::string> choose_file_to_save(std::string_view, std::string_view,
-                                                   std::string_view) override {
+    std::optional<std::string> choose_file_to_save(std::string_view, std::string_view, std::string_view,
+                                                   bool) override {
         return {};
     }
     void start_beep(std::chrono::milliseconds) override {}

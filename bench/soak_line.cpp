@@ -1,0 +1,80 @@
+#include "bench/soak_line.h"
+
+#include <algorithm>
+
+#include "buslink/bus_link.h"
+#include "buslink/wire/control_characters.h"
+
+namespace ampdesk::bench {
+
+namespace {
+
+constexpr std::chrono::seconds k_memory{30};
+constexpr std::chrono::milliseconds k_text_limit{394};  // of the station at 9600 baud
+
+// The station's own frames are sound; this only takes them apart.
+Order taken_apart(std::string_view frame) {
+    if (frame[0] == k_soh)
+        return {static_cast<unsigned char>(frame[1]), false, std::string(frame.substr(3, frame.size() - 5))};
+    return {(frame[2] - '0') * 10 + frame[3] - '0', true, std::string(frame.substr(5, frame.size() - 9))};
+}
+
+}  // namespace
+
+PortResult SoakLine::open(const PortSettings&) {
+    under_way_.clear();
+    open_ = true;
+    return {};
+}
+
+PortError SoakLine::write(std::string_view bytes, Instant) {
+    if (!open_)
+        return PortError::failed;
+    const Order order = taken_apart(bytes);
+    ++exchanges;
+    if (on_request)
+        on_request(order);
+    bus_.receive(bytes);
+    const std::string reply = bus_.take_due();
+    if (reply.empty())
+        return PortError::none;  // it is out
+    remember(order, reply);
+    const FaultyLine::Frame frame{
+        .bytes = reply,
+        .echo_at = order.text ? std::size_t{1} : std::size_t{3},
+        .crc = order.text ? nullptr : &crc_,
+        .deadline = order.text ? Duration(k_text_limit) : Duration(BusLink::k_reply_limit),
+        .request_size = bytes.size()};
+    for (const Arrival& arrival : faults_.arrivals(faults_.draw(), frame))
+        under_way_.emplace(clock_.now() + arrival.after, arrival.byte);
+    return PortError::none;
+}
+
+void SoakLine::remember(const Order& order, const std::string& reply) {
+    const std::size_t front = order.text ? 1 : 3 + order.command.size();
+    const std::size_t end = order.text ? reply.find(k_etx) : reply.size() - 2;
+    std::deque<Said>& all = said_[order.address];
+    all.push_back({.at = clock_.now(),
+                   .command = order.command,
+                   .accepted = order.text || reply[0] == k_ack,
+                   .payload = reply.substr(front, end - front)});
+    while (all.front().at < clock_.now() - k_memory) all.pop_front();
+}
+
+std::string SoakLine::read_waiting() {
+    const auto end = under_way_.upper_bound(clock_.now());
+    std::string bytes;
+    for (auto it = under_way_.begin(); it != end; ++it) bytes += it->second;
+    under_way_.erase(under_way_.begin(), end);
+    return bytes;
+}
+
+WaitResult SoakLine::wait_readable(Instant deadline) {
+    if (!open_)
+        return WaitResult::lost;
+    const bool comes = !under_way_.empty() && under_way_.begin()->first <= std::max(deadline, clock_.now());
+    clock_.sleep_until(comes ? under_way_.begin()->first : deadline);
+    return comes ? WaitResult::data : WaitResult::timed_out;
+}
+
+}  // namespace ampdesk::bench
