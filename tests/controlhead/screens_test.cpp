@@ -60,7 +60,8 @@ TEST_F(HeadTest, BandSteps) {
     }
 }
 
-// A damaged band number that is taken for band 0.
+// A damaged band number that is taken for band 0, and a label that is left standing when only the reply
+// to the change got lost.
 TEST_F(HeadTest, BandWithoutANumberIsAskedForOnceMore) {
     Head one(services, {.slot = 1, .unit_address = 7, .number = "1", .model = "C/KU/X"});
     one.menu_ptr = 1;
@@ -75,9 +76,14 @@ TEST_F(HeadTest, BandWithoutANumberIsAskedForOnceMore) {
         set_menu(one);
         EXPECT_EQ(one.panel.line(1), "X Fwd Pwr      0 dBm") << reply;
     }
+    silent = true;
+    cmdKey_Click(one, 1);
+    EXPECT_EQ(take_settings(), Texts{"SBAND 0"});
+    EXPECT_TRUE(one.redraw_request);
 }
 
-// A move left over from a longer bar, and a switch thrown that the legend does not offer.
+// A move left over from a longer bar, and settings that the display does not offer: a switch whose
+// legend is blank, SET on the page before.
 TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
     head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = 5, .value = 2});
     VScroll1_Change(head, 6);
@@ -91,6 +97,16 @@ TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
     head.panel.set_line(4, "ATTN       ANT  MORE");
     cmdKey_Click(head, 2);
     EXPECT_EQ(count_sent("\x10\x1A"), 1U);
+
+    set_status(0, k_settings_power_save, 2);
+    open(2, 0);
+    set_status(0, 0, 2, 0, 1);
+    updateLogic(head);
+    take_sent();
+    press({0});  // on the power-save page still
+    EXPECT_EQ(take_settings(), Texts{});
+    press({0});
+    EXPECT_EQ(take_settings(), Texts{std::string("\x10\x1B\1")});
 }
 
 // A gauge that shows a power nobody measures any more, or stands still beside a sub-menu.
@@ -197,6 +213,33 @@ TEST_F(EventScreen, BarStopsAtTheEndOfTheLog) {
         expect_from(move.first, move.count, move.maximum);
         press({4});
     }
+}
+
+// A bar beyond its end when the log is cleared while its end is looked for.
+TEST_F(EventScreen, OutlivesAClearedLog) {
+    put_entries(10);
+    open(4, 1);
+    port.responder = [this, usual = port.responder](const std::string& frame) {
+        const auto reply = usual(frame);
+        if (frame[5] == '\x9')
+            put_entries(0);
+        return reply;
+    };
+    VScroll1_Change(head, 60);
+    expect_from(9, 0, 9);
+}
+
+// The late reply to the request for one entry shown as the next one.
+TEST_F(EventScreen, TakesNoEntryForAnother) {
+    put_entries(10);
+    port.responder = [usual = port.responder, late = 1](const std::string& frame) mutable {
+        std::string asked = frame;
+        if (frame[5] == '\1' && late-- > 0)
+            asked[5] = '\0';
+        return usual(asked);
+    };
+    open(4, 1);
+    expect_from(0, 10, 99);
 }
 
 // A silent amplifier taken for an empty log; a page that is not tried again, or tried for ever.
