@@ -1,6 +1,7 @@
 #include "controlhead/keypad.h"
 
 #include <string>
+#include <string_view>
 
 #include "controlhead/band.h"
 #include "controlhead/comm_faults.h"
@@ -53,23 +54,27 @@ void adjust_attenuation(Head& head) {
         return;
     head.gain_mode = false;  // without its scroll bar the mode is of no use
     set_gain(head, k_key_leave);
+    draw_fixed_rows(head);  // its readout may already stand in the legend's place
     head.redraw_request = true;
+}
+
+// What the display does not offer is not sent: a status read may just have unlocked the output switch
+// while the legend is still blank, or a screen that is about to be redrawn may show another legend.
+bool offered(const Head& head, int key, std::string_view legend) {
+    return head.panel.legend(key) == legend;
 }
 
 void change_band(Head& head) {
     const std::string command = next_band_command(head);
-    if (command.empty())
+    if (command.empty() || !offered(head, 1, "BAND"))
         return show_screen(head, head.menu_ptr);
     head.last_command_status = head.amplifier.set_item(command);
     // The label of the forward power follows the band, which may have changed though no reply came.
     head.redraw_request = true;
 }
 
-// A status read may just have unlocked the switch while the legend is still blank: what the display
-// does not offer is not sent.
 void throw_switch(Head& head) {
-    const bool offered = head.panel.legend(2) == "ANT";
-    if (offered && head.switch_count > 0 && (head.switch_state & 1) == 0)
+    if (offered(head, 2, "ANT") && head.switch_count > 0 && (head.switch_state & 1) == 0)
         send_item(head, k_throw_switch);
 }
 

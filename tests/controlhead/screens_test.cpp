@@ -83,7 +83,7 @@ TEST_F(HeadTest, BandWithoutANumberIsAskedForOnceMore) {
 }
 
 // A move left over from a longer bar, and settings that the display does not offer: a switch whose
-// legend is blank, SET on the page before.
+// legend is blank, SET on the page before, BAND under the readout of an attenuation mode that failed.
 TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
     head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = 5, .value = 2});
     VScroll1_Change(head, 6);
@@ -107,6 +107,15 @@ TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
     EXPECT_EQ(take_settings(), Texts{});
     press({0});
     EXPECT_EQ(take_settings(), Texts{std::string("\x10\x1B\1")});
+
+    press({4, 4});
+    head.band_count = 1;
+    go_mute(k_alarm_request);
+    press({0});
+    EXPECT_EQ(head.panel.line(4), "ATTN  BAND ANT  MORE");
+    head.panel.set_line(4, "ATTN>   0dB     MORE");
+    press({1});
+    EXPECT_EQ(take_settings(), Texts{});
 }
 
 // A gauge that shows a power nobody measures any more, or stands still beside a sub-menu.
