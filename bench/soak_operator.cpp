@@ -39,6 +39,8 @@ void Finger::act(ControlHead& head) {
     const int address = head.identity().unit_address;
     const ScrollBar scroll = panel.scroll();
     const std::size_t before = permits_.size();
+    pressed_ = " under";
+    for (int row = 1; row <= 4; ++row) pressed_ += " |" + panel.line(row);
     const auto permit = [&](std::string_view begins) {
         permits_.push_back({.address = address, .begins = std::string(begins)});
     };
@@ -89,7 +91,7 @@ void Finger::watch(const Order& order) {
         ++counts.unasked;
         if (counts.first_unasked.empty())
             counts.first_unasked = "amplifier " + std::to_string(order.address) + ", exchange " +
-                                   std::to_string(line_.exchanges) + ": " + to_hex(order.command);
+                                   std::to_string(line_.exchanges) + ": " + to_hex(order.command) + pressed_;
         return;
     }
     counts.twice += permit->used ? 1 : 0;

@@ -79,6 +79,7 @@ class Finger {
     SoakLine& line_;
     FaultyLine& chance_;
     std::vector<Permit> permits_;
+    std::string pressed_;  // what the panel showed at the last press
 };
 
 }  // namespace ampdesk::bench
