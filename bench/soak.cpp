@@ -1,23 +1,19 @@
-// A day of bad weather in minutes: four control heads of a real station on simulated amplifiers whose
-// values change all the time, over a line that spoils one reply in ten, on a clock that only waits
-// move. Keys are pressed, amplifiers fall silent, shut down and are switched by hand. Checks that
-// nothing was shown that the amplifier had not said and nothing was set that nobody had asked for.
-#include <unistd.h>
-
+// A day of bad weather in minutes: four control heads of a real station, the terminal with a remote
+// station, and nvRam transfers, all on simulated amplifiers whose values change all the time, over a
+// line that spoils one reply in ten, on a clock that only waits move. Keys are pressed, amplifiers fall
+// silent, shut down and are switched by hand. Checks that nothing was shown, told or written to a file
+// that the amplifier had not said, and nothing was set that nobody had asked for.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "bench/soak_display.h"
-#include "bench/soak_line.h"
-#include "bench/soak_operator.h"
+#include "bench/soak_report.h"
 #include "bench/soak_weather.h"
+#include "buslink/settings_files.h"
 #include "demo/demonstration.h"
-#include "shell/station.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scratch_folder.h"
 
@@ -35,173 +31,147 @@ struct Options {
     unsigned seed = 1;
 };
 
-// Kilobytes in memory and open descriptors of this process.
-struct Footprint {
-    long memory = 0;
-    long descriptors = 0;
-    static Footprint now() {
-        Footprint print;
-        std::ifstream status("/proc/self/status");
-        for (std::string line; std::getline(status, line);)
-            if (line.starts_with("VmRSS:"))
-                print.memory = std::atol(line.c_str() + 6);
-        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
-            ++print.descriptors;
-        return print;
-    }
-};
-
-struct Outcome {
-    long exchanges = 0;
-    double hours = 0;
-    std::array<long, k_fault_names.size()> faults{};
-    DisplayCounts display;
-    SettingCounts settings;
-    long boxes = 0, outages = 0, shutdowns = 0;
-    int heads = 0;
-    Footprint start, end;
-};
-
-Outcome soak(const Options& options, bool address_checked) {
-    const ScratchFolder folder;
-    ManualClock clock;
-    FaultyLine faults(options.seed, 0, k_byte_time);
-    FaultyLine chance(options.seed + 1, 0, {});
-    SoakLine line(clock, faults);
-    demo::add_demonstration(line.bus(), k_heads);
-    Weather weather(line.bus(), chance, clock);
-    SoakOperator person;
-    BusOptions bus_options;
-    bus_options.reply_address_checked = address_checked;
-    BusLink bus(line, clock, person, bus_options);
-    HeadServices services{bus, clock, person, {}};
-    services.options.folder = folder.path();
-    services.options.negative_words_signed = true;
-    Station station(services);
-    Finger finger(station, line, chance);
-    line.on_request = [&](const Order& order) {
-        weather.set_values(order.address);
-        finger.watch(order);
-    };
-
-    Outcome outcome;
-    std::vector<std::unique_ptr<DisplayWatch>> watches;
-    station.on_window_created = [&](const std::shared_ptr<ControlHead>& head) {
-        watches.push_back(std::make_unique<DisplayWatch>(*head, line, clock, outcome.display));
-        head->panel().on_change = [watch = watches.back().get()] { watch->changed(); };
-    };
-    station.auto_open_dat_files(demo::write_demonstration_files(folder.path(), k_heads));
-    outcome.heads = station.open_count();
-    line.exchanges = 0;
-    faults.counts = {};
-    faults.set_percent(options.percent);
-    person.on_events = [&] {
-        if (chance.one_in(40))
-            finger.press();
-    };
-
-    const Instant start = clock.now();
-    bool settled = false;
-    while (line.exchanges < options.exchanges) {
-        const Duration wait = station.poll_windows();
-        finger.forget_permits();
-        for (const auto& watch : watches) watch->look();
-        weather.turn();
-        if (chance.one_in(10)) {
-            finger.press();
-            finger.forget_permits();
-        }
-        clock.advance(std::max<Duration>(wait, std::chrono::milliseconds(1)));
-        if (!settled && line.exchanges > options.exchanges / 10) {
-            settled = true;
-            outcome.start = Footprint::now();
-        }
-    }
-    outcome.end = Footprint::now();
-    outcome.exchanges = line.exchanges;
-    outcome.hours = std::chrono::duration<double, std::ratio<3600>>(clock.now() - start).count();
-    outcome.faults = faults.counts;
-    outcome.settings = finger.counts;
-    outcome.boxes = person.boxes;
-    outcome.outages = weather.outages;
-    outcome.shutdowns = weather.shutdowns;
-    return outcome;
+BusOptions bus_options(bool address_checked) {
+    BusOptions options;
+    options.reply_address_checked = address_checked;
+    return options;
 }
 
-// One line of the table, a column an outcome. `forbidden` says in which columns it must be 0.
-class Table {
+// The program on the faulty line, and everybody who has to do with it.
+class Soak {
   public:
-    explicit Table(const std::array<Outcome, 2>& outcomes) : outcomes_(outcomes) {}
-
-    template <class Figure>
-    void row(std::string_view what, Figure figure) {
-        std::printf("%-52.*s", static_cast<int>(what.size()), what.data());
-        for (const Outcome& outcome : outcomes_) std::printf(" %14s", text(figure(outcome)).c_str());
-        std::printf("\n");
+    Soak(const Options& options, bool address_checked)
+        : options_(options),
+          faults_(options.seed, 0, k_byte_time),
+          bus_(line_, clock_, person_, bus_options(address_checked)) {
+        demo::add_demonstration(line_.bus(), k_heads);
+        services_.options.folder = folder_.path();
+        services_.options.negative_words_signed = true;
+        line_.on_request = [this](const Order& order) { request(order); };
+        person_.on_box = [this] { box_open(); };
+        person_.on_events = [this] { events(); };
+        station_.on_window_created = [this](const std::shared_ptr<ControlHead>& head) {
+            watches_.push_back(std::make_unique<DisplayWatch>(*head, line_, clock_, outcome_.display));
+            head->panel().on_change = [watch = watches_.back().get()] { watch->changed(); };
+        };
+        write_rs422(folder_ / "rs422.dat", {.port_name = "COM1:"});
+        station_.auto_open_dat_files(demo::write_demonstration_files(folder_.path(), k_heads));
+        outcome_.heads = station_.open_count();
     }
 
-    template <class Figure>
-    void zero_row(std::string_view what, Figure figure, bool in_first_column = true) {
-        row(std::string(what) + (in_first_column ? " (must be 0)" : " (0 when checked)"), figure);
-        for (std::size_t i = in_first_column ? 0 : 1; i < outcomes_.size(); ++i)
-            broken_ = broken_ || figure(outcomes_[i]) != 0;
-    }
-    bool broken() const { return broken_; }
+    Outcome run();
 
   private:
-    static std::string text(long value) { return std::to_string(value); }
-    static std::string text(double value) {
-        std::array<char, 32> buffer{};
-        std::snprintf(buffer.data(), buffer.size(), "%.1f", value);
-        return buffer.data();
-    }
-    static std::string text(Duration value) {
-        return text(std::chrono::duration<double>(value).count()) + " s";
-    }
+    void turn();
+    void poll();
+    void request(const Order& order);
+    void box_open();
+    void events();
 
-    const std::array<Outcome, 2>& outcomes_;
-    bool broken_ = false;
+    const Options options_;
+    const ScratchFolder folder_;
+    ManualClock clock_;
+    FaultyLine faults_;
+    FaultyLine chance_{options_.seed + 1, 0, {}};
+    SoakLine line_{clock_, faults_};
+    Weather weather_{line_.bus(), chance_, clock_};
+    SoakOperator person_;
+    BusLink bus_;
+    HeadServices services_{bus_, clock_, person_, {}};
+    Station station_{services_};
+    Finger finger_{station_, line_, chance_};
+    RemoteStation remote_{bus_, line_, chance_, clock_, folder_.path()};
+    ServiceEngineer engineer_{bus_, person_, line_, chance_, clock_, folder_.path()};
+    std::vector<std::unique_ptr<DisplayWatch>> watches_;
+    Outcome outcome_;
+    Instant next_poll_{};
+    int boxes_open_ = 0;
+    bool letting_events_run_ = false;  // nobody else may use the bus then
 };
 
-bool report(const std::array<Outcome, 2>& outcomes) {
-    using O = const Outcome&;
-    Table table(outcomes);
-    std::printf("%-52s %14s %14s\n", "reply_address", "ignored", "checked");
-    table.row("exchanges", [](O o) { return o.exchanges; });
-    table.row("hours on the station's clock", [](O o) { return o.hours; });
-    for (std::size_t i = 1; i < k_fault_names.size(); ++i)
-        table.row("  replies: " + std::string(k_fault_names[i]), [i](O o) { return o.faults[i]; });
-    table.row("times an amplifier fell silent", [](O o) { return o.outages; });
-    table.row("shutdowns", [](O o) { return o.shutdowns; });
-    table.row("values drawn", [](O o) { return o.display.values; });
-    table.zero_row("  that nobody had said", [](O o) { return o.display.nobodys; });
-    table.zero_row(
-        "  that another amplifier had said", [](O o) { return o.display.others; }, false);
-    table.row("age of a value at most, when drawn", [](O o) { return o.display.oldest_drawn; });
-    table.row("  … while it stood on a status screen", [](O o) { return o.display.oldest_shown; });
-    table.row("rows of the event list drawn", [](O o) { return o.display.events; });
-    table.row("  with another entry's text", [](O o) { return o.display.wrong_events; });
-    table.row("band labels drawn", [](O o) { return o.display.labels; });
-    table.row("  that the amplifier had not said", [](O o) { return o.display.wrong_labels; });
-    table.row("  longest time a label was wrong", [](O o) { return o.display.wrong_band; });
-    table.row("keys pressed and bars moved", [](O o) { return o.settings.presses; });
-    table.row("settings sent", [](O o) { return o.settings.sent; });
-    table.zero_row("  that nobody had asked for", [](O o) { return o.settings.unasked; });
-    table.zero_row("  sent twice", [](O o) { return o.settings.twice; });
-    table.zero_row("  refused, but taken for carried out", [](O o) { return o.settings.misread; });
-    table.row("  carried out, but the reply was lost", [](O o) { return o.settings.lost; });
-    table.row("message boxes", [](O o) { return o.boxes; });
-    table.row("memory after a tenth, kB", [](O o) { return o.start.memory; });
-    table.row("memory at the end, kB", [](O o) { return o.end.memory; });
-    table.row("open descriptors after a tenth", [](O o) { return o.start.descriptors; });
-    table.row("open descriptors at the end", [](O o) { return o.end.descriptors; });
-    for (O o : outcomes)
-        if (!o.display.first_wrong.empty())
-            std::printf("first wrong value: %s\n", o.display.first_wrong.c_str());
-    for (O o : outcomes)
-        if (!o.settings.first_unasked.empty())
-            std::printf("first unasked setting: %s\n", o.settings.first_unasked.c_str());
-    return !table.broken();
+void Soak::request(const Order& order) {
+    weather_.set_values(order.address);
+    switch (order.speaker) {
+        case Speaker::head:
+            return finger_.watch(order);
+        case Speaker::remote:
+            return remote_.watch(order);
+        case Speaker::nvram:
+            return engineer_.watch(order);
+    }
+}
+
+// While a box is open the windows behind it take no keys; all the rest goes on.
+void Soak::box_open() {
+    constexpr int k_most_boxes = 3;
+    constexpr std::chrono::seconds k_longest{5};
+    const bool letting = std::exchange(letting_events_run_, false);
+    const Turn speaker(line_, Speaker::head);
+    const Instant end = clock_.now() + k_longest;
+    if (++boxes_open_ <= k_most_boxes)
+        for (int turns = chance_.number(0, 40); turns > 0 && clock_.now() < end; --turns) turn();
+    --boxes_open_;
+    letting_events_run_ = letting;
+}
+
+void Soak::events() {
+    const bool outer = std::exchange(letting_events_run_, true);
+    if (boxes_open_ == 0 && chance_.one_in(40))
+        finger_.press();
+    remote_.turn(false);
+    letting_events_run_ = outer;
+}
+
+void Soak::poll() {
+    if (clock_.now() < next_poll_)
+        return;
+    const Duration wait = station_.poll_windows();
+    next_poll_ = clock_.now() + wait;
+    weather_.turn();
+    if (boxes_open_ > 0)
+        return;
+    finger_.forget_permits();
+    for (const auto& watch : watches_) watch->look();
+    if (chance_.one_in(10)) {
+        finger_.press();
+        finger_.forget_permits();
+    }
+}
+
+// What is due, in any order, then the wait for what comes next.
+void Soak::turn() {
+    const bool polled_first = chance_.one_in(2);
+    if (polled_first)
+        poll();
+    remote_.turn(true);
+    engineer_.turn();
+    if (!polled_first)
+        poll();
+    const Instant next = std::min({next_poll_, remote_.due(), engineer_.due()});
+    clock_.advance(std::max<Duration>(next - clock_.now(), std::chrono::milliseconds(1)));
+}
+
+Outcome Soak::run() {
+    line_.exchanges = 0;
+    faults_.counts = {};
+    faults_.set_percent(options_.percent);
+    const Instant start = clock_.now();
+    while (line_.exchanges < options_.exchanges / 10) turn();
+    engineer_.leave();
+    outcome_.start = Footprint::now();
+    while (line_.exchanges < options_.exchanges) turn();
+    engineer_.leave();
+    outcome_.end = Footprint::now();
+    outcome_.exchanges = line_.exchanges;
+    outcome_.hours = std::chrono::duration<double, std::ratio<3600>>(clock_.now() - start).count();
+    outcome_.faults = faults_.counts;
+    outcome_.settings = finger_.counts;
+    outcome_.remote = remote_.counts;
+    outcome_.nvram = engineer_.counts;
+    outcome_.boxes = person_.boxes;
+    outcome_.outages = weather_.outages;
+    outcome_.shutdowns = weather_.shutdowns;
+    return outcome_;
 }
 
 }  // namespace
@@ -222,7 +192,7 @@ int main(int argc, char** argv) {
             return 2;
         }
     }
-    const std::array<Outcome, 2> outcomes = {soak(options, false), soak(options, true)};
+    const std::array<Outcome, 2> outcomes = {Soak(options, false).run(), Soak(options, true).run()};
     for (const Outcome& outcome : outcomes)
         if (outcome.heads != k_heads) {
             std::fprintf(stderr, "soak: %d of %d heads opened\n", outcome.heads, k_heads);

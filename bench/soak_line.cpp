@@ -10,6 +10,7 @@ namespace ampdesk::bench {
 namespace {
 
 constexpr std::chrono::seconds k_memory{30};
+constexpr std::chrono::seconds k_late{5};               // after that nothing of a reply is under way any more
 constexpr std::chrono::milliseconds k_text_limit{394};  // of the station at 9600 baud
 
 // The station's own frames are sound; this only takes them apart.
@@ -30,7 +31,8 @@ PortResult SoakLine::open(const PortSettings&) {
 PortError SoakLine::write(std::string_view bytes, Instant) {
     if (!open_)
         return PortError::failed;
-    const Order order = taken_apart(bytes);
+    Order order = taken_apart(bytes);
+    order.speaker = speaker;
     ++exchanges;
     if (on_request)
         on_request(order);
@@ -38,27 +40,41 @@ PortError SoakLine::write(std::string_view bytes, Instant) {
     const std::string reply = bus_.take_due();
     if (reply.empty())
         return PortError::none;  // it is out
-    remember(order, reply);
+    const LineFault fault = faults_.draw();
+    remember(order, reply, fault);
     const FaultyLine::Frame frame{
         .bytes = reply,
         .echo_at = order.text ? std::size_t{1} : std::size_t{3},
         .crc = order.text ? nullptr : &crc_,
         .deadline = order.text ? Duration(k_text_limit) : Duration(BusLink::k_reply_limit),
         .request_size = bytes.size()};
-    for (const Arrival& arrival : faults_.arrivals(faults_.draw(), frame))
+    for (const Arrival& arrival : faults_.arrivals(fault, frame))
         under_way_.emplace(clock_.now() + arrival.after, arrival.byte);
     return PortError::none;
 }
 
-void SoakLine::remember(const Order& order, const std::string& reply) {
+void SoakLine::remember(const Order& order, const std::string& reply, LineFault fault) {
     const std::size_t front = order.text ? 1 : 3 + order.command.size();
     const std::size_t end = order.text ? reply.find(k_etx) : reply.size() - 2;
     std::deque<Said>& all = said_[order.address];
     all.push_back({.at = clock_.now(),
                    .command = order.command,
                    .accepted = order.text || reply[0] == k_ack,
-                   .payload = reply.substr(front, end - front)});
+                   .payload = reply.substr(front, end - front),
+                   .fault = fault,
+                   .alone = under_way_.empty(),
+                   .number = exchanges,
+                   .speaker = order.speaker});
     while (all.front().at < clock_.now() - k_memory) all.pop_front();
+}
+
+bool SoakLine::may_have_answered(int address, std::string_view command) {
+    const std::deque<Said>& all = said_[address];
+    return std::any_of(all.rbegin(), all.rend(), [&](const Said& one) {
+        const bool arrives = one.fault != LineFault::silence && one.fault != LineFault::bad_crc &&
+                             one.fault != LineFault::truncated && one.fault != LineFault::wrong_echo;
+        return arrives && clock_.now() - one.at <= k_late && one.command.starts_with(command.substr(0, 2));
+    });
 }
 
 std::string SoakLine::read_waiting() {

@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "bench/line_faults.h"
 #include "demo/sim_bus.h"
@@ -14,18 +15,26 @@
 
 namespace ampdesk::bench {
 
+// Whose turn it is on the station's side.
+enum class Speaker { head, remote, nvram };
+
 // One reply as it left the amplifier.
 struct Said {
     Instant at;
     std::string command;
     bool accepted = false;  // ACK
     std::string payload;    // without the echo of the command
+    LineFault fault = LineFault::none;
+    bool alone = false;  // nothing else was on its way to the station
+    long number = 0;     // of the exchange
+    Speaker speaker = Speaker::head;
 };
 
 struct Order {
     int address = 0;
     bool text = false;
     std::string command;
+    Speaker speaker = Speaker::head;
 
     // Changes something in the amplifier.
     bool setting() const { return command.starts_with('\x10') || command.starts_with("SBAND"); }
@@ -49,11 +58,16 @@ class SoakLine : public SerialPort {
     // Called for every request, before the amplifier hears it.
     std::function<void(const Order&)> on_request;
 
+    // Whether that amplifier lately sent a reply to such a command that can have come through: one with
+    // the same echo, which is the command's first two bytes.
+    bool may_have_answered(int address, std::string_view command);
+
     demo::SimBus& bus() { return bus_; }
     long exchanges = 0;
+    Speaker speaker = Speaker::head;
 
   private:
-    void remember(const Order& order, const std::string& reply);
+    void remember(const Order& order, const std::string& reply, LineFault fault);
 
     Clock& clock_;
     FaultyLine& faults_;
@@ -62,6 +76,19 @@ class SoakLine : public SerialPort {
     bool open_ = false;
     std::multimap<Instant, char> under_way_;
     std::map<int, std::deque<Said>> said_;
+};
+
+// From its making to its end it is that speaker's turn.
+class Turn {
+  public:
+    Turn(SoakLine& line, Speaker speaker) : line_(line), before_(std::exchange(line.speaker, speaker)) {}
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() { line_.speaker = before_; }
+
+  private:
+    SoakLine& line_;
+    Speaker before_;
 };
 
 }  // namespace ampdesk::bench

@@ -64,15 +64,16 @@ void Finger::act(ControlHead& head) {
         permit(k_hard_keys[key]);
         head.press_hard_key(static_cast<std::int16_t>(key));
     }
-    if (permits_.size() > before && permits_.back().used)
-        account(head, permits_.back());
+    if (permits_.size() > before && permits_[before].used)
+        account(head, permits_[before]);
 }
 
 // Compares what the station made of the reply with what the amplifier did.
 void Finger::account(const ControlHead& head, const Permit& permit) {
     const std::deque<Said>& said = line_.said(permit.address);
-    const auto reply = std::find_if(said.rbegin(), said.rend(),
-                                    [&](const Said& one) { return one.command.starts_with(permit.begins); });
+    const auto reply = std::find_if(said.rbegin(), said.rend(), [&](const Said& one) {
+        return one.speaker == Speaker::head && one.command.starts_with(permit.begins);
+    });
     const bool carried_out =
         reply != said.rend() && reply->accepted && !line_.bus().find(permit.address)->line.silent;
     const bool believed = head.state().last_command_status == 0;

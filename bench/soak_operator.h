@@ -13,11 +13,13 @@
 
 namespace ampdesk::bench {
 
-// Closes every box at once and counts them.
+// Closes every box and counts them.
 class SoakOperator : public Operator {
   public:
     Answer ask(const Message& message) override {
         ++boxes;
+        if (on_box)
+            on_box();
         return message.buttons == Buttons::ok || message.buttons == Buttons::ok_cancel ? Answer::ok
                                                                                        : Answer::yes;
     }
@@ -34,6 +36,7 @@ class SoakOperator : public Operator {
             on_events();
     }
 
+    std::function<void()> on_box;  // while a box is open
     std::function<void()> on_events;
     long boxes = 0;
 };

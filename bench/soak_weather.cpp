@@ -6,6 +6,8 @@ namespace ampdesk::bench {
 
 void Weather::set_values(int address) {
     demo::SimAmplifier* amplifier = bus_.find(address);
+    if (amplifier == nullptr)
+        return;
     const auto step = static_cast<int>(clock_.now().time_since_epoch() / std::chrono::milliseconds(300));
     const auto put = [&](std::size_t item, int value) {
         amplifier->faults.analog[item] = static_cast<std::uint16_t>(value);

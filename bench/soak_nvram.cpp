@@ -1,0 +1,185 @@
+#include "bench/soak_nvram.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include "tests/support/hex_bytes.h"
+#include "tests/support/scratch_folder.h"
+
+namespace ampdesk::bench {
+
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr int k_blocks = demo::SimNvram::k_blocks;
+
+std::string digits(const std::string& bytes) {
+    std::string text = to_hex(bytes);
+    std::erase(text, ' ');
+    return text;
+}
+
+// A block's line as the file must have it.
+std::string line_of(int number, const std::string& block) {
+    return std::to_string(number) + " " + digits(block.substr(0, block.size() - 2)) + " " +
+           digits(block.substr(block.size() - 2)) + "\r\n";
+}
+
+std::string command(char first, int number) {
+    return {first, '\x20', static_cast<char>(number % 256), static_cast<char>(number / 256)};
+}
+
+}  // namespace
+
+ServiceEngineer::Blocks ServiceEngineer::memory() const {
+    const demo::SimNvram& nvram = line_.bus().find(address_)->nvram;
+    Blocks all;
+    for (std::size_t i = 0; const auto block = nvram.read(i); ++i) all.push_back(*block);
+    return all;
+}
+
+// Blocks in any order, some of them twice; a bad line, a block that no amplifier has or an early end
+// now and then.
+void ServiceEngineer::write_file() {
+    const auto bytes = [this](int count) {
+        std::string some;
+        while (count-- > 0) some += static_cast<char>(chance_.number(0, 255));
+        return some;
+    };
+    std::ofstream file(path_, std::ios::binary);
+    file << "11-21-2025\r\n";
+    wanted_.clear();
+    sound_ = true;
+    for (int left = chance_.number(0, 80); left > 0 && sound_; --left) {
+        const NvramBlock block{.number = chance_.number(0, chance_.one_in(200) ? 99 : k_blocks - 1),
+                               .data = bytes(chance_.number(1, demo::SimNvram::k_longest_block)),
+                               .trailing = bytes(2)};
+        if (chance_.one_in(500)) {
+            file << block.number << " 12G4 0000\r\n";
+            sound_ = false;
+        } else if (chance_.one_in(200)) {
+            break;
+        } else {
+            file << line_of(block.number, block.data + block.trailing);
+            wanted_.push_back(block);
+        }
+    }
+    if (sound_ && chance_.one_in(2))
+        file << "END_SRAM\r\n0 FFFF FFFF\r\n";
+}
+
+void ServiceEngineer::begin() {
+    const auto mode = chance_.one_in(2) ? NvramTransfer::Mode::read : NvramTransfer::Mode::set;
+    address_ = chance_.number(1, static_cast<int>(line_.bus().amplifiers().size()));
+    before_ = memory();
+    sent_ = 0;
+    if (mode == NvramTransfer::Mode::set)
+        write_file();
+    transfer_ =
+        std::make_unique<NvramTransfer>(mode, path_, static_cast<std::int16_t>(address_), bus_, person_);
+    transfer_->start();
+}
+
+void ServiceEngineer::turn() {
+    if (clock_.now() < due_)
+        return;
+    if (!transfer_)
+        begin();
+    if (!transfer_->nvram_running && transfer_->panel().start_enabled)
+        transfer_->start();  // it was paused
+    else if (chance_.one_in(2000))
+        transfer_->exit();
+    else if (chance_.one_in(500))
+        transfer_->pause();
+    const bool outermost = !std::exchange(running_, true);
+    const Turn turn(line_, Speaker::nvram);
+    const auto wait = transfer_->nvram_transfer_run();
+    if (!outermost) {
+        due_ = clock_.now() + wait.value_or(milliseconds(100));
+        return;
+    }
+    running_ = false;
+    due_ = clock_.now() + wait.value_or(milliseconds(chance_.number(0, 20'000)));
+    if (transfer_->nvram_abort || !(wait || transfer_->panel().start_enabled)) {
+        judge();
+        due_ = clock_.now() + milliseconds(chance_.number(0, 120'000));
+    }
+}
+
+void ServiceEngineer::leave() {
+    if (!transfer_)
+        return;
+    transfer_->exit();
+    judge();
+}
+
+// After every command goes the reply to it or the same once more.
+void ServiceEngineer::watch(const Order& order) {
+    bool asked = order.address == address_ && !order.text;
+    if (reading()) {
+        asked = asked && order.command == command('\x20', transfer_->nvram_block);
+    } else {
+        const auto is = [&](std::size_t i) {
+            return i < wanted_.size() && order.command == command('\x40', wanted_[i].number) +
+                                                              wanted_[i].data + wanted_[i].trailing;
+        };
+        const bool next = is(sent_) && static_cast<std::size_t>(transfer_->nvram_block) == sent_;
+        asked = asked && (next || (sent_ > 0 && is(sent_ - 1)));
+        sent_ += next ? 1 : 0;
+    }
+    counts.unasked += asked ? 0 : 1;
+}
+
+// What the transfer says of itself, against the file and the memory. What it says of an end before the
+// end is the number of blocks that it took.
+void ServiceEngineer::judge() {
+    const auto taken = static_cast<std::size_t>(transfer_->nvram_block);
+    const bool read = reading();
+    const std::string status = transfer_->panel().status;
+    const bool done = status == (read ? "nvRam Transfer was Successful" : "end of nvRam file");
+    transfer_->unload();
+    transfer_.reset();
+    if (read) {
+        ++(done ? counts.reads_done : counts.reads_ended);
+        counts.blocks_read += static_cast<long>(taken);
+    } else {
+        ++(done ? counts.writes_done : counts.writes_ended);
+        counts.blocks_written += static_cast<long>(taken);
+    }
+    if (read ? file_is_right(static_cast<int>(taken), done) : memory_is_right(taken, done))
+        return;
+    ++counts.wrong;
+    if (counts.first_wrong.empty())
+        counts.first_wrong = std::string(read ? "read" : "write") + " of amplifier " +
+                             std::to_string(address_) + ", exchange " + std::to_string(line_.exchanges) +
+                             ", " + std::to_string(taken) + " blocks, \"" + status + "\"";
+}
+
+// The blocks as they are in the memory, from the first one on, and not a byte more.
+bool ServiceEngineer::file_is_right(int blocks, bool whole) const {
+    if (blocks > k_blocks || (whole && blocks != k_blocks) || memory() != before_)
+        return false;
+    std::string expected;
+    for (int i = 0; i < blocks; ++i) expected += line_of(i, before_[static_cast<std::size_t>(i)]);
+    const std::string bytes = file_bytes(path_);
+    return bytes.size() >= 12 && bytes.compare(10, 2, "\r\n") == 0 && bytes.substr(12) == expected;
+}
+
+// The taken blocks are in the memory, perhaps the one in hand, and nothing else has changed.
+bool ServiceEngineer::memory_is_right(std::size_t taken, bool whole) const {
+    if (taken > wanted_.size() || (whole && (taken != wanted_.size() || !sound_)))
+        return false;
+    Blocks expected = before_;
+    const auto put = [&](const NvramBlock& block) {
+        if (block.number < k_blocks)
+            expected[static_cast<std::size_t>(block.number)] = block.data + block.trailing;
+        return block.number < k_blocks;
+    };
+    for (std::size_t i = 0; i < taken; ++i)
+        if (!put(wanted_[i]))
+            return false;
+    return memory() == expected || (!whole && sent_ > taken && put(wanted_[taken]) && memory() == expected);
+}
+
+}  // namespace ampdesk::bench

@@ -1,0 +1,292 @@
+#include "bench/soak_remote.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/numbers.h"
+#include "tests/support/hex_bytes.h"
+
+namespace ampdesk::bench {
+
+using namespace std::string_view_literals;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+namespace {
+
+constexpr std::string_view k_marker = "\x06\x06";
+constexpr std::string_view k_text_marker = "\x03\x03";
+constexpr std::string_view k_port_marker = "\x02\x02";
+constexpr std::string_view k_replied =
+    "No response from amplifier, check 422/485 connection to the amplifier";
+constexpr std::string_view k_malformed = "No message from amplifier, wrong command";
+constexpr std::size_t k_remembered = 200;  // lines that may still be carried out
+constexpr seconds k_answer_limit{60};      // a burst to silent amplifiers waits for itself
+constexpr std::string_view k_manual_hang_up = "manually hang up";
+
+constexpr std::string_view k_reads[] = {"\x11"sv,         "\x12"sv,  "\xA0\x15\x00"sv, "\xA0\x17\x00"sv,
+                                        "RDBAND"sv,       "RDS/N"sv, "RDSTAT"sv,       "*IDN?"sv,
+                                        "\xA0\x18\x00"sv, "NOSUCH"sv};
+constexpr std::string_view k_settings[] = {
+    "\x10\x12"sv,         "\x10\x13"sv,         "\x10\x16"sv, "\x10\x17"sv, "\x10\x18\x40\x00"sv,
+    "\x10\x18\x96\x00"sv, "\x10\x18\x2C\x01"sv, "SBAND 0"sv,  "SBAND 1"sv,  "SBAND 2"sv};
+constexpr std::string_view k_malformed_lines[] = {">1 SBAND 2"sv, ">100,SBAND 1"sv, ">-3,SBAND 1"sv, ">"sv};
+
+double address_in(const std::string& text, std::size_t start, std::size_t comma) {
+    return std::nearbyint(lenient_number(text.substr(start + 1, comma - start - 1)));
+}
+
+}  // namespace
+
+RemoteStation::RemoteStation(BusLink& bus, SoakLine& line, FaultyLine& chance, Clock& clock,
+                             std::string folder)
+    : bus_line_(line),
+      chance_(chance),
+      clock_(clock),
+      port_(clock, chance),
+      line_(&port_, clock),
+      terminal_(line_, bus, std::move(folder)) {
+    line_.open({});
+    terminal_.line_changed();
+    terminal_.on_text = [this](std::string_view text) { breaking_ = breaking_ || text == k_manual_hang_up; };
+}
+
+// Address and command of the text are those of the order.
+bool RemoteStation::Asked::orders(const Order& order) const {
+    const std::size_t start = text.find('>');
+    const std::size_t comma = text.find(',', start);
+    return start != std::string::npos && comma != std::string::npos &&
+           order.text == (text.find(k_text_marker) != std::string::npos) &&
+           address_in(text, start, comma) == order.address &&
+           trimmed(std::string_view(text).substr(comma + 1)) == order.command;
+}
+
+bool RemoteStation::Asked::malformed() const {
+    const std::size_t start = text.find('>');
+    const std::size_t comma = text.find(',', start);
+    if (start == std::string::npos || comma == std::string::npos)
+        return true;
+    const double address = address_in(text, start, comma);
+    return address < 0 || address > 99;
+}
+
+std::string RemoteStation::command_line() {
+    const auto one_of = [this](const auto& table) {
+        return std::string(
+            table[static_cast<std::size_t>(chance_.number(0, static_cast<int>(std::size(table)) - 1))]);
+    };
+    if (chance_.one_in(15))
+        return one_of(k_malformed_lines);
+    const int address = chance_.one_in(15) ? chance_.number(5, 99) : chance_.number(1, 4);
+    const std::string command = chance_.one_in(3) ? one_of(k_settings) : one_of(k_reads);
+    const bool as_text = command[0] >= ' ' && chance_.one_in(2);
+    return (as_text ? std::string(k_text_marker) : std::string()) + ">" + std::to_string(address) + "," +
+           command;
+}
+
+// Alone it may come in pieces, as a modem hands them on. The first one holds the whole marker, which
+// clears what stands before it; a line that the next one follows before it is whole would be lost so.
+void RemoteStation::say_line(bool alone) {
+    const std::string bytes = std::string(k_marker) + command_line() + '\r';
+    std::size_t end = k_marker.size();
+    std::size_t begin = 0;
+    while (begin < bytes.size()) {
+        end = alone && chance_.one_in(3) ? static_cast<std::size_t>(chance_.number(static_cast<int>(end), 40))
+                                         : bytes.size();
+        say(std::string_view(bytes).substr(begin, end - begin), milliseconds(chance_.number(0, 40)));
+        begin = end = std::min(end, bytes.size());
+    }
+    ++counts.lines;
+    ++awaited_;
+}
+
+void RemoteStation::say_other() {
+    std::string bytes;
+    switch (chance_.number(0, 4)) {
+        case 0:  // without the marker
+            bytes = command_line() + '\r';
+            break;
+        case 1: {  // half a line
+            bytes = std::string(k_marker) + command_line();
+            bytes.resize(static_cast<std::size_t>(chance_.number(1, static_cast<int>(bytes.size()))));
+            break;
+        }
+        case 2:  // the bus port is to be opened anew
+            bytes = std::string(k_marker) + std::string(k_port_marker) + "RS422\r";
+            break;
+        default:
+            for (int i = chance_.number(1, chance_.one_in(8) ? 200 : 30); i > 0; --i)
+                bytes += static_cast<char>(chance_.number(0, 255));
+            break;
+    }
+    say(bytes, milliseconds(chance_.number(0, 300)));
+    ++counts.others;
+}
+
+void RemoteStation::say(std::string_view bytes, Duration pause) {
+    remember_requests(bytes);
+    port_.say(bytes, pause);
+}
+
+// Whatever the line breaks off or starts anew with, a request is what stands behind one of its markers.
+void RemoteStation::remember_requests(std::string_view bytes) {
+    for (const char byte : bytes) {
+        if (byte != '\r') {
+            said_since_line_end_ += byte;
+            continue;
+        }
+        const std::string line = std::exchange(said_since_line_end_, {});
+        for (std::size_t at = line.find(k_marker); at != std::string::npos; at = line.find(k_marker, at + 1))
+            asked_.push_back({.text = line.substr(at + k_marker.size())});
+    }
+    while (asked_.size() > k_remembered) asked_.pop_front();
+}
+
+void RemoteStation::speak() {
+    if (awaited_ > 0) {
+        counts.unanswered += awaited_;
+        awaited_ = 0;
+    }
+    if (chance_.one_in(4))
+        say_other();
+    else if (chance_.one_in(6))
+        for (int i = chance_.number(2, 6); i > 0; --i) say_line(false);
+    else
+        say_line(true);
+    next_call_ = clock_.now() + milliseconds(chance_.number(200, 10'000));
+    give_up_ = clock_.now() + k_answer_limit;
+}
+
+void RemoteStation::turn(bool bus_is_free) {
+    const Instant now = clock_.now();
+    if (now >= next_call_ && (awaited_ == 0 || now >= give_up_))
+        speak();
+    if (port_.next() && now >= *port_.next())
+        line_.pump();
+    carry_out(bus_is_free);
+    hear();
+    if (breaking_ && terminal_.modem().hanging_up())
+        hung_up();
+}
+
+// After noise without a line end the terminal ends the call; what it was asked before is forgotten.
+void RemoteStation::hung_up() {
+    breaking_ = false;
+    ++counts.hang_ups;
+    awaited_ = 0;
+    expected_.clear();
+    heard_.clear();
+    port_.heard();
+    next_call_ = clock_.now() + seconds(10);
+}
+
+void RemoteStation::carry_out(bool bus_is_free) {
+    terminal_.may_exchange = [bus_is_free] { return bus_is_free; };
+    orders_.clear();
+    const Turn turn(bus_line_, Speaker::remote);
+    terminal_.tick();
+    if (!orders_.empty()) {
+        const bool setting_sent =
+            std::any_of(orders_.begin(), orders_.end(), [](auto& o) { return o.setting(); });
+        expected_.push_back(expected(orders_.back(), setting_sent));
+    }
+}
+
+void RemoteStation::watch(const Order& order) {
+    const bool second = !orders_.empty() && orders_.back().text && !order.text &&
+                        order.address == orders_.back().address && order.command == "RDSTAT";
+    orders_.push_back(order);
+    if (second)
+        return;
+    counts.settings += order.setting() ? 1 : 0;
+    const auto asks = [&](const Asked& asked) { return asked.orders(order); };
+    const auto fresh = std::find_if(asked_.begin(), asked_.end(),
+                                    [&](const Asked& asked) { return !asked.used && asks(asked); });
+    if (fresh != asked_.end()) {
+        fresh->used = true;
+        return;
+    }
+    if (std::any_of(asked_.begin(), asked_.end(), asks)) {
+        ++counts.settings_twice;
+        return;
+    }
+    ++counts.unasked;
+    if (counts.first_unasked.empty())
+        counts.first_unasked = "by the terminal, amplifier " + std::to_string(order.address) + ", exchange " +
+                               std::to_string(bus_line_.exchanges) + ": " + to_hex(order.command);
+}
+
+// Asked at the end of the exchange that decides the answer.
+RemoteStation::Expected RemoteStation::expected(const Order& order, bool setting_sent) {
+    Expected result{.replied = bus_line_.may_have_answered(order.address, order.command),
+                    .silence = true,
+                    .what = "amplifier " + std::to_string(order.address) + ", exchange " +
+                            std::to_string(bus_line_.exchanges) + ": " + to_hex(order.command)};
+    for (const auto& amplifier : bus_line_.bus().amplifiers())
+        result.another =
+            result.another || (amplifier->model().address != order.address &&
+                               bus_line_.may_have_answered(amplifier->model().address, order.command));
+    const std::deque<Said>& said = bus_line_.said(order.address);
+    if (said.empty() || said.back().number != bus_line_.exchanges)
+        return result;
+    result.silence = said.back().fault != LineFault::none || !said.back().alone;
+    result.lost = setting_sent && said.back().accepted;
+    return result;
+}
+
+void RemoteStation::hear() {
+    heard_ += port_.heard();
+    for (const std::string_view modem : {"+++"sv, "ATH\r"sv})
+        if (heard_.starts_with(modem))
+            heard_.erase(0, modem.size());
+    for (std::size_t end = heard_.find("\r\n"); end != std::string::npos; end = heard_.find("\r\n")) {
+        judge(heard_.substr(0, end));
+        heard_.erase(0, end + 2);
+    }
+}
+
+void RemoteStation::judge(const std::string& answer) {
+    ++counts.answers;
+    awaited_ = std::max(0, awaited_ - 1);
+    if (answer == k_malformed) {
+        const auto line = std::find_if(asked_.begin(), asked_.end(),
+                                       [](const Asked& asked) { return !asked.used && asked.malformed(); });
+        if (line == asked_.end())
+            return wrong("a sound line was called wrong");
+        line->used = true;
+        return;
+    }
+    if (expected_.empty())
+        return wrong("an answer to nothing: " + answer);
+    const Expected due = expected_.front();
+    expected_.pop_front();
+    if (answer == k_replied) {
+        if (!due.replied && due.another)
+            ++counts.of_another;
+        else if (!due.replied)
+            wrong("no reply, but told of one: " + due.what);
+    } else if (!answer.empty()) {
+        wrong("not an answer that there is: " + answer);
+    } else if (!due.silence) {
+        wrong("a sound reply was not told: " + due.what);
+    } else {
+        counts.settings_lost += due.lost ? 1 : 0;
+    }
+}
+
+void RemoteStation::wrong(const std::string& what) {
+    ++counts.wrong;
+    if (counts.first_wrong.empty())
+        counts.first_wrong = what;
+}
+
+Instant RemoteStation::due() {
+    Instant next = std::max(next_call_, awaited_ == 0 ? next_call_ : give_up_);
+    if (port_.next())
+        next = std::min(next, *port_.next());
+    if (const auto tick = terminal_.next_tick())
+        next = std::min(next, clock_.now() + *tick);
+    return next;
+}
+
+}  // namespace ampdesk::bench

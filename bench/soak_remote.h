@@ -1,0 +1,96 @@
+// The soak's remote station: sends command lines, and what is none, to a real terminal and holds the
+// terminal to them. Nothing may go to an amplifier that no line asked for, nothing twice, and every
+// answer must be what the amplifier's reply, or its silence, makes of it.
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "bench/soak_line.h"
+#include "bench/soak_terminal_port.h"
+#include "terminal/terminal.h"
+
+namespace ampdesk::bench {
+
+struct RemoteCounts {
+    long lines = 0;     // command lines sent whole, one answer due to each
+    long others = 0;    // everything else: noise, half lines, lines without the marker
+    long hang_ups = 0;  // calls that the terminal ended for noise
+    long answers = 0;
+    long wrong = 0;           // answers that the amplifier's reply, or its silence, does not bear out
+    long of_another = 0;      // of a silent amplifier said that it replied: another one had
+    long unanswered = 0;      // of the lines sent whole
+    long unasked = 0;         // commands to an amplifier that no line asks for
+    long settings = 0;        // sent to an amplifier
+    long settings_twice = 0;  // sent again for the same line
+    long settings_lost = 0;   // carried out, but the remote station was told that nobody replied
+    std::string first_wrong;  // in words
+    std::string first_unasked;
+};
+
+class RemoteStation {
+  public:
+    // "rs422.dat" is looked for in the folder.
+    RemoteStation(BusLink& bus, SoakLine& line, FaultyLine& chance, Clock& clock, std::string folder);
+
+    // Lets the station speak and the terminal work, when it is time.
+    void turn(bool bus_is_free);
+
+    // When there is something to do again.
+    Instant due();
+
+    // Called for every command that the terminal sends to an amplifier.
+    void watch(const Order& order);
+
+    RemoteCounts counts;
+
+  private:
+    // What the answer to a command may be.
+    struct Expected {
+        bool replied = false;  // the words for a reply: the amplifier's can have come through
+        bool another = false;  // … or another amplifier's
+        bool silence = false;  // an empty line: the reply can have been spoilt
+        bool lost = false;     // an empty line tells of a setting that was carried out
+        std::string what{};    // the command, in words
+    };
+    // The text of a line behind a marker: what the terminal may carry out, once.
+    struct Asked {
+        std::string text;
+        bool used = false;
+        bool orders(const Order& order) const;
+        bool malformed() const;
+    };
+    void speak();
+    void say_line(bool alone);
+    void say_other();
+    std::string command_line();
+    void say(std::string_view bytes, Duration pause = {});
+    void remember_requests(std::string_view bytes);
+    void carry_out(bool bus_is_free);
+    Expected expected(const Order& order, bool setting_sent);
+    void hear();
+    void judge(const std::string& answer);
+    void wrong(const std::string& what);
+    void hung_up();
+
+    SoakLine& bus_line_;
+    FaultyLine& chance_;
+    Clock& clock_;
+    TerminalPort port_;
+    TerminalLine line_;
+    Terminal terminal_;
+
+    std::deque<Asked> asked_;
+    std::string said_since_line_end_;
+    std::deque<Order> orders_;  // that the terminal has sent during the tick in hand
+    std::deque<Expected> expected_;
+    std::string heard_;  // of the answer that is coming in
+    int awaited_ = 0;    // answers to the lines of this call that have not come
+    bool breaking_ = false;
+    Instant next_call_{};
+    Instant give_up_{};
+};
+
+}  // namespace ampdesk::bench
