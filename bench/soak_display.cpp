@@ -15,6 +15,8 @@ namespace {
 constexpr std::chrono::seconds k_drawn_within{4};
 constexpr std::string_view k_event_request = "\xA0\x1A";
 constexpr std::chrono::seconds k_list_drawn_within{10};  // four entries are read before the first is drawn
+// A lamp follows the status, then the alarm state, each asked for twice of an amplifier that falls silent.
+constexpr std::chrono::seconds k_lamp_drawn_within{6};
 constexpr std::chrono::seconds k_shown_within{30};
 
 // Word i, from 1, of an analog block.
@@ -190,10 +192,10 @@ const Said* DisplayWatch::found(int address, const Claims& claims, Duration with
     return newest != said.rend() && clock_.now() - newest->at <= within ? &*newest : nullptr;
 }
 
-void DisplayWatch::judge(const Claims& claims, const std::string& what) {
+void DisplayWatch::judge(const Claims& claims, const std::string& what, Duration within) {
     ++counts_.values;
     const int own = head_.identity().unit_address;
-    if (const Said* said = found(own, claims, k_drawn_within)) {
+    if (const Said* said = found(own, claims, within)) {
         counts_.oldest_drawn = std::max(counts_.oldest_drawn, clock_.now() - said->at);
         return;
     }
@@ -244,7 +246,7 @@ void DisplayWatch::changed() {
         if (claims.front().command.starts_with(k_event_request))
             judge_event(claims);
         else
-            judge(claims, "row " + std::to_string(row) + " \"" + seen + "\"");
+            judge(claims, "row " + std::to_string(row) + " \"" + seen + "\"", k_drawn_within);
         if (row == 1 && head_.state().menu_ptr == 1 && seen.ends_with(" dBm"))
             judge_label(seen.substr(0, 11));
     }
@@ -256,14 +258,14 @@ void DisplayWatch::changed() {
         if (seen == LampColour::dark && dark_screen())
             continue;
         if (const Claims claims = claims_of_lamp(lamp, seen); !claims.empty())
-            judge(claims, "lamp " + std::to_string(lamp));
+            judge(claims, "lamp " + std::to_string(lamp), k_lamp_drawn_within);
     }
     if (gauge_ != panel.gauge()) {
         gauge_ = panel.gauge();
         if (gauge_)
             judge(
                 {{std::string(k_analog_request), Words{{{1, static_cast<int>(std::lround(*gauge_ * 10))}}}}},
-                "gauge");
+                "gauge", k_drawn_within);
     }
 }
 

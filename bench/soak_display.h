@@ -49,7 +49,7 @@ class DisplayWatch {
     static Claims claims_of_event_row(const std::string& text);
     static Claims claims_of_shutdown_row(int row, const std::string& text);
     Claims claims_of_row(int row, const std::string& text) const;
-    void judge(const Claims& claims, const std::string& what);
+    void judge(const Claims& claims, const std::string& what, Duration within);
     void judge_event(const Claims& claims);
     void judge_label(const std::string& label);
     const Said* found(int address, const Claims& claims, Duration within) const;

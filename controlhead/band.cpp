@@ -1,6 +1,7 @@
 #include "controlhead/band.h"
 
 #include <string>
+#include <utility>
 
 #include "controlhead/comm_faults.h"
 #include "platform/numbers.h"
@@ -36,6 +37,23 @@ const Band* band_of(std::int16_t number, std::int16_t capability) {
     }
 }
 
+// Nothing protects a text reply: with one digit damaged it names another band. What would change the
+// label has to come twice in a row, and be a number: any other text would count as band 0. False when
+// none of the reads brought that.
+bool read_band(Head& head) {
+    constexpr int k_reads = 4;
+    std::string before;
+    for (int read = 0; read < k_reads; ++read) {
+        before = std::exchange(head.band_reply, head.amplifier.read_item("RDBAND"));
+        if (head.band_reply.find_first_of("+-.0123456789") != 0)
+            continue;
+        const bool stands = !head.band_name.empty() && lenient_number(head.band_reply) == head.band_index;
+        if (stands || head.band_reply == before)
+            return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 std::int16_t band_capability(const HeadOptions& options, std::string_view model) {
@@ -49,11 +67,8 @@ std::int16_t band_capability(const HeadOptions& options, std::string_view model)
 }
 
 std::int16_t find_band(Head& head) {
-    head.band_reply = head.amplifier.read_item("RDBAND");
-    // Nothing protects a text reply. A value that does not begin with a number would count as band 0, and
-    // may well be a damaged one.
-    if (head.band_reply.find_first_of("+-.0123456789") != 0)
-        head.band_reply = head.amplifier.read_item("RDBAND");
+    if (!read_band(head) && !head.band_name.empty())
+        return 1;  // the label that stands is the best that is known
     const std::int16_t number = round_to_int16(lenient_number(head.band_reply));
     if (number < 0 || number > 2) {
         tell_fault(head, "Read Band Error");

@@ -60,22 +60,27 @@ TEST_F(HeadTest, BandSteps) {
     }
 }
 
-// A damaged band number that is taken for band 0, and a label that is left standing when only the reply
-// to the change got lost.
-TEST_F(HeadTest, BandWithoutANumberIsAskedForOnceMore) {
+// A damaged band number that is taken for band 0 or for the band it reads like, and a label that is left
+// standing when only the reply to the change got lost.
+TEST_F(HeadTest, DamagedBandIsAskedForOnceMore) {
     Head one(services, {.slot = 1, .unit_address = 7, .number = "1", .model = "C/KU/X"});
     one.menu_ptr = 1;
     std::string damaged;
+    std::string usual_reply = "RDBAND=1";
     port.responder = [&, usual = port.responder](const std::string& frame) {
         if (frame[0] == k_stx)
-            replies["RDBAND"] = std::exchange(damaged, "RDBAND=1");
+            replies["RDBAND"] = std::exchange(damaged, usual_reply);
         return usual(frame);
     };
-    for (const char* reply : {"RDBAND=\xB1", "=~RDBAND=1", "RDBAND="}) {
+    for (const char* reply : {"RDBAND=\xB1", "=~RDBAND=1", "RDBAND=", "RDBAND=0", "RDBAND=2"}) {
         damaged = reply;
         set_menu(one);
         EXPECT_EQ(one.panel.line(1), "X Fwd Pwr      0 dBm") << reply;
     }
+    usual_reply = damaged = "RDB?AND=A1N";
+    set_menu(one);
+    EXPECT_EQ(one.panel.line(1), "X Fwd Pwr      0 dBm");
+    usual_reply = "RDBAND=1";
     silent = true;
     cmdKey_Click(one, 1);
     EXPECT_EQ(take_settings(), Texts{"SBAND 0"});
