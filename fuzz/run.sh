@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets and gives each of them RUNS inputs, 20000 unless told; more arguments go to
 # libFuzzer, as in `fuzz/run.sh 1000000 -seed=7`. TARGETS="NAME…" picks some. Stops at the first
-# finding and says which input it is. What has been learnt is kept in build/fuzz/corpus.
+# finding and says which input it is. What has been learnt is kept in build/fuzz/corpus, or in the
+# folder that CORPUS names: an empty one makes the run the same every time.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 source scripts/common.sh
@@ -21,7 +22,7 @@ else
 fi
 
 for target in "${targets[@]}"; do
-    corpus=build/fuzz/corpus/$target
+    corpus=${CORPUS:-build/fuzz/corpus}/$target
     mkdir -p "$corpus"
     # A fixed seed: the same sources give the same verdict. An argument overrides it.
     if ! quietly "build/fuzz/bin/fuzz_$target" -runs="$runs" -seed=1 -max_len=2048 -timeout=10 \
