@@ -154,6 +154,26 @@ TEST_F(MainWindow, PollingGoesOnBesideABoxOpenedInAVisit) {
     bus.find(1)->clear_faults();
 }
 
+// An amplifier in trouble whose window is an icon, or one that is well again and still said to be not.
+TEST_F(MainWindow, TroublesOfCoveredHeadsAreTold) {
+    for (int address = 1; address <= 3; ++address) open(address).parentWidget()->showMinimized();
+    const auto* label = child<QLabel>(form, "TroubleLabel");
+    const auto tells = [&](const char* text) {
+        return QTest::qWaitFor([&] {
+            clock.advance(std::chrono::milliseconds(100));
+            return label->text() == QLatin1String(text);
+        });
+    };
+    for (const int address : {1, 3}) bus.find(address)->shut_down(7, "Helix");
+    bus.find(2)->line.silent = true;
+    EXPECT_TRUE(tells("Shutdown: 1001, 1003   No answer: 1002"));
+    bus.find(1)->clear_faults();
+    bus.find(2)->line.silent = false;
+    EXPECT_TRUE(tells("Shutdown: 1003"));
+    station.close_window(3);
+    EXPECT_TRUE(tells(""));
+}
+
 // A click that is carried out while a visit lets events run may open a box too; the rule that keeps
 // visits from nesting there must not stop the polling for as long as that box is open.
 TEST_F(MainWindow, PollingGoesOnBesideABoxOpenedWhileEventsRun) {
