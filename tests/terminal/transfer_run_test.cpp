@@ -1,7 +1,6 @@
 // A transfer on the terminal line: who holds it when, what is swallowed, what ends it.
 #include <gtest/gtest.h>
 
-#include "terminal/null_modem_test.h"
 #include "terminal/text_transfer.h"
 #include "terminal/transfer_run.h"
 #include "terminal/xmodem_receiver.h"
@@ -44,22 +43,6 @@ class TransferRunTest : public ::testing::Test {
     std::string terminal;
     std::optional<TransferRun> run;
 };
-
-// Fault: the terminal gets, or eats, what belongs to the transfer; the line is never given back.
-TEST_F(TransferRunTest, HoldsTheLineUntilItsEnd) {
-    NullModemTest test(std::nullopt, 7, character_time(line.settings()), clock.now());
-    port.responder = [](const std::string& text) { return ScriptedPort::Answer{{milliseconds(90), text}}; };
-    ASSERT_TRUE(start(test));
-    NullModemTest second(std::nullopt, 8, character_time(line.settings()), clock.now());
-    EXPECT_FALSE(TransferRun(line, second).start());
-    pass(milliseconds(100));
-    EXPECT_TRUE(run->over());
-    EXPECT_NE(test.message().find("came back in 100 ms"), std::string::npos) << test.message();
-    EXPECT_EQ(terminal, "");
-    port.arrive("mine");
-    line.pump();
-    EXPECT_EQ(terminal, "mine");
-}
 
 // Fault: the rest of a block runs over the terminal, which takes it for a broken call.
 TEST_F(TransferRunTest, SwallowsTheRestOfACancelledTransfer) {
