@@ -298,7 +298,8 @@ TEST_F(TerminalTest, CarriesOutRequests) {
     shown.clear();
     receive(request);
     pass(milliseconds(1000));
-    EXPECT_EQ(to_hex(bus_port.written.back()), "01 05 06 52 44 53 54 41 54 37 29");
+    ASSERT_EQ(bus_port.written.size(), 1U);
+    EXPECT_EQ(to_hex(bus_port.written[0]), "01 05 06 52 44 53 54 41 54 37 29");
     EXPECT_EQ(take_sent(), answer);
     EXPECT_EQ(shown, request + answer);
 

@@ -37,6 +37,7 @@ class Desk : public ::testing::Test {
             if (box == nullptr)
                 return;
             box_watch.stop();
+            told = box->text().toStdString();
             box_action(*box);
             QTest::keyClick(box, Qt::Key_Escape);
         });
@@ -91,9 +92,9 @@ class Desk : public ::testing::Test {
         QApplication::processEvents();
     }
 
-    // Runs the action as soon as a message box is open, then closes the box with Escape. A test
-    // whose box never came fails.
-    void when_box_opens(std::function<void(QMessageBox&)> action) {
+    // Keeps the text of the next message box in `told`, runs the action, then closes the box with
+    // Escape. A test whose box never came fails.
+    void when_box_opens(std::function<void(QMessageBox&)> action = [](QMessageBox&) {}) {
         box_action = std::move(action);
         box_watch.start(1);
     }
@@ -103,6 +104,14 @@ class Desk : public ::testing::Test {
         dialog_name = QLatin1String(name);
         dialog_action = std::move(action);
         dialog_watch.start(1);
+    }
+
+    // Lets the station live until it is so.
+    bool comes(const std::function<bool()>& condition) {
+        return QTest::qWaitFor([&] {
+            clock.advance(std::chrono::milliseconds(100));
+            return condition();
+        });
     }
 
     std::vector<std::string> take_settings() { return std::exchange(settings, {}); }
@@ -122,6 +131,7 @@ class Desk : public ::testing::Test {
     std::vector<std::string> settings;  // commands of class 16, without their frames
     std::map<int, int> frames_sent;     // by address
     int sounds = 0;
+    std::string told;
     QTimer box_watch;
     std::function<void(QMessageBox&)> box_action;
     QTimer dialog_watch;
