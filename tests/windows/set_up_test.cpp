@@ -68,21 +68,6 @@ TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
     }
 }
 
-TEST_F(SetUpMenu, ScreenSettingsAreThoseOfTheActiveHead) {
-    form.mnuToolsScreen_Click(0);  // no head, no dialog
-    open(1);
-    frmMachine& second = open(2);
-    ScreenSettings look = second.head()->panel().look();
-    look.fore_colour = 0x123456;
-    second.head()->apply_screen_settings(look);
-    when_dialog_opens("frmColor", [&](QDialog& dialog) {
-        second.head()->apply_screen_settings({});
-        click(dialog, "Command1(0)");
-    });
-    form.mnuToolsScreen_Click(0);
-    EXPECT_EQ(second.head()->panel().look(), look);
-}
-
 TEST_F(SetUpMenu, TheStationAsksForABand) {
     when_dialog_opens("frmBand", [&](QDialog& dialog) {
         enter(dialog, "cboBand", "KU/DBS");
