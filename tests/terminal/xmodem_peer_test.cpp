@@ -86,7 +86,8 @@ TEST_F(XmodemPeer, FilesArriveWhole) {
         std::size_t block;
         int spoil;
     } cases[] = {
-        {"sent with the sum, a good line", {"rx", "-q", "file"}, 1000, 128, 0},
+        {"nothing sent, a good line", {"rx", "-q", "file"}, 0, 128, 0},
+        {"sent with the sum, blocks without filling", {"rx", "-q", "file"}, 1024, 128, 0},
         {"sent with the CRC, more blocks than numbers, noise",
          {"rx", "-q", "-c", "file"},
          34'000,

@@ -12,8 +12,6 @@
 
 #include "buslink/settings_files.h"
 #include "buslink/ui/frmSerial.h"
-#include "buslink/ui/frmSetup.h"
-#include "buslink/wire/binary_frame.h"
 #include "controlhead/ui/frmBand.h"
 #include "platform/text_file.h"
 #include "tests/support/recording_operator.h"
@@ -143,63 +141,6 @@ TEST_F(SetupDialogTest, cancel_and_escape_keep_the_fields_and_send_nothing) {
         EXPECT_TRUE(port.opened.empty());
         std::filesystem::remove(path);
     }
-}
-
-// While the amplifier is asked the notice is on the screen and a second OK, Escape or a close is
-// not taken; a failure leaves the dialog open for another try.
-TEST_F(SetupDialogTest, takes_no_input_while_the_line_is_checked) {
-    int exchanges = 0;
-    bool answers = false;
-    std::string number;
-    AmplifierSetup setup(bus, person,
-                         {.bus_in_use = [] { return false; },
-                          .address_in_use = [](int) { return false; },
-                          .ask_band = [] { return std::string(); }});
-    frmSetup dialog(setup, path, bus.ports(), person);
-    show(dialog);
-    expect_spoken(dialog, QStringLiteral("Setup Amplifier Communication"));
-    auto* ok = part<QPushButton>(dialog, "cmdOk");
-    auto* wait = part<QLabel>(dialog, "lblWait");
-    EXPECT_FALSE(wait->isVisible());
-
-    struct PaintWatch : QObject {
-        bool painted = false;
-        bool eventFilter(QObject*, QEvent* event) override {
-            painted |= event->type() == QEvent::Paint;
-            return false;
-        }
-    } watch;
-    wait->installEventFilter(&watch);
-    port.responder = [&](const std::string& frame) -> ScriptedPort::Answer {
-        ++exchanges;
-        EXPECT_TRUE(watch.painted);
-        QTest::mouseClick(ok, Qt::LeftButton);
-        QTest::keyClick(&dialog, Qt::Key_Return);
-        QTest::keyClick(&dialog, Qt::Key_Escape);
-        dialog.close();
-        EXPECT_TRUE(dialog.isVisible());
-        if (!answers)
-            return {};
-        if (frame[0] == '\x01')
-            return {{std::chrono::milliseconds(1), build_reply_frame(Crc16(), '\x06', 0, "\x11\x01")}};
-        return {{std::chrono::milliseconds(1), "*77 X\x03\r"}};
-    };
-    QTest::keyClick(&dialog, Qt::Key_Return);
-    EXPECT_EQ(person.take_texts(), Texts{"Read Status Failed, Check the Settings"});
-    EXPECT_EQ(exchanges, 1);
-    EXPECT_TRUE(dialog.isVisible());
-    EXPECT_TRUE(wait->isVisible());
-    EXPECT_FALSE(file_exists(path));
-
-    answers = true;
-    QTest::mouseClick(ok, Qt::LeftButton);
-    EXPECT_EQ(exchanges, 2) << "the other amplifiers are not polled between the exchanges";
-    QTest::keyClick(&dialog, Qt::Key_Escape);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !dialog.isVisible(); }));
-    EXPECT_EQ(exchanges, 4);
-    EXPECT_EQ(dialog.result_of_ok().outcome, SetupResult::Outcome::add);
-    EXPECT_EQ(dialog.result_of_ok().model, "77");
-    EXPECT_EQ(read_text_lines(path), (Texts{"RS-485", "COM2:", "6", "1"}));
 }
 
 TEST(frm_band, gives_what_was_picked_or_typed_and_nothing_after_cancel) {
