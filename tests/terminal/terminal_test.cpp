@@ -82,17 +82,12 @@ TEST_F(TerminalTest, TypedKeys) {
     EXPECT_EQ(errors, (Texts{"Transmit Buffer Full", "Transmit Buffer Full"}));
 }
 
-TEST_F(TerminalTest, ModemCommands) {
-    EXPECT_FALSE(terminal.modem().auto_answer());
-    EXPECT_FALSE(terminal.modem().answers());
+// The loudspeaker of another volume.
+TEST_F(TerminalTest, Volumes) {
     open();
-    for (const bool answers : {true, false}) {
-        EXPECT_TRUE(terminal.modem().auto_answer());
-        EXPECT_EQ(terminal.modem().answers(), answers);
-    }
     for (const Volume volume : {Volume::off, Volume::low, Volume::medium, Volume::high})
         EXPECT_TRUE(terminal.modem().set_volume(volume));
-    EXPECT_EQ(take_sent(), "ATE1M0S0=1\rATS0=0\rATM0\rATL1M1\rATL2M1\rATL3M1\r");
+    EXPECT_EQ(take_sent(), "ATM0\rATL1M1\rATL2M1\rATL3M1\r");
 }
 
 // DTR comes back too early, never, or the modem gets command text as well.
