@@ -41,6 +41,7 @@ class ChildProgram {
         line_ = Descriptor(ends[0]);
         const Descriptor far(ends[1]);
         std::vector<char*> argv;
+        argv.reserve(arguments.size() + 1);
         for (std::string& argument : arguments) argv.push_back(argument.data());
         argv.push_back(nullptr);
         process_ = fork();
