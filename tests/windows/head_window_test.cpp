@@ -146,12 +146,12 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
     const int before = bar.value();
     bus.find(1)->faults.refuse_code = 4;
     when_box_opens([](QMessageBox&) {});
-    int told = 0;
-    QObject::connect(&machine.panel_view(), &PanelView::scroll_moved, &machine, [&told] { ++told; });
+    int moves = 0;
+    QObject::connect(&machine.panel_view(), &PanelView::scroll_moved, &machine, [&moves] { ++moves; });
     bar.setValue(100);
     for (int i = 0; i < 5; ++i) QApplication::processEvents();
     EXPECT_EQ(take_settings().size(), 1U);
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(moves, 1);
     EXPECT_EQ(bar.value(), before);
 
     activate();
