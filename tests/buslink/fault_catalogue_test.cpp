@@ -134,12 +134,10 @@ TEST_P(FaultCatalogue, EndsInTimeAndLeavesNothingBehind) {
     }
 }
 
-std::string name_of(const testing::TestParamInfo<LineFault>& info) {
-    return info.param.name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Line, FaultCatalogue, testing::ValuesIn(binary_faults()), name_of);
-INSTANTIATE_TEST_SUITE_P(TextLine, FaultCatalogue, testing::ValuesIn(text_faults()), name_of);
+INSTANTIATE_TEST_SUITE_P(Line, FaultCatalogue, testing::ValuesIn(binary_faults()),
+                         name_of_fault<testing::TestParamInfo<LineFault>>);
+INSTANTIATE_TEST_SUITE_P(TextLine, FaultCatalogue, testing::ValuesIn(text_faults()),
+                         name_of_fault<testing::TestParamInfo<LineFault>>);
 
 }  // namespace
 }  // namespace ampdesk

@@ -32,6 +32,11 @@ struct LineFault {
 const std::vector<LineFault>& binary_faults();
 const std::vector<LineFault>& text_faults();
 
+// For the names of parameterised tests.
+template <class Info>
+std::string name_of_fault(const Info& info) {
+    return info.param.name;
+}
 inline void PrintTo(const LineFault& fault, std::ostream* out) {
     *out << fault.name;
 }
