@@ -54,10 +54,17 @@ void SessionLog::open(const std::string& path) {
     if (!opened)
         fail(errno);
     file_ = std::move(opened);
-    const CivilTime now = clock_.local_time();
-    char head[64];
-    std::snprintf(head, sizeof head, "Terminal log of %04d-%02d-%02d\r\n", now.year, now.month, now.day);
-    write(head);
+    date_.clear();
+    write(new_date(clock_.local_time()));
+}
+
+// The heading of a date that no heading has told yet; empty otherwise.
+std::string SessionLog::new_date(const CivilTime& now) {
+    char date[64];
+    std::snprintf(date, sizeof date, "Terminal log of %04d-%02d-%02d\r\n", now.year, now.month, now.day);
+    if (date == date_)
+        return {};
+    return date_ = date;
 }
 
 void SessionLog::close() {
@@ -73,7 +80,7 @@ void SessionLog::note(const TerminalTraffic& traffic) {
     std::snprintf(stamp, sizeof stamp, "%02d:%02d:%02d.%03d %-9s", now.hour, now.minute, now.second,
                   now.millisecond, traffic.sent ? "sent" : "received");
     try {
-        write(stamp + printed(traffic.bytes) + "\r\n");
+        write(new_date(now) + stamp + printed(traffic.bytes) + "\r\n");
     } catch (const RunTimeError& error) {
         if (on_failure)
             on_failure(error.what());

@@ -108,19 +108,30 @@ struct LogTest : testing::Test {
     ScratchFolder folder;
 };
 
-// A direction, a time or a byte that reads as another; a line that could be taken for two.
+// A direction, a time or a byte that reads as another; a line that could be taken for two; a time of
+// day that may be of any day.
 TEST_F(LogTest, EveryStretchWithItsTimeAndDirection) {
     const std::string path = folder.put("my.log", "an older log that is longer than the new one\r\n");
     log.open(path);
     log.note({true, "ATE1M0S0=1\r"});
     clock.advance(std::chrono::milliseconds(955));
     log.note({false, std::string_view("\r\n<OK>\x00\xB0~ ", 10)});
+    clock.step_wall(std::chrono::hours(15));
+    log.note({false, "x"});
+    log.note({true, "y"});
+    clock.step_wall(-std::chrono::hours(24 * 365));
+    log.note({true, "z"});
     log.close();
     log.note({true, "not this"});
     EXPECT_EQ(file_bytes(path),
               "Terminal log of 2026-03-10\r\n"
               "09:05:07.045 sent     ATE1M0S0=1<0D>\r\n"
-              "09:05:08.000 received <0D><0A><3C>OK><00><B0>~ \r\n");
+              "09:05:08.000 received <0D><0A><3C>OK><00><B0>~ \r\n"
+              "Terminal log of 2026-03-11\r\n"
+              "00:05:08.000 received x\r\n"
+              "00:05:08.000 sent     y\r\n"
+              "Terminal log of 2025-03-11\r\n"
+              "00:05:08.000 sent     z\r\n");
     EXPECT_EQ(failures, std::vector<std::string>{});
 }
 
