@@ -39,8 +39,8 @@ const ClockStep k_steps[] = {
     {.name = "ADayOfSleep", .asleep = 24h},
 };
 
-void PrintTo(const ClockStep& step, std::ostream* out) {
-    *out << step.name;
+std::ostream& operator<<(std::ostream& out, const ClockStep& step) {
+    return out << step.name;
 }
 
 // A line on which something happens in the middle of the wait for an answer.
@@ -199,7 +199,7 @@ TEST_P(ClockSteps, AnXmodemTransfer) {
     TransferRig rig;
     rig.clock.set_wall(GetParam().time_of_day - 100ms);
     rig.forth.spoil = [&](std::string& bytes, std::size_t offset) {
-        if (offset != 2 * 133)
+        if (offset != std::size_t{2} * 133)
             return;
         step(rig.clock);
         bytes.resize(50);

@@ -16,17 +16,62 @@ using enum LineFault::Result;
 
 constexpr int k_turn = 20;  // milliseconds between a request and what answers it
 
-// In one piece, that long after the request.
-Line brings(const std::function<std::string(const std::string&, const std::string&)>& bytes,
-            int after = k_turn) {
-    return [=](const std::string& request, const std::string& reply) {
-        return Answer{{milliseconds(after), bytes(request, reply)}};
-    };
+// What there is to make a fault of.
+struct Frames {
+    const std::string& request;
+    const std::string& reply;
+    std::string echo() const { return request.substr(3, request.size() - 5); }
+    std::string data() const { return reply.substr(3, reply.size() - 5); }
+};
+using Bytes = std::string (*)(const Frames&);
+
+std::string with_byte(std::string bytes, std::size_t at, int value) {
+    bytes[at] = static_cast<char>(value);
+    return bytes;
 }
 
-// The reply itself, that late.
-Line after(int time) {
-    return brings([](const auto&, const auto& reply) { return reply; }, time);
+// A sound frame in place of the reply.
+std::string framed(const Frames& f, const std::string& data, char first = k_ack, int address = 0) {
+    return build_reply_frame(Crc16{}, first, static_cast<std::uint8_t>(f.reply[1] + address), data);
+}
+
+// The same reply but for its last data byte.
+std::string other_value(const Frames& f, int address = 0) {
+    std::string data = f.data();
+    data.back() = static_cast<char>(data.back() ^ 0x20);
+    return framed(f, data, k_ack, address);
+}
+
+// These bytes so long after the request, then more of them.
+Line brings(Bytes bytes, int after, Bytes more = nullptr, int later = 0) {
+    return [=](const std::string& request, const std::string& reply) {
+        const Frames frames{request, reply};
+        Answer answer{{milliseconds(after), bytes(frames)}};
+        if (answer[0].bytes.empty())
+            answer.clear();
+        if (more != nullptr)
+            answer.push_back({milliseconds(later), more(frames)});
+        return answer;
+    };
+}
+LineFault answered(const char* name, Bytes bytes) {
+    return {name, brings(bytes, k_turn), own, k_turn};
+}
+LineFault odd(const char* name, Bytes bytes) {
+    return {name, brings(bytes, k_turn), as_sent, k_turn};
+}
+LineFault failing(const char* name, Bytes bytes, int ends) {
+    return {name, brings(bytes, k_turn), nothing, ends};
+}
+
+std::string reply_of(const Frames& f) {
+    return f.reply;
+}
+std::string echo_of(const Frames& f) {
+    return f.request;
+}
+std::string silence(const Frames&) {
+    return {};
 }
 
 // The reply byte by byte, the last one at that time.
@@ -50,7 +95,7 @@ Line without_end(const std::string& bytes, int end) {
     };
 }
 
-// One byte of it, then forty, then the reply or silence.
+// One byte of it, then all, then the reply or silence.
 Line noisy(const std::string& noise, bool reply_follows) {
     return [=](const std::string&, const std::string& reply) {
         Answer answer{{milliseconds(3), noise.substr(0, 1)}, {milliseconds(6), noise}};
@@ -67,122 +112,69 @@ std::string random_bytes() {
     return bytes;
 }
 
-std::string with_byte(std::string bytes, std::size_t at, int value) {
-    bytes[at] = static_cast<char>(value);
-    return bytes;
-}
-
-// The reply with other data, or from another address, in a frame that is sound again.
-std::string framed(const std::string& reply, const std::string& data, char first = k_ack, int address = 0) {
-    return build_reply_frame(Crc16{}, first, static_cast<std::uint8_t>(reply[1] + address), data);
-}
-
-std::string data_of(const std::string& reply) {
-    return reply.substr(3, reply.size() - 5);
-}
-
-// The same reply but for its last data byte.
-std::string other_value(const std::string& reply, int address = 0) {
-    std::string data = data_of(reply);
-    data.back() = static_cast<char>(data.back() ^ 0x20);
-    return framed(reply, data, k_ack, address);
-}
-
-std::string echo_of(const std::string& request) {
-    return request.substr(3, request.size() - 5);
-}
-
 std::vector<LineFault> all_binary() {
+    constexpr int k_limit = 1000;
+    using F = const Frames&;
     std::vector<LineFault> faults = {
-        {"Silence", [](const auto&, const auto&) { return Answer{}; }},
-        {"AtTheLastInstant", after(1000), own, 1000},
-        {"AMillisecondLate", after(1001)},
-        {"LateBeforeTheNextRequest", after(1030)},
-        {"LateAfterTheNextRequest", after(1080), nothing, 1000, true},
-        {"AnotherAddressFirst",
-         brings([](const auto&, const auto& reply) { return other_value(reply, 1) + reply; }), anothers,
+        failing("Silence", silence, k_limit),
+        {"AtTheLastInstant", brings(reply_of, k_limit), own, k_limit},
+        {"AMillisecondLate", brings(reply_of, k_limit + 1)},
+        {"LateBeforeTheNextRequest", brings(reply_of, k_limit + 30)},
+        {"LateAfterTheNextRequest", brings(reply_of, k_limit + 80), nothing, k_limit, true},
+        {"AnotherAddressFirst", brings([](F f) { return other_value(f, 1) + f.reply; }, k_turn), anothers,
          k_turn},
-        {"DuplicateAtOnce", brings([](const auto&, const auto& reply) { return reply + reply; }), own,
-         k_turn},
-        {"DuplicateAfterTheNextRequest",
-         [](const auto&, const auto& reply) {
-             return Answer{{milliseconds(k_turn), reply}, {milliseconds(k_turn + 40), reply}};
-         },
-         own, k_turn, true},
-        {"TwoRepliesInOneRead",
-         brings([](const auto&, const auto& reply) { return reply + other_value(reply); }), own, k_turn},
-        {"EchoBefore",
-         [](const auto& request, const auto& reply) {
-             return Answer{{milliseconds(2), request}, {milliseconds(k_turn), reply}};
-         },
-         own, k_turn},
-        {"EchoInOneRead", brings([](const auto& request, const auto& reply) { return request + reply; }), own,
-         k_turn},
-        {"EchoAlone", brings([](const auto& request, const auto&) { return request; })},
-        {"EchoPartialBefore",
-         brings([](const auto& request, const auto& reply) { return request.substr(0, 3) + reply; }), own,
-         k_turn},
-        {"EchoPartialAlone", brings([](const auto& request, const auto&) { return request.substr(0, 3); })},
-        {"EchoAlteredBefore",
-         brings([](const auto& request, const auto& reply) { return with_byte(request, 2, 0x41) + reply; }),
-         own, k_turn},
-        {"EchoAlteredAlone",
-         brings([](const auto& request, const auto&) { return with_byte(request, 2, 0x41); })},
+        answered("DuplicateAtOnce", [](F f) { return f.reply + f.reply; }),
+        {"DuplicateAfterTheNextRequest", brings(reply_of, k_turn, reply_of, k_turn + 40), own, k_turn, true},
+        answered("TwoRepliesInOneRead", [](F f) { return f.reply + other_value(f); }),
+        {"EchoBefore", brings(echo_of, 2, reply_of, k_turn), own, k_turn},
+        answered("EchoInOneRead", [](F f) { return f.request + f.reply; }),
+        failing("EchoAlone", echo_of, k_limit),
+        answered("EchoPartialBefore", [](F f) { return f.request.substr(0, 3) + f.reply; }),
+        failing(
+            "EchoPartialAlone", [](F f) { return f.request.substr(0, 3); }, k_limit),
+        answered("EchoAlteredBefore", [](F f) { return with_byte(f.request, 2, 0x41) + f.reply; }),
+        failing(
+            "EchoAlteredAlone", [](F f) { return with_byte(f.request, 2, 0x41); }, k_limit),
         // It begins as a refusal does then, and has the echo of one.
-        {"EchoAlteredToANak",
-         [](const auto& request, const auto& reply) {
-             return Answer{{milliseconds(2), with_byte(request, 0, k_nak)}, {milliseconds(k_turn), reply}};
-         },
+        {"EchoAlteredToANak", brings([](F f) { return with_byte(f.request, 0, k_nak); }, 2, reply_of, k_turn),
          nothing, 2},
         {"NoiseWithoutEnd", without_end("\x06\x15~", 1700)},
-        {"BadCrc", brings([](const auto&, const auto& reply) {
-             return with_byte(reply, reply.size() - 1, reply.back() ^ 1);
-         }),
-         nothing, k_turn},
-        {"BadData",
-         brings([](const auto&, const auto& reply) { return with_byte(reply, 5, reply[5] ^ 0x10); }), nothing,
-         k_turn},
-        {"CrcSwapped", brings([](const auto&, const auto& reply) {
-             return reply.substr(0, reply.size() - 2) + reply.back() + reply[reply.size() - 2];
-         }),
-         nothing, k_turn},
-        {"Length255", brings([](const auto&, const auto& reply) {
-             std::string data = data_of(reply);
-             data.resize(255);
-             return framed(reply, data);
-         }),
-         as_sent, k_turn},
-        {"Length255ButShort",
-         brings([](const auto&, const auto& reply) { return with_byte(reply, 2, 255); })},
-        {"Length0", brings([](const auto&, const auto& reply) { return framed(reply, ""); }), as_sent,
-         k_turn},
-        {"Length0ButLonger", brings([](const auto&, const auto& reply) { return with_byte(reply, 2, 0); })},
-        {"LongerThanDeclared", brings([](const auto&, const auto& reply) { return reply + "ABC"; }), own,
-         k_turn},
-        {"DeclaredTooShort",
-         brings([](const auto&, const auto& reply) { return with_byte(reply, 2, reply[2] - 1); }), nothing,
-         k_turn},
-        {"Truncated",
-         brings([](const auto&, const auto& reply) { return reply.substr(0, reply.size() - 1); })},
-        {"TruncatedThenWhole",
-         brings([](const auto&, const auto& reply) { return reply.substr(0, 5) + reply; }), own, k_turn},
-        {"DripInsideTheDeadline", drips(990), own, 990},
-        {"DripPastTheDeadline", drips(1200)},
-        {"NakOfAnUnknownCode", brings([](const auto& request, const auto& reply) {
-             return framed(reply, echo_of(request) + '\x77', k_nak);
-         }),
-         as_sent, k_turn},
-        {"NakWithBadCrc", brings([](const auto& request, const auto& reply) {
-             return framed(reply, echo_of(request) + '\x04', k_nak).substr(0, 4 + request[2]) + "??";
-         }),
-         nothing, k_turn},
-        {"WrongCommand", brings([](const auto&, const auto& reply) {
-             return framed(reply, with_byte(data_of(reply), 0, reply[3] + 1));
-         })},
-        {"XonXoffAndFFInTheData", brings([](const auto&, const auto& reply) {
-             return framed(reply, data_of(reply) + "\x11\x13\xFF");
-         }),
-         as_sent, k_turn},
+        failing(
+            "BadCrc", [](F f) { return with_byte(f.reply, f.reply.size() - 1, f.reply.back() ^ 1); }, k_turn),
+        failing(
+            "BadData", [](F f) { return with_byte(f.reply, 5, f.reply[5] ^ 0x10); }, k_turn),
+        failing(
+            "CrcSwapped",
+            [](F f) {
+                const std::size_t low = f.reply.size() - 2;
+                return f.reply.substr(0, low) + f.reply[low + 1] + f.reply[low];
+            },
+            k_turn),
+        odd("Length255", [](F f) { return framed(f, f.data() + std::string(255 - f.data().size(), '\0')); }),
+        failing(
+            "Length255ButShort", [](F f) { return with_byte(f.reply, 2, 255); }, k_limit),
+        odd("Length0", [](F f) { return framed(f, ""); }),
+        failing(
+            "Length0ButLonger", [](F f) { return with_byte(f.reply, 2, 0); }, k_limit),
+        answered("LongerThanDeclared", [](F f) { return f.reply + "ABC"; }),
+        failing(
+            "DeclaredTooShort", [](F f) { return with_byte(f.reply, 2, f.reply[2] - 1); }, k_turn),
+        failing(
+            "Truncated", [](F f) { return f.reply.substr(0, f.reply.size() - 1); }, k_limit),
+        answered("TruncatedThenWhole", [](F f) { return f.reply.substr(0, 5) + f.reply; }),
+        {"DripInsideTheDeadline", drips(k_limit - 10), own, k_limit - 10},
+        {"DripPastTheDeadline", drips(k_limit + 200)},
+        odd("NakOfAnUnknownCode", [](F f) { return framed(f, f.echo() + '\x77', k_nak); }),
+        failing(
+            "NakWithBadCrc",
+            [](F f) {
+                const std::string nak = framed(f, f.echo() + '\x04', k_nak);
+                return with_byte(nak, nak.size() - 1, nak.back() ^ 1);
+            },
+            k_turn),
+        failing(
+            "WrongCommand", [](F f) { return framed(f, with_byte(f.data(), 0, f.reply[3] + 1)); }, k_limit),
+        odd("XonXoffAndFFInTheData", [](F f) { return framed(f, f.data() + "\x11\x13\xFF"); }),
     };
     const std::pair<const char*, std::string> noises[] = {
         {"00", std::string(40, '\0')},   {"FF", std::string(40, '\xFF')}, {"Ack", std::string(40, k_ack)},
@@ -196,37 +188,29 @@ std::vector<LineFault> all_binary() {
 
 // A text reply has neither address nor start nor a check that is looked at.
 std::vector<LineFault> all_text() {
-    constexpr int k_both = 394 + 50 + 394;  // two sendings, and the quiet between them
+    constexpr int k_limit = 394;
+    constexpr int k_both = k_limit + 50 + k_limit;  // two sendings, and the quiet between them
+    using F = const Frames&;
     return {
-        {"TextSilence", [](const auto&, const auto&) { return Answer{}; }, nothing, k_both},
+        failing("TextSilence", silence, k_both),
         // Each falls into the quiet before the next sending, and makes it longer.
-        {"TextLateBeforeTheNextRequest", after(430), nothing, 430 + 50 + 394},
+        {"TextLateBeforeTheNextRequest", brings(reply_of, 430), nothing, 430 + 50 + k_limit},
         // The second sending asks for the same: the answer to the first one is as good.
-        {"TextLateAfterTheSecondSending", after(460), own, 460},
-        {"TextLateAfterTheNextRequest", after(900), nothing, k_both, true},
-        {"TextWithoutEtx",
-         brings([](const auto&, const auto& reply) { return reply.substr(0, reply.size() - 2) + k_cr; }),
-         nothing, k_both},
-        {"TextWithoutCr",
-         brings([](const auto&, const auto& reply) { return reply.substr(0, reply.size() - 1); }), nothing,
-         k_both},
-        {"TextWithNul",
-         brings([](const auto&, const auto& reply) { return std::string("\0=\0", 3) + reply; }), as_sent,
-         k_turn},
-        {"TextWithNonAscii",
-         brings([](const auto&, const auto& reply) { return "\xB0=\xFF\x80\x11\x13" + reply; }), as_sent,
-         k_turn},
-        {"TextEchoBefore", brings([](const auto& request, const auto& reply) { return request + reply; }),
-         own, k_turn},
-        {"TextEchoAlone", brings([](const auto& request, const auto&) { return request; }), nothing, k_both},
-        {"TextTwoRepliesInOneRead",
-         brings([](const auto&, const auto& reply) { return reply + "RDBAND=9\x03\r"; }), own, k_turn},
-        {"TextTornLineBefore", brings([](const auto&, const auto& reply) { return "BAND=9\r" + reply; }), own,
-         k_turn},
-        {"TextLongerThanItsLine", brings([](const auto&, const auto& reply) { return reply + " more"; }), own,
-         k_turn},
+        {"TextLateAfterTheSecondSending", brings(reply_of, 460), own, 460},
+        {"TextLateAfterTheNextRequest", brings(reply_of, 900), nothing, k_both, true},
+        failing(
+            "TextWithoutEtx", [](F f) { return f.reply.substr(0, f.reply.size() - 2) + k_cr; }, k_both),
+        failing(
+            "TextWithoutCr", [](F f) { return f.reply.substr(0, f.reply.size() - 1); }, k_both),
+        odd("TextWithNul", [](F f) { return std::string("\0=\0", 3) + f.reply; }),
+        odd("TextWithNonAscii", [](F f) { return "\xB0=\xFF\x80\x11\x13" + f.reply; }),
+        answered("TextEchoBefore", [](F f) { return f.request + f.reply; }),
+        failing("TextEchoAlone", echo_of, k_both),
+        answered("TextTwoRepliesInOneRead", [](F f) { return f.reply + "RDBAND=9\x03\r"; }),
+        answered("TextTornLineBefore", [](F f) { return "BAND=9\r" + f.reply; }),
+        answered("TextLongerThanItsLine", [](F f) { return f.reply + " more"; }),
         // Until the end of the longest quiet that is waited for after each sending.
-        {"TextNoiseWithoutEnd", without_end("~~", 650), nothing, 394 + 300 + 394},
+        {"TextNoiseWithoutEnd", without_end("~~", 650), nothing, k_limit + 300 + k_limit},
     };
 }
 

@@ -37,8 +37,8 @@ template <class Info>
 std::string name_of_fault(const Info& info) {
     return info.param.name;
 }
-inline void PrintTo(const LineFault& fault, std::ostream* out) {
-    *out << fault.name;
+inline std::ostream& operator<<(std::ostream& out, const LineFault& fault) {
+    return out << fault.name;
 }
 
 }  // namespace ampdesk
