@@ -257,11 +257,23 @@ TEST(PosixSerialPortLost, TakesTheLineBackByItsNameEveryTwoSeconds) {
     port.on_connection_change = [&](bool connected) { changes.push_back(connected); };
     first.unplug();
     EXPECT_EQ(port.wait_readable(clock.now() + seconds(1)), WaitResult::lost);
-    clock.advance(seconds(2));
-    EXPECT_EQ(port.read_waiting(), "");  // an attempt, in vain
+    FarEnd taken;
+    PosixSerialPort other(clock);
+    ASSERT_TRUE(other.open({.device = taken.device()}).ok());
     FarEnd second;
-    std::filesystem::remove(name);
-    std::filesystem::create_symlink(second.device(), name);
+    const auto plug = [&](const std::string& device) {
+        std::filesystem::remove(name);
+        std::filesystem::create_symlink(device, name);
+    };
+    // Attempts in vain: what has come under the name is missing, no serial line, or somebody else's.
+    for (const std::string& in_vain :
+         {folder / "none", folder.path(), std::string("/dev/null"), taken.device()}) {
+        plug(in_vain);
+        clock.advance(seconds(2));
+        EXPECT_EQ(port.read_waiting(), "");
+        EXPECT_FALSE(port.is_connected()) << in_vain;
+    }
+    plug(second.device());
     clock.advance(milliseconds(1999));
     EXPECT_EQ(port.write("early", clock.now() + seconds(1)), PortError::lost);
     EXPECT_EQ(changes, std::vector{false});
