@@ -1,9 +1,11 @@
 #include "terminal/session_log.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <system_error>
 
 #include "platform/run_time_error.h"
@@ -50,7 +52,7 @@ void SessionLog::open(const std::string& path) {
     file_ = Descriptor();
     path_ = path;
     // A queue that nobody reads fails at once and does not hold up the program.
-    Descriptor opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
+    Descriptor opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
     if (!opened)
         fail(errno);
     file_ = std::move(opened);
@@ -58,6 +60,8 @@ void SessionLog::open(const std::string& path) {
     char head[64];
     std::snprintf(head, sizeof head, "Terminal log of %04d-%02d-%02d\r\n", now.year, now.month, now.day);
     write(head);
+    // Only now, so that a full disk does not cost the log of before. A device has nothing to cut.
+    static_cast<void>(ftruncate(file_.get(), static_cast<off_t>(std::strlen(head))) == 0);
 }
 
 void SessionLog::close() {

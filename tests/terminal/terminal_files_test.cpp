@@ -1,12 +1,10 @@
 // "ampdesk.dat" and the session's log: what is kept, what a bad file does, and a disk that fills up.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 #include "platform/run_time_error.h"
 #include "terminal/session_log.h"
 #include "terminal/terminal_settings.h"
+#include "tests/support/full_disk.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
@@ -145,17 +143,13 @@ TEST_F(LogTest, SaysWhyItCannotBeOpened) {
 
 // A disk that fills up ends the program, is told for every byte, or not at all.
 TEST_F(LogTest, AFullDiskClosesItOnce) {
-    const auto before = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    getrlimit(RLIMIT_FSIZE, &limit);
     log.open(folder / "my.log");
-    const rlimit small{.rlim_cur = 60, .rlim_max = limit.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    log.note({true, "A"});
-    EXPECT_TRUE(log.is_open());
-    for (int i = 0; i < 3; ++i) log.note({true, "B"});
-    setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, before);
+    {
+        const FullDisk full(60);
+        log.note({true, "A"});
+        EXPECT_TRUE(log.is_open());
+        for (int i = 0; i < 3; ++i) log.note({true, "B"});
+    }
     EXPECT_FALSE(log.is_open());
     EXPECT_EQ(failures, std::vector<std::string>{"Disk full"});
 }
