@@ -50,7 +50,7 @@ Failure restore_look(Head& head, bool ask_before_restore) {
 
 Failure start(Head& head, bool ask_before_restore, const bool& closed) {
     try {
-        const Failure failure = restore_look(head, ask_before_restore);
+        Failure failure = restore_look(head, ask_before_restore);
         if (closed || !failure.text.empty())
             return failure;
         head.menu_ptr = 1;

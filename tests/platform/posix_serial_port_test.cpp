@@ -5,9 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 
-#include <csignal>
 #include <ctime>
 #include <thread>
 
@@ -146,28 +144,6 @@ TEST_F(PosixSerialPortTest, WaitsExactlyToTheDeadline) {
     EXPECT_LE(taken, milliseconds(1030));
     expect_takes(milliseconds(0), milliseconds(500),
                  [&] { EXPECT_EQ(port.wait_readable(clock.now() - seconds(5)), WaitResult::timed_out); });
-}
-
-// Fault: a signal cuts a wait short, or each one starts the wait anew.
-TEST_F(PosixSerialPortTest, SignalsNeitherCutNorStretchAWait) {
-    open();
-    struct sigaction quiet {};
-    struct sigaction before {};
-    quiet.sa_handler = [](int) {};
-    ASSERT_EQ(sigaction(SIGALRM, &quiet, &before), 0);
-    const itimerval every_ms{{0, 1000}, {0, 1000}};
-    setitimer(ITIMER_REAL, &every_ms, nullptr);
-    const Instant start = clock.now();
-    EXPECT_EQ(port.wait_readable(start + milliseconds(200)), WaitResult::timed_out);
-    const Duration waited = clock.now() - start;
-    clock.sleep_until(start + milliseconds(300));
-    const Duration slept = clock.now() - start;
-    const itimerval never{};
-    setitimer(ITIMER_REAL, &never, nullptr);
-    sigaction(SIGALRM, &before, nullptr);
-    EXPECT_GE(waited, milliseconds(200));
-    EXPECT_GE(slept, milliseconds(300));
-    EXPECT_LT(slept, seconds(1));
 }
 
 // Fault: output is cut when the driver takes only part of it at a time.

@@ -28,7 +28,7 @@ class ServedLine {
     // The line is found under that name, a link; one of before is replaced. The bus is this thread's
     // until the line is unplugged.
     ServedLine(demo::SimBus& bus, const std::string& name, Fate fate = {})
-        : bus_(bus), fate_(std::move(fate)) {
+        : bus_(bus), name_(name), fate_(std::move(fate)) {
         int master = -1;
         int slave = -1;
         char device[64] = "";
@@ -48,11 +48,18 @@ class ServedLine {
         stop_ = true;
         if (thread_.joinable())
             thread_.join();
+        pull();
+    }
+
+  private:
+    // The name goes first: the device's number may be somebody else's the next moment.
+    void pull() {
+        if (master_)
+            std::filesystem::remove(name_);
         slave_.close();
         master_.close();
     }
 
-  private:
     void serve() {
         while (!stop_) {
             pollfd input{.fd = master_.get(), .events = POLLIN, .revents = 0};
@@ -72,13 +79,13 @@ class ServedLine {
                 continue;
             if (!reply.empty())  // what has gone out is to arrive
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            slave_.close();
-            master_.close();
+            pull();
             return;
         }
     }
 
     demo::SimBus& bus_;
+    const std::string name_;
     Fate fate_;
     Descriptor master_;
     Descriptor slave_;

@@ -166,8 +166,10 @@ TEST_P(NvramUnplugged, StopsOrGoesOn) {
     if (!put_back) {
         EXPECT_EQ(person.take_texts(), Texts{"Cmd Receiving Error, Check Connection"});
         EXPECT_TRUE(transfer.nvram_abort);
-        const std::size_t known = k_before + (left == 1 ? 1 : 0);
-        EXPECT_EQ(transfer.nvram_block, static_cast<int>(known));
+        // A whole reply counts, unless a busy machine has read it only after the plug was pulled.
+        const auto known = static_cast<std::size_t>(transfer.nvram_block);
+        ASSERT_GE(known, k_before);
+        ASSERT_LE(known, k_before + (left == 1 ? 1 : 0));
         EXPECT_NE(transfer.panel().status.find(" block #" + std::to_string(known) + " "), std::string::npos)
             << transfer.panel().status;
         line->unplug();
@@ -246,10 +248,12 @@ TEST_F(LineLife, TheHeadOutlivesItsLine) {
         poll(station, 2s);
         const std::string shown = head->panel().line(1);
         ASSERT_FALSE(head->silent());
-        if (fate == Fate::unplugged)
+        if (fate == Fate::unplugged) {
+            std::filesystem::remove(name);  // the device's number may be somebody else's the next moment
             far->end(SIGKILL);
-        else
+        } else {
             far->halt(true);
+        }
         // The driver makes room for a while: it hands on what it holds to the far end's.
         for (int full = 0; fate == Fate::full && full < 3; ++full) {
             for (; port.write_some(std::string(1, '\0')).value_or(0) > 0; full = 0) {
@@ -280,7 +284,7 @@ TEST_F(LineLife, TheHeadOutlivesItsLine) {
     }
 }
 
-// A signal cuts an exchange short, is taken for an unplugged line, or starts its wait anew.
+// A signal cuts an exchange or a sleep short, is taken for an unplugged line, or starts its wait anew.
 TEST_F(LineLife, AStormOfSignalsDisturbsNoExchange) {
     ServedLine line(bus, name);
     open();
@@ -292,10 +296,13 @@ TEST_F(LineLife, AStormOfSignalsDisturbsNoExchange) {
     const itimerval never{};
     setitimer(ITIMER_REAL, &every_half_ms, nullptr);
     int answered = 0;
-    for (int i = 0; i < 300; ++i) answered += ask(1) > 0 ? 1 : 0;
+    for (int i = 0; i < 300; ++i) answered += ask(1, 10s) > 0 ? 1 : 0;  // the machine may be busy
     const Instant start = clock.now();
     EXPECT_EQ(ask(9, 150ms), 0);
     const Duration taken = clock.now() - start;
+    const Instant awake = far_clock.now() + 50ms;
+    far_clock.sleep_until(awake);
+    EXPECT_GE(far_clock.now(), awake);
     setitimer(ITIMER_REAL, &never, nullptr);
     sigaction(SIGALRM, &before, nullptr);
     EXPECT_EQ(answered, 300);
