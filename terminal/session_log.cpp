@@ -1,6 +1,7 @@
 #include "terminal/session_log.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -50,12 +51,15 @@ void SessionLog::open(const std::string& path) {
     file_ = Descriptor();
     path_ = path;
     // A queue that nobody reads fails at once and does not hold up the program.
-    Descriptor opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
+    Descriptor opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
     if (!opened)
         fail(errno);
     file_ = std::move(opened);
     date_.clear();
-    write(new_date(clock_.local_time()));
+    const std::string head = new_date(clock_.local_time());
+    write(head);
+    // Only now, so that a full disk does not cost the log of before. A device has nothing to cut.
+    static_cast<void>(ftruncate(file_.get(), static_cast<off_t>(head.size())) == 0);
 }
 
 // The heading of a date that no heading has told yet; empty otherwise.

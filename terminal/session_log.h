@@ -16,8 +16,8 @@ class SessionLog {
   public:
     explicit SessionLog(Clock& clock) : clock_(clock) {}
 
-    // Begins the file anew. Throws a run-time error with the cause when it cannot be written; a log
-    // that was open is closed either way.
+    // Begins the file anew; one that is there is lost only when the new one has its first line. Throws a
+    // run-time error with the cause when it cannot be written; a log that was open is closed either way.
     void open(const std::string& path);
 
     // Throws when the last bytes could not be kept; the log is closed all the same.

@@ -239,12 +239,9 @@ void MDIForm1::shut_down() {
     terminal_->finish();
     tools_.close();
     help_.reset();
-    try {
-        layout_.save();
-    } catch (const RunTimeError& error) {
-        person_.notify(error.what(), "layout.dat");
-    }
-    station_.close_all();
+    UnsavedFiles unsaved;
+    unsaved.attempt("layout.dat", [this] { layout_.save(); });
+    station_.close_all(std::move(unsaved));
 }
 
 void MDIForm1::closeEvent(QCloseEvent* event) {

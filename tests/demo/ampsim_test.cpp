@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "demo/ampsim_options.h"
-#include "tests/support/child_program.h"
 #include "tests/support/hex_bytes.h"
+#include "tests/support/running_ampsim.h"
 
 namespace ampdesk::demo {
 namespace {
@@ -41,21 +41,6 @@ TEST(AmpsimOptions, TellsMistakes) {
     for (const auto& [arguments, error] : cases) EXPECT_EQ(parse_ampsim_options(arguments).error, error);
 }
 
-std::string answer(const ChildProgram& ampsim) {
-    std::string line;
-    while (!line.ends_with('\n')) {
-        const std::string byte = ampsim.receive(1, 10'000);
-        if (byte.empty())
-            return line + " (nothing more)";
-        line += byte;
-    }
-    return line.substr(0, line.size() - 1);
-}
-std::string command(const ChildProgram& ampsim, const std::string& line) {
-    ampsim.send(line + "\n");
-    return answer(ampsim);
-}
-
 // One station's visit: opens the device, sends a status request, returns what comes, hangs up.
 std::string ask_status(const std::string& device, int milliseconds) {
     const int line = ::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
@@ -74,15 +59,15 @@ TEST(Ampsim, ServesStationsUntilItIsToldToEnd) {
     const std::string link = testing::TempDir() + "ampsim-link-" + std::to_string(::getpid());
     std::filesystem::create_symlink("/nowhere/at/all", link);  // left behind by one that was killed
     const std::string status = "06 05 07 11 00 11 02 00 00 02 E3 D2";
-    ChildProgram ampsim({AMPSIM_PROGRAM, "--address", "5", "--link", link, "--baud", "19200"});
-    const std::string device = answer(ampsim);
+    RunningAmpsim ampsim({"--address", "5", "--link", link, "--baud", "19200"});
+    const std::string device = ampsim.answer();
     EXPECT_EQ(std::filesystem::read_symlink(link), device);
     EXPECT_EQ(ask_status(device, 10'000), status);
     EXPECT_EQ(ask_status(link, 10'000), status);  // the first one's hang-up has changed nothing
-    EXPECT_EQ(command(ampsim, "silent on"), "ok");
+    EXPECT_EQ(ampsim.command("silent on"), "ok");
     EXPECT_EQ(ask_status(device, 100), "");
-    EXPECT_EQ(command(ampsim, "silent maybe"), "error: silent wants on or off");
-    EXPECT_EQ(command(ampsim, "silent off"), "ok");
+    EXPECT_EQ(ampsim.command("silent maybe"), "error: silent wants on or off");
+    EXPECT_EQ(ampsim.command("silent off"), "ok");
     ampsim.end_its_input();
     EXPECT_EQ(ask_status(device, 10'000), status);
     EXPECT_EQ(ampsim.end(SIGTERM), 0);
@@ -91,13 +76,13 @@ TEST(Ampsim, ServesStationsUntilItIsToldToEnd) {
 
 // A "quit" that does not; a file of somebody else's that is deleted to make room for the link.
 TEST(Ampsim, QuitsAndLeavesWhatIsNotAStaleLinkAlone) {
-    ChildProgram quitting({AMPSIM_PROGRAM, "--address", "5"});
-    answer(quitting);
-    EXPECT_EQ(command(quitting, "quit"), "ok");
+    RunningAmpsim quitting({"--address", "5"});
+    quitting.answer();
+    EXPECT_EQ(quitting.command("quit"), "ok");
     EXPECT_EQ(quitting.end(), 0);
     const std::string target = testing::TempDir() + "ampsim-other-" + std::to_string(::getpid());
     std::filesystem::create_symlink("/dev/null", target);
-    ChildProgram ampsim({AMPSIM_PROGRAM, "--address", "5", "--link", target});
+    RunningAmpsim ampsim({"--address", "5", "--link", target});
     EXPECT_EQ(ampsim.end(), 1);
     EXPECT_EQ(std::filesystem::read_symlink(target), "/dev/null");
     std::filesystem::remove(target);

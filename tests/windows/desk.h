@@ -16,6 +16,22 @@
 
 namespace ampdesk {
 
+// The operator behind real windows, whose answers a test may take over.
+class DeskOperator : public QtOperator {
+  public:
+    Answer ask(const Message& message) override {
+        return on_ask ? on_ask(message) : QtOperator::ask(message);
+    }
+    std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
+                                                   std::string_view suggestion,
+                                                   bool ask_to_replace) override {
+        return on_ask ? std::exchange(choice, std::nullopt)
+                      : QtOperator::choose_file_to_save(title, filter, suggestion, ask_to_replace);
+    }
+    std::function<Answer(const Message&)> on_ask;
+    std::optional<std::string> choice;  // of the next file; else cancelled
+};
+
 class Desk : public ::testing::Test {
   protected:
     // Without a port the terminal stays closed, as in the demonstration.
@@ -122,7 +138,7 @@ class Desk : public ::testing::Test {
     ManualClock clock;
     demo::SimBus bus{clock};
     demo::SimPort port{bus, clock};
-    QtOperator person;
+    DeskOperator person;
     BusLink link;
     HeadServices services{link, clock, person, {}};
     Station station{services};

@@ -1,17 +1,15 @@
 // The terminal in the main window, over a real line: keys, received text, the Modem menu, unplugging,
 // and closing with output that has not left.
-#include <sys/resource.h>
-
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
 #include <QLineEdit>
-#include <csignal>
 #include <ctime>
 
 #include "platform/posix/posix_serial_port.h"
 #include "shell/ui/terminal_control.h"
 #include "tests/platform/far_end.h"
+#include "tests/support/full_disk.h"
 #include "tests/windows/desk.h"
 #include "tests/windows/spoken.h"
 
@@ -167,16 +165,12 @@ TEST_F(TerminalWindow, LogUntilTheDiskIsFull) {
     receive("B");
     EXPECT_NE(file_bytes(path).find(" sent     A\r\n"), std::string::npos);
     EXPECT_NE(file_bytes(path).find(" received B\r\n"), std::string::npos);
-    const auto before = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit small{.rlim_cur = 100, .rlim_max = limit.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
     when_box_opens([&](QMessageBox& box) { told += '|' + box.informativeText().toStdString(); });
-    QTest::keyClicks(Term, QStringLiteral("CDE"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
-    setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, before);
+    {
+        const FullDisk full(100);
+        QTest::keyClicks(Term, QStringLiteral("CDE"));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
+    }
     EXPECT_EQ(told, "The log has been closed|" + path + ": Disk full");
     EXPECT_TRUE(item("mnuModemOpt(1)")->isEnabled() && !item("mnuModemOpt(2)")->isEnabled());
     EXPECT_EQ(far->receive(10, 50), "ACDE");
