@@ -71,7 +71,7 @@ BusChoices load_bus_choices(const std::string& path, Operator& person) {
         if (file_exists(path))
             file = read_rs485(path);
     } catch (const RunTimeError& error) {
-        person.notify(error.what());
+        person.notify(error.what(), path);
     }
     if (!file)
         return choices;
@@ -94,7 +94,7 @@ void save_bus_choices(const std::string& path, const BusChoices& choices, Operat
                      .baud_code = choices.baud,
                      .address = accepted_address(choices.address) ? choices.address : defaults.address});
     } catch (const RunTimeError& error) {
-        person.notify(error.what());
+        person.notify(error.what(), path);
     }
 }
 
@@ -163,7 +163,7 @@ std::optional<SetupResult> LineSetup::step(const BusChoices& choices) {
                                   .parity_code = choices.parity,
                                   .stop_bits_code = choices.stop});
     } catch (const RunTimeError& error) {
-        operator_.notify(error.what());
+        operator_.notify(error.what(), rs422_path_);
     }
     if (!answers(bus_, address_value(choices)))
         operator_.notify("Com Settings Are Probably Not Right, Select Settings Again When Not Communicating");

@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t k_read_limit = 4096;   // six short lines; a file of another kind may be huge
 constexpr std::size_t k_longest_field = 40;  // of a text that may end up in a message
 
-// The lines of one file, read as far as they go: what is missing is an empty text and the number 0.
+// The lines of one file, read as far as they go: what is missing is an empty text and no code.
 class Fields {
   public:
     explicit Fields(const std::string& path) : lines_(read_text_lines(path, k_read_limit)) {}
@@ -33,9 +33,10 @@ class Fields {
         return field;
     }
 
-    // Codes are small; one that no code can be becomes -1.
+    // Codes are small; one that no code can be, or that is missing, becomes -1: the half of a torn file
+    // must not open the line at 110 baud.
     int code(std::size_t line) const {
-        const double value = line > lines_.size() ? 0 : lenient_number(lines_[line - 1]);
+        const double value = line > lines_.size() ? -1 : lenient_number(lines_[line - 1]);
         return value > -1 && value < 1000 ? round_to_int16(value) : -1;
     }
 

@@ -17,7 +17,7 @@ struct Rs485File {
 };
 
 // Nothing when the title line does not contain "RS-485". A file that ends early gives empty texts
-// and a baud code of 0; a number that no code can be gives -1. Texts are trimmed, cut to 40
+// and, as a number that no code can be, a baud code of -1. Texts are trimmed, cut to 40
 // characters, and hold "?" for what does not print, so that they can be shown. Throws what
 // read_text_lines throws.
 std::optional<Rs485File> read_rs485(const std::string& path);
@@ -43,7 +43,7 @@ struct Rs422File {
     bool operator==(const Rs422File&) const = default;
 };
 
-// Nothing when the title line does not contain "RS-422".
+// Nothing when the title line does not contain "RS-422"; else as read_rs485.
 std::optional<Rs422File> read_rs422(const std::string& path);
 void write_rs422(const std::string& path, const Rs422File& file);
 

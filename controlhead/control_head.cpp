@@ -25,30 +25,40 @@ bool wants_restore(Head& head) {
     return head.services.person.ask(question) == Answer::yes;
 }
 
-// False for a file that holds no settings.
-bool restore_look(Head& head, bool ask_before_restore) {
+// Why the window has to close again; without a text when the first screen is up.
+struct Failure {
+    std::string text{};
+    std::string cause{};
+};
+
+// A file that holds no settings or cannot be read is a failure.
+Failure restore_look(Head& head, bool ask_before_restore) {
     const std::string path = settings_path(head);
     if (!file_exists(path) || (ask_before_restore && !wants_restore(head)))
-        return true;
-    const auto settings = read_screen_settings(path);
-    if (settings)
+        return {};
+    const std::string corrupted = "File set" + head.identity.number + ".dat or band_set.dat corrupted.";
+    try {
+        const auto settings = read_screen_settings(path);
+        if (!settings)
+            return {corrupted};
         head.panel.set_look(*settings);
-    return settings.has_value();
+        return {};
+    } catch (const RunTimeError& error) {
+        return {corrupted, error.what()};
+    }
 }
 
-// Why the window has to close again; empty when the first screen is up.
-std::string start(Head& head, bool ask_before_restore, const bool& closed) {
+Failure start(Head& head, bool ask_before_restore, const bool& closed) {
     try {
-        if (!restore_look(head, ask_before_restore))
-            return "File set" + head.identity.number + ".dat or band_set.dat corrupted.";
-        if (closed)
-            return {};
+        Failure failure = restore_look(head, ask_before_restore);
+        if (closed || !failure.text.empty())
+            return failure;
         head.menu_ptr = 1;
         set_menu(head);
         return {};
     } catch (const RunTimeError& error) {
-        return error.number() == RunTimeError::k_no_answer ? "Some remote commands are absent in Amplifier"
-                                                           : error.what();
+        return {error.number() == RunTimeError::k_no_answer ? "Some remote commands are absent in Amplifier"
+                                                            : error.what()};
     }
 }
 
@@ -63,10 +73,10 @@ ControlHead::ControlHead(HeadServices& services, HeadIdentity identity)
 bool ControlHead::machine_init(bool ask_before_restore) {
     bool started = false;
     run([&] {
-        const std::string failure = start(head_, ask_before_restore, closed_);
-        started = failure.empty();
+        const Failure failure = start(head_, ask_before_restore, closed_);
+        started = failure.text.empty();
         if (!started && !closed_)
-            head_.services.person.notify(failure);
+            head_.services.person.notify(failure.text, failure.cause);
     });
     return started && !closed_;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "controlhead/comm_faults.h"
@@ -25,13 +26,16 @@ constexpr int k_usual_last = 99;
 // The entry number is one byte and the fourth line has one too.
 constexpr int k_utmost_first = 255 - (k_lines - 1);
 
+std::string entry_request(int number) {
+    return {'\xA0', '\x1A', static_cast<char>(number)};
+}
+
 // Nothing when the amplifier has no such entry. Throws error 100 when it does not answer at all,
 // which looks the same until it is asked for something that it always has.
 std::optional<std::string> read_entry(Head& head, int number) {
-    const std::string request{'\xA0', '\x1A', static_cast<char>(number)};
     try {
         // A late reply to the request for another entry differs in the third byte only.
-        return head.amplifier.read_itemAll(request, true);
+        return head.amplifier.read_itemAll(entry_request(number), true);
     } catch (const RunTimeError& error) {
         if (error.number() != RunTimeError::k_no_answer)
             throw;
@@ -49,10 +53,11 @@ bool is_blank(const std::string& text) {
 }
 
 // Up to four entries; fewer at the end of the log, behind which an amplifier may answer with blanks.
-std::vector<std::string> read_page(Head& head, int first) {
+// What is known to be missing is not asked for.
+std::vector<std::string> read_page(Head& head, int first, int missing = 256) {
     std::vector<std::string> page;
-    for (int i = 0; i < k_lines; ++i) {
-        std::optional<std::string> text = read_entry(head, first + i);
+    for (int n = first; n < std::min(first + k_lines, missing); ++n) {
+        std::optional<std::string> text = read_entry(head, n);
         if (!text)
             break;
         page.push_back(std::move(*text));
@@ -61,15 +66,31 @@ std::vector<std::string> read_page(Head& head, int first) {
     return page;
 }
 
-// The last entry before one that is missing; 0 for an empty log.
-int last_entry_before(Head& head, int missing) {
+// A look is enough for a guess: an amplifier that says nothing past its end would hold up the others
+// for two seconds a guess.
+bool seems_to_have(Head& head, int number) {
+    bool there = false;
+    head.amplifier.look_for_only(true);
+    attempted([&] { there = !is_blank(head.amplifier.read_itemAll(entry_request(number), true)); });
+    head.amplifier.look_for_only(false);
+    return there;
+}
+
+// How many entries there are before one that is missing.
+int count_before(Head& head, int missing) {
     int there = -1;
-    while (missing - there > 1) {
-        const int middle = (there + missing) / 2;
-        const std::optional<std::string> text = read_entry(head, middle);
-        (text && !is_blank(*text) ? there : missing) = middle;
+    int end = missing;
+    while (end - there > 1) {
+        const int middle = (there + end) / 2;
+        (seems_to_have(head, middle) ? there : end) = middle;
+        if (end - there > 1 || end == missing)
+            continue;
+        // Where the guesses end a lost reply may have been taken for the end.
+        const std::optional<std::string> text = read_entry(head, end);
+        if (text && !is_blank(*text))
+            there = std::exchange(end, missing);
     }
-    return std::max(there, 0);
+    return end;
 }
 
 void show_scroll_bar(Head& head, int maximum) {
@@ -80,8 +101,9 @@ void draw(Head& head, int first) {
     first = std::clamp(first, 0, k_utmost_first);
     std::vector<std::string> page = read_page(head, first);
     if (page.empty() && first > 0) {
-        first = last_entry_before(head, first);
-        page = read_page(head, first);
+        const int there = count_before(head, first);
+        first = std::max(there - 1, 0);
+        page = read_page(head, first, there);
     }
     const int count = static_cast<int>(page.size());
     for (int i = 0; i < k_lines; ++i) {

@@ -172,6 +172,8 @@ void VScroll1_Change(Head& head, int value) {
     // A move that was kept while another handler ran may be of a bar with another range.
     if (!scroll.visible || value == scroll.value || value < scroll.minimum || value > scroll.maximum)
         return;
+    if ((head.status_byte & k_status_shutdown) != 0)
+        return;  // the bar goes with the next visit, and locks with the keys
     head.key_activity = true;
     scroll.value = value;
     head.panel.set_scroll(scroll);

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -21,6 +22,7 @@
 #include "shell/ui/program_icon.h"
 #include "terminal/ui/ConfigScrn.h"
 #include "tests/support/manual_clock.h"
+#include "tools/ui/frmBlock.h"
 
 using namespace ampdesk;
 
@@ -126,6 +128,21 @@ class Studio {
         }
     }
 
+    // After the first blocks of a read.
+    void take_transfer(int amplifier, const char* name) {
+        const QTemporaryDir folder;
+        auto* window = new frmBlock(
+            std::make_unique<NvramTransfer>(NvramTransfer::Mode::read,
+                                            folder.filePath(QStringLiteral("1001.txt")).toStdString(),
+                                            static_cast<std::int16_t>(amplifier), link_, person_),
+            [] { return false; }, &form_);
+        window->show();
+        window->cmdOk_Click();
+        while (!window->findChild<QLabel*>(QStringLiteral("lblStatus"))->text().contains(u"#12")) steps(1);
+        save(*window, name);
+        window->Form_Unload();
+    }
+
   private:
     void save(QWidget& widget, const char* name) {
         QApplication::processEvents();
@@ -202,6 +219,7 @@ void take_all(const QDir& folder) {
         ConfigScrn({}, PortMap(), {1}, person, &form).exec();
     });
     studio.take_console("frm-intact");
+    studio.take_transfer(1, "frm-block");
 }
 
 }  // namespace

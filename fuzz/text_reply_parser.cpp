@@ -36,7 +36,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         check(reply->find(k_cr) == reply->size() - 1, "the reply ends at its first CR");
         check(stream.find(*reply) != std::string::npos, "the reply has come in one piece");
         check(!reply->ends_with(sent), "our own frame is no reply");
-        check(stream.find(k_etx) != std::string::npos, "no reply without ETX");
+        check(reply->find(k_etx) != std::string::npos, "no reply without ETX");
     }
     return 0;
 }

@@ -46,10 +46,12 @@ void LineWriter::append_line(std::string_view line) {
     try {
         write_all(file_, bytes, path_);
     } catch (const RunTimeError&) {
-        if (ftruncate(file_.get(), static_cast<off_t>(size_)) == 0)
+        if (size_ > 0 && ftruncate(file_.get(), static_cast<off_t>(size_)) == 0)
             lseek(file_.get(), static_cast<off_t>(size_), SEEK_SET);
         throw;
     }
+    if (size_ == 0 && ftruncate(file_.get(), static_cast<off_t>(bytes.size())) != 0)
+        throw_file_error(errno, path_);
     size_ += bytes.size();
 }
 

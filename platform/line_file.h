@@ -37,7 +37,8 @@ class LineReader {
 // the program.
 class LineWriter {
   public:
-    // Makes the file, or empties the one that is there. Throws the errors of writing.
+    // Makes the file. One that is there stays as it is until the first line stands in its place, so
+    // that a full disk does not cost it. Throws the errors of writing.
     explicit LineWriter(const std::string& path);
 
     // When the line cannot be written whole, none of it stays in the file and a run-time error tells

@@ -54,7 +54,7 @@ Descriptor open_to_read(const std::filesystem::path& path) {
 }
 
 Descriptor open_to_write(const std::filesystem::path& path) {
-    return open_ordinary(path, O_WRONLY | O_CREAT | O_TRUNC);
+    return open_ordinary(path, O_WRONLY | O_CREAT);
 }
 
 std::size_t read_some(const Descriptor& file, char* buffer, std::size_t size,

@@ -17,7 +17,7 @@ namespace ampdesk {
 // A queue, a device or a folder is refused with "Device I/O error".
 Descriptor open_to_read(const std::filesystem::path& path);
 
-// Makes the file, or empties the one that is there. Refuses what open_to_read refuses.
+// Makes the file, or opens the one that is there as it stands. Refuses what open_to_read refuses.
 Descriptor open_to_write(const std::filesystem::path& path);
 
 // Up to `size` bytes; 0 at the end of the file.

@@ -174,54 +174,88 @@ std::optional<Station::Identity> Station::identify(int address, const OpenTexts&
 
 void Station::add_amplifier(std::int16_t unit_address, const std::string& number, const std::string& model) {
     const std::string name = amplifier_file_name(number);
-    tell_failure(name, [&] {
-        const std::string path = in_folder(services_, name);
-        const std::string fields = in_folder(services_, "rs485.dat");
-        if (file_exists(path))
-            return;
-        const auto file = read_rs485(fields);
-        const auto told = file ? line_settings(*file) : std::nullopt;
-        // Beside open amplifiers the dialog's port and rate were not used, and may be anything.
-        if (told && !same_line(*told, services_.bus.settings()))
-            write_amplifier_file(unit_address, path);
-        else
-            copy_file_bytes(fields, path);
-    });
+    if (may_replace(name, unit_address)) {
+        UnsavedFiles unsaved;
+        unsaved.attempt(name, [&] { make_amplifier_file(unit_address, in_folder(services_, name)); });
+        unsaved.tell(services_.person);
+    }
     new_amplifier_window(unit_address, number, model, true);
 }
 
-// True when the action came to its end.
-bool Station::tell_failure(const std::string& file, const std::function<void()>& action) {
-    const std::string failure = failure_of(action);
-    if (!failure.empty())
-        services_.person.notify(failure, file);
-    return failure.empty();
+// Whether the file leads to that address on the line in use.
+bool Station::leads_to(const Rs485File& file, int address) const {
+    const auto line = line_settings(file);
+    return line && same_line(*line, services_.bus.settings()) && unit_address(file) == address;
 }
 
-void Station::write_amplifier_file(int unit_address, const std::string& path) {
+// Whether the amplifier's file is to be made anew. Who opens it next must not end up at an address or
+// a line that the amplifier has left; but nothing is replaced without being asked.
+bool Station::may_replace(const std::string& name, int address) {
+    const std::string path = in_folder(services_, name);
+    if (!file_exists(path))
+        return true;
+    std::optional<Rs485File> file;
+    failure_of([&] { file = read_rs485(path); });
+    if (file && leads_to(*file, address))
+        return false;
+    const auto held = file ? unit_address(*file) : std::nullopt;
+    std::string state = " is damaged";
+    if (held)
+        state =
+            *held != address ? " holds address " + std::to_string(*held) : " holds another port or baud rate";
+    return services_.person.ask({.text = "File " + name + state + ". Replace it?",
+                                 .detail = {},
+                                 .icon = Icon::question,
+                                 .buttons = Buttons::yes_no}) == Answer::yes;
+}
+
+// "rs485.dat" may tell something else: it could not be written, or the dialog's port and rate were
+// not used because open amplifiers hold the line.
+void Station::make_amplifier_file(int address, const std::string& path) {
+    const std::string fields = in_folder(services_, "rs485.dat");
+    std::optional<Rs485File> file;
+    failure_of([&] { file = read_rs485(fields); });
+    if (file && leads_to(*file, address))
+        copy_file_bytes(fields, path);
+    else
+        write_amplifier_file(address, path);
+}
+
+void Station::write_amplifier_file(int address, const std::string& path) {
     const LineSettings& used = services_.bus.settings();
     write_rs485(path, {.port_name = used.port_name,
                        .baud_code = code_of_baud(used.baud).value_or(Rs485File{}.baud_code),
-                       .address = std::to_string(unit_address)});
+                       .address = std::to_string(address)});
 }
 
 void Station::save(const ControlHead& head) {
+    UnsavedFiles unsaved;
+    save(head, unsaved);
+    unsaved.tell(services_.person);
+}
+
+void Station::save(const ControlHead& head, UnsavedFiles& unsaved) {
     const std::string& number = head.identity().number;
     const std::string name = amplifier_file_name(number);
-    tell_failure(name,
-                 [&] { write_amplifier_file(head.identity().unit_address, in_folder(services_, name)); });
-    tell_failure(screen_settings_name(number), [&] { head.save_screen_settings(); });
+    unsaved.attempt(name,
+                    [&] { write_amplifier_file(head.identity().unit_address, in_folder(services_, name)); });
+    unsaved.attempt(screen_settings_name(number), [&] { head.save_screen_settings(); });
 }
 
 void Station::save_as(const ControlHead& head) {
     const auto path = services_.person.choose_file_to_save("Save Amplifier File As", k_filter,
                                                            amplifier_file_name(head.identity().number));
-    if (path)
-        tell_failure(*path, [&] { write_amplifier_file(head.identity().unit_address, *path); });
+    if (!path)
+        return;
+    UnsavedFiles unsaved;
+    unsaved.attempt(*path, [&] { write_amplifier_file(head.identity().unit_address, *path); });
+    unsaved.tell(services_.person);
 }
 
 void Station::save_all() {
-    for (const auto& head : open_heads()) save(*head);
+    UnsavedFiles unsaved;
+    for (const auto& head : open_heads()) save(*head, unsaved);
+    unsaved.tell(services_.person);
 }
 
 }  // namespace ampdesk

@@ -101,25 +101,29 @@ std::shared_ptr<ControlHead> Station::open_from(int slot) const {
 }
 
 void Station::close_window(int slot) {
+    UnsavedFiles unsaved;
+    release(slot, unsaved);
+    unsaved.tell(services_.person);
+}
+
+void Station::release(int slot, UnsavedFiles& unsaved) {
     if (slot < 1 || slot > static_cast<int>(slots_.size()) || !slot_at(slot).head)
         return;
     const Slot closing = std::exchange(slot_at(slot), Slot{.free = true});
     closing.head->close();
-    const std::string failure = failure_of([&] {
-        if (closing.started)
-            closing.head->save_screen_settings();
-    });
+    if (closing.started)
+        unsaved.attempt(screen_settings_name(closing.head->identity().number),
+                        [&] { closing.head->save_screen_settings(); });
     if (on_window_closed)
         on_window_closed(*closing.head);
-    if (!failure.empty())
-        services_.person.notify(failure, screen_settings_name(closing.head->identity().number));
 }
 
-void Station::close_all() {
+void Station::close_all(UnsavedFiles unsaved) {
     ++closings_;
     for (const auto& head : open_heads())
         if (!head->closed())
-            close_window(head->identity().slot);
+            release(head->identity().slot, unsaved);
+    unsaved.tell(services_.person);
 }
 
 int Station::open_count() const {

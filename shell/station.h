@@ -11,6 +11,7 @@
 #include "buslink/settings_files.h"
 #include "controlhead/control_head.h"
 #include "shell/poll_schedule.h"
+#include "shell/unsaved_files.h"
 
 namespace ampdesk {
 
@@ -27,9 +28,9 @@ class Station {
     std::shared_ptr<ControlHead> new_amplifier_window(std::int16_t unit_address, const std::string& number,
                                                       const std::string& model, bool ask_before_restore);
 
-    // The setup dialog's way in: makes the amplifier file "com" + number + ".dat" when there is none,
-    // then opens the head. The file is a copy of "rs485.dat", or tells the line in use where that is
-    // another one.
+    // The setup dialog's way in: makes the amplifier file "com" + number + ".dat", then opens the head.
+    // The file is a copy of "rs485.dat" where that tells this address on the line in use, else it is
+    // written anew. One that is there and tells it too stays; of any other the operator is asked.
     void add_amplifier(std::int16_t unit_address, const std::string& number, const std::string& model);
 
     // Opens the files one after another; a failure is told in a message that names the file, and
@@ -48,15 +49,16 @@ class Station {
     // window closes all the same. Safe at any time, from inside the head's own visit too: the head
     // itself lives until its last handler has returned. The bus port stays open.
     void close_window(int slot);
-    void close_all();
+    // All of them; what could not be kept, and what the caller could not, is told in one message.
+    void close_all(UnsavedFiles unsaved = {});
 
     int open_count() const;
     std::vector<std::shared_ptr<ControlHead>> open_heads() const;  // in the order of their slots
     bool address_in_use(int unit_address) const;
 
     // Save family. save writes "com" + number + ".dat" with the settings of the line in use, and the
-    // screen settings; save_as writes the amplifier file under a name that is asked for. Failures are
-    // told in messages.
+    // screen settings; save_as writes the amplifier file under a name that is asked for. Each tells
+    // what could not be written in one message.
     void save(const ControlHead& head);
     void save_as(const ControlHead& head);
     void save_all();
@@ -84,6 +86,7 @@ class Station {
     std::vector<PollSchedule::Head> heads_to_visit() const;
     std::shared_ptr<ControlHead> open_from(int slot) const;
     void visit(int slot);
+    void release(int slot, UnsavedFiles& unsaved);
     static std::string failure_of(const std::function<void()>& action);
 
     // amplifier_files.cpp
@@ -91,8 +94,11 @@ class Station {
     bool open_line(const Rs485File& file, const OpenTexts& texts);
     void restore_line(const std::optional<LineSettings>& before);
     std::optional<Identity> identify(int address, const OpenTexts& texts);
-    bool tell_failure(const std::string& file, const std::function<void()>& action);
-    void write_amplifier_file(int unit_address, const std::string& path);
+    bool leads_to(const Rs485File& file, int address) const;
+    bool may_replace(const std::string& name, int address);
+    void make_amplifier_file(int address, const std::string& path);
+    void write_amplifier_file(int address, const std::string& path);
+    void save(const ControlHead& head, UnsavedFiles& unsaved);
 
     HeadServices& services_;
     std::vector<Slot> slots_;  // slot n at n - 1; grows and never shrinks

@@ -1,6 +1,7 @@
 #include "shell/window_layout.h"
 
 #include <algorithm>
+#include <cstring>
 #include <sstream>
 
 #include "platform/run_time_error.h"
@@ -73,6 +74,9 @@ std::optional<WindowLayout> read_window_layout(const std::string& path) {
 }
 
 void write_window_layout(const std::string& path, const WindowLayout& layout) {
+    const std::string found = file_exists(path) ? read_file_bytes(path, std::strlen(k_title)) : k_title;
+    if (!found.empty() && found != k_title)
+        throw RunTimeError(321, "Invalid file format");
     std::vector<std::string> lines = {k_title, line_of("main", layout.main, layout.maximised)};
     for (const HeadPlace& head : layout.heads)
         lines.push_back(line_of("head " + head.number, head.place, head.minimised));

@@ -1,6 +1,7 @@
 #include "terminal/session_log.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -50,14 +51,24 @@ void SessionLog::open(const std::string& path) {
     file_ = Descriptor();
     path_ = path;
     // A queue that nobody reads fails at once and does not hold up the program.
-    Descriptor opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666));
+    Descriptor opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
     if (!opened)
         fail(errno);
     file_ = std::move(opened);
-    const CivilTime now = clock_.local_time();
-    char head[64];
-    std::snprintf(head, sizeof head, "Terminal log of %04d-%02d-%02d\r\n", now.year, now.month, now.day);
+    date_.clear();
+    const std::string head = new_date(clock_.local_time());
     write(head);
+    // Only now, so that a full disk does not cost the log of before. A device has nothing to cut.
+    static_cast<void>(ftruncate(file_.get(), static_cast<off_t>(head.size())) == 0);
+}
+
+// The heading of a date that no heading has told yet; empty otherwise.
+std::string SessionLog::new_date(const CivilTime& now) {
+    char date[64];
+    std::snprintf(date, sizeof date, "Terminal log of %04d-%02d-%02d\r\n", now.year, now.month, now.day);
+    if (date == date_)
+        return {};
+    return date_ = date;
 }
 
 void SessionLog::close() {
@@ -73,7 +84,7 @@ void SessionLog::note(const TerminalTraffic& traffic) {
     std::snprintf(stamp, sizeof stamp, "%02d:%02d:%02d.%03d %-9s", now.hour, now.minute, now.second,
                   now.millisecond, traffic.sent ? "sent" : "received");
     try {
-        write(stamp + printed(traffic.bytes) + "\r\n");
+        write(new_date(now) + stamp + printed(traffic.bytes) + "\r\n");
     } catch (const RunTimeError& error) {
         if (on_failure)
             on_failure(error.what());

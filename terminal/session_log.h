@@ -1,5 +1,6 @@
 // The log of the terminal's session: every stretch of bytes sent and received, with the time of day
-// and the direction, a line each in a file that the operator picks.
+// and the direction, a line each in a file that the operator picks. The date stands above the first
+// line and wherever it changes.
 #pragma once
 
 #include <functional>
@@ -15,8 +16,8 @@ class SessionLog {
   public:
     explicit SessionLog(Clock& clock) : clock_(clock) {}
 
-    // Begins the file anew. Throws a run-time error with the cause when it cannot be written; a log
-    // that was open is closed either way.
+    // Begins the file anew; one that is there is lost only when the new one has its first line. Throws a
+    // run-time error with the cause when it cannot be written; a log that was open is closed either way.
     void open(const std::string& path);
 
     // Throws when the last bytes could not be kept; the log is closed all the same.
@@ -31,11 +32,13 @@ class SessionLog {
     std::function<void(const std::string& cause)> on_failure;
 
   private:
+    std::string new_date(const CivilTime& now);
     void write(std::string_view text);
 
     Clock& clock_;
     Descriptor file_;
     std::string path_;
+    std::string date_;  // the heading that stands last in the file
 };
 
 }  // namespace ampdesk

@@ -89,7 +89,7 @@ void Terminal::tick() {
     step_manual_hang_up(now);
     if (modem_.tick())
         status("Hung up");
-    if (state_.any() && now >= next_look_)
+    if (tells_ && now >= next_look_)
         look();
     if (request_waits() && now >= next_request_ && (!may_exchange || may_exchange()))
         carry_out_request();
@@ -126,7 +126,7 @@ std::optional<Duration> Terminal::next_tick() {
     if (!modem_.hanging_up())
         want(hang_up_at_);
     want(modem_.due());
-    if (state_.any())
+    if (tells_)
         want(next_look_);
     if (!next)
         return std::nullopt;
@@ -141,6 +141,7 @@ void Terminal::line_changed() {
     cts_told_ = false;
     modem_.tick();
     state_ = line_.is_connected() ? read_line_state(*line_.port()) : LineState{};
+    tells_ = state_.any();
     next_look_ = clock_.now() + k_look;
 }
 

@@ -89,6 +89,7 @@ class Terminal {
     Instant next_request_{};             // not before: half of the time belongs to the amplifiers' polling
     std::optional<Instant> hang_up_at_;  // text without line ends has come
     bool second_hang_up_ = false;
+    bool tells_ = false;  // the device has told something when it was opened
     LineState state_;
     Instant next_look_{};
     std::optional<Instant> held_back_;  // since when CTS keeps output waiting

@@ -69,7 +69,6 @@ void TerminalLine::send_on() {
     const auto taken = port_->write_some(output_);
     if (!taken || *taken == 0)
         return;
-    last_sent_ = clock_.now();
     const std::string gone = output_.substr(0, *taken);
     output_.erase(0, *taken);
     tell({.sent = true, .bytes = gone});

@@ -67,9 +67,6 @@ class TerminalLine {
     // Throws away what waits in this queue.
     void drop_output() { output_.clear(); }
 
-    // When bytes went to the driver last; the beginning of time when none have.
-    Instant last_sent() const { return last_sent_; }
-
     // Reads once what is waiting and hands it on, then sends on. Called by the window when the
     // descriptor is readable, and by its timer while output waits or the line is unplugged. Returns
     // at once when it is already running.
@@ -109,7 +106,6 @@ class TerminalLine {
     Clock& clock_;
     PortSettings settings_;
     std::string output_;
-    Instant last_sent_{};
     LineHolder holder_;
     bool taken_ = false;
     bool pumping_ = false;

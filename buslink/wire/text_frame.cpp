@@ -41,7 +41,7 @@ std::optional<std::string> TextReplyParser::feed(std::string_view bytes) {
             break;
         const std::string line = buffer_.substr(0, end + 1);
         const bool own_echo = line.ends_with(sent_);
-        if (!own_echo && buffer_.find(k_etx) != std::string::npos)
+        if (!own_echo && line.find(k_etx) != std::string::npos)
             return line;
         buffer_.erase(0, end + 1);
     }

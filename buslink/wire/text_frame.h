@@ -1,7 +1,7 @@
 // The text frames of the amplifier bus:
 //
 //   command  STX, ">", two decimal digits, blank, text, ETX, two checksum characters, CR
-//   reply    any characters up to the first CR of a stretch that also holds an ETX
+//   reply    any characters up to a CR, an ETX among them
 #pragma once
 
 #include <cstdint>

@@ -1,15 +1,23 @@
 #include "controlhead/ui/frmMachine.h"
 
 #include <QCloseEvent>
+#include <QTimer>
 #include <algorithm>
+#include <utility>
 
 #include "platform/qt/text.h"
 
 namespace ampdesk {
 
 namespace {
+
 constexpr int k_surround = 10;  // pixels around the panel in a window of its natural size
-}
+constexpr int k_more_or_ok = 3;
+
+// Time enough for the event loop to come to what was pressed while it did not turn.
+constexpr std::chrono::milliseconds k_old_presses{10};
+
+}  // namespace
 
 frmMachine::frmMachine(std::shared_ptr<ControlHead> head, GaugeRange gauge)
     : head_(std::move(head)), view_(new PanelView(gauge, this)) {
@@ -44,7 +52,7 @@ void frmMachine::let_go() {
 // A key may open a message box or close the window; the copy keeps the head until its handler is
 // done.
 void frmMachine::cmdKey_Click(int index) {
-    if (const auto head = head_)
+    if (const auto head = head_; head && ok_is_seen(index))
         head->press_key(static_cast<std::int16_t>(index));
 }
 
@@ -54,7 +62,7 @@ void frmMachine::cmdHardkey_Click(int index) {
 }
 
 void frmMachine::picLight_Click(int index) {
-    if (const auto head = head_)
+    if (const auto head = head_; head && ok_is_seen(index))
         head->click_lamp(static_cast<std::int16_t>(index));
 }
 
@@ -74,8 +82,28 @@ void frmMachine::refresh_soon() {
 
 void frmMachine::refresh() {
     refresh_pending_ = false;
-    if (head_)
-        view_->show_panel(head_->panel());
+    if (!head_)
+        return;
+    view_->show_panel(head_->panel());
+    follow_shutdown();
+}
+
+// The key that turns pages is also the OK of a shutdown. Pressed while the reason was still being read,
+// it would acknowledge what nobody has seen.
+bool frmMachine::ok_is_seen(int key) {
+    if (key != k_more_or_ok || !head_->state().shutdown_shown || ok_seen_)
+        return true;
+    refresh_soon();
+    return false;
+}
+
+void frmMachine::follow_shutdown() {
+    const bool shown = head_->state().shutdown_shown;
+    if (std::exchange(shutdown_painted_, shown) == shown)
+        return;
+    ok_seen_ = false;
+    if (shown)
+        QTimer::singleShot(k_old_presses, this, [this] { ok_seen_ = shutdown_painted_; });
 }
 
 QSize frmMachine::sizeHint() const {

@@ -46,11 +46,15 @@ class frmMachine : public QWidget {
   private:
     void refresh_soon();
     void refresh();
+    void follow_shutdown();
+    bool ok_is_seen(int key);
     void Form_Resize();
 
     std::shared_ptr<ControlHead> head_;
     PanelView* view_;
     bool refresh_pending_ = false;
+    bool shutdown_painted_ = false;
+    bool ok_seen_ = false;  // the OK of a shutdown has been there for the operator to see
     bool closing_ = false;
 };
 

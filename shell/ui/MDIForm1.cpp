@@ -103,6 +103,8 @@ void MDIForm1::build_centre() {
     status_->setAccessibleDescription(QStringLiteral("Status"));
     status_->setTextFormat(Qt::PlainText);
     statusBar()->addWidget(status_, 1);
+    trouble_ = new TroubleLabel(this);
+    statusBar()->addPermanentWidget(trouble_);
 
     // The way of the keyboard between the terminal, which takes every other key, and the heads.
     auto* change_over = new QShortcut(QKeySequence(Qt::Key_F6), this);
@@ -205,6 +207,7 @@ void MDIForm1::window_closed(const ControlHead& head) {
 }
 
 void MDIForm1::follow_amplifiers() {
+    trouble_->follow(station_);
     menu_->set_amplifier_open(!machines_.empty());
     keys_->follow();
     follow_active();
@@ -224,6 +227,7 @@ void MDIForm1::poll() {
     if (person_.letting_events_run())
         return;
     const Duration wait = station_.poll_windows();
+    trouble_->follow(station_);
     if (machines_.empty())
         poll_timer_.stop();
     else
@@ -235,12 +239,9 @@ void MDIForm1::shut_down() {
     terminal_->finish();
     tools_.close();
     help_.reset();
-    try {
-        layout_.save();
-    } catch (const RunTimeError& error) {
-        person_.notify(error.what(), "layout.dat");
-    }
-    station_.close_all();
+    UnsavedFiles unsaved;
+    unsaved.attempt("layout.dat", [this] { layout_.save(); });
+    station_.close_all(std::move(unsaved));
 }
 
 void MDIForm1::closeEvent(QCloseEvent* event) {

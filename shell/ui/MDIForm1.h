@@ -24,6 +24,7 @@
 #include "shell/ui/service_tools.h"
 #include "shell/ui/set_up.h"
 #include "shell/ui/terminal_control.h"
+#include "shell/ui/trouble_label.h"
 
 namespace ampdesk {
 
@@ -103,6 +104,7 @@ class MDIForm1 : public QMainWindow {
     QMdiArea* area_ = nullptr;
     TermBox* Term_ = nullptr;
     QLabel* status_ = nullptr;
+    TroubleLabel* trouble_ = nullptr;
     std::unique_ptr<MainMenu> menu_;
     std::unique_ptr<TerminalControl> terminal_;
     HeadKeys* keys_ = nullptr;

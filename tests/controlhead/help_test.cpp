@@ -103,6 +103,8 @@ TEST_F(HelpPages, TellsWhatIsWrongWithTheFile) {
     put("3\r\n\"text\r\n[END]\r\n");
     open(3, 2);
     expect_left();
+    ASSERT_EQ(person.messages.size(), 1U);
+    EXPECT_EQ(person.messages[0].detail, "mhelp.txt");
     EXPECT_EQ(person.take_texts(), Texts{"Invalid file format"});
 }
 

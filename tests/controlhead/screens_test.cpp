@@ -92,6 +92,11 @@ TEST_F(HeadTest, DamagedBandIsAskedForOnceMore) {
 TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
     head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = 5, .value = 2});
     VScroll1_Change(head, 6);
+    head.gain_mode = true;
+    head.status_byte = k_status_shutdown;  // seen by the visit that is still under way
+    VScroll1_Change(head, 4);
+    head.status_byte = 0;
+    head.gain_mode = false;
     EXPECT_EQ(head.panel.scroll().value, 2);
     head.menu_ptr = 1;
     head.has_switch = true;
@@ -241,6 +246,20 @@ TEST_F(EventScreen, OutlivesAClearedLog) {
     };
     VScroll1_Change(head, 60);
     expect_from(9, 0, 9);
+}
+
+// An amplifier that says nothing past its end holds the others up; a lost reply taken for that end.
+TEST_F(EventScreen, FindsTheEndOfALogWithSilenceBehindIt) {
+    put_entries(10);
+    open(4, 1);
+    port.responder = [usual = port.responder, lost = 1](const std::string& frame) mutable {
+        const bool dropped = frame[4] == '\x1A' && (frame[5] > 9 || (frame[5] == 6 && lost-- > 0));
+        return dropped ? ScriptedPort::Answer{} : usual(frame);
+    };
+    const Instant start = clock.now();
+    VScroll1_Change(head, 60);
+    expect_from(9, 10, 9);
+    EXPECT_LT(clock.now() - start, std::chrono::seconds(8));
 }
 
 // The late reply to the request for one entry shown as the next one.

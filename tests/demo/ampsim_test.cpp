@@ -1,15 +1,11 @@
 // ampsim: its arguments, and the program itself on its pseudo-terminal.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 
 #include "demo/ampsim_options.h"
 #include "tests/support/hex_bytes.h"
+#include "tests/support/running_ampsim.h"
 
 namespace ampdesk::demo {
 namespace {
@@ -45,83 +41,6 @@ TEST(AmpsimOptions, TellsMistakes) {
     for (const auto& [arguments, error] : cases) EXPECT_EQ(parse_ampsim_options(arguments).error, error);
 }
 
-// The program as another program sees it: two pipes and a device.
-class RunningAmpsim {
-  public:
-    explicit RunningAmpsim(std::vector<std::string> arguments) {
-        int in[2];
-        int out[2];
-        if (::pipe2(in, O_CLOEXEC) != 0 || ::pipe2(out, O_CLOEXEC) != 0)
-            return;
-        process_ = ::fork();
-        if (process_ == 0) {
-            ::dup2(in[0], STDIN_FILENO);
-            ::dup2(out[1], STDOUT_FILENO);
-            std::string program = AMPSIM_PROGRAM;
-            std::vector<char*> argv{program.data()};
-            for (std::string& argument : arguments) argv.push_back(argument.data());
-            argv.push_back(nullptr);
-            ::execv(program.c_str(), argv.data());
-            ::_exit(127);
-        }
-        ::close(in[0]);
-        ::close(out[1]);
-        commands = in[1];
-        answers = out[0];
-    }
-    ~RunningAmpsim() {
-        if (process_ > 0)
-            end(SIGKILL);
-        close_commands();
-        ::close(answers);
-    }
-    void close_commands() { ::close(std::exchange(commands, -1)); }
-
-    // Sends the signal unless it is 0, and returns the exit status, or -1 when a signal ended it.
-    int end(int signal) {
-        if (signal != 0)
-            ::kill(process_, signal);
-        int status = 0;
-        ::waitpid(std::exchange(process_, -1), &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-    std::string command(const std::string& line) const {
-        const std::string whole = line + "\n";
-        return ::write(commands, whole.data(), whole.size()) < 0 ? "gone" : answer();
-    }
-    std::string answer() const {
-        std::string line;
-        while (!line.ends_with('\n')) {
-            const std::string byte = read_some(answers, 1, 10'000);
-            if (byte.empty())
-                return line + " (nothing more)";
-            line += byte;
-        }
-        return line.substr(0, line.size() - 1);
-    }
-
-    // Up to `count` bytes, waiting at most so long for each stretch.
-    static std::string read_some(int descriptor, std::size_t count, int milliseconds) {
-        std::string bytes;
-        pollfd wait{.fd = descriptor, .events = POLLIN, .revents = 0};
-        while (bytes.size() < count && ::poll(&wait, 1, milliseconds) > 0) {
-            std::string piece(count - bytes.size(), '\0');
-            const ssize_t got = ::read(descriptor, piece.data(), piece.size());
-            if (got <= 0)
-                break;
-            bytes += piece.substr(0, static_cast<std::size_t>(got));
-        }
-        return bytes;
-    }
-
-    int commands = -1;
-    int answers = -1;
-
-  private:
-    pid_t process_ = -1;
-};
-
 // One station's visit: opens the device, sends a status request, returns what comes, hangs up.
 std::string ask_status(const std::string& device, int milliseconds) {
     const int line = ::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
@@ -129,7 +48,7 @@ std::string ask_status(const std::string& device, int milliseconds) {
         return "cannot open " + device;
     const std::string request = hex_bytes("01 05 01 11 D0 61");
     const bool sent = ::write(line, request.data(), request.size()) == static_cast<ssize_t>(request.size());
-    const std::string reply = sent ? RunningAmpsim::read_some(line, 12, milliseconds) : "";
+    const std::string reply = sent ? read_some(line, 12, milliseconds) : "";
     ::close(line);
     return to_hex(reply);
 }
@@ -149,7 +68,7 @@ TEST(Ampsim, ServesStationsUntilItIsToldToEnd) {
     EXPECT_EQ(ask_status(device, 100), "");
     EXPECT_EQ(ampsim.command("silent maybe"), "error: silent wants on or off");
     EXPECT_EQ(ampsim.command("silent off"), "ok");
-    ampsim.close_commands();
+    ampsim.end_its_input();
     EXPECT_EQ(ask_status(device, 10'000), status);
     EXPECT_EQ(ampsim.end(SIGTERM), 0);
     EXPECT_FALSE(std::filesystem::is_symlink(link));
@@ -160,11 +79,11 @@ TEST(Ampsim, QuitsAndLeavesWhatIsNotAStaleLinkAlone) {
     RunningAmpsim quitting({"--address", "5"});
     quitting.answer();
     EXPECT_EQ(quitting.command("quit"), "ok");
-    EXPECT_EQ(quitting.end(0), 0);
+    EXPECT_EQ(quitting.end(), 0);
     const std::string target = testing::TempDir() + "ampsim-other-" + std::to_string(::getpid());
     std::filesystem::create_symlink("/dev/null", target);
     RunningAmpsim ampsim({"--address", "5", "--link", target});
-    EXPECT_EQ(ampsim.end(0), 1);
+    EXPECT_EQ(ampsim.end(), 1);
     EXPECT_EQ(std::filesystem::read_symlink(target), "/dev/null");
     std::filesystem::remove(target);
 }

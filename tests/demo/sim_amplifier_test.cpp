@@ -48,43 +48,6 @@ struct AmplifierTest : testing::Test {
     }
 };
 
-// A word at the wrong place, in the wrong byte order or in the wrong unit.
-TEST_F(AmplifierTest, ReadsGiveTheirBlocks) {
-    SimModel model = transmitting();
-    SimAmplifier on_air(model, clock);
-    expect_dialogue(
-        on_air, {{"11", "ACK 0C 11 02 00 00 02"}, {"A0 15 00", "ACK 32 00 5F 00 F4 01 44 02 FA 00 C2 01"}});
-    EXPECT_EQ(
-        ask(on_air, "12"),
-        "ACK 30 02 68 01 C8 23 F0 00 9C 18 DC 05 00 00 4C 00 24 00 D2 04 DB 03 00 00 05 00 28 00 DA 11");
-    model.signed_words = true;
-    SimAmplifier negative(model, clock);
-    EXPECT_EQ(
-        ask(negative, "12"),
-        "ACK 30 02 68 01 38 DC F0 00 9C 18 24 FA 00 00 4C 00 24 00 D2 04 DB 03 00 00 05 00 28 00 26 EE");
-    SimAmplifier standby(steady(), clock);
-    EXPECT_EQ(
-        ask(standby, "12"),
-        "ACK 00 00 00 00 00 00 00 00 9C 18 DC 05 00 00 26 00 1E 00 D2 04 DB 03 00 00 05 00 28 00 00 00");
-}
-
-// A text that the station cannot cut apart.
-TEST_F(AmplifierTest, TextsAreLaidOutAsTheStationCutsThem) {
-    SimAmplifier amplifier({.serial = 1234, .name = "KU/DBS"}, clock);
-    EXPECT_EQ(ask_text(amplifier, "A0 16 00"), "JEX TWTA*KU/DBS*1234*Simulator Rev 1.0");
-    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "0,Standby RF off");
-    EXPECT_EQ(ask_text(amplifier, "A0 18 00"), "0, No Shutdown");
-    EXPECT_EQ(amplifier.answer_text("RDBAND"), "RDBAND=0");
-    EXPECT_EQ(amplifier.answer("RDBAND").data, "RDBAND=0");
-    EXPECT_EQ(amplifier.answer_text("RDS/N"), "RDS/N=1234");
-    EXPECT_EQ(amplifier.answer_text("*IDN?"), "JEX*KU/DBS 400W TWTA");
-    EXPECT_EQ(amplifier.answer_text("RDSTAT"), "RDSTAT=Standby RF off,Fwd 0.0 dBm,Attn 0.0 dB,Remote on");
-    EXPECT_EQ(amplifier.answer_text("SBAND 2"), "SBAND=2");
-    EXPECT_EQ(amplifier.answer_text("SBAND 1"), "NAK 4");
-    EXPECT_EQ(amplifier.answer_text("RDBANDS"), "NAK 1");
-    EXPECT_EQ(amplifier.answer("RDBAND").data, "RDBAND=2");
-}
-
 // A setting that is acknowledged without effect, or takes effect in spite of a refusal.
 TEST_F(AmplifierTest, SettingsActAndRefusalsDoNot) {
     SimAmplifier amplifier(steady(), clock);
@@ -105,11 +68,19 @@ TEST_F(AmplifierTest, SettingsActAndRefusalsDoNot) {
                                    {"11", "ACK 00 11 02 00 01 02"},
                                    {"10 14", "NAK 01"},
                                    {"A0 17", "NAK 01"},
+                                   {"20 20 40 00", "NAK 20"},  // behind the nvRam's end
+                                   {"40 20 40 00 00 A1 FF 3C 5A 07", "NAK 04"},
+                                   {"40 20 0C 00 5A 07", "NAK 04"},     // no data
                                    {"53 42 41 4E 44 20 31", "ACK"},     // SBAND 1
                                    {"53 42 41 4E 44 20 33", "NAK 04"},  // SBAND 3
                                    {"53 42 41 4E 44 20 78", "NAK 04"},  // SBAND x
                                });
-    EXPECT_EQ(amplifier.answer_text("RDBAND"), "RDBAND=1");
+    const std::pair<const char*, const char*> texts[] = {
+        {"RDBAND", "RDBAND=1"},
+        {"SBAND 3", "NAK 4"},
+        {"RDBANDS", "NAK 1"},
+        {"RDSTAT", "RDSTAT=Standby RF off,Fwd 0.0 dBm,Attn 0.0 dB,Remote on"}};
+    for (const auto& [command, answer] : texts) EXPECT_EQ(amplifier.answer_text(command), answer);
 
     amplifier.set_remote(false);
     expect_dialogue(amplifier, {{"10 12", "NAK 03"},
@@ -120,15 +91,6 @@ TEST_F(AmplifierTest, SettingsActAndRefusalsDoNot) {
 
     SimAmplifier no_switch({.has_switch = false}, clock);
     expect_dialogue(no_switch, {{"10 1A", "NAK 01"}, {"10 1B 01", "NAK 01"}});
-}
-
-// Powers that do not follow attenuation and switch, item 1 and 2 by item 12.
-TEST_F(AmplifierTest, PowersFollowAttenuationAndSwitch) {
-    SimAmplifier amplifier(transmitting(), clock);
-    amplifier.set_attenuation(125);
-    EXPECT_EQ(ask(amplifier, "12").substr(0, 15), "ACK B3 01 EB 00");  // 43.5 and 23.5 dBm
-    amplifier.throw_switch();
-    EXPECT_EQ(ask(amplifier, "12").substr(0, 15), "ACK B3 01 87 00");  // the load reflects 13.5 dBm
 }
 
 // HV accepted too early or never, and a countdown that runs wrong.
@@ -157,7 +119,7 @@ TEST_F(AmplifierTest, ShutdownStaysUntilAcknowledged) {
                                 {"11", "ACK 00 11 02 00 00 02"},
                                 {"10 12", "ACK"}});
     amplifier.shut_down(ShutdownCause::interlock);
-    expect_dialogue(amplifier, {{"10 15", "NAK 04"}, {"11", "ACK 10 11 02 00 00 02"}});
+    EXPECT_EQ(ask(amplifier, "10 15"), "NAK 04");
     amplifier.cause_gone(ShutdownCause::interlock);
     expect_dialogue(amplifier, {{"11", "ACK 10 11 02 00 00 02"}, {"10 15", "ACK"}, {"10 12", "ACK"}});
 }
@@ -234,35 +196,13 @@ TEST_F(AmplifierTest, HoursCountAndTemperaturesDrift) {
     EXPECT_EQ(ask(amplifier, "12").substr(4 + 3 * 14, 41), "4E 00 25 00 D6 04 DE 03 00 00 06 00 2D 00");
 }
 
-// An event list in the wrong order, without its times, or refused past its end.
-TEST_F(AmplifierTest, EventsAreListedNewestFirst) {
+// An event list that grows for months, or is not told in the time of day.
+TEST_F(AmplifierTest, TheLastHundredEventsAreKept) {
     SimAmplifier amplifier(steady(), clock);
     clock.advance(65min);
-    amplifier.set_hv(true);
-    for (int tenths = 1; tenths <= 125; ++tenths) amplifier.set_attenuation(tenths);
-    EXPECT_EQ(ask_text(amplifier, "A0 1A 00"), "13:05 ATTN 12.5");
-    EXPECT_EQ(ask_text(amplifier, "A0 1A 01"), "13:05 HV on");
-    EXPECT_EQ(ask_text(amplifier, "A0 1A 02"), "12:00 Power on");
-    EXPECT_EQ(ask_text(amplifier, "A0 1A 03"), "                ");
-    EXPECT_EQ(ask_text(amplifier, "A0 1A FF"), "                ");
     for (int i = 0; i < 300; ++i) amplifier.set_hv(i % 2 == 1);
     EXPECT_EQ(ask_text(amplifier, "A0 1A 63"), "13:05 HV off");
     EXPECT_EQ(ask_text(amplifier, "A0 1A 64"), "                ");
-}
-
-// A block that comes back changed, or a transfer that never ends.
-TEST_F(AmplifierTest, NvramKeepsWhatIsSet) {
-    SimAmplifier amplifier(steady(), clock);
-    EXPECT_EQ(amplifier.answer(hex_bytes("20 20 3F 00")).data.size(), 4 + 16 + 2U);
-    expect_dialogue(amplifier, {
-                                   {"20 20 40 00", "NAK 20"},
-                                   {"40 20 0C 00 00 A1 FF 3C 5A 07", "ACK"},
-                                   {"20 20 0C 00", "ACK 00 A1 FF 3C 5A 07"},
-                                   {"40 20 40 00 00 A1 FF 3C 5A 07", "NAK 04"},
-                                   {"40 20 0C 00 5A 07", "NAK 04"},  // no data
-                                   {"40 20 0C", "NAK 04"},
-                                   {"20 20 0C 00", "ACK 00 A1 FF 3C 5A 07"},
-                               });
 }
 
 // A reply that does not fit its length byte.

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -13,6 +12,7 @@
 
 #include "platform/run_time_error.h"
 #include "tests/platform/far_end.h"
+#include "tests/support/full_disk.h"
 
 namespace ampdesk {
 namespace {
@@ -178,15 +178,10 @@ TEST_F(TextFileTest, AFullDiskKeepsTheOldFile) {
         EXPECT_EQ(file_bytes(file).substr(0, 10), "old\r\n");
         EXPECT_EQ(entries(full.path()), 1U) << "a temporary file is left";
     };
-    // A limit of this process stands for the full disk, as it needs no privilege.
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small{65536, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    try_to_save(folder);
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
+    {
+        const FullDisk full(65536);
+        try_to_save(folder);
+    }
     // And a disk that is full, where the user may mount one.
     const ScratchFolder disk;
     if (mount("none", disk.path().c_str(), "tmpfs", 0, "size=160k") == 0) {

@@ -178,24 +178,47 @@ TEST_F(AmplifierFiles, GiveTheLineBack) {
     EXPECT_EQ(bus.settings(), (LineSettings{"COM3:", 1200, 1, 7, 2}));
 }
 
-// A new amplifier's file that is not the copy of "rs485.dat" or names a line that it does not hang on, or
-// an old one that is overwritten.
+// A new amplifier's file that is not the copy of "rs485.dat", or leads to another address or line, the
+// next time the amplifier is opened, than it has now; an old one that is overwritten unasked.
 TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
     bus.open_bus_port("COM1:", 9600, 0, 8, 1);
     station.add_amplifier(1, "1001", "KU");
-    EXPECT_EQ(person.take_texts(), Texts{"File not found"});
-    EXPECT_EQ(station.open_count(), 1);
+    EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1"));  // "rs485.dat" could not be written
     const std::string odd = "RS-485 \nCOM1:\n 6\n 2";
     folder.put("rs485.dat", odd);
     station.add_amplifier(2, "1002", "KU");
     EXPECT_EQ(file_bytes(folder / "com1002.dat"), odd);
-    folder.put("com1003.dat", file("3"));
-    station.add_amplifier(3, "1003", "KU");
-    EXPECT_EQ(file_bytes(folder / "com1003.dat"), file("3"));
-    folder.put("rs485.dat", file("4", "COM2:", "3"));
-    station.add_amplifier(4, "1004", "KU");
-    EXPECT_EQ(file_bytes(folder / "com1004.dat"), file("4"));
-    EXPECT_EQ(station.open_count(), 4);
+    for (const char* stale : {"COM2:", "torn"}) {
+        folder.put("rs485.dat", stale == std::string("torn") ? stale : file("4", stale, "3"));
+        station.add_amplifier(4, "1004", "KU");
+        EXPECT_EQ(file_bytes(folder / "com1004.dat"), file("4"));
+        std::filesystem::remove(folder / "com1004.dat");
+    }
+    station.close_all();
+    const struct {
+        std::string held;
+        const char* state;  // nullptr: not asked
+    } old_files[] = {{"RS-485\nCOM1:\n 6\n 3\n", nullptr},
+                     {file("7"), "holds address 7"},
+                     {file("3", "COM2:"), "holds another port or baud rate"},
+                     {file("3", "COM1:", "7"), "holds another port or baud rate"},
+                     {"RS-485\r\nCOM1:\r\n", "is damaged"},
+                     {"", "is damaged"}};
+    for (const auto& old : old_files)
+        for (const Answer answer : {Answer::no, Answer::yes}) {
+            SCOPED_TRACE(old.held);
+            const std::string path = folder.put("com1003.dat", old.held);
+            person.answers = {answer};
+            station.add_amplifier(3, "1003", "KU");
+            EXPECT_EQ(station.open_count(), 1);
+            station.close_all();
+            std::filesystem::remove(folder / "set1003.dat");
+            const bool replaced = old.state != nullptr && answer == Answer::yes;
+            EXPECT_EQ(file_bytes(path), replaced ? file("3") : old.held);
+            EXPECT_EQ(person.take_texts(), old.state == nullptr ? Texts{}
+                                                                : Texts{std::string("File com1003.dat ") +
+                                                                        old.state + ". Replace it?"});
+        }
 }
 
 // Save writes what is not in use, Save As changes the amplifier's own file, or a failure is silent.

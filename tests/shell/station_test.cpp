@@ -26,33 +26,43 @@ TEST_F(StationTest, ReusesTheLowestFreeSlot) {
     station.close_all();
 }
 
-// A silent amplifier slows the others down, or is not found again once it answers.
-TEST_F(StationTest, ASilentAmplifierHoldsNobodyUp) {
-    open({1, 2, 3, 4});
+// One dead amplifier of sixteen slows the others down, piles up boxes, shows what it once was, or is
+// not found again once it answers.
+TEST_F(StationTest, OneDeadOfSixteenHoldsNobodyUp) {
+    std::vector<int> all;
+    for (int address = 1; address <= 16; ++address) {
+        if (address > 4)
+            sim.add({.address = address, .serial = 1000 + address, .name = "KU"});
+        all.push_back(address);
+    }
+    open(all);
     poll(2s);
     sim.find(2)->line.silent = true;
     poll(20s);
-    const auto silent = station.open_heads()[1];
-    ASSERT_TRUE(silent->silent());
-    EXPECT_EQ(silent->panel().line(1), "RS485 Communication ");
+    const auto dead = station.open_heads()[1];
+    ASSERT_TRUE(dead->silent());
+    EXPECT_EQ(dead->panel().line(1), "RS485 Communication ");
     port.status_requests.clear();
     poll(60s);
-    for (const int address : {1, 3, 4})
-        EXPECT_LE(longest_gap(address), 1100) << "the twelfth look takes a second";
-    std::size_t slow = 0;
-    for (const int address : {1, 3, 4}) {
-        const auto& at = port.status_requests[address];
-        for (std::size_t i = 1; i < at.size(); ++i) slow += at[i] - at[i - 1] > 700ms ? 1U : 0U;
-    }
-    EXPECT_LE(slow, 3U);
     EXPECT_NEAR(static_cast<double>(port.status_requests[2].size()), 12, 1);
+    for (const int address : all) {
+        if (address == 2)
+            continue;
+        EXPECT_LE(longest_gap(address), 1300) << "the twelfth look takes a second, a round a quarter";
+        const auto& at = port.status_requests[address];
+        int slow = 0;
+        for (std::size_t i = 1; i < at.size(); ++i) slow += at[i] - at[i - 1] > 900ms ? 1 : 0;
+        EXPECT_LE(slow, 1);
+        EXPECT_NE(station.open_heads()[static_cast<std::size_t>(address - 1)]->panel().line(1),
+                  dead->panel().line(1));
+    }
     sim.find(2)->line.silent = false;
     poll(6s);
-    EXPECT_FALSE(silent->silent());
-    EXPECT_NE(silent->panel().line(1), "RS485 Communication ");
+    EXPECT_FALSE(dead->silent());
+    EXPECT_NE(dead->panel().line(1), "RS485 Communication ");
     port.status_requests.clear();
     poll(5s);
-    EXPECT_LE(longest_gap(2), 550);
+    for (const int address : all) EXPECT_LE(longest_gap(address), 550);
 }
 
 // A window that is closed by an event of its own visit is drawn all the same, or takes the visit of
@@ -132,17 +142,11 @@ TEST_F(StationTest, AHeadThatDoesNotStartLeavesNothingBehind) {
     EXPECT_FALSE(bus.bus_link_on());
 }
 
-// Settings that are lost when the window closes, or a window that cannot be closed on a full disk.
+// Settings that are lost when the window closes.
 TEST_F(StationTest, ClosingKeepsTheScreenSettings) {
-    open({1, 2});
+    open({1});
     station.close_window(1);
     EXPECT_TRUE(file_bytes(folder / "set1001.dat").starts_with("Color Settings\r\n"));
-    std::filesystem::create_directory(folder / "set1002.dat");
-    station.close_window(2);
-    EXPECT_EQ(station.open_count(), 0);
-    ASSERT_EQ(person.messages.size(), 1U);
-    EXPECT_EQ(person.messages[0].detail, "set1002.dat");
-    person.messages.clear();
 }
 
 }  // namespace

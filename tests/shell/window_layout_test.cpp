@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "platform/run_time_error.h"
 #include "platform/text_file.h"
 #include "tests/support/scratch_folder.h"
 
@@ -37,6 +38,8 @@ TEST_F(LayoutFile, PassesOverDamagedLines) {
     EXPECT_EQ(layout->heads[0], (HeadPlace{"8", {1, 2, 30, 40}, true}));
     write_text_lines(path_, {"another file", "main 1 2 3 4 0"});
     EXPECT_EQ(read_window_layout(path_), std::nullopt);
+    EXPECT_THROW(write_window_layout(path_, {}), RunTimeError);  // it may be wanted
+    EXPECT_EQ(read_text_lines(path_).front(), "another file");
 }
 
 TEST(WindowLayout, IsBroughtBackOntoTheScreensThereAre) {

@@ -3,19 +3,17 @@
 namespace ampdesk {
 
 CivilTime ManualClock::local_time() const {
-    using std::chrono::duration_cast;
-    const auto total = duration_cast<std::chrono::milliseconds>(wall_).count();
-    constexpr long long k_day = 86'400'000;
-    const long long in_day = ((total % k_day) + k_day) % k_day;
-    CivilTime t;
-    t.year = 2026;
-    t.month = 3;
-    t.day = 10 + static_cast<int>((total - in_day) / k_day);
-    t.hour = static_cast<int>(in_day / 3'600'000);
-    t.minute = static_cast<int>(in_day / 60'000 % 60);
-    t.second = static_cast<int>(in_day / 1000 % 60);
-    t.millisecond = static_cast<int>(in_day % 1000);
-    return t;
+    using namespace std::chrono;
+    const auto day = floor<days>(wall_);
+    const year_month_day date(sys_days(year(2026) / 3 / 10) + day);
+    const hh_mm_ss time(floor<milliseconds>(wall_ - day));
+    return {.year = static_cast<int>(date.year()),
+            .month = static_cast<int>(static_cast<unsigned>(date.month())),
+            .day = static_cast<int>(static_cast<unsigned>(date.day())),
+            .hour = static_cast<int>(time.hours().count()),
+            .minute = static_cast<int>(time.minutes().count()),
+            .second = static_cast<int>(time.seconds().count()),
+            .millisecond = static_cast<int>(time.subseconds().count())};
 }
 
 }  // namespace ampdesk

@@ -20,8 +20,9 @@ class ManualClock : public Clock {
         wall_ += d;
     }
 
-    // Sets the wall clock only; the steady clock knows nothing of it. Any value; the day follows.
+    // Of the wall clock only; the steady clock knows nothing of it. Any value; the date follows.
     void set_wall(Duration since_midnight) { wall_ = since_midnight; }
+    void step_wall(Duration by) { wall_ += by; }
 
   private:
     Duration steady_{};

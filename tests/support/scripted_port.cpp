@@ -32,25 +32,21 @@ void ScriptedPort::silence(int times) {
 }
 
 void ScriptedPort::arrive(std::string bytes, std::chrono::milliseconds after) {
-    const Instant at = clock_.now() + after;
-    const auto later = std::find_if(due_.begin(), due_.end(), [&](const Due& d) { return d.at > at; });
-    due_.insert(later, Due{at, std::move(bytes)});
+    due_.emplace(clock_.now() + after, std::move(bytes));
 }
 
 std::string ScriptedPort::read_waiting() {
     std::string bytes;
-    while (!due_.empty() && due_.front().at <= clock_.now()) {
-        bytes += due_.front().bytes;
-        due_.erase(due_.begin());
-    }
+    const auto end = due_.upper_bound(clock_.now());
+    for (auto due = due_.begin(); due != end; due = due_.erase(due)) bytes += due->second;
     return bytes;
 }
 
 WaitResult ScriptedPort::wait_readable(Instant deadline) {
     if (unplugged)
         return WaitResult::lost;
-    if (!due_.empty() && due_.front().at <= std::max(clock_.now(), deadline)) {
-        clock_.sleep_until(due_.front().at);
+    if (!due_.empty() && due_.begin()->first <= std::max(clock_.now(), deadline)) {
+        clock_.sleep_until(due_.begin()->first);
         return WaitResult::data;
     }
     clock_.sleep_until(deadline);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <deque>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -49,14 +50,10 @@ class ScriptedPort : public SerialPort {
     PortError write_error = PortError::none;
 
   private:
-    struct Due {
-        Instant at;
-        std::string bytes;
-    };
     ManualClock& clock_;
     bool open_ = false;
     std::deque<Answer> answers_;
-    std::vector<Due> due_;
+    std::multimap<Instant, std::string> due_;
 };
 
 }  // namespace ampdesk

@@ -117,17 +117,5 @@ TEST(LineBuffer, FindsTheLinesOfARemoteStation) {
     }
 }
 
-// The later check has a limit of its own.
-TEST(LineBuffer, TheLaterLimitIsAHundred) {
-    LineBuffer buffer;
-    buffer.receive(std::string(100, 'x'));
-    EXPECT_FALSE(buffer.overflows_still());
-    EXPECT_EQ(buffer.size(), 100U);
-    buffer.clear();
-    buffer.receive(std::string(101, 'x'));
-    EXPECT_TRUE(buffer.overflows_still());
-    EXPECT_EQ(buffer.size(), 0U);
-}
-
 }  // namespace
 }  // namespace ampdesk

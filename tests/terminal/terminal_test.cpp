@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/hex_bytes.h"
 #include "tests/support/modem_port.h"
 #include "tests/support/recording_operator.h"
+#include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
 namespace {
@@ -53,7 +55,8 @@ struct TerminalTest : testing::Test {
     RecordingOperator person;
     BusLink bus{bus_port, clock, person};
     TerminalLine line{&port, clock};
-    Terminal terminal{line, bus};
+    ScratchFolder folder;
+    Terminal terminal{line, bus, folder.path()};
     std::string shown;
     Texts statuses, errors;
 };
@@ -79,15 +82,9 @@ TEST_F(TerminalTest, TypedKeys) {
     EXPECT_EQ(errors, (Texts{"Transmit Buffer Full", "Transmit Buffer Full"}));
 }
 
-TEST_F(TerminalTest, ModemCommands) {
-    EXPECT_FALSE(terminal.modem().auto_answer());
-    EXPECT_FALSE(terminal.modem().answers());
+// The loudspeaker of another volume.
+TEST_F(TerminalTest, Volumes) {
     open();
-    EXPECT_TRUE(terminal.modem().auto_answer());
-    EXPECT_TRUE(terminal.modem().answers());
-    EXPECT_TRUE(terminal.modem().auto_answer());
-    EXPECT_FALSE(terminal.modem().answers());
-    EXPECT_EQ(take_sent(), "ATE1M0S0=1\rATS0=0\r");
     for (const Volume volume : {Volume::off, Volume::low, Volume::medium, Volume::high})
         EXPECT_TRUE(terminal.modem().set_volume(volume));
     EXPECT_EQ(take_sent(), "ATM0\rATL1M1\rATL2M1\rATL3M1\r");
@@ -182,14 +179,18 @@ TEST_F(TerminalTest, TextWithoutLineEndsHangsUp) {
     EXPECT_EQ(take_sent(), "No message from amplifier, wrong command\r\n");
 }
 
-// More than a hundred characters that came during the wait are not acted on.
+// More than a hundred characters that came during the wait are not acted on, or fewer are.
 TEST_F(TerminalTest, TextThatGoesOnDuringTheWaitHangsUpOnceMore) {
     port.has_dtr = true;
-    open();
-    for (const std::size_t size : {51U, 101U}) receive(std::string(size, 'x'));
-    pass(milliseconds(10000));
-    EXPECT_EQ(port.dtr.size(), 4U);
-    EXPECT_EQ(shown, std::string(51 + 101, 'x') + "manually hang upmanually hang up");
+    for (const auto& [during, changes] : {std::pair{100U, 2U}, {101U, 4U}}) {
+        open();
+        port.dtr.clear();
+        shown.clear();
+        for (const std::size_t size : {51U, during}) receive(std::string(size, 'x'));
+        pass(milliseconds(10000));
+        EXPECT_EQ(port.dtr.size(), changes);
+        EXPECT_EQ(shown.size(), 51 + during + changes / 2 * std::string("manually hang up").size());
+    }
 }
 
 // A change that is told twice, told of the state before an unplugging, or told while Term is hidden.
@@ -273,6 +274,36 @@ TEST_F(TerminalTest, RequestsTakeTurnsWithThePolling) {
     pass(std::chrono::minutes(5));
     EXPECT_EQ(bus_port.written.size(), 32U);
     EXPECT_EQ(shown.substr(shown.size() - 4), "\r\n\r\n");
+}
+
+// A request that is lost, goes to the bus though it is none or half of one, or whose answer the remote
+// station or the operator does not get.
+TEST_F(TerminalTest, CarriesOutRequests) {
+    folder.put("rs422.dat", "RS-422\r\nCOM1:\r\n6\r\n3\r\n0\r\n0\r\n");
+    bus.close_bus_port();
+    open();
+    for (const char* bytes : {"\x06", "\x06\x02\x02", "RS422", "\r"}) receive(bytes);
+    pass(milliseconds(0));
+    EXPECT_EQ(bus_port.opened.back().device, "/dev/ttyS0");
+    EXPECT_EQ(take_sent(), "");
+
+    bus_port.answer(hex_bytes("06 05 04 52 44 4F 4B B3 3F"));
+    const std::string answer = "No response from amplifier, check 422/485 connection to the amplifier\r\n";
+    const std::string request = "hello \x06\x06 > 5 , RDSTAT \r\n";
+    shown.clear();
+    receive(request);
+    pass(milliseconds(1000));
+    ASSERT_EQ(bus_port.written.size(), 1U);
+    EXPECT_EQ(to_hex(bus_port.written[0]), "01 05 06 52 44 53 54 41 54 37 29");
+    EXPECT_EQ(take_sent(), answer);
+    EXPECT_EQ(shown, request + answer);
+
+    receive("\x06\x06>05,RD");
+    port.plug(false);
+    port.plug(true);
+    for (const char* none : {"STAT\r", ">05,RDSTAT\r", "\x06>05,RDSTAT\r", "\x06\x06RDSTAT\r"}) receive(none);
+    pass(milliseconds(1000));
+    EXPECT_EQ(bus_port.written.size(), 1U);
 }
 
 }  // namespace

@@ -1,25 +1,16 @@
 // A transfer on the terminal line: who holds it when, what is swallowed, what ends it.
 #include <gtest/gtest.h>
 
-#include "terminal/null_modem_test.h"
 #include "terminal/text_transfer.h"
 #include "terminal/transfer_run.h"
 #include "terminal/xmodem_receiver.h"
 #include "terminal/xmodem_sender.h"
-#include "tests/support/scripted_port.h"
+#include "tests/support/modem_port.h"
 
 namespace ampdesk {
 namespace {
 
 using std::chrono::milliseconds;
-
-// A driver that holds what it was given until it is told to let it leave.
-class HoldingPort : public ScriptedPort {
-  public:
-    using ScriptedPort::ScriptedPort;
-    bool drain(Instant) override { return !held; }
-    bool held = false;
-};
 
 class TransferRunTest : public ::testing::Test {
   protected:
@@ -39,34 +30,18 @@ class TransferRunTest : public ::testing::Test {
     }
 
     ManualClock clock;
-    HoldingPort port{clock};
+    ModemPort port{clock};
     TerminalLine line{&port, clock};
     std::string terminal;
     std::optional<TransferRun> run;
 };
 
-// Fault: the terminal gets, or eats, what belongs to the transfer; the line is never given back.
-TEST_F(TransferRunTest, HoldsTheLineUntilItsEnd) {
-    NullModemTest test(std::nullopt, 7, character_time(line.settings()), clock.now());
-    port.responder = [](const std::string& text) { return ScriptedPort::Answer{{milliseconds(90), text}}; };
-    ASSERT_TRUE(start(test));
-    NullModemTest second(std::nullopt, 8, character_time(line.settings()), clock.now());
-    EXPECT_FALSE(TransferRun(line, second).start());
-    pass(milliseconds(100));
-    EXPECT_TRUE(run->over());
-    EXPECT_NE(test.message().find("came back in 100 ms"), std::string::npos) << test.message();
-    EXPECT_EQ(terminal, "");
-    port.arrive("mine");
-    line.pump();
-    EXPECT_EQ(terminal, "mine");
-}
-
 // Fault: the rest of a block runs over the terminal, which takes it for a broken call.
 TEST_F(TransferRunTest, SwallowsTheRestOfACancelledTransfer) {
     XmodemReceiver receiver(clock.now());
     ASSERT_TRUE(start(receiver));
-    EXPECT_EQ(port.written, std::vector<std::string>{"C"});
-    port.held = true;  // also with a line that does not take anything
+    EXPECT_EQ(port.sent, "C");
+    port.drained = false;  // also with a line that does not take anything
     receiver.cancel();
     for (int i = 0; i < 4; ++i) port.arrive(std::string(40, 'x'), milliseconds(240 * i));
     pass(milliseconds(3 * 240 + 250));
@@ -74,7 +49,7 @@ TEST_F(TransferRunTest, SwallowsTheRestOfACancelledTransfer) {
     pass(milliseconds(100));
     EXPECT_TRUE(run->over());
     EXPECT_EQ(terminal, "");
-    EXPECT_EQ(port.written.back(), k_xmodem_cancel);
+    EXPECT_EQ(port.sent, "C" + std::string(k_xmodem_cancel));
     EXPECT_EQ(receiver.state(), TransferState::cancelled);
 }
 
@@ -93,19 +68,19 @@ TEST_F(TransferRunTest, SwallowsForThreeSecondsAtMost) {
 TEST_F(TransferRunTest, SendsATextAsTheLineTakesIt) {
     TextSender text(std::string(100, 'x'));
     ASSERT_TRUE(start(text));
-    EXPECT_EQ(port.written, std::vector<std::string>{std::string(60, 'x')});  // 500 ms at 1200 baud
-    port.held = true;
+    EXPECT_EQ(port.sent.size(), 60U);  // 500 ms at 1200 baud
+    port.drained = false;
     pass(milliseconds(5000));
-    EXPECT_EQ(port.written.size(), 1U);
-    port.held = false;
+    EXPECT_EQ(port.sent.size(), 60U);
+    port.drained = true;
     pass(milliseconds(50));
-    EXPECT_EQ(port.written.back(), std::string(40, 'x'));
+    EXPECT_EQ(std::exchange(port.sent, {}), std::string(100, 'x'));
     EXPECT_TRUE(run->over());
     XmodemSender blocks("abc", milliseconds(1), clock.now());
     ASSERT_TRUE(start(blocks));
     port.arrive("C");
     pass(milliseconds(50));
-    EXPECT_EQ(port.written.back().size(), 133U);
+    EXPECT_EQ(port.sent.size(), 133U);
 }
 
 // Fault: a closed or unplugged port leaves the transfer waiting, or is called a time-out.

@@ -1,9 +1,6 @@
 // XMODEM with an independent implementation at the other end, the programs sx and rx: real processes,
 // the real serial line, and a pump between the two that spoils bytes on the way.
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "platform/posix/posix_serial_port.h"
 #include "platform/posix/system_clock.h"
@@ -11,6 +8,7 @@
 #include "terminal/xmodem_receiver.h"
 #include "terminal/xmodem_sender.h"
 #include "tests/platform/far_end.h"
+#include "tests/support/child_program.h"
 #include "tests/terminal/transfer_rig.h"
 
 namespace ampdesk {
@@ -18,59 +16,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-// A program whose standard input, output and error are one line. Not a pseudo-terminal: these programs
-// flush theirs when they end, and their last answer with it.
-class LineProgram {
-  public:
-    LineProgram(const std::string& folder, std::vector<const char*> arguments) {
-        int ends[2];
-        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
-            throw std::runtime_error("no line to the program");
-        line_ = Descriptor(ends[0]);
-        const Descriptor far(ends[1]);
-        fcntl(line_.get(), F_SETFL, O_NONBLOCK);
-        arguments.push_back(nullptr);
-        process_ = fork();
-        if (process_ != 0)
-            return;
-        for (const int fd : {0, 1, 2}) dup2(far.get(), fd);
-        if (chdir(folder.c_str()) == 0)
-            execvp(arguments[0], const_cast<char**>(arguments.data()));
-        _exit(127);
-    }
-    ~LineProgram() {
-        line_.close();
-        if (process_ > 0) {
-            kill(process_, SIGKILL);
-            waitpid(process_, nullptr, 0);
-        }
-    }
-
-    void send(const std::string& bytes) const {
-        EXPECT_EQ(::write(line_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    }
-    std::string receive() const {
-        std::string bytes(4096, ' ');
-        bytes.resize(
-            static_cast<std::size_t>(std::max<ssize_t>(0, ::read(line_.get(), bytes.data(), bytes.size()))));
-        return bytes;
-    }
-    // Its exit status once it has ended, within five seconds.
-    int end() {
-        int status = -1;
-        for (int i = 0; i < 500 && waitpid(process_, &status, WNOHANG) == 0; ++i) {
-            receive();
-            usleep(10'000);
-        }
-        process_ = WIFEXITED(status) ? -1 : process_;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-  private:
-    pid_t process_ = -1;
-    Descriptor line_;
-};
 
 // Changes every n-th byte: garbles it, the next time drops it, then doubles it. 0: none.
 class Spoiler {
@@ -99,7 +44,7 @@ class XmodemPeer : public ::testing::Test {
     XmodemPeer() { EXPECT_TRUE(line.open({.device = far.device()}).ok()); }
 
     // Carries bytes between the program and the line until the transfer has ended.
-    void carry(LineProgram& program, Transfer& transfer, int spoil_program, int spoil_station) {
+    void carry(ChildProgram& program, Transfer& transfer, int spoil_program, int spoil_station) {
         Spoiler from_program(spoil_program);
         Spoiler from_station(spoil_station);
         TransferRun run(line, transfer);
@@ -107,7 +52,7 @@ class XmodemPeer : public ::testing::Test {
         const Instant limit = clock.now() + seconds(60);
         Instant next_tick = clock.now();
         while (!run.over() && clock.now() < limit) {
-            if (const std::string bytes = from_program(program.receive()); !bytes.empty())
+            if (const std::string bytes = from_program(program.receive(4096, 0)); !bytes.empty())
                 far.send(bytes);
             line.pump();
             if (const std::string bytes = from_station(far.receive(4096, 1)); !bytes.empty())
@@ -131,47 +76,40 @@ class XmodemPeer : public ::testing::Test {
     ScratchFolder folder;
 };
 
-// Fault: files do not reach other programs, or reach them changed, on a good or a noisy line.
-TEST_F(XmodemPeer, TakesWhatIsSent) {
+// Fault: files do not reach other programs or come from them, or are changed on the way, on a good or a
+// noisy line.
+TEST_F(XmodemPeer, FilesArriveWhole) {
     const struct {
         const char* name;
-        std::vector<const char*> program;
-        std::size_t size;
-        int spoil;
-    } cases[] = {
-        {"sum, a good line", {"rx", "-q", "taken"}, 1000, 0},
-        {"CRC, more blocks than numbers, a noisy line", {"rx", "-q", "-c", "taken"}, 34'000, 15'013},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        LineProgram program(folder.path(), c.program);
-        const std::string file = sample_file(c.size);
-        XmodemSender sender(file, milliseconds(20), clock.now());
-        carry(program, sender, 0, c.spoil);
-        EXPECT_EQ(file_bytes(folder / "taken"), filled_up(file));
-    }
-}
-
-// Fault: files of other programs do not arrive, or arrive changed, on a good or a noisy line.
-TEST_F(XmodemPeer, SendsWhatIsTaken) {
-    const struct {
-        const char* name;
-        std::vector<const char*> program;
+        std::vector<std::string> program;
         std::size_t size;
         std::size_t block;
         int spoil;
     } cases[] = {
-        {"long blocks, a good line", {"sx", "-q", "-k", "sent"}, 4096, 1024, 0},
-        {"more blocks than numbers, a noisy line", {"sx", "-q", "sent"}, 34'000, 128, 10'007},
+        {"nothing sent, a good line", {"rx", "-q", "file"}, 0, 128, 0},
+        {"sent with the sum, blocks without filling", {"rx", "-q", "file"}, 1024, 128, 0},
+        {"sent with the CRC, more blocks than numbers, noise",
+         {"rx", "-q", "-c", "file"},
+         34'000,
+         128,
+         15'013},
+        {"received in long blocks, a good line", {"sx", "-q", "-k", "file"}, 4096, 1024, 0},
+        {"received, more blocks than numbers, noise", {"sx", "-q", "file"}, 34'000, 128, 10'007},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const std::string file = sample_file(c.size);
-        folder.put("sent", file);
-        LineProgram program(folder.path(), c.program);
+        const bool taken = c.program[0] == "rx";
+        if (!taken)
+            folder.put("file", file);
+        ChildProgram program(c.program, folder.path());
+        XmodemSender sender(file, milliseconds(20), clock.now());
         XmodemReceiver receiver(clock.now());
-        carry(program, receiver, c.spoil, 0);
-        EXPECT_EQ(receiver.file(), filled_up(file, c.block));
+        if (taken)
+            carry(program, sender, 0, c.spoil);
+        else
+            carry(program, receiver, c.spoil, 0);
+        EXPECT_EQ(taken ? file_bytes(folder / "file") : receiver.file(), filled_up(file, c.block));
     }
 }
 

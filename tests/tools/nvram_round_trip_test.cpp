@@ -1,14 +1,8 @@
 // nvRam transfers against simulated amplifiers: over a pseudo-terminal that spoils replies, and beside
 // the polling of open control heads.
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <pty.h>
-#include <termios.h>
-#include <unistd.h>
 
-#include <atomic>
 #include <random>
-#include <thread>
 
 #include "demo/sim_port.h"
 #include "platform/posix/posix_serial_port.h"
@@ -17,6 +11,7 @@
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
+#include "tests/support/served_line.h"
 #include "tools/nvram_transfer.h"
 
 namespace ampdesk {
@@ -29,46 +24,17 @@ void add(demo::SimBus& bus, int address) {
     bus.add({.address = address, .serial = 1000 + address, .noise = 0});
 }
 
-// The far end of a line: a bus of its own thread, one reply in ten spoilt.
-class SpoilingLine {
+// One reply in ten spoilt.
+class Spoiling {
   public:
-    explicit SpoilingLine(demo::SimBus& bus) : bus_(bus) {
-        char name[64] = "";
-        termios raw{};
-        cfmakeraw(&raw);
-        if (openpty(&master_, &slave_, name, &raw, nullptr) != 0)
-            throw std::runtime_error("no pseudo-terminal");
-        device = name;
-        thread_ = std::thread([this] { pump(); });
+    bool operator()(std::string& reply) {
+        if (random_() % 10 == 0)
+            spoil(reply);
+        return true;
     }
-    ~SpoilingLine() {
-        stop_ = true;
-        thread_.join();
-        ::close(master_);
-        ::close(slave_);
-    }
-
-    std::string device;
-    std::atomic<int> spoilt = 0;
+    int spoilt = 0;
 
   private:
-    void pump() {
-        while (!stop_) {
-            pollfd input{.fd = master_, .events = POLLIN, .revents = 0};
-            char block[1024];
-            if (::poll(&input, 1, 20) != 1)
-                continue;
-            const ssize_t count = ::read(master_, block, sizeof block);
-            if (count > 0)
-                bus_.receive({block, static_cast<std::size_t>(count)});
-            std::string reply = bus_.take_due();
-            if (!reply.empty() && random_() % 10 == 0)
-                spoil(reply);
-            if (::write(master_, reply.data(), reply.size()) < 0)
-                return;
-        }
-    }
-
     void spoil(std::string& reply) {
         switch (spoilt++ % 5) {
             case 0:
@@ -87,13 +53,7 @@ class SpoilingLine {
                 reply.pop_back();  // costs the station its whole second
         }
     }
-
-    demo::SimBus& bus_;
     std::minstd_rand random_{7};
-    int master_ = -1;
-    int slave_ = -1;
-    std::atomic<bool> stop_ = false;
-    std::thread thread_;
 };
 
 // Fault: a byte is lost, doubled or misplaced between an amplifier, the file and another amplifier.
@@ -112,12 +72,12 @@ TEST(NvramRoundTrip, OneAmplifiersMemoryInAnother) {
     };
     compare();
     ASSERT_EQ(different, demo::SimNvram::k_blocks);
-    int spoilt = 0;
+    Spoiling spoiling;
     {
-        SpoilingLine line(bus);
+        ServedLine line(bus, folder / "line", std::ref(spoiling));
         PosixSerialPort port(clock);
         BusOptions options;
-        options.ports.set(1, line.device);
+        options.ports.set(1, folder / "line");
         BusLink link(port, clock, person, options);
         ASSERT_EQ(link.open_bus_port("COM1:", 19200, 0, 8, 1), 0) << link.open_failure();
         for (const Mode mode : {Mode::read, Mode::set}) {
@@ -130,11 +90,10 @@ TEST(NvramRoundTrip, OneAmplifiersMemoryInAnother) {
                       mode == Mode::read ? "nvRam Transfer was Successful" : "end of nvRam file");
             EXPECT_EQ(transfer.nvram_block, static_cast<int>(demo::SimNvram::k_blocks));
         }
-        spoilt = line.spoilt;
     }
     compare();
     EXPECT_EQ(different, 0U);
-    EXPECT_GE(spoilt, 5);
+    EXPECT_GE(spoiling.spoilt, 5);
     EXPECT_TRUE(person.take_texts().empty());
 }
 

@@ -2,12 +2,10 @@
 #include "tools/nvram_transfer.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 #include "buslink/wire/binary_frame.h"
 #include "platform/run_time_error.h"
+#include "tests/support/full_disk.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
@@ -211,14 +209,10 @@ TEST_F(NvramTransferTest, ReadOntoAFullDisk) {
     port.answer(k_block_0);
     port.answer(k_block_1);
     begin(Mode::read);
-    rlimit limit{};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small{.rlim_cur = 34, .rlim_max = limit.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
-    run();
-    setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, handler);
+    {
+        const FullDisk full(34);
+        run();
+    }
     EXPECT_EQ(person.take_texts(), Texts{"Disk full"});
     EXPECT_EQ(shown.back(), "nvRam Transfer failed");
     EXPECT_TRUE(finished());

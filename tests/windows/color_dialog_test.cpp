@@ -1,24 +1,17 @@
-// frmColor: colours and font size change on the copy only, and on the head with OK.
-#include <gtest/gtest.h>
-
-#include <QAccessible>
-#include <QAccessibleInterface>
-#include <QApplication>
+// frmColor behind its menu item: colours and font size change on the copy only, and on the head with OK.
 #include <QColorDialog>
 #include <QFontDialog>
 #include <QPushButton>
-#include <QTest>
-#include <QTimer>
 
 #include "controlhead/font_rule.h"
 #include "controlhead/ui/frmColor.h"
-#include "tests/support/recording_operator.h"
-#include "tests/support/scripted_port.h"
+#include "tests/windows/desk.h"
+#include "tests/windows/spoken.h"
 
 namespace ampdesk {
 namespace {
 
-TEST(font_rule, takes_another_size_from_13_to_15_and_nothing_else) {
+TEST(FontRule, TakesAnotherSizeFrom13To15AndNothingElse) {
     const FontChoice preset{"Courier New", true, 14};
     for (const double size : {13.0, 14.5, 15.0})
         EXPECT_TRUE(accepted_font(preset, {"Courier New", true, size})) << size;
@@ -29,32 +22,49 @@ TEST(font_rule, takes_another_size_from_13_to_15_and_nothing_else) {
                                   {"Courier", true, 14}};
     for (const FontChoice& choice : refused)
         EXPECT_FALSE(accepted_font(preset, choice)) << choice.family << choice.bold << choice.size;
-    const Message message = font_refusal("Courier New");
-    EXPECT_EQ(message.text, "You can only select Bold 13~15 Courier New Fonts");
-    EXPECT_EQ(message.title, "Font Selection Failed");
-    EXPECT_EQ(message.icon, Icon::exclamation);
 }
 
-class ColorDialogTest : public testing::Test {
+class ColorDialog : public Desk {
   protected:
-    void press(const char* name) {
-        auto* button = dialog.findChild<QPushButton*>(QString::fromLatin1(name));
-        ASSERT_NE(button, nullptr) << name;
-        button->click();
+    ColorDialog() { head->apply_screen_settings(first); }
+
+    // Opens the dialog for the active one of two heads, and closes it if the steps have not.
+    void in_dialog(const std::function<void()>& steps) {
+        when_dialog_opens("frmColor", [&](QDialog& opened) {
+            dialog = &opened;
+            steps();
+            opened.reject();
+        });
+        form.mnuToolsScreen_Click(0);
     }
 
     // Presses the button and, once its dialog is open, lets `act` choose there.
     template <class Dialog, class Act>
     void choose(const char* button, Act act) {
         bool opened = false;
-        QTimer::singleShot(0, &dialog, [&] {
+        QTimer::singleShot(0, dialog, [&] {
             auto* opened_dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
             opened = opened_dialog != nullptr;
             ASSERT_TRUE(opened);
             act(*opened_dialog);
         });
-        press(button);
+        click(*dialog, button);
         EXPECT_TRUE(opened) << button;
+    }
+    void choose_colour(const char* button, QRgb rgb) {
+        choose<QColorDialog>(button, [rgb](QColorDialog& colours) {
+            colours.setCurrentColor(QColor(rgb));
+            colours.accept();
+        });
+    }
+    template <class Change>
+    void choose_font(Change change) {
+        choose<QFontDialog>("cmdFont", [change](QFontDialog& fonts) {
+            QFont font = fonts.currentFont();
+            change(font);
+            fonts.setCurrentFont(font);
+            fonts.accept();
+        });
     }
 
     // What the copy paints: the colours of its parts, red in the low byte, and the font size.
@@ -63,105 +73,68 @@ class ColorDialogTest : public testing::Test {
             const QColor c = part.palette().color(role);
             return static_cast<std::uint32_t>(c.red() | c.green() << 8 | c.blue() << 16);
         };
-        const auto* line = dialog.findChild<DisplayLine*>(QStringLiteral("lblDisplayA(3)"));
-        const auto* label = dialog.findChild<QLabel*>(QStringLiteral("Label1(0)"));
+        const auto* line = child(*dialog, "lblDisplayA(3)");
         return {.fore_colour = bgr(*line, QPalette::WindowText),
                 .back_colour = bgr(*line, QPalette::Window),
                 .font_size = line->font().pointSizeF(),
-                .machine_colour = bgr(*label, QPalette::Window)};
+                .machine_colour = bgr(*child(*dialog, "Label1(0)"), QPalette::Window)};
     }
 
-    ManualClock clock;
-    ScriptedPort port{clock};
-    RecordingOperator person;
-    BusLink bus{port, clock, person};
-    HeadServices services{bus, clock, person, {}};
-    ScreenSettings first{.fore_colour = 0x112233, .back_colour = 0x445566, .machine_colour = 0x778899};
-    std::shared_ptr<ControlHead> head = [this] {
-        auto made = std::make_shared<ControlHead>(services, HeadIdentity{1, 1, "7", "X"});
-        made->panel().set_look(first);
-        return made;
-    }();
-    frmColor dialog{head, {}, person};
+    const ScreenSettings first{.fore_colour = 0x112233, .back_colour = 0x445566, .machine_colour = 0x778899};
+    const std::shared_ptr<ControlHead> other = open(1).head();
+    const std::shared_ptr<ControlHead> head = open(2).head();
+    QDialog* dialog = nullptr;
 };
 
-TEST_F(ColorDialogTest, colours_and_size_reach_the_head_with_ok_only) {
-    int head_changes = 0;
-    head->panel().on_change = [&] { ++head_changes; };
-    EXPECT_EQ(copy(), first);
-    const auto* heard = QAccessible::queryAccessibleInterface(&dialog);
-    EXPECT_EQ(heard->role(), QAccessible::Dialog);
-    EXPECT_EQ(heard->text(QAccessible::Name), u"Setup Color For Control Head");
-
+// A button that changes another's colour, blue where red was picked; a choice that reaches the head before
+// its OK, in spite of a Cancel, or reaches another head.
+TEST_F(ColorDialog, ColoursAndSizeReachTheHeadWithOkOnly) {
     ScreenSettings expected = first;
-    const auto pick = [](QRgb rgb) {
-        return [rgb](QColorDialog& colours) {
-            colours.setCurrentColor(QColor(rgb));
-            colours.accept();
-        };
-    };
-    // Each button changes its own colour, red where red was picked.
-    choose<QColorDialog>("cmdColor(0)", pick(0xFF0000));
-    expected.fore_colour = 0x0000FF;
-    EXPECT_EQ(copy(), expected);
-    choose<QColorDialog>("cmdColor(1)", pick(0x0000FE));
-    expected.back_colour = 0xFE0000;
-    EXPECT_EQ(copy(), expected);
-    choose<QColorDialog>("cmdColor(2)", [&](QColorDialog& colours) {
-        EXPECT_EQ(colours.currentColor(), QColor(0x99, 0x88, 0x77));
-        colours.reject();
-    });
-    EXPECT_EQ(copy(), expected);
-    choose<QFontDialog>("cmdFont", [](QFontDialog& fonts) {
-        QFont font = fonts.currentFont();
-        font.setPointSize(15);
-        fonts.setCurrentFont(font);
-        fonts.accept();
-    });
-    expected.font_size = 15;
-    EXPECT_EQ(copy(), expected);
-
-    EXPECT_EQ(head->panel().look(), first);
-    EXPECT_EQ(head_changes, 0);
-    press("Command1(0)");
-    EXPECT_EQ(head->panel().look(), expected);
-    EXPECT_EQ(head_changes, 1);
-    EXPECT_TRUE(person.messages.empty());
-}
-
-TEST_F(ColorDialogTest, cancel_leaves_the_head_as_it_was) {
-    choose<QColorDialog>("cmdColor(2)", [](QColorDialog& colours) {
-        colours.setCurrentColor(Qt::white);
-        colours.accept();
-    });
-    EXPECT_NE(copy(), first);
-    press("Command1(1)");
-    EXPECT_EQ(head->panel().look(), first);
+    for (const char* end : {"Command1(1)", "Command1(0)"}) {
+        expected = first;
+        in_dialog([&] {
+            EXPECT_EQ(copy(), first);
+            expect_spoken(*dialog, QStringLiteral("Setup Color For Control Head"));
+            choose_colour("cmdColor(0)", 0xFF0000);
+            expected.fore_colour = 0x0000FF;
+            EXPECT_EQ(copy(), expected);
+            choose_colour("cmdColor(1)", 0x0000FE);
+            expected.back_colour = 0xFE0000;
+            choose<QColorDialog>("cmdColor(2)", [&](QColorDialog& colours) {
+                EXPECT_EQ(colours.currentColor(), QColor(0x99, 0x88, 0x77));
+                colours.reject();
+            });
+            EXPECT_EQ(copy(), expected);
+            choose_font([](QFont& font) { font.setPointSize(15); });
+            expected.font_size = 15;
+            EXPECT_EQ(copy(), expected);
+            EXPECT_EQ(head->panel().look(), first);
+            click(*dialog, end);
+        });
+        EXPECT_EQ(head->panel().look(), QLatin1String(end) == u"Command1(0)" ? expected : first);
+    }
+    EXPECT_EQ(other->panel().look(), ScreenSettings{});
+    station.close_all();
+    form.mnuToolsScreen_Click(0);  // no head, no dialog
 }
 
 // The font dialog itself has no limits; a choice beyond them is told and changes nothing.
-TEST_F(ColorDialogTest, a_font_beyond_the_limits_is_refused) {
-    const auto accept_with = [](auto change) {
-        return [change](QFontDialog& fonts) {
-            QFont font = fonts.currentFont();
-            change(font);
-            fonts.setCurrentFont(font);
-            fonts.accept();
-        };
-    };
-    choose<QFontDialog>("cmdFont", accept_with([](QFont& font) {
-                            EXPECT_EQ(font.family(), QFontInfo(display_font(14)).family());
-                        }));
-    EXPECT_TRUE(person.messages.empty()) << "the preset itself was refused";
-    choose<QFontDialog>("cmdFont", accept_with([](QFont& font) { font.setPointSize(16); }));
-    EXPECT_EQ(person.take_texts(),
-              std::vector<std::string>{"You can only select Bold 13~15 Courier New Fonts"});
-    choose<QFontDialog>("cmdFont", accept_with([](QFont& font) {
-                            font.setStyleName({});
-                            font.setBold(false);
-                        }));
-    EXPECT_EQ(person.take_texts().size(), 1U);
-    EXPECT_EQ(copy(), first);
+TEST_F(ColorDialog, AFontBeyondTheLimitsIsRefused) {
+    in_dialog([&] {
+        choose_font([](QFont& font) { EXPECT_EQ(font.family(), QFontInfo(display_font(14)).family()); });
+        const std::function<void(QFont&)> refused[] = {[](QFont& font) { font.setPointSize(16); },
+                                                       [](QFont& font) {
+                                                           font.setStyleName({});
+                                                           font.setBold(false);
+                                                       }};
+        for (const auto& change : refused) {
+            told.clear();
+            when_box_opens();
+            choose_font(change);
+            EXPECT_EQ(told, "You can only select Bold 13~15 Courier New Fonts");
+        }
+        EXPECT_EQ(copy(), first);
+    });
 }
 
 }  // namespace

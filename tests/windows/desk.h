@@ -16,11 +16,32 @@
 
 namespace ampdesk {
 
+// The operator behind real windows, whose answers a test may take over.
+class DeskOperator : public QtOperator {
+  public:
+    Answer ask(const Message& message) override {
+        return on_ask ? on_ask(message) : QtOperator::ask(message);
+    }
+    std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
+                                                   std::string_view suggestion,
+                                                   bool ask_to_replace) override {
+        return on_ask ? std::exchange(choice, std::nullopt)
+                      : QtOperator::choose_file_to_save(title, filter, suggestion, ask_to_replace);
+    }
+    std::function<Answer(const Message&)> on_ask;
+    std::optional<std::string> choice;  // of the next file; else cancelled
+};
+
 class Desk : public ::testing::Test {
   protected:
     // Without a port the terminal stays closed, as in the demonstration.
-    explicit Desk(SerialPort* terminal_port = nullptr, BusOptions options = {})
-        : link(port, clock, person, std::move(options)), terminal_line(terminal_port, clock) {
+    explicit Desk(SerialPort* terminal_port = nullptr, BusOptions options = {},
+                  MDIForm1Options form_options = {.version = "1.2.3",
+                                                  .gauge = {30, 60},
+                                                  .amplifier_files = {}})
+        : link(port, clock, person, std::move(options)),
+          terminal_line(terminal_port, clock),
+          form(station, link, terminal_line, person, std::move(form_options)) {
         QDir::setCurrent(folder.path());
         person.sound = [this] { ++sounds; };
         link.on_traffic = [this](const BusTraffic& traffic) {
@@ -37,6 +58,7 @@ class Desk : public ::testing::Test {
             if (box == nullptr)
                 return;
             box_watch.stop();
+            told = box->text().toStdString();
             box_action(*box);
             QTest::keyClick(box, Qt::Key_Escape);
         });
@@ -64,10 +86,7 @@ class Desk : public ::testing::Test {
 
     // Hangs an amplifier on the bus and opens its head, number 1000 + address.
     frmMachine& open(int address) {
-        demo::SimModel model;
-        model.address = address;
-        model.noise = 0;
-        bus.add(model);
+        bus.add({.address = address, .serial = 1000 + address, .noise = 0});
         station.new_amplifier_window(static_cast<std::int16_t>(address), std::to_string(1000 + address),
                                      "C/KU/X", false);
         QApplication::processEvents();
@@ -91,9 +110,9 @@ class Desk : public ::testing::Test {
         QApplication::processEvents();
     }
 
-    // Runs the action as soon as a message box is open, then closes the box with Escape. A test
-    // whose box never came fails.
-    void when_box_opens(std::function<void(QMessageBox&)> action) {
+    // Keeps the text of the next message box in `told`, runs the action, then closes the box with
+    // Escape. A test whose box never came fails.
+    void when_box_opens(std::function<void(QMessageBox&)> action = [](QMessageBox&) {}) {
         box_action = std::move(action);
         box_watch.start(1);
     }
@@ -105,23 +124,31 @@ class Desk : public ::testing::Test {
         dialog_watch.start(1);
     }
 
+    // Lets the station live until it is so.
+    bool comes(const std::function<bool()>& condition) {
+        return QTest::qWaitFor([&] {
+            clock.advance(std::chrono::milliseconds(100));
+            return condition();
+        });
+    }
+
     std::vector<std::string> take_settings() { return std::exchange(settings, {}); }
 
     QTemporaryDir folder;
     ManualClock clock;
     demo::SimBus bus{clock};
     demo::SimPort port{bus, clock};
-    QtOperator person;
+    DeskOperator person;
     BusLink link;
     HeadServices services{link, clock, person, {}};
     Station station{services};
     TerminalLine terminal_line;
-    MDIForm1 form{
-        station, link, terminal_line, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}}};
+    MDIForm1 form;
 
     std::vector<std::string> settings;  // commands of class 16, without their frames
     std::map<int, int> frames_sent;     // by address
     int sounds = 0;
+    std::string told;
     QTimer box_watch;
     std::function<void(QMessageBox&)> box_action;
     QTimer dialog_watch;

@@ -1,8 +1,6 @@
 // The setup dialogs and frmBand, driven by keyboard and mouse on the offscreen platform.
 #include <gtest/gtest.h>
 
-#include <QAccessible>
-#include <QAccessibleInterface>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -11,17 +9,15 @@
 #include <QTest>
 #include <QTimer>
 #include <filesystem>
-#include <map>
 
 #include "buslink/settings_files.h"
 #include "buslink/ui/frmSerial.h"
-#include "buslink/ui/frmSetup.h"
-#include "buslink/wire/binary_frame.h"
 #include "controlhead/ui/frmBand.h"
 #include "platform/text_file.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/scripted_port.h"
+#include "tests/windows/spoken.h"
 
 namespace ampdesk {
 namespace {
@@ -47,17 +43,6 @@ void show(QDialog& dialog) {
     dialog.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
     QCoreApplication::processEvents();
-}
-
-// Name and role of every part that a screen reader stops at, as "name|role".
-void expect_accessible(QWidget& window, const std::map<const char*, std::string>& names) {
-    const auto* dialog = QAccessible::queryAccessibleInterface(&window);
-    EXPECT_EQ(dialog->role(), QAccessible::Dialog);
-    EXPECT_EQ(dialog->text(QAccessible::Name), window.windowTitle());
-    for (const auto& [part_name, expected] : names) {
-        const auto* item = QAccessible::queryAccessibleInterface(part<QWidget>(window, part_name));
-        EXPECT_EQ(item->text(QAccessible::Name).toStdString(), expected) << part_name;
-    }
 }
 
 class SetupDialogTest : public testing::Test {
@@ -115,6 +100,7 @@ TEST_F(SetupDialogTest, shows_what_rs485_dat_holds) {
         write_text_lines(path, c.lines);
         frmSerial dialog(line, path, bus.ports(), person);
         show(dialog);
+        expect_spoken(dialog, QStringLiteral("Serial RS422 Setup"));
         EXPECT_EQ(dialog.choices(), c.expected);
         EXPECT_EQ(person.take_texts(), c.told);
     }
@@ -157,93 +143,13 @@ TEST_F(SetupDialogTest, cancel_and_escape_keep_the_fields_and_send_nothing) {
     }
 }
 
-// While the amplifier is asked the notice is on the screen and a second OK, Escape or a close is
-// not taken; a failure leaves the dialog open for another try.
-TEST_F(SetupDialogTest, takes_no_input_while_the_line_is_checked) {
-    int exchanges = 0;
-    bool answers = false;
-    std::string number;
-    AmplifierSetup setup(bus, person,
-                         {.bus_in_use = [] { return false; },
-                          .address_in_use = [](int) { return false; },
-                          .ask_band = [] { return std::string(); }});
-    frmSetup dialog(setup, path, bus.ports(), person);
-    show(dialog);
-    auto* ok = part<QPushButton>(dialog, "cmdOk");
-    auto* wait = part<QLabel>(dialog, "lblWait");
-    EXPECT_FALSE(wait->isVisible());
-
-    struct PaintWatch : QObject {
-        bool painted = false;
-        bool eventFilter(QObject*, QEvent* event) override {
-            painted |= event->type() == QEvent::Paint;
-            return false;
-        }
-    } watch;
-    wait->installEventFilter(&watch);
-    port.responder = [&](const std::string& frame) -> ScriptedPort::Answer {
-        ++exchanges;
-        EXPECT_TRUE(watch.painted);
-        QTest::mouseClick(ok, Qt::LeftButton);
-        QTest::keyClick(&dialog, Qt::Key_Return);
-        QTest::keyClick(&dialog, Qt::Key_Escape);
-        dialog.close();
-        EXPECT_TRUE(dialog.isVisible());
-        if (!answers)
-            return {};
-        if (frame[0] == '\x01')
-            return {{std::chrono::milliseconds(1), build_reply_frame(Crc16(), '\x06', 0, "\x11\x01")}};
-        return {{std::chrono::milliseconds(1), "*77 X\x03\r"}};
-    };
-    QTest::keyClick(&dialog, Qt::Key_Return);
-    EXPECT_EQ(person.take_texts(), Texts{"Read Status Failed, Check the Settings"});
-    EXPECT_EQ(exchanges, 1);
-    EXPECT_TRUE(dialog.isVisible());
-    EXPECT_TRUE(wait->isVisible());
-    EXPECT_FALSE(file_exists(path));
-
-    answers = true;
-    QTest::mouseClick(ok, Qt::LeftButton);
-    EXPECT_EQ(exchanges, 2) << "the other amplifiers are not polled between the exchanges";
-    QTest::keyClick(&dialog, Qt::Key_Escape);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !dialog.isVisible(); }));
-    EXPECT_EQ(exchanges, 4);
-    EXPECT_EQ(dialog.result_of_ok().outcome, SetupResult::Outcome::add);
-    EXPECT_EQ(dialog.result_of_ok().model, "77");
-    EXPECT_EQ(read_text_lines(path), (Texts{"RS-485", "COM2:", "6", "1"}));
-}
-
-TEST_F(SetupDialogTest, every_field_of_the_dialogs_has_its_label_as_its_name) {
-    AmplifierSetup setup(bus, person, {});
-    frmSetup first(setup, path, bus.ports(), person);
-    frmSerial twin(line, path, bus.ports(), person);
-    frmBand band({});
-    EXPECT_EQ(first.windowTitle(), u"Setup Amplifier Communication");
-    EXPECT_EQ(twin.windowTitle(), u"Serial RS422 Setup");
-    EXPECT_EQ(band.windowTitle(), u"Select or input the band name");
-    for (QDialog* dialog : {static_cast<QDialog*>(&first), static_cast<QDialog*>(&twin)})
-        expect_accessible(*dialog, {{"cboPort", "Com Port:"},
-                                    {"cboAddress", "Address:"},
-                                    {"Frame1", "Baud Rate"},
-                                    {"optBaud(0)", "110"},
-                                    {"optBaud(7)", "19200"},
-                                    {"Frame2", "Data Bits"},
-                                    {"optBits(3)", "8"},
-                                    {"Frame3", "Stop Bits"},
-                                    {"optStop(1)", "2"},
-                                    {"Frame4", "Parity"},
-                                    {"optParity(2)", "Even"},
-                                    {"cmdOk", "OK"},
-                                    {"cmdCancel", "Cancel"}});
-    expect_accessible(band, {{"cboBand", "Band Name:"}, {"cmdOk(0)", "Cancel"}, {"cmdOk(1)", "OK"}});
-}
-
 TEST(frm_band, gives_what_was_picked_or_typed_and_nothing_after_cancel) {
     Texts models;
     for (char c = 'a'; c <= 'i'; ++c) models.push_back(std::string("M") + c);
     const auto run = [&](auto&& act) {
         frmBand dialog(models);
         show(dialog);
+        expect_spoken(dialog, QStringLiteral("Select or input the band name"));
         act(dialog, part<QComboBox>(dialog, "cboBand"));
         EXPECT_FALSE(dialog.isVisible());
         return dialog.model();

@@ -69,6 +69,26 @@ TEST_F(HeadWindow, SoftKeysLampsAndFunctionKeysMoveBetweenScreens) {
     }
 }
 
+// MORE, pressed while the program waits for the reason of a shutdown, acknowledges what nobody has seen; or
+// OK never acts.
+TEST_F(HeadWindow, AKeyFromBeforeAShutdownIsNoOk) {
+    bus.find(1)->shut_down(12, "Helix");
+    const auto press_all = [&] {
+        for (const char* name : {"cmdKey(3)", "picLight(3)"})
+            QTest::mouseClick(child(machine, name), Qt::LeftButton);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_F4);
+    };
+    machine.head()->updateLogic();
+    ASSERT_TRUE(head.shutdown_shown);
+    press_all();
+    QCoreApplication::sendPostedEvents();  // the display is painted …
+    press_all();                           // … and then the loop comes to what was pressed before
+    EXPECT_EQ(take_settings(), Commands{});
+    QTest::qWait(30);
+    key(Qt::Key_F4);
+    EXPECT_EQ(take_settings(), Commands({{16, 21}}));
+}
+
 // Keys typed into the terminal or the traffic view must stay there, and an icon must not switch an unseen
 // amplifier.
 TEST_F(HeadWindow, KeysReachNoHeadFromElsewhereOrAnIcon) {
@@ -126,12 +146,12 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
     const int before = bar.value();
     bus.find(1)->faults.refuse_code = 4;
     when_box_opens([](QMessageBox&) {});
-    int told = 0;
-    QObject::connect(&machine.panel_view(), &PanelView::scroll_moved, &machine, [&told] { ++told; });
+    int moves = 0;
+    QObject::connect(&machine.panel_view(), &PanelView::scroll_moved, &machine, [&moves] { ++moves; });
     bar.setValue(100);
     for (int i = 0; i < 5; ++i) QApplication::processEvents();
     EXPECT_EQ(take_settings().size(), 1U);
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(moves, 1);
     EXPECT_EQ(bar.value(), before);
 
     activate();

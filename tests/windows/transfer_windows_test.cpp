@@ -17,6 +17,7 @@
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/scripted_port.h"
+#include "tests/windows/spoken.h"
 
 namespace ampdesk {
 namespace {
@@ -72,6 +73,7 @@ TEST_F(TransferWindows, SendsAFile) {
         return sent == "\x04" || sent.size() == 133 ? ScriptedPort::Answer{{milliseconds(10), "\x06"}}
                                                     : ScriptedPort::Answer{};
     };
+    expect_spoken(dialog, QStringLiteral("Send File"));
     click(dialog, "cmdStart");
     EXPECT_TRUE(dialog.running());
     EXPECT_EQ(text(dialog, "lblState"), QStringLiteral("0 bytes of 5, waiting for the other side"));

@@ -1,0 +1,96 @@
+// Simulated amplifiers at the far end of a pseudo-terminal, served by a thread of their own.
+#pragma once
+
+#include <poll.h>
+#include <pty.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "demo/sim_bus.h"
+#include "platform/descriptor.h"
+
+namespace ampdesk {
+
+class ServedLine {
+  public:
+    // Called with every reply before it goes out; it may be changed. False pulls the plug behind what
+    // is left of it.
+    using Fate = std::function<bool(std::string& reply)>;
+
+    // The line is found under that name, a link; one of before is replaced. The bus is this thread's
+    // until the line is unplugged.
+    ServedLine(demo::SimBus& bus, const std::string& name, Fate fate = {})
+        : bus_(bus), name_(name), fate_(std::move(fate)) {
+        int master = -1;
+        int slave = -1;
+        char device[64] = "";
+        termios raw{};
+        cfmakeraw(&raw);
+        if (openpty(&master, &slave, device, &raw, nullptr) != 0)
+            throw std::runtime_error("no pseudo-terminal");
+        master_ = Descriptor(master);
+        slave_ = Descriptor(slave);  // held, so that the far end is no hang-up while nobody has it open
+        std::filesystem::remove(name);
+        std::filesystem::create_symlink(device, name);
+        thread_ = std::thread([this] { serve(); });
+    }
+    ~ServedLine() { unplug(); }
+
+    void unplug() {
+        stop_ = true;
+        if (thread_.joinable())
+            thread_.join();
+        pull();
+    }
+
+  private:
+    // The name goes first: the device's number may be somebody else's the next moment.
+    void pull() {
+        if (master_)
+            std::filesystem::remove(name_);
+        slave_.close();
+        master_.close();
+    }
+
+    void serve() {
+        while (!stop_) {
+            pollfd input{.fd = master_.get(), .events = POLLIN, .revents = 0};
+            char block[1024];
+            if (::poll(&input, 1, 20) != 1)
+                continue;
+            const ssize_t count = ::read(master_.get(), block, sizeof block);
+            if (count > 0)
+                bus_.receive({block, static_cast<std::size_t>(count)});
+            std::string reply = bus_.take_due();
+            if (reply.empty())
+                continue;
+            const bool plugged = !fate_ || fate_(reply);
+            if (::write(master_.get(), reply.data(), reply.size()) < 0)
+                return;
+            if (plugged)
+                continue;
+            if (!reply.empty())  // what has gone out is to arrive
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            pull();
+            return;
+        }
+    }
+
+    demo::SimBus& bus_;
+    const std::string name_;
+    Fate fate_;
+    Descriptor master_;
+    Descriptor slave_;
+    std::atomic<bool> stop_ = false;
+    std::thread thread_;
+};
+
+}  // namespace ampdesk

@@ -1,0 +1,50 @@
+// What a screen reader says of a window, against what stands on the screen.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <algorithm>
+
+namespace ampdesk {
+
+// The window is a dialog by the name of its caption. Whatever the keyboard can reach in it has a name
+// that can be read there: its own caption, or its label's.
+inline void expect_spoken(const QWidget& window, const QString& caption) {
+    const auto heard = [](const QWidget& widget) {
+        return QAccessible::queryAccessibleInterface(const_cast<QWidget*>(&widget));
+    };
+    EXPECT_EQ(window.windowTitle(), caption);
+    EXPECT_EQ(heard(window)->text(QAccessible::Name), caption);
+    EXPECT_EQ(heard(window)->role(), QAccessible::Dialog);
+    QStringList captions;
+    // No empty ones: they would excuse a name that is missing.
+    const auto add = [&](QString text) {
+        if (!text.isEmpty())
+            captions << text.remove(u'&');
+    };
+    for (const auto* label : window.findChildren<QLabel*>()) add(label->text());
+    for (const auto* button : window.findChildren<QAbstractButton*>()) add(button->text());
+    for (const auto* widget : window.findChildren<QWidget*>()) {
+        const QString part = widget->objectName();
+        const bool reached = widget->isEnabled() && widget->focusPolicy() != Qt::NoFocus;
+        const bool field = !part.isEmpty() && !part.startsWith(u"qt_") && !widget->inherits("QLabel");
+        if (!reached || !field)
+            continue;
+        QStringList names{heard(*widget)->text(QAccessible::Name)};
+        // A list that is only chosen from gives its value as its name here; its label is told by a relation.
+        const auto* list = qobject_cast<const QComboBox*>(widget);
+        if (list != nullptr && !list->isEditable())
+            for (const auto& [label, relation] : heard(*widget)->relations(QAccessible::Label))
+                names << label->text(QAccessible::Name).remove(u'&');
+        EXPECT_TRUE(std::any_of(names.begin(), names.end(),
+                                [&](const QString& name) { return captions.contains(name); }))
+            << part.toStdString() << ": " << names.join(u'|').toStdString();
+    }
+}
+
+}  // namespace ampdesk
