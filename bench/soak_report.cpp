@@ -82,7 +82,7 @@ void report_display(Table& table) {
     table.row("band labels drawn", [](O o) { return o.display.labels; });
     table.zero_when_checked_row("  that the amplifier had not said",
                                 [](O o) { return o.display.wrong_labels; });
-    table.row("  longest time a label was wrong", [](O o) { return o.display.wrong_band; });
+    table.row("  longest lag behind a band set elsewhere", [](O o) { return o.display.wrong_band; });
 }
 
 void report_settings(Table& table) {
@@ -153,7 +153,7 @@ bool report(const std::array<Outcome, 2>& outcomes) {
     report_nvram(table);
     report_footprint(table);
     for (O o : outcomes)
-        for (const auto& [what, first] : {std::pair{"value", &o.display.first_wrong},
+        for (const auto& [what, first] : {std::pair{"wrong value", &o.display.first_wrong},
                                           {"unasked setting", &o.settings.first_unasked},
                                           {"wrong answer", &o.remote.first_wrong},
                                           {"unasked command", &o.remote.first_unasked},
