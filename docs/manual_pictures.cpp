@@ -35,7 +35,7 @@ constexpr int k_more = 3;
 
 class Studio {
   public:
-    explicit Studio(QDir folder) : folder_(std::move(folder)) {
+    explicit Studio(const QDir& folder) : folder_(folder) {
         for (int number = 1; number <= 3; ++number) {
             demo::SimModel model = demo::demonstration_model(number);
             model.noise = 0;
