@@ -62,19 +62,6 @@ TEST(Rs485Files, TakesNoMoreOfAHugeFileThanItNeeds) {
     EXPECT_TRUE(read_rs485(TEST_DATA "/rs485/binary_titled.dat").has_value());
 }
 
-// Another order of lines, other line ends or a lost line would be read by no other program.
-TEST(Rs485Files, AreWrittenAsTheseBytes) {
-    const ScratchFolder folder;
-    const std::string path = folder / "rs485.dat";
-    write_rs485(path, {.port_name = "COM3:", .baud_code = 7, .address = "12"});
-    EXPECT_EQ(file_bytes(path), "RS-485\r\nCOM3:\r\n7\r\n12\r\n");
-    write_rs422(
-        path,
-        {.port_name = "COM1:", .baud_code = 0, .data_bits_code = 2, .parity_code = 1, .stop_bits_code = 1});
-    EXPECT_EQ(file_bytes(path), "RS-422\r\nCOM1:\r\n0\r\n2\r\n1\r\n1\r\n");
-    EXPECT_THROW(write_rs485(folder / "no/such/rs485.dat", {}), RunTimeError);
-}
-
 TEST(Rs422Files, CodesBecomeSettings) {
     const std::pair<std::string, std::string> table[] = {
         {"COM1:\r\n6\r\n3\r\n0\r\n0\r\n", "9600,n,8,1"},  {"COM1:\r\n 0\r\n 0\r\n 2\r\n 1\r\n", "110,e,5,2"},

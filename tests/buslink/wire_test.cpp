@@ -22,7 +22,6 @@ TEST(CommandFrame, IsTheseBytes) {
     } table[] = {
         {1, hex_bytes("11"), "01 01 01 11 91 A0"},
         {63, hex_bytes("A0 15 00"), "01 3F 03 A0 15 00 1B 22"},
-        {5, "RDSTAT", "01 05 06 52 44 53 54 41 54 37 29"},
         {7, "", "01 07 00 53 F0"},
         {1, hex_bytes("11"), "01 01 01 11 91 84", {.initial = 0xFFFF}},
         {1, hex_bytes("11"), "01 01 01 11 B7 5E", {.polynomial = 0x8408}},

@@ -20,8 +20,7 @@ constexpr int k_most_values = 100;
 
 struct FaultyHead : Bench {
     FaultyHead(std::int16_t screen, bool checked)
-        : link(port, clock, person, {.crc = {}, .reply_address_checked = checked, .ports = {}}) {
-        link.open_bus_port("COM2:", 9600, 0, 8, 1);
+        : Bench({.crc = {}, .reply_address_checked = checked, .ports = {}}) {
         port.responder = [this, truth = port.responder](const std::string& frame) {
             hold(std::min(held + (fault != nullptr ? 1 : 0), k_most_values - 1));
             const ScriptedPort::Answer answer = truth(frame);
@@ -65,9 +64,7 @@ struct FaultyHead : Bench {
         return all;
     }
 
-    BusLink link;
-    HeadServices at{link, clock, person, {}};
-    Head head{at, {.slot = 1, .unit_address = 1, .number = "1234", .model = ""}};
+    Head head{services, {.slot = 1, .unit_address = 1, .number = "1234", .model = ""}};
     int held = 0;
     const LineFault* fault = nullptr;
     std::string_view hit_request;  // whose replies the fault hits; empty for all
