@@ -94,6 +94,7 @@ TEST_F(Exchange, OpensThePort) {
         {{"COM4:", 110, 2, 5, 1}, {{"/dev/ttyS3", 110, 'e', 5, 1}}},
         {{"COM2:", 9600, 7, 8, 1}, {{"/dev/ttyS1", 9600, 'n', 8, 1}}},
         {{"COM5:", 9600, 0, 8, 1}, {}},
+        {{"", 9600, 0, 8, 1}, {}},
         {{"COM1:", 14400, 0, 8, 1}, {}},
     };
     for (const auto& [settings, opened] : table) {
