@@ -50,6 +50,7 @@ TEST(RemoteCommand, SendsAndAnswers) {
         {"an address that rounds to 100", ">99.6,RDSTAT", {}, k_wrong},
         {"an address that no integer holds", ">1e300,RDSTAT", {}, k_wrong},
         {"link switched off", ">05,RDSTAT", {}, "", false, false},
+        {"link switched off, no comma", ">05 RDSTAT", {}, k_wrong, false, false},
         {"text frame, then status", "~>05,RFON", {k_text_rfon_5, k_ask_status_5}, "\r\n"},
         {"text frame, link switched off", "~>05,RFON", {}, "", false, false},
         {"a text that no checksum holds", "~>5," + std::string(300, '~'), {}, "Overflow\r\n"},

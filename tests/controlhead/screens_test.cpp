@@ -48,11 +48,14 @@ TEST_F(HeadTest, BandLabels) {
 
 // A wrong step through the bands of an amplifier with two, or a step without bands.
 TEST_F(HeadTest, BandSteps) {
-    EXPECT_EQ(next_band_command(head), "");
-    head.band_count = 2;
-    EXPECT_EQ(next_band_command(head), "SBAND 2");
-    head.band_index = 2;
-    EXPECT_EQ(next_band_command(head), "SBAND 0");
+    const std::pair<std::int16_t, bool> capabilities[] = {{0, false}, {2, true}, {4, true}, {5, false}};
+    for (const auto& [capability, two] : capabilities) {
+        head.band_count = capability;
+        head.band_index = 0;
+        EXPECT_EQ(next_band_command(head), two ? "SBAND 2" : "") << capability;
+        head.band_index = 2;
+        EXPECT_EQ(next_band_command(head), two ? "SBAND 0" : "") << capability;
+    }
 }
 
 // A damaged band number that is taken for band 0, and a label that is left standing when only the reply

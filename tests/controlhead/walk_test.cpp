@@ -47,6 +47,7 @@ const Step k_fitted[] = {
     {"key 0", k_sw_hand},
     {"key 0", "Redundant switch    |Mode:[Auto  ]       |Press SET to Change.|SET             MORE"},
     {"key 0", k_sw_off},
+    {"key 1 2"},
     {"key 3", "                    |  Remote        ON  |                    |                MORE"},
     {"key 0"},
     {"key 3", "Temperature reads   |in:  [\260C]           |                    |                MORE"},
