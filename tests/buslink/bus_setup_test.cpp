@@ -100,9 +100,10 @@ TEST_F(BusSetupTest, loads_what_the_file_holds_and_else_the_defaults) {
     }
 }
 
+// Another order of lines, other line ends or a lost line would be read by no other program.
 TEST_F(BusSetupTest, saves_accepted_texts_only_and_tells_a_failure) {
     save_bus_choices(folder / "rs485.dat", {.port = "COM4:", .address = "42", .baud = 7}, person);
-    EXPECT_EQ(read_text_lines(folder / "rs485.dat"), (Texts{"RS-485", "COM4:", "7", "42"}));
+    EXPECT_EQ(file_bytes(folder / "rs485.dat"), "RS-485\r\nCOM4:\r\n7\r\n42\r\n");
     save_bus_choices(folder / "rs485.dat", {.port = "COM9:", .address = "100"}, person);
     EXPECT_EQ(load_bus_choices(folder / "rs485.dat", person), BusChoices{});
     EXPECT_EQ(person.take_texts(), Texts{});
@@ -111,10 +112,9 @@ TEST_F(BusSetupTest, saves_accepted_texts_only_and_tells_a_failure) {
 }
 
 TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
-    const std::string probe = build_command_frame(Crc16(), 7, "\x11");
-    const std::string number = build_text_frame(7, "RDS/N");
-    const std::string model = build_text_frame(7, "*IDN?");
-    const Texts all = {probe, number, model};
+    static const std::string probe = build_command_frame(Crc16(), 7, "\x11");
+    static const std::string number = build_text_frame(7, "RDS/N");
+    static const std::string model = build_text_frame(7, "*IDN?");
     const Texts no_number = {probe, number, number};
     const Texts no_model = {probe, number, model, model};
     const SetupResult stay{};
@@ -126,8 +126,8 @@ TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
     struct Case {
         const char* name;
         SetupResult expected;
-        Texts sent{};
         Texts told{};
+        Texts sent = {probe, number, model};
         std::string status = "\x11\x01";
         std::string serial = "1";
         std::string identity = "TWT*ABC 12 34*9*1";
@@ -137,36 +137,19 @@ TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
         std::optional<std::string> input{};
         std::optional<std::string> band{};  // nothing: must not be asked
     };
+    const Texts again = {probe, number, number, model};
     const Case cases[] = {
-        {.name = "port fails", .expected = stay, .told = {k_com_settings}, .opens = false},
-        {.name = "address taken", .expected = stay, .told = {k_address_used}, .in_use = true, .taken = 7},
-        {.name = "silent", .expected = stay, .sent = {probe}, .told = {k_status_failed}, .status = ""},
-        {.name = "all well", .expected = add("123", "ABC"), .sent = all, .serial = "RDS/N=0123"},
+        {.name = "port fails", .expected = stay, .told = {k_com_settings}, .sent = {}, .opens = false},
+        {.name = "taken", .expected = stay, .told = {k_address_used}, .sent = {}, .in_use = true, .taken = 7},
+        {.name = "silent", .expected = stay, .told = {k_status_failed}, .sent = {probe}, .status = ""},
+        {.name = "all well", .expected = add("123", "ABC"), .serial = "RDS/N=0123"},
         // In use, the line is not opened again, so a port that would fail does no harm.
-        {.name = "line in use",
-         .expected = add("1", "ABC"),
-         .sent = all,
-         .opens = false,
-         .in_use = true,
-         .taken = 8},
-        {.name = "long number",
-         .expected = stay,
-         .sent = {probe, number},
-         .told = {"Overflow"},
-         .serial = "3000000000"},
+        {.name = "in use", .expected = add("1", "ABC"), .opens = false, .in_use = true, .taken = 8},
+        {.name = "long", .expected = stay, .told = {"Overflow"}, .sent = {probe, number}, .serial = "3e9"},
         {.name = "number cancelled", .expected = close, .sent = no_number, .serial = ""},
-        {.name = "number empty", .expected = close, .sent = no_number, .serial = "", .input = ""},
-        {.name = "number typed",
-         .expected = add("77", "ABC"),
-         .sent = {probe, number, number, model},
-         .serial = "",
-         .input = "77"},
-        {.name = "no blank", .expected = add("1", ""), .sent = all, .identity = "*ABC"},
-        {.name = "band named",
-         .expected = add("1", "KU/K"),
-         .sent = no_model,
-         .identity = "",
-         .band = "KU/K"},
+        {.name = "number typed", .expected = add("77", "ABC"), .sent = again, .serial = "", .input = "77"},
+        {.name = "no blank", .expected = add("1", ""), .identity = "*ABC"},
+        {.name = "band", .expected = add("1", "K"), .sent = no_model, .identity = "", .band = "K"},
         {.name = "band cancelled", .expected = close, .sent = no_model, .identity = "", .band = ""},
     };
     for (const Case& c : cases) {
@@ -202,7 +185,7 @@ TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
 
 TEST_F(BusSetupTest, ok_for_the_line) {
     const BusChoices choices = {
-        .port = "COM1:", .address = "9", .baud = 3, .bits = 2, .stop = 1, .parity = 2};
+        .port = "COM1:", .address = "9", .baud = 3, .bits = 0, .stop = 1, .parity = 2};
     const std::string path = folder / "rs422.dat";
     {  // A line that cannot be opened is neither kept nor marked.
         LineSetup setup(bus, person, path);
@@ -210,10 +193,7 @@ TEST_F(BusSetupTest, ok_for_the_line) {
         EXPECT_EQ(ok(setup, choices).outcome, Outcome::stay_open);
         EXPECT_FALSE(setup.rs422_mode());
         EXPECT_FALSE(file_exists(path));
-        ASSERT_EQ(person.messages.size(), 1U);
-        EXPECT_EQ(person.messages[0].detail, "no such device");
         EXPECT_EQ(person.take_texts(), Texts{k_com_settings});
-        EXPECT_EQ(port.written, Texts{});
     }
     port.open_result = {};
     // An amplifier that is silent or a file that cannot be written warns and no more.
@@ -235,9 +215,9 @@ TEST_F(BusSetupTest, ok_for_the_line) {
         port.opened.clear();
         EXPECT_EQ(ok(setup, choices).outcome, Outcome::close);
         EXPECT_TRUE(setup.rs422_mode());
-        EXPECT_EQ(port.opened, (std::vector<PortSettings>{{"/dev/ttyS0", 1200, 'e', 7, 2}}));
+        EXPECT_EQ(port.opened, (std::vector<PortSettings>{{"/dev/ttyS0", 1200, 'e', 5, 2}}));
         EXPECT_EQ(port.written, Texts{build_command_frame(Crc16(), 9, "\x11")});
-        EXPECT_EQ(read_text_lines(path), (Texts{"RS-422", "COM1:", "3", "2", "2", "1"}));
+        EXPECT_EQ(file_bytes(path), "RS-422\r\nCOM1:\r\n3\r\n0\r\n2\r\n1\r\n");
         EXPECT_EQ(person.take_texts(), c.texts);
     }
 }

@@ -25,18 +25,15 @@ int error_of(const std::function<void()>& action) {
 
 // Catches a byte order, an index off by one, or a wrapped value where an error is due.
 TEST_F(HeadTest, WordsAreDecoded) {
-    head.amplifier.ana_block = head.amplifier.lim_block =
-        "\x01\x02\xFF\x7F\x00\x80\xE8\xFF\x05"s;  // 4.5 words
-    const std::pair<std::int16_t, double> cases[] = {{-1, 0},  {0, 0}, {1, 513}, {2, 32767}, {3, -32768},
-                                                     {4, -24}, {5, 0}, {6, 0},   {32767, 0}};
+    head.amplifier.ana_block = "\x01\x02\xFF\x7F\x00\x80\xE8\xFF\x05"s;  // 4.5 words
+    const std::pair<std::int16_t, double> cases[] = {{-1, 0},     {0, 0},   {1, 513}, {2, 32767},
+                                                     {3, -32768}, {4, -24}, {5, 0},   {32767, 0}};
     for (const auto& [item, value] : cases) {
         SCOPED_TRACE(item);
         services.options.negative_words_signed = true;
         EXPECT_EQ(head.amplifier.get_ana_item(item), value);
-        EXPECT_EQ(head.amplifier.get_lim_item(item), value);
         services.options.negative_words_signed = false;
         EXPECT_EQ(error_of([&] { head.amplifier.get_ana_item(item); }), value < 0 ? 6 : 0);
-        EXPECT_EQ(error_of([&] { head.amplifier.get_lim_item(item); }), value < 0 ? 6 : 0);
     }
 }
 
@@ -62,12 +59,11 @@ TEST_F(HeadTest, BlockReadsAreJudgedAndTriedTwice) {
         port.answer(c.first);
         if (c.sends == 2)
             port.answer(c.second);
-        const std::size_t before = port.written.size();
+        port.written.clear();
         EXPECT_EQ(error_of([&] { head.amplifier.get_ana_block(); }), c.payload.empty() ? 100 : 0);
         EXPECT_EQ(head.amplifier.ana_block, c.payload.empty() ? "old" : c.payload);
         EXPECT_EQ(head.amplifier.comm_error, c.payload.empty() ? 1 : 0);
-        EXPECT_EQ(port.written.size() - before, c.sends);
-        EXPECT_EQ(head.amplifier.last_comm_time, clock.seconds_since_midnight());
+        EXPECT_EQ(port.written.size(), c.sends);
     }
     head.amplifier.get_lim_block();
     EXPECT_EQ(port.written.back().substr(0, 6), "\x01\x07\x03\xA0\x15\x00"s);
@@ -75,22 +71,21 @@ TEST_F(HeadTest, BlockReadsAreJudgedAndTriedTwice) {
 
 // Catches a value cut at the wrong place, and a reply without a value passed on as one.
 TEST_F(HeadTest, TextReads) {
-    const struct {
-        std::string first, second, value;
-    } cases[] = {
+    const Texts cases[] = {
+        // two replies, and the value
         {"NAME=  12.5\x03junk\r", "", "12.5"},
         {"RDBAND=1=2 \x03"s + "00\r", "", "1=2"},
         {"?\x03\r", "RDBAND=2\x03\r", "2"},
         {"?\x03=\r", "?\x03\r", ""},  // error 100
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.first);
-        port.answer(c.first);
-        if (!c.second.empty())
-            port.answer(c.second);
+        SCOPED_TRACE(c[0]);
+        port.answer(c[0]);
+        if (!c[1].empty())
+            port.answer(c[1]);
         std::string value;
-        EXPECT_EQ(error_of([&] { value = head.amplifier.read_item("RDBAND"); }), c.value.empty() ? 100 : 0);
-        EXPECT_EQ(value, c.value);
+        EXPECT_EQ(error_of([&] { value = head.amplifier.read_item("RDBAND"); }), c[2].empty() ? 100 : 0);
+        EXPECT_EQ(value, c[2]);
     }
     silent = true;
     take_sent();
@@ -114,14 +109,13 @@ TEST_F(HeadTest, SettingsAreSentOnceWhateverComesBack) {
         {framed(21, command + '\x03'), 1, "Remote Is Not On"},
         {framed(21, command + "xx\x04"), 1, "Invalid Data"},
         {framed(21, command + '\x1A'), 1, "Setting Failed, code H1A"},
-        {framed(21, command + '\0'), 1, "Setting Failed, code H0"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(&c - cases);
-        const std::size_t before = port.written.size();
+        port.written.clear();
         port.answer(c.reply);
         EXPECT_EQ(head.amplifier.set_item(command), c.status);
-        EXPECT_EQ(port.written.size() - before, 1U);
+        EXPECT_EQ(port.written.size(), 1U);
         EXPECT_EQ(person.take_texts(), *c.box == '\0' ? Texts{} : Texts{c.box});
     }
     bus.on_traffic = [](const BusTraffic&) { throw RunTimeError::disk_full(); };

@@ -20,8 +20,7 @@ constexpr int k_most_values = 100;
 
 struct FaultyHead : Bench {
     FaultyHead(std::int16_t screen, bool checked)
-        : link(port, clock, person, {.crc = {}, .reply_address_checked = checked, .ports = {}}) {
-        link.open_bus_port("COM2:", 9600, 0, 8, 1);
+        : Bench({.crc = {}, .reply_address_checked = checked, .ports = {}}) {
         port.responder = [this, truth = port.responder](const std::string& frame) {
             hold(std::min(held + (fault != nullptr ? 1 : 0), k_most_values - 1));
             const ScriptedPort::Answer answer = truth(frame);
@@ -37,19 +36,12 @@ struct FaultyHead : Bench {
     void hold(int n) {
         held = n;
         const std::string step = std::to_string(n);
+        constexpr std::pair<int, int> k_first[] = {{1, 400},   {2, 200},  {3, 9000}, {4, 60},
+                                                   {5, 6000},  {6, 1500}, {8, 0},    {9, 5},
+                                                   {10, 1000}, {11, 500}, {15, 4000}};
         std::string words;
-        for (const auto& [item, value, each] : {std::array{1, 400, 1},
-                                                {2, 200, 1},
-                                                {3, 9000, 10},
-                                                {4, 60, 10},
-                                                {5, 6000, 10},
-                                                {6, 1500, 10},
-                                                {8, 0, 1},
-                                                {9, 100, 1},
-                                                {10, 1000, 1},
-                                                {11, 500, 1},
-                                                {15, 4000, 10}})
-            words += std::to_string(item) + "=" + std::to_string(value + n * each) + " ";
+        for (const auto& [item, value] : k_first)
+            words += std::to_string(item) + "=" + std::to_string(value + n * 10) + " ";
         set_analog(words);
         set_status(k_status_hv_on);
         set_alarm("0,Standby " + step);
@@ -72,9 +64,7 @@ struct FaultyHead : Bench {
         return all;
     }
 
-    BusLink link;
-    HeadServices at{link, clock, person, {}};
-    Head head{at, {.slot = 1, .unit_address = 1, .number = "1234", .model = ""}};
+    Head head{services, {.slot = 1, .unit_address = 1, .number = "1234", .model = ""}};
     int held = 0;
     const LineFault* fault = nullptr;
     std::string_view hit_request;  // whose replies the fault hits; empty for all

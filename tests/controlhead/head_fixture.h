@@ -38,7 +38,7 @@ inline std::string block(const std::string& words) {
 
 class Bench {
   public:
-    Bench() {
+    explicit Bench(BusOptions options = {}) : bus(port, clock, person, std::move(options)) {
         port.responder = [this](const std::string& frame) { return answer(frame); };
         bus.open_bus_port("COM2:", 9600, 0, 8, 1);
         set_status(0);
@@ -79,7 +79,7 @@ class Bench {
     ManualClock clock;
     ScriptedPort port{clock};
     RecordingOperator person;
-    BusLink bus{port, clock, person};
+    BusLink bus;
     HeadServices services{bus, clock, person, {}};
 
     bool silent = false;

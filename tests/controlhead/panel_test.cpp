@@ -75,7 +75,6 @@ TEST(ScreenSettingsFile, TakesWhatIsGoodAndKeepsTheDefaultForTheRest) {
         {title + "   1 \r\n  2\r\n  14 \r\n 3\r\n 0\r\n 0\r\n 0\r\n", settings(1, 2, 14, 3)},
         {"Colour\r\n 1\r\n 2\r\n 14\r\n 3\r\n", std::nullopt},
         {"", std::nullopt},
-        {title, defaults},
         {title + " 1\r\n 2\r\n", settings(1, 2, 14, defaults.machine_colour)},
         {title + "\r\n 2\r\n\r\nred\r\n", settings(defaults.fore_colour, 2, 14, defaults.machine_colour)},
         {title + " 1\r\n 2\r\n 99\r\n 3\r\n", settings(1, 2, 15, 3)},

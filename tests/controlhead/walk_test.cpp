@@ -30,14 +30,11 @@ const Step k_fitted[] = {
     {"key 3", k_hours},
     {"visit", " --System Hours--   |01234:05 Console    |00987:40 RF On      |SETUP INFO HELP MORE"},
     {"visit", k_hours},
-    {"key 4", k_powers},
-    {"key 3 3", k_temps},
+    {"key 3", k_temps},
     {"key 1; visit"},
-    {"key 4", k_powers},
-    {"key 3 3 3", k_tube},
+    {"key 3", k_tube},
     {"visit"},
-    {"key 4", k_powers},
-    {"key 3 3 3 3"},
+    {"key 3", k_powers},
     // The band key goes 0, 2, 1, 0; the label follows with the next visit.
     {"key 1"},
     {"visit", "C Fwd Pwr     56 dBm|Rev Power     36 dBm|Transmit         ANT|ATTN  BAND ANT  MORE"},
@@ -50,7 +47,7 @@ const Step k_fitted[] = {
     {"key 0", k_sw_hand},
     {"key 0", "Redundant switch    |Mode:[Auto  ]       |Press SET to Change.|SET             MORE"},
     {"key 0", k_sw_off},
-    {"visit; key 1 2"},
+    {"key 1 2"},
     {"key 3", "                    |  Remote        ON  |                    |                MORE"},
     {"key 0"},
     {"key 3", "Temperature reads   |in:  [\260C]           |                    |                MORE"},
@@ -71,9 +68,7 @@ const Step k_fitted[] = {
     {"bar 25", "Have them at hand   |when you call for   |service.            |HELP: this text.    ", "25/27"},
     {"key 3 3", "service.            |HELP: this text.    |MORE: next screen.  |EXIT: screen 1.     ", "27/27"},
     {"key 4", k_hours},
-    {"key 3 2", "TEMPERATURES        |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/33"},
-    {"key 4", k_temps},
-    {"key 3 2", "VOLTAGE AND CURRENT |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/33"},
+    {"key 3 3 2", "VOLTAGE AND CURRENT |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/33"},
     {"key 4", k_tube},
     // Warning levels: on entry, as refreshed, and in the adjust state, whose bar runs upside down.
     {"key 4 3 3 0", "Warning level for   |over forward power: |    [ 58.0 dBm]     |                MORE"},
@@ -124,12 +119,9 @@ const Step k_fitted[] = {
     {"bar 60", " 11 12:00 Power on  |                    |                    |                    ", "11/11"},
     {"key 1 3"},
     {"key 2 0", "  6 12:00 Band 0    |  7 12:00 Band 1    |  8 12:00 Band 2    |  9 12:00 RF on     ", "6/11"},
-    {"bar 8", "  8 12:00 Band 2    |  9 12:00 RF on     | 10 12:00 HV on     | 11 12:00 Power on  ", "8/11"},
-    {"visit"},
     {"bar 0", k_events, "0/11"},
-    {"key 4", k_tube},
     // The output switch: not without positions, and not back once it is locked.
-    {"key 4", k_powers},
+    {"key 4 4", k_powers},
     {"status 6 0; visit", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Transmit            |ATTN  BAND      MORE"},
     {"key 2"},
     {"clear; visit", k_powers},
@@ -164,7 +156,6 @@ const demo::SimModel k_bare_model = {
 const std::string k_p_powers = "Fwd Power     56 dBm|Rev Power     36 dBm|Transmit            |ATTN       HELP MORE";
 const std::string k_p_hours  = " --System Hours--   |00000:07<Console    |00000:00<RF On      |SETUP INFO HELP MORE";
 const std::string k_p_remote = "                    |  Remote        ON  |                    |                MORE";
-const std::string k_p_watts  = "Forward Power reads |in:  [Watts]        |                    |                MORE";
 const std::string k_p_tube   = "Ef  6.30v  If-1.50ma|Eb -4.57kV          |Ek -9.16kV Iw  2.4ma|ATTN EVENT HELP MORE";
 const std::string k_p_over   = "Warning level for   |over forward power: |[     58.0 dBm]     |                MORE";
 
@@ -177,13 +168,11 @@ const Step k_bare[] = {
     {"clear; key 3", k_p_hours},
     {"key 0", k_p_remote},
     {"key 3", "Temperature reads   |in:  [\260F]           |                    |                MORE"},
-    {"key 3", k_p_watts},
+    {"key 3", "Forward Power reads |in:  [Watts]        |                    |                MORE"},
     {"key 3", "Reverse Power reads |in:  [dBm  ]        |                    |                MORE"},
     {"key 3", k_p_remote},
     {"status 2 12; key 0", "                    |  Remote       OFF  |                    |                MORE"},
-    {"key 3", "Temperature reads   |in:  [\260C]           |                    |                MORE"},
-    {"key 3", k_p_watts},
-    {"key 3", "Reverse Power reads |in:  [Watts]        |                    |                MORE"},
+    {"key 3 3 3", "Reverse Power reads |in:  [Watts]        |                    |                MORE"},
     {"key 4", k_p_hours},
     {"key 1", "JEX Quorvalitics Inc|   Model KU BAND    |  Serial#   7       |Simulator Rev 1.0   "},
     {"key 4", k_p_hours},
@@ -194,8 +183,7 @@ const Step k_bare[] = {
     {"key 3", "Warning level for   |over reverse power: |[     45.0 dBm]     |                MORE"},
     {"key 3", "Warning level for   |Cabinet Temperature:|[     50\260C]         |                MORE"},
     {"key 3 3 3", k_p_over},
-    {"key 4", k_temps},
-    {"key 3", k_p_tube},
+    {"key 4 3", k_p_tube},
     {"key 0", "Ef  6.30v  If-1.50ma|Eb -4.57kV          |Ek -9.16kV Iw  2.4ma|ATTN>   0dB     MORE", "0/300*"},
     {"key 2", k_p_tube},
     {"key 1", "  0 12:00 Fans, both|  1 12:00 RF on     |  2 12:00 HV on     |  3 12:00 Power on  ", "0/99"},

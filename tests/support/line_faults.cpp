@@ -60,7 +60,7 @@ LineFault answered(const char* name, Bytes bytes) {
 LineFault odd(const char* name, Bytes bytes) {
     return {name, brings(bytes, k_turn), as_sent, k_turn};
 }
-LineFault failing(const char* name, Bytes bytes, int ends) {
+LineFault failing(const char* name, int ends, Bytes bytes) {
     return {name, brings(bytes, k_turn), nothing, ends};
 }
 
@@ -116,7 +116,7 @@ std::vector<LineFault> all_binary() {
     constexpr int k_limit = 1000;
     using F = const Frames&;
     std::vector<LineFault> faults = {
-        failing("Silence", silence, k_limit),
+        failing("Silence", k_limit, silence),
         {"AtTheLastInstant", brings(reply_of, k_limit), own, k_limit},
         {"AMillisecondLate", brings(reply_of, k_limit + 1)},
         {"LateBeforeTheNextRequest", brings(reply_of, k_limit + 30)},
@@ -128,52 +128,53 @@ std::vector<LineFault> all_binary() {
         answered("TwoRepliesInOneRead", [](F f) { return f.reply + other_value(f); }),
         {"EchoBefore", brings(echo_of, 2, reply_of, k_turn), own, k_turn},
         answered("EchoInOneRead", [](F f) { return f.request + f.reply; }),
-        failing("EchoAlone", echo_of, k_limit),
+        failing("EchoAlone", k_limit, echo_of),
         answered("EchoPartialBefore", [](F f) { return f.request.substr(0, 3) + f.reply; }),
-        failing(
-            "EchoPartialAlone", [](F f) { return f.request.substr(0, 3); }, k_limit),
+        answered("EchoTwiceBefore", [](F f) { return f.request + f.request + f.reply; }),
+        failing("EchoPartialAlone", k_limit, [](F f) { return f.request.substr(0, 3); }),
         answered("EchoAlteredBefore", [](F f) { return with_byte(f.request, 2, 0x41) + f.reply; }),
-        failing(
-            "EchoAlteredAlone", [](F f) { return with_byte(f.request, 2, 0x41); }, k_limit),
+        failing("EchoAlteredAlone", k_limit, [](F f) { return with_byte(f.request, 2, 0x41); }),
         // It begins as a refusal does then, and has the echo of one.
         {"EchoAlteredToANak", brings([](F f) { return with_byte(f.request, 0, k_nak); }, 2, reply_of, k_turn),
          nothing, 2},
         {"NoiseWithoutEnd", without_end("\x06\x15~", 1700)},
-        failing(
-            "BadCrc", [](F f) { return with_byte(f.reply, f.reply.size() - 1, f.reply.back() ^ 1); }, k_turn),
-        failing(
-            "BadData", [](F f) { return with_byte(f.reply, 5, f.reply[5] ^ 0x10); }, k_turn),
-        failing(
-            "CrcSwapped",
-            [](F f) {
-                const std::size_t low = f.reply.size() - 2;
-                return f.reply.substr(0, low) + f.reply[low + 1] + f.reply[low];
-            },
-            k_turn),
+        failing("BadCrc", k_turn,
+                [](F f) { return with_byte(f.reply, f.reply.size() - 1, f.reply.back() ^ 1); }),
+        failing("BadData", k_turn, [](F f) { return with_byte(f.reply, 5, f.reply[5] ^ 0x10); }),
+        failing("CrcSwapped", k_turn,
+                [](F f) {
+                    const std::size_t low = f.reply.size() - 2;
+                    return f.reply.substr(0, low) + f.reply[low + 1] + f.reply[low];
+                }),
         odd("Length255", [](F f) { return framed(f, f.data() + std::string(255 - f.data().size(), '\0')); }),
-        failing(
-            "Length255ButShort", [](F f) { return with_byte(f.reply, 2, 255); }, k_limit),
+        failing("Length255ButShort", k_limit, [](F f) { return with_byte(f.reply, 2, 255); }),
         odd("Length0", [](F f) { return framed(f, ""); }),
-        failing(
-            "Length0ButLonger", [](F f) { return with_byte(f.reply, 2, 0); }, k_limit),
+        failing("Length0ButLonger", k_limit, [](F f) { return with_byte(f.reply, 2, 0); }),
         answered("LongerThanDeclared", [](F f) { return f.reply + "ABC"; }),
-        failing(
-            "DeclaredTooShort", [](F f) { return with_byte(f.reply, 2, f.reply[2] - 1); }, k_turn),
-        failing(
-            "Truncated", [](F f) { return f.reply.substr(0, f.reply.size() - 1); }, k_limit),
+        failing("DeclaredTooShort", k_turn, [](F f) { return with_byte(f.reply, 2, f.reply[2] - 1); }),
+        failing("Truncated", k_limit, [](F f) { return f.reply.substr(0, f.reply.size() - 1); }),
+        answered("BadCrcThenWhole", [](F f) { return f.reply.substr(0, f.reply.size() - 2) + f.reply; }),
+        failing("BadCrcThenAStart", k_limit,
+                [](F f) { return f.reply.substr(0, f.reply.size() - 2) + f.reply.substr(0, 2); }),
         answered("TruncatedThenWhole", [](F f) { return f.reply.substr(0, 5) + f.reply; }),
         {"DripInsideTheDeadline", drips(k_limit - 10), own, k_limit - 10},
         {"DripPastTheDeadline", drips(k_limit + 200)},
         odd("NakOfAnUnknownCode", [](F f) { return framed(f, f.echo() + '\x77', k_nak); }),
-        failing(
-            "NakWithBadCrc",
-            [](F f) {
-                const std::string nak = framed(f, f.echo() + '\x04', k_nak);
-                return with_byte(nak, nak.size() - 1, nak.back() ^ 1);
-            },
-            k_turn),
-        failing(
-            "WrongCommand", [](F f) { return framed(f, with_byte(f.data(), 0, f.reply[3] + 1)); }, k_limit),
+        failing("NakWithBadCrc", k_turn,
+                [](F f) {
+                    const std::string nak = framed(f, f.echo() + '\x04', k_nak);
+                    return with_byte(nak, nak.size() - 1, nak.back() ^ 1);
+                }),
+        failing("WrongCommand", k_limit,
+                [](F f) { return framed(f, with_byte(f.data(), 0, f.reply[3] + 1)); }),
+        answered("AnotherCommandBefore",
+                 [](F f) { return framed(f, with_byte(f.data(), 0, f.reply[3] + 1)) + f.reply; }),
+        answered("BadEmptyReplyBefore",
+                 [](F f) { return with_byte(framed(f, ""), 4, framed(f, "")[4] ^ 3) + f.reply; }),
+        answered("NoiseLikeABadReplyBefore", [](F f) { return "\x06\x41\x01\x42\x43\x44" + f.reply; }),
+        answered("NoiseLikeALongNakBefore", [](F f) { return "\x15\xFF\xFF" + f.reply; }),
+        answered("NoiseLikeALongReplyBefore",
+                 [](F f) { return with_byte(f.reply.substr(0, 5), 2, 0xFF) + "AAA" + f.reply; }),
         odd("XonXoffAndFFInTheData", [](F f) { return framed(f, f.data() + "\x11\x13\xFF"); }),
     };
     const std::pair<const char*, std::string> noises[] = {
@@ -192,20 +193,18 @@ std::vector<LineFault> all_text() {
     constexpr int k_both = k_limit + 50 + k_limit;  // two sendings, and the quiet between them
     using F = const Frames&;
     return {
-        failing("TextSilence", silence, k_both),
+        failing("TextSilence", k_both, silence),
         // Each falls into the quiet before the next sending, and makes it longer.
         {"TextLateBeforeTheNextRequest", brings(reply_of, 430), nothing, 430 + 50 + k_limit},
         // The second sending asks for the same: the answer to the first one is as good.
         {"TextLateAfterTheSecondSending", brings(reply_of, 460), own, 460},
         {"TextLateAfterTheNextRequest", brings(reply_of, 900), nothing, k_both, true},
-        failing(
-            "TextWithoutEtx", [](F f) { return f.reply.substr(0, f.reply.size() - 2) + k_cr; }, k_both),
-        failing(
-            "TextWithoutCr", [](F f) { return f.reply.substr(0, f.reply.size() - 1); }, k_both),
+        failing("TextWithoutEtx", k_both, [](F f) { return f.reply.substr(0, f.reply.size() - 2) + k_cr; }),
+        failing("TextWithoutCr", k_both, [](F f) { return f.reply.substr(0, f.reply.size() - 1); }),
         odd("TextWithNul", [](F f) { return std::string("\0=\0", 3) + f.reply; }),
         odd("TextWithNonAscii", [](F f) { return "\xB0=\xFF\x80\x11\x13" + f.reply; }),
         answered("TextEchoBefore", [](F f) { return f.request + f.reply; }),
-        failing("TextEchoAlone", echo_of, k_both),
+        failing("TextEchoAlone", k_both, echo_of),
         answered("TextTwoRepliesInOneRead", [](F f) { return f.reply + "RDBAND=9\x03\r"; }),
         answered("TextTornLineBefore", [](F f) { return "BAND=9\r" + f.reply; }),
         answered("TextLongerThanItsLine", [](F f) { return f.reply + " more"; }),

@@ -4,6 +4,7 @@
 #include <deque>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/operator.h"
@@ -12,12 +13,25 @@ namespace ampdesk {
 
 class RecordingOperator : public Operator {
   public:
-    Answer ask(const Message& message) override;
-    std::optional<std::string> input_box(std::string_view prompt) override;
-    std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view filter) override;
-    std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
-                                                   std::string_view suggestion,
-                                                   bool ask_to_replace = true) override;
+    Answer ask(const Message& message) override {
+        messages.push_back(message);
+        if (on_ask)
+            on_ask(message);
+        const bool has_ok = message.buttons == Buttons::ok || message.buttons == Buttons::ok_cancel;
+        return take_first(answers, has_ok ? Answer::ok : Answer::yes);
+    }
+    std::optional<std::string> input_box(std::string_view prompt) override {
+        prompts.emplace_back(prompt);
+        return take_first(inputs, {});
+    }
+    std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view) override {
+        prompts.emplace_back(title);
+        return take_first(choices, {});
+    }
+    std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view, std::string_view,
+                                                   bool) override {
+        return choose_file_to_open(title, {});
+    }
     void start_beep(std::chrono::milliseconds length) override { beeps.push_back(length); }
     void set_busy_pointer(bool busy) override { pointer.push_back(busy); }
     void let_events_run() override {
@@ -27,7 +41,11 @@ class RecordingOperator : public Operator {
 
     // The texts of all boxes so far, emptied by the call: a test that shows a box nobody asked for
     // fails by comparing this with {}.
-    std::vector<std::string> take_texts();
+    std::vector<std::string> take_texts() {
+        std::vector<std::string> texts;
+        for (const Message& message : std::exchange(messages, {})) texts.push_back(message.text);
+        return texts;
+    }
 
     std::vector<Message> messages;
     std::deque<Answer> answers;                      // else ok, or yes where there is no ok
@@ -38,6 +56,16 @@ class RecordingOperator : public Operator {
     std::vector<bool> pointer;
     std::function<void()> on_events;             // runs inside let_events_run
     std::function<void(const Message&)> on_ask;  // runs while a box is open
+
+  private:
+    template <class T>
+    static T take_first(std::deque<T>& prepared, T otherwise) {
+        if (prepared.empty())
+            return otherwise;
+        const T first = prepared.front();
+        prepared.pop_front();
+        return first;
+    }
 };
 
 }  // namespace ampdesk

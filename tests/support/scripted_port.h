@@ -3,6 +3,7 @@
 // of a second costs nothing.
 #pragma once
 
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <string>
@@ -24,30 +25,59 @@ class ScriptedPort : public SerialPort {
 
     explicit ScriptedPort(ManualClock& clock) : clock_(clock) {}
 
-    PortResult open(const PortSettings& settings) override;
+    PortResult open(const PortSettings& settings) override {
+        opened.push_back(settings);
+        open_ = open_result.ok();
+        return open_result;
+    }
     void close() override { open_ = false; }
     bool is_open() const override { return open_; }
     bool is_connected() const override { return open_ && !unplugged; }
-    PortError write(std::string_view bytes, Instant deadline) override;
-    std::string read_waiting() override;
-    WaitResult wait_readable(Instant deadline) override;
+    PortError write(std::string_view bytes, Instant) override {
+        if (unplugged)
+            return PortError::lost;
+        written.emplace_back(bytes);
+        Answer arrivals;
+        if (!answers_.empty()) {
+            arrivals = std::move(answers_.front());
+            answers_.pop_front();
+        } else if (responder) {
+            arrivals = responder(written.back());
+        }
+        for (Arrival& a : arrivals) arrive(std::move(a.bytes), a.after);
+        return PortError::none;
+    }
+    std::string read_waiting() override {
+        std::string bytes;
+        const auto end = due_.upper_bound(clock_.now());
+        for (auto due = due_.begin(); due != end; due = due_.erase(due)) bytes += due->second;
+        return bytes;
+    }
+    WaitResult wait_readable(Instant deadline) override {
+        if (unplugged)
+            return WaitResult::lost;
+        const bool arrives = !due_.empty() && due_.begin()->first <= std::max(clock_.now(), deadline);
+        clock_.sleep_until(arrives ? due_.begin()->first : deadline);
+        return arrives ? WaitResult::data : WaitResult::timed_out;
+    }
 
     // The answer to the next write that has none yet; an empty one is silence.
     void answer(Answer arrivals) { answers_.push_back(std::move(arrivals)); }
     void answer(std::string bytes) { answers_.push_back({{std::chrono::milliseconds(0), std::move(bytes)}}); }
-    void silence(int times = 1);
+    void silence(int times = 1) { answers_.resize(answers_.size() + static_cast<std::size_t>(times)); }
 
     // When no prepared answer is left, this is asked; without it there is silence.
     std::function<Answer(const std::string& written)> responder;
 
     // Bytes on the line that answer nothing, that long from now.
-    void arrive(std::string bytes, std::chrono::milliseconds after = std::chrono::milliseconds(0));
+    void arrive(std::string bytes, std::chrono::milliseconds after = std::chrono::milliseconds(0)) {
+        due_.emplace(clock_.now() + after, std::move(bytes));
+    }
 
     std::vector<std::string> written;
     std::vector<PortSettings> opened;
     PortResult open_result;  // what the next open() gives
     bool unplugged = false;  // waits and writes then report `lost`
-    PortError write_error = PortError::none;
 
   private:
     ManualClock& clock_;
