@@ -49,10 +49,8 @@ TEST_F(TextFileTest, ReadsLinesWhateverEndsThem) {
         Lines lines;
     } cases[] = {
         {"", {}},
-        {"\r\n", {""}},
         {"RS-485\r\nCOM1:\r\n 6\r\n", {"RS-485", "COM1:", " 6"}},
         {"a\nb\n", {"a", "b"}},
-        {"a\r\nb", {"a", "b"}},
         {"a\r\n\r\n\nb\n", {"a", "", "", "b"}},
         {"a\rb\r\n", {"a\rb"}},
         {"a\r\r\nb\r", {"a\r", "b\r"}},

@@ -143,13 +143,6 @@ TEST_F(StationTest, AHeadThatDoesNotStartLeavesNothingBehind) {
     EXPECT_FALSE(bus.bus_link_on());
 }
 
-// Settings that are lost when the window closes.
-TEST_F(StationTest, ClosingKeepsTheScreenSettings) {
-    open({1});
-    station.close_window(1);
-    EXPECT_TRUE(file_bytes(folder / "set1001.dat").starts_with("Color Settings\r\n"));
-}
-
 // A transfer that holds the heads up, or its exchanges and theirs falling into one another.
 TEST(Station, PollsOnBesideATransfer) {
     for (const milliseconds byte_time : {0ms, 1ms}) {

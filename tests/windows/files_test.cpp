@@ -15,7 +15,6 @@
 #include "shell/ui/layout_keeper.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/recording_operator.h"
-#include "tests/support/scratch_folder.h"
 #include "tests/support/scripted_port.h"
 #include "tests/windows/desk.h"
 #include "tools/nvram_start.h"
@@ -35,7 +34,7 @@ struct Modem {
 class Files : protected Modem, public Desk {
   protected:
     Files() : Desk(&MSComm1) {
-        QFile::setPermissions(folder.path(), QFile::Permissions(0x7777));
+        std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
         person.on_ask = [this](const Message& message) {
             if (message.buttons != Buttons::ok)
                 return Answer::yes;
@@ -45,14 +44,10 @@ class Files : protected Modem, public Desk {
     }
     ~Files() override { person.on_ask = nullptr; }
 
-    std::string path(const std::string& name) const { return (folder.path().toStdString() + "/") + name; }
-    void put(const std::string& name, const std::string& bytes) const {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-    }
     // Names and contents of the folder.
     std::map<std::string, std::string> contents() const {
         std::map<std::string, std::string> all;
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path().toStdString()))
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
             all[entry.path().filename()] = file_bytes(entry.path());
         return all;
     }
@@ -83,7 +78,7 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
                                                       {"layout.dat", ""}};
     open(1);
     open(2);
-    for (const auto& [name, bytes] : files) put(name, bytes);
+    for (const auto& [name, bytes] : files) folder.put(name, bytes);
     form.load();
     QApplication::processEvents();
     const ControlHead& head = *station.open_heads().front();
@@ -98,10 +93,10 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
          {"Disk full|com1001.dat, set1001.dat, com1002.dat, set1002.dat"}},
         {"Save As",
          [&] {
-             person.choice = path("copy.dat");
+             person.choice = folder / "copy.dat";
              station.save_as(head);
          },
-         {"Disk full|" + path("copy.dat")}},
+         {"Disk full|" + (folder / "copy.dat")}},
         {"New",
          [&] {
              press_in("frmSetup", "cmdCancel");
@@ -129,36 +124,36 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
          {"Disk full|ampdesk.dat"}},
         {"the log",
          [&] {
-             person.choice = path("my.log");
+             person.choice = folder / "my.log";
              menu("mnuModemOpt(1)");
          },
-         {"The log could not be opened|" + path("my.log") + ": Disk full"}},
+         {"The log could not be opened|" + (folder / "my.log") + ": Disk full"}},
         {"the traffic view",
          [&] {
              menu("mnuModemOpt(3)");
-             person.choice = path("traffic.txt");
+             person.choice = folder / "traffic.txt";
              click(form, "cmdSave");
          },
-         {"Disk full|" + path("traffic.txt")}},
+         {"Disk full|" + (folder / "traffic.txt")}},
         {"a received text",
          [&] {
              menu("mnuModemItem(6)");
              auto* dialog = child<QDialog>(form, "frmTransfer");
              child<QAbstractButton>(*dialog, "optKind(1)")->click();
-             person.choice = path("received.txt");
+             person.choice = folder / "received.txt";
              click(*dialog, "cmdStart");
              MSComm1.arrive("news");
              terminal_line.pump();
              click(*dialog, "cmdEnd");
              EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
          },
-         {"Disk full|" + path("received.txt")}},
+         {"Disk full|" + (folder / "received.txt")}},
         {"Read nvRam",
          [&] {
-             person.choice = path("nv.txt");
+             person.choice = folder / "nv.txt";
              menu("mnuToolsSram(0)");
          },
-         {"Disk full|" + path("nv.txt")}},
+         {"Disk full|" + (folder / "nv.txt")}},
         {"Close", [&] { menu("mnuMachineItem(2)"); }, {"Disk full|set1002.dat"}},
         {"the end", [&] { form.close(); }, {"Disk full|layout.dat, set1001.dat"}},
     };
@@ -303,7 +298,7 @@ TEST_F(DamagedFiles, AreToldAndLeftAlone) {
          .silent = {"missing", "folder", "cut", "odd"}},
     };
     for (const ReadFile& file : files) {
-        const std::string at = path(file.name);
+        const std::string at = folder / file.name;
         const auto read = [&](const std::string& damage) {
             SCOPED_TRACE(file.name + (" " + damage));
             struct stat before {};
@@ -338,12 +333,12 @@ TEST_F(DamagedFiles, AreToldAndLeftAlone) {
             std::filesystem::remove_all(at);
         };
         if (file.name != std::string("com1001.dat"))
-            put("com1001.dat", amplifier);
-        std::filesystem::remove(path("set1001.dat"));
+            folder.put("com1001.dat", amplifier);
+        std::filesystem::remove(folder / "set1001.dat");
         std::string lines = file.sound;
         lines.erase(std::remove(lines.begin(), lines.end(), '\r'), lines.end());
         const auto read_bytes = [&](const std::string& damage, const std::string& bytes) {
-            put(file.name, bytes);
+            folder.put(file.name, bytes);
             read(damage);
         };
         read_bytes("sound", file.sound);
@@ -359,12 +354,12 @@ TEST_F(DamagedFiles, AreToldAndLeftAlone) {
             const std::size_t next = lines.find('\n', end);
             read_bytes("odd", lines.substr(0, end) + "-99999999999" + lines.substr(next));
         }
-        put(file.name, file.sound);
+        folder.put(file.name, file.sound);
         std::filesystem::resize_file(at, std::uintmax_t{1} << 33);
         read("huge");
         std::filesystem::create_directory(at);
         read("folder");
-        put(file.name, file.sound);
+        folder.put(file.name, file.sound);
         ASSERT_EQ(chmod(at.c_str(), 0), 0);
         read("unreadable");
     }

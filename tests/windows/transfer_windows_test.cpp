@@ -242,13 +242,11 @@ TEST_F(DebugDockTest, FiltersPausesAndSaves) {
     EXPECT_TRUE(shows({terminal}));
     click(*dock, "cmdCopy");
     EXPECT_TRUE(QApplication::clipboard()->text().endsWith(QStringLiteral(" ATZ.")));
-    person.choices = {folder / "traffic.txt", folder.path()};
+    person.choices = {folder / "traffic.txt"};
     click(*dock, "cmdSave");
     const std::string saved = file_bytes(folder / "traffic.txt");
     EXPECT_TRUE(saved.ends_with(view->toPlainText().toStdString() + "\r\n")) << saved;
     EXPECT_EQ(std::count(saved.begin(), saved.end(), '\n'), 2);
-    click(*dock, "cmdSave");
-    EXPECT_EQ(person.take_texts(), std::vector<std::string>{"Device I/O error"});
     click(*dock, "cmdClear");
     EXPECT_TRUE(shows({QString()}));
 }
