@@ -124,5 +124,13 @@ TEST_F(TerminalLineTest, AnUnpluggedLineTakesNothingAndForgetsItsOutput) {
     EXPECT_EQ(changes, (std::vector{true, false, true}));
 }
 
+// The demonstration's line opens, or takes bytes.
+TEST(TerminalLineWithoutPort, StaysClosed) {
+    ManualClock clock;
+    TerminalLine line(nullptr, clock);
+    EXPECT_EQ(line.open({}).error, PortError::not_found);
+    EXPECT_FALSE(line.send("x") || line.take({}) || line.is_open());
+}
+
 }  // namespace
 }  // namespace ampdesk

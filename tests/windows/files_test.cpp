@@ -51,9 +51,11 @@ class Files : protected Modem, public Desk {
             all[entry.path().filename()] = file_bytes(entry.path());
         return all;
     }
-    void menu(const char* name) { child<QAction>(form, name)->trigger(); }
-    void press_in(const char* dialog, const char* button) {
-        when_dialog_opens(dialog, [button](QDialog& opened) { click(opened, button); });
+    // Chooses the menu's item and presses the button in the dialog that it opens.
+    void menu(const char* item, const char* dialog = nullptr, const char* button = nullptr) {
+        if (dialog != nullptr)
+            when_dialog_opens(dialog, [button](QDialog& opened) { click(opened, button); });
+        child<QAction>(form, item)->trigger();
     }
 
     Texts told;
@@ -63,47 +65,32 @@ class Files : protected Modem, public Desk {
 // or without the file's name, or that stops the program.
 TEST_F(Files, OnAFullDiskTheOldOnesStay) {
     const std::string rs485 = "RS-485\r\nCOM1:\r\n6\r\n1\r\n";
-    const std::map<std::string, std::string> files = {{"com1001.dat", rs485},
-                                                      {"com1002.dat", rs485},
-                                                      {"set1001.dat", "Color Settings\r\n"},
-                                                      {"set1002.dat", "Color Settings\r\n"},
-                                                      {"copy.dat", "a copy"},
-                                                      {"rs485.dat", rs485},
-                                                      {"rs422.dat", "a line"},
-                                                      {"my.log", "a log"},
-                                                      {"ampdesk.dat", "ampdesk settings\r\n2\r\n"},
-                                                      {"nv.txt", "a memory"},
-                                                      {"traffic.txt", "some bytes"},
-                                                      {"received.txt", "a text"},
-                                                      {"layout.dat", ""}};
     open(1);
     open(2);
-    for (const auto& [name, bytes] : files) folder.put(name, bytes);
+    for (const char* name : {"com1001.dat", "com1002.dat", "rs485.dat"}) folder.put(name, rs485);
+    for (const char* name : {"set1001.dat", "set1002.dat"}) folder.put(name, "Color Settings\r\n");
+    for (const char* name : {"copy.dat", "rs422.dat", "my.log", "nv.txt", "traffic.txt", "received.txt"})
+        folder.put(name, "an old one");
+    folder.put("ampdesk.dat", "ampdesk settings\r\n2\r\n");
+    folder.put("layout.dat", "");
     form.load();
     QApplication::processEvents();
     const ControlHead& head = *station.open_heads().front();
     const struct {
         const char* what;
+        const char* choice;  // in the file dialog
         std::function<void()> action;
         Texts told;
     } table[] = {
-        {"Save", [&] { station.save(head); }, {"Disk full|com1001.dat, set1001.dat"}},
+        {"Save", "", [&] { station.save(head); }, {"Disk full|com1001.dat, set1001.dat"}},
         {"Save All",
+         "",
          [&] { menu("mnuMachineItem(6)"); },
          {"Disk full|com1001.dat, set1001.dat, com1002.dat, set1002.dat"}},
-        {"Save As",
-         [&] {
-             person.choice = folder / "copy.dat";
-             station.save_as(head);
-         },
-         {"Disk full|" + (folder / "copy.dat")}},
-        {"New",
-         [&] {
-             press_in("frmSetup", "cmdCancel");
-             menu("mnuMachineItem(0)");
-         },
-         {"Disk full|rs485.dat"}},
+        {"Save As", "copy.dat", [&] { station.save_as(head); }, {"Disk full|copy.dat"}},
+        {"New", "", [&] { menu("mnuMachineItem(0)", "frmSetup", "cmdCancel"); }, {"Disk full|rs485.dat"}},
         {"a new amplifier at another address",
+         "",
          [&] {
              bus.add({.address = 3, .serial = 1002});
              station.add_amplifier(3, "1002", "KU");
@@ -111,55 +98,45 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
          },
          {"Disk full|com1002.dat", "Disk full|set1002.dat"}},
         {"Setup_422",
-         [&] {
-             press_in("frmSerial", "cmdOk");
-             menu("mnuToolsItem(2)");
-         },
+         "",
+         [&] { menu("mnuToolsItem(2)", "frmSerial", "cmdOk"); },
          {"Disk full|rs422.dat", "Disk full|rs485.dat"}},
         {"Modem > Settings",
-         [&] {
-             press_in("ConfigScrn", "cmdOk");
-             menu("mnuModemItem(2)");
-         },
+         "",
+         [&] { menu("mnuModemItem(2)", "ConfigScrn", "cmdOk"); },
          {"Disk full|ampdesk.dat"}},
         {"the log",
-         [&] {
-             person.choice = folder / "my.log";
-             menu("mnuModemOpt(1)");
-         },
-         {"The log could not be opened|" + (folder / "my.log") + ": Disk full"}},
+         "my.log",
+         [&] { menu("mnuModemOpt(1)"); },
+         {"The log could not be opened|my.log: Disk full"}},
         {"the traffic view",
+         "traffic.txt",
          [&] {
              menu("mnuModemOpt(3)");
-             person.choice = folder / "traffic.txt";
              click(form, "cmdSave");
          },
-         {"Disk full|" + (folder / "traffic.txt")}},
+         {"Disk full|traffic.txt"}},
         {"a received text",
+         "received.txt",
          [&] {
              menu("mnuModemItem(6)");
              auto* dialog = child<QDialog>(form, "frmTransfer");
              child<QAbstractButton>(*dialog, "optKind(1)")->click();
-             person.choice = folder / "received.txt";
              click(*dialog, "cmdStart");
              MSComm1.arrive("news");
              terminal_line.pump();
              click(*dialog, "cmdEnd");
              EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
          },
-         {"Disk full|" + (folder / "received.txt")}},
-        {"Read nvRam",
-         [&] {
-             person.choice = folder / "nv.txt";
-             menu("mnuToolsSram(0)");
-         },
-         {"Disk full|" + (folder / "nv.txt")}},
-        {"Close", [&] { menu("mnuMachineItem(2)"); }, {"Disk full|set1002.dat"}},
-        {"the end", [&] { form.close(); }, {"Disk full|layout.dat, set1001.dat"}},
+         {"Disk full|received.txt"}},
+        {"Read nvRam", "nv.txt", [&] { menu("mnuToolsSram(0)"); }, {"Disk full|nv.txt"}},
+        {"Close", "", [&] { menu("mnuMachineItem(2)"); }, {"Disk full|set1002.dat"}},
+        {"the end", "", [&] { form.close(); }, {"Disk full|layout.dat, set1001.dat"}},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.what);
         told.clear();
+        person.choice = row.choice;
         const auto before = contents();
         {
             const FullDisk full;
