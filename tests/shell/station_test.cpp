@@ -127,22 +127,6 @@ TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
     EXPECT_LE(longest_gap(3), 550);
 }
 
-// A head that could not start stays in the table, or overwrites the settings it could not read.
-TEST_F(StationTest, AHeadThatDoesNotStartLeavesNothingBehind) {
-    const std::string torn = folder.put("set1001.dat", "torn");
-    int created = 0;
-    int closed = 0;
-    station.on_window_created = [&](const auto&) { ++created; };
-    station.on_window_closed = [&](ControlHead&) { ++closed; };
-    open({1});
-    EXPECT_EQ(person.take_texts(), Texts{"File set1001.dat or band_set.dat corrupted."});
-    EXPECT_EQ(station.open_count(), 0);
-    EXPECT_EQ(created, 1);
-    EXPECT_EQ(closed, 1);
-    EXPECT_EQ(file_bytes(torn), "torn");
-    EXPECT_FALSE(bus.bus_link_on());
-}
-
 // A transfer that holds the heads up, or its exchanges and theirs falling into one another.
 TEST(Station, PollsOnBesideATransfer) {
     for (const milliseconds byte_time : {0ms, 1ms}) {

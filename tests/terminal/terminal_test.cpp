@@ -76,10 +76,6 @@ TEST_F(TerminalTest, TypedKeys) {
     line.close();
     EXPECT_TRUE(terminal.Term_KeyPress('d'));
     EXPECT_EQ(errors, Texts{});
-    open();
-    port.room = 0;
-    for (int i = 0; i < 3; ++i) terminal.type(std::string(40000, 'x'));
-    EXPECT_EQ(errors, (Texts{"Transmit Buffer Full", "Transmit Buffer Full"}));
 }
 
 // The loudspeaker of another volume.

@@ -90,7 +90,6 @@ TEST(TrafficFilterTest, Passes) {
         {{.line = TrafficLine::bus}, true, false},
         {{.unit = 5}, true, false},
         {{.unit = 0}, false, false},
-        {{.sent = true}, true, false},
         {{.text = "rdBAND"}, true, false},
         {{.text = "01 11"}, true, false},
         {{.text = "ok."}, false, true},

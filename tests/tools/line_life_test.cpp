@@ -132,27 +132,19 @@ class NvramLine : public LineLife {
 TEST_F(NvramLine, OneAmplifiersMemoryInAnother) {
     bus.add({.address = 2, .serial = 1002, .noise = 0});
     ASSERT_NE(image(1), image(2));
+    using Spoil = void (*)(std::string&);
+    const Spoil spoils[] = {
+        [](std::string& bytes) { bytes.back() = static_cast<char>(bytes.back() ^ 1); },
+        [](std::string& bytes) { bytes[bytes.size() / 2] = '~'; },
+        [](std::string& bytes) { bytes.insert(0, "\x06\x15\x01~"); },
+        [](std::string& bytes) { bytes += bytes; },
+        [](std::string& bytes) { bytes.pop_back(); },
+    };
     std::minstd_rand random{7};
-    int spoilt = 0;
+    std::size_t spoilt = 0;
     plug_in([&](std::string& bytes) {
-        if (random() % 10 != 0)
-            return true;
-        switch (spoilt++ % 5) {
-            case 0:
-                bytes.back() = static_cast<char>(bytes.back() ^ 1);
-                break;
-            case 1:
-                bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 0x80);
-                break;
-            case 2:
-                bytes.insert(0, "\x06\x15\x01~");
-                break;
-            case 3:
-                bytes += bytes;
-                break;
-            default:
-                bytes.pop_back();
-        }
+        if (random() % 10 == 0)
+            spoils[spoilt++ % std::size(spoils)](bytes);
         return true;
     });
     open();
@@ -163,7 +155,7 @@ TEST_F(NvramLine, OneAmplifiersMemoryInAnother) {
     }
     line->unplug();
     EXPECT_EQ(image(1), image(2));
-    EXPECT_GE(spoilt, 5);
+    EXPECT_GE(spoilt, std::size(spoils));
 }
 
 // Where in the sixth reply the plug is pulled, and whether it is put back while the transfer tries on.
