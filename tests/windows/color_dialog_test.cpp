@@ -1,7 +1,6 @@
 // frmColor behind its menu item: colours and font size change on the copy only, and on the head with OK.
 #include <QColorDialog>
 #include <QFontDialog>
-#include <QPushButton>
 
 #include "controlhead/font_rule.h"
 #include "controlhead/ui/frmColor.h"

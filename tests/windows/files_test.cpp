@@ -1,6 +1,5 @@
 // Every file that the program writes, on a full disk, and every one that it reads, damaged in every way:
 // what the operator is told, and what becomes of the file.
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,7 +16,6 @@
 #include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
 #include "tests/windows/desk.h"
-#include "tools/nvram_start.h"
 
 namespace ampdesk {
 namespace {
