@@ -71,6 +71,7 @@ TEST_F(FaultTest, EachFaultShowsIsListedAndIsCleared) {
         std::string listed;
     } cases[] = {
         {{"helix"}, k_shutdown, told("12, Helix Over-Current"), "helix"},
+        {{"helix"}, k_hv_on, "15 01 03 10 12 04", "helix"},
         {{"overtemp"}, k_shutdown, told("3, Over-Temperature"), "overtemp"},
         {{"cabinet"}, k_shutdown, told("4, Cabinet Temperature"), "cabinet"},
         {{"arc"}, k_shutdown, told("7, HV Arc"), "arc"},
