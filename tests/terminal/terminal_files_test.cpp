@@ -29,6 +29,7 @@ TEST(TerminalSettings, ReadsWhatItCan) {
         {"a field is read from another's line", "ampdesk settings\r\n3\r\n1200\r\n7\r\n2\r\n2\r\n2\r\n0\r\n",
          k_all},
         {"LF alone and blanks", "the ampdesk settings\n 3 \n 1200\n7\n2\n2\n2\n0", k_all},
+        {"port 5", "ampdesk settings\r\n5\r\n", {}},
         {"half a port", "ampdesk settings\r\n0.9\r\n", {}},
         {"values that cannot be", "ampdesk settings\r\n2\r\n9601\r\n4\r\n3\r\n0\r\n3\r\n2\r\n", {.port = 2}},
         {"blank lines", "ampdesk settings\r\n2\r\n\r\n\r\n\r\n\r\n\r\n\r\n", {.port = 2}},

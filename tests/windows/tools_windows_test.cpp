@@ -42,16 +42,10 @@ class ToolWindows : public Desk {
     frmBlock* block() { return form.findChild<frmBlock*>(); }
 
     bool items_live() {
-        const bool read = child<QAction>("mnuToolsSram(0)")->isEnabled();
-        EXPECT_EQ(read, child<QAction>("mnuToolsSram(1)")->isEnabled());
+        const bool read = child<QAction>(form, "mnuToolsSram(0)")->isEnabled();
+        EXPECT_EQ(read, child<QAction>(form, "mnuToolsSram(1)")->isEnabled());
         return read;
     }
-
-    template <class T>
-    T* child(const char* name) {
-        return form.findChild<T*>(QLatin1String(name));
-    }
-    using Desk::child;
 
     // Both windows are gone: one that has closed deletes itself.
     bool gone() {
