@@ -24,7 +24,6 @@ TEST(Demonstration, ShowsOneOfEachKind) {
         {1, "00 11 02 00 00 02", "0,Standby RF off", "JEX TWTA*C/KU/X*1001*Simulator Rev 1.0"},
         {2, "00 11 00 00 00 00", "0,Warm-up 0:20", "JEX TWTA*KU/DBS*1002*Simulator Rev 1.0"},
         {3, "0C 0F 01 00 00 00", "0,Transmit", "JEX TWTA*KU*1003*Simulator Rev 1.0"},
-        {4, "00 11 02 00 00 02", "0,Standby RF off", "JEX TWTA*C/KU/X*1004*Simulator Rev 1.0"},
         {99, "0C 0F 01 00 00 00", "0,Transmit", "JEX TWTA*KU*1099*Simulator Rev 1.0"},
     };
     for (const auto& c : cases) {

@@ -106,24 +106,6 @@ TEST_F(AmplifierTest, HighVoltageWaitsForTheWarmUp) {
     EXPECT_EQ(ask_text(amplifier, "A0 1A 01"), "12:01 Ready");
 }
 
-// A shutdown that leaves HV on, is lost without an acknowledgement, or cannot be got rid of.
-TEST_F(AmplifierTest, ShutdownStaysUntilAcknowledged) {
-    SimAmplifier amplifier(transmitting(), clock);
-    amplifier.shut_down(12, "Helix arc");
-    EXPECT_EQ(ask_text(amplifier, "A0 18 00"), "12, Helix arc");
-    EXPECT_EQ(ask_text(amplifier, "A0 17 00"), "1,Helix arc");
-    expect_dialogue(amplifier, {{"11", "ACK 10 11 02 00 00 02"},
-                                {"10 12", "NAK 04"},
-                                {"10 16", "NAK 04"},
-                                {"10 15", "ACK"},
-                                {"11", "ACK 00 11 02 00 00 02"},
-                                {"10 12", "ACK"}});
-    amplifier.shut_down(ShutdownCause::interlock);
-    EXPECT_EQ(ask(amplifier, "10 15"), "NAK 04");
-    amplifier.cause_gone(ShutdownCause::interlock);
-    expect_dialogue(amplifier, {{"11", "ACK 10 11 02 00 00 02"}, {"10 15", "ACK"}, {"10 12", "ACK"}});
-}
-
 // A tube that gets hot without protecting itself, a shutdown that goes while the heat is still there,
 // or a fan that does not cool.
 TEST_F(AmplifierTest, LimitsTripWhenTheFanStops) {

@@ -7,7 +7,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>

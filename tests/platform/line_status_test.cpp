@@ -19,20 +19,12 @@ namespace {
 using std::chrono::milliseconds;
 
 struct Driver {
-    int lines = 0;
-    serial_icounter_struct counts{};
     std::deque<int> waiting;  // of TIOCOUTQ, one a call; then none
     int chip_busy = 0;        // calls in which the chip still sends
     std::vector<std::pair<unsigned long, int>> set;
 
     int call(unsigned long request, void* argument) {
         switch (request) {
-            case TIOCMGET:
-                *static_cast<int*>(argument) = lines;
-                return 0;
-            case TIOCGICOUNT:
-                *static_cast<serial_icounter_struct*>(argument) = counts;
-                return 0;
             case TIOCMBIS:
             case TIOCMBIC:
                 set.emplace_back(request, *static_cast<int*>(argument));
@@ -60,47 +52,15 @@ struct LineStatus : testing::Test {
         clock, [this](int, unsigned long request, void* argument) { return driver.call(request, argument); }};
 };
 
-// A line or a count read from another's place.
-TEST_F(LineStatus, LinesAndCountsFromTheirOwnPlaces) {
-    EXPECT_EQ(port.modem_lines(), std::nullopt);
-    EXPECT_EQ(port.line_counts(), std::nullopt);
-    open();
-    const struct {
-        int bit;
-        ModemLines lines;
-    } lines[] = {{TIOCM_CTS, {.cts = true}},
-                 {TIOCM_DSR, {.dsr = true}},
-                 {TIOCM_CAR, {.carrier = true}},
-                 {TIOCM_RNG, {.ring = true}},
-                 {TIOCM_DTR | TIOCM_RTS, {}}};
-    for (const auto& row : lines) {
-        driver.lines = row.bit;
-        EXPECT_EQ(port.modem_lines(), row.lines) << row.bit;
-    }
-    driver.counts.cts = 1;
-    driver.counts.dsr = 2;
-    driver.counts.rng = 3;
-    driver.counts.dcd = 4;
-    driver.counts.frame = 5;
-    driver.counts.overrun = 6;
-    driver.counts.parity = 7;
-    driver.counts.brk = 8;
-    driver.counts.buf_overrun = 9;
-    driver.counts.rx = driver.counts.tx = 99;
-    EXPECT_EQ(port.line_counts(), (LineCounts{.framing = 5,
-                                              .parity = 7,
-                                              .overrun = 6,
-                                              .buffer_overrun = 9,
-                                              .breaks = 8,
-                                              .cts = 1,
-                                              .dsr = 2,
-                                              .carrier = 4,
-                                              .ring = 3}));
-}
-
-// DTR raised instead of dropped, or another line along with it.
+// DTR raised instead of dropped, or another line along with it; a device without DTR that seems to
+// have it.
 TEST_F(LineStatus, DropsAndRaisesDtrAlone) {
     EXPECT_FALSE(port.set_dtr(false));
+    PosixSerialPort pseudo_terminal(clock);
+    ASSERT_TRUE(pseudo_terminal.open({.device = far.device()}).ok());
+    EXPECT_FALSE(pseudo_terminal.set_dtr(false));
+    EXPECT_TRUE(pseudo_terminal.drain(clock.now()));
+    pseudo_terminal.close();
     open();
     EXPECT_TRUE(port.set_dtr(false));
     EXPECT_TRUE(port.set_dtr(true));
@@ -126,17 +86,6 @@ TEST_F(LineStatus, DrainsToTheDeadline) {
     const Instant closing = clock.now();
     port.close();
     EXPECT_EQ(clock.now() - closing, milliseconds(500));
-}
-
-// A device that has none of it stops the terminal.
-TEST_F(LineStatus, APseudoTerminalWorksWithout) {
-    PosixSerialPort plain(clock);
-    ASSERT_TRUE(plain.open({.device = far.device()}).ok());
-    EXPECT_EQ(plain.modem_lines(), std::nullopt);
-    EXPECT_EQ(plain.line_counts(), std::nullopt);
-    EXPECT_FALSE(plain.set_dtr(false));
-    EXPECT_TRUE(plain.drain(clock.now()));
-    EXPECT_GE(plain.watch_handle(), 0);
 }
 
 // What the driver has no room for is lost, doubled, or waited for.

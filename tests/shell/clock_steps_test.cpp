@@ -1,6 +1,5 @@
 // The clock of the PC passes midnight, is put right or changes to summer time, or the PC sleeps for
 // hours, while the program is at something.
-#include <array>
 
 #include "demo/faults.h"
 #include "terminal/terminal.h"

@@ -2,6 +2,7 @@
 #include <set>
 
 #include "tests/shell/rig.h"
+#include "tools/nvram_transfer.h"
 
 namespace ampdesk {
 namespace {
@@ -126,27 +127,38 @@ TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
     EXPECT_LE(longest_gap(3), 550);
 }
 
-// A head that could not start stays in the table, or overwrites the settings it could not read.
-TEST_F(StationTest, AHeadThatDoesNotStartLeavesNothingBehind) {
-    const std::string torn = folder.put("set1001.dat", "torn");
-    int created = 0;
-    int closed = 0;
-    station.on_window_created = [&](const auto&) { ++created; };
-    station.on_window_closed = [&](ControlHead&) { ++closed; };
-    open({1});
-    EXPECT_EQ(person.take_texts(), Texts{"File set1001.dat or band_set.dat corrupted."});
-    EXPECT_EQ(station.open_count(), 0);
-    EXPECT_EQ(created, 1);
-    EXPECT_EQ(closed, 1);
-    EXPECT_EQ(file_bytes(torn), "torn");
-    EXPECT_FALSE(bus.bus_link_on());
-}
-
-// Settings that are lost when the window closes.
-TEST_F(StationTest, ClosingKeepsTheScreenSettings) {
-    open({1});
-    station.close_window(1);
-    EXPECT_TRUE(file_bytes(folder / "set1001.dat").starts_with("Color Settings\r\n"));
+// A transfer that holds the heads up, or its exchanges and theirs falling into one another.
+TEST(Station, PollsOnBesideATransfer) {
+    for (const milliseconds byte_time : {0ms, 1ms}) {
+        SCOPED_TRACE(byte_time.count());
+        Rig rig(byte_time);
+        rig.open({1, 2, 3});
+        int waiting_for = 0;
+        rig.bus.on_traffic = [&](const BusTraffic& traffic) {
+            EXPECT_TRUE(traffic.sent || traffic.address == waiting_for);
+            waiting_for = traffic.address;
+        };
+        int transfers = 0;
+        std::unique_ptr<NvramTransfer> transfer;
+        const Instant end = rig.clock.now() + 20s;
+        for (Instant visit = rig.clock.now(); rig.clock.now() < end;) {
+            rig.clock.advance(1ms);  // a turn of the event loop
+            if (rig.clock.now() >= visit)
+                visit = rig.clock.now() + rig.station.poll_windows();
+            if (transfer && transfer->nvram_transfer_run())
+                continue;
+            transfers += transfer ? 1 : 0;
+            transfer = std::make_unique<NvramTransfer>(NvramTransfer::Mode::read, rig.folder / "nv.txt", 2,
+                                                       rig.bus, rig.person);
+            transfer->start();
+        }
+        for (const int address : {1, 2, 3}) {
+            EXPECT_LT(rig.longest_gap(address), 700);
+            EXPECT_LT(end - rig.port.status_requests[address].back(), 700ms);
+        }
+        EXPECT_GE(transfers, 2);
+        EXPECT_EQ(rig.person.take_texts(), Rig::Texts{});
+    }
 }
 
 }  // namespace

@@ -21,9 +21,7 @@ TEST(NullModemTest, TellsWhatComesBack) {
         {"whole", {"<loop-back test 2A>"}, "the text came back in 7 ms."},
         {"in pieces, among others", {"noise<loop", "-back test 2", "A>OK"}, "the text came back in 7 ms."},
         {"nothing", {}, "nothing came back within a second."},
-        {"half of it", {"<loop-back test"}, "15 bytes came in, but not the text."},
         {"an older one", {"<loop-back test 29>"}, "19 bytes came in, but not the text."},
-        {"garbled", {"<loop-back tesu 2A>"}, "19 bytes came in, but not the text."},
         {"a flood", {std::string(9000, 'x'), "y"}, "4096 bytes came in, but not the text."},
     };
     for (const auto& c : cases) {

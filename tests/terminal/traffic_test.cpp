@@ -88,14 +88,10 @@ TEST(TrafficFilterTest, Passes) {
     } cases[] = {
         {{}, true, true},
         {{.line = TrafficLine::bus}, true, false},
-        {{.line = TrafficLine::terminal}, false, true},
         {{.unit = 5}, true, false},
         {{.unit = 0}, false, false},
-        {{.sent = true}, true, false},
-        {{.sent = false}, false, true},
         {{.text = "rdBAND"}, true, false},
         {{.text = "01 11"}, true, false},
-        {{.text = "0d 0a"}, false, true},
         {{.text = "ok."}, false, true},
         {{.sent = false, .text = "band"}, false, false},
     };

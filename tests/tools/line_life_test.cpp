@@ -4,6 +4,7 @@
 #include <sys/time.h>
 
 #include <csignal>
+#include <random>
 
 #include "platform/posix/posix_serial_port.h"
 #include "platform/posix/system_clock.h"
@@ -96,14 +97,9 @@ class LineLife : public testing::Test {
     std::string reply;
 };
 
-// Where in the sixth reply the plug is pulled, and whether it is put back while the transfer tries on.
-struct Pull {
-    Mode mode;
-    double left;  // of the reply
-    bool put_back;
-};
-class NvramUnplugged : public LineLife, public testing::WithParamInterface<Pull> {
+class NvramLine : public LineLife {
   protected:
+    Texts image(int address = 1) { return image_of(bus.find(address)->nvram); }
     static Texts image_of(const demo::SimNvram& memory) {
         Texts lines;
         for (std::size_t i = 0; const auto bytes = memory.read(i); ++i)
@@ -112,18 +108,10 @@ class NvramUnplugged : public LineLife, public testing::WithParamInterface<Pull>
                                         .trailing = bytes->substr(bytes->size() - 2)}));
         return lines;
     }
-    Texts image() { return image_of(bus.find(1)->nvram); }
-    // The blocks that the file holds.
-    Texts blocks() const {
-        Texts lines = read_text_lines(path);
-        lines.erase(lines.begin());
-        return lines;
+    void plug_in(ServedLine::Fate fate = {}) {
+        line = std::make_unique<ServedLine>(bus, name, std::move(fate));
     }
-    static Texts first(const Texts& lines, std::size_t count) {
-        return {lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(count)};
-    }
-    void plug_in() { line = std::make_unique<ServedLine>(bus, name); }
-    void run(NvramTransfer& transfer, bool put_back) {
+    void run(NvramTransfer& transfer, bool put_back = false) {
         transfer.start();
         while (const auto wait = transfer.nvram_transfer_run()) {
             clock.skip(*wait);
@@ -137,6 +125,56 @@ class NvramUnplugged : public LineLife, public testing::WithParamInterface<Pull>
 
     const std::string path = folder / "nv.txt";
     std::unique_ptr<ServedLine> line;
+};
+
+// A byte that is lost, doubled or misplaced between an amplifier, the file and another amplifier, on a
+// line that spoils one reply in ten.
+TEST_F(NvramLine, OneAmplifiersMemoryInAnother) {
+    bus.add({.address = 2, .serial = 1002, .noise = 0});
+    ASSERT_NE(image(1), image(2));
+    using Spoil = void (*)(std::string&);
+    const Spoil spoils[] = {
+        [](std::string& bytes) { bytes.back() = static_cast<char>(bytes.back() ^ 1); },
+        [](std::string& bytes) { bytes[bytes.size() / 2] = '~'; },
+        [](std::string& bytes) { bytes.insert(0, "\x06\x15\x01~"); },
+        [](std::string& bytes) { bytes += bytes; },
+        [](std::string& bytes) { bytes.pop_back(); },
+    };
+    std::minstd_rand random{7};
+    std::size_t spoilt = 0;
+    plug_in([&](std::string& bytes) {
+        if (random() % 10 == 0)
+            spoils[spoilt++ % std::size(spoils)](bytes);
+        return true;
+    });
+    open();
+    for (const Mode mode : {Mode::read, Mode::set}) {
+        NvramTransfer transfer(mode, path, mode == Mode::read ? 1 : 2, link, person);
+        run(transfer);
+        EXPECT_EQ(transfer.nvram_block, static_cast<int>(demo::SimNvram::k_blocks));
+    }
+    line->unplug();
+    EXPECT_EQ(image(1), image(2));
+    EXPECT_GE(spoilt, std::size(spoils));
+}
+
+// Where in the sixth reply the plug is pulled, and whether it is put back while the transfer tries on.
+struct Pull {
+    Mode mode;
+    double left;  // of the reply
+    bool put_back;
+};
+class NvramUnplugged : public NvramLine, public testing::WithParamInterface<Pull> {
+  protected:
+    // The blocks that the file holds.
+    Texts blocks() const {
+        Texts lines = read_text_lines(path);
+        lines.erase(lines.begin());
+        return lines;
+    }
+    static Texts first(const Texts& lines, std::size_t count) {
+        return {lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(count)};
+    }
 };
 
 // A transfer that is cut off and told as done, a block written that is not the file's, half a line in
@@ -153,7 +191,7 @@ TEST_P(NvramUnplugged, StopsOrGoesOn) {
         write_text_lines(path, text);
     }
     std::size_t replies = 0;
-    line = std::make_unique<ServedLine>(bus, name, [&, part = left](std::string& bytes) {
+    plug_in([&, part = left](std::string& bytes) {
         if (replies++ < k_before)
             return true;
         bytes.resize(static_cast<std::size_t>(static_cast<double>(bytes.size()) * part));
@@ -181,7 +219,7 @@ TEST_P(NvramUnplugged, StopsOrGoesOn) {
         plug_in();
         clock.skip(2s);
         NvramTransfer next(mode, path, 1, link, person);
-        run(next, false);
+        run(next);
         EXPECT_EQ(next.panel().status, done);
     } else {
         EXPECT_EQ(transfer.panel().status, done);

@@ -1,7 +1,6 @@
 // frmColor behind its menu item: colours and font size change on the copy only, and on the head with OK.
 #include <QColorDialog>
 #include <QFontDialog>
-#include <QPushButton>
 
 #include "controlhead/font_rule.h"
 #include "controlhead/ui/frmColor.h"
@@ -105,7 +104,21 @@ TEST_F(ColorDialog, ColoursAndSizeReachTheHeadWithOkOnly) {
                 colours.reject();
             });
             EXPECT_EQ(copy(), expected);
-            choose_font([](QFont& font) { font.setPointSize(15); });
+            for (const bool bold : {true, false}) {
+                told.clear();
+                when_box_opens();
+                choose_font([bold](QFont& font) {
+                    font.setStyleName({});
+                    font.setBold(bold);
+                    font.setPointSize(bold ? 16 : 14);
+                });
+                EXPECT_EQ(told, "You can only select Bold 13~15 Courier New Fonts");
+                EXPECT_EQ(copy(), expected);
+            }
+            choose_font([](QFont& font) {
+                EXPECT_EQ(font.family(), QFontInfo(display_font(14)).family());
+                font.setPointSize(15);
+            });
             expected.font_size = 15;
             EXPECT_EQ(copy(), expected);
             EXPECT_EQ(head->panel().look(), first);
@@ -116,25 +129,6 @@ TEST_F(ColorDialog, ColoursAndSizeReachTheHeadWithOkOnly) {
     EXPECT_EQ(other->panel().look(), ScreenSettings{});
     station.close_all();
     form.mnuToolsScreen_Click(0);  // no head, no dialog
-}
-
-// The font dialog itself has no limits; a choice beyond them is told and changes nothing.
-TEST_F(ColorDialog, AFontBeyondTheLimitsIsRefused) {
-    in_dialog([&] {
-        choose_font([](QFont& font) { EXPECT_EQ(font.family(), QFontInfo(display_font(14)).family()); });
-        const std::function<void(QFont&)> refused[] = {[](QFont& font) { font.setPointSize(16); },
-                                                       [](QFont& font) {
-                                                           font.setStyleName({});
-                                                           font.setBold(false);
-                                                       }};
-        for (const auto& change : refused) {
-            told.clear();
-            when_box_opens();
-            choose_font(change);
-            EXPECT_EQ(told, "You can only select Bold 13~15 Courier New Fonts");
-        }
-        EXPECT_EQ(copy(), first);
-    });
 }
 
 }  // namespace

@@ -6,13 +6,13 @@
 
 #include <QAccessible>
 #include <QMessageBox>
-#include <QTemporaryDir>
 #include <QTest>
 #include <functional>
 
 #include "demo/sim_port.h"
 #include "shell/ui/MDIForm1.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
 
@@ -42,7 +42,7 @@ class Desk : public ::testing::Test {
         : link(port, clock, person, std::move(options)),
           terminal_line(terminal_port, clock),
           form(station, link, terminal_line, person, std::move(form_options)) {
-        QDir::setCurrent(folder.path());
+        std::filesystem::current_path(folder.path());
         person.sound = [this] { ++sounds; };
         link.on_traffic = [this](const BusTraffic& traffic) {
             if (!traffic.sent)
@@ -134,7 +134,7 @@ class Desk : public ::testing::Test {
 
     std::vector<std::string> take_settings() { return std::exchange(settings, {}); }
 
-    QTemporaryDir folder;
+    ScratchFolder folder;  // the current one
     ManualClock clock;
     demo::SimBus bus{clock};
     demo::SimPort port{bus, clock};

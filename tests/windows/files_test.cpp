@@ -1,6 +1,5 @@
 // Every file that the program writes, on a full disk, and every one that it reads, damaged in every way:
 // what the operator is told, and what becomes of the file.
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,10 +14,8 @@
 #include "shell/ui/layout_keeper.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/recording_operator.h"
-#include "tests/support/scratch_folder.h"
 #include "tests/support/scripted_port.h"
 #include "tests/windows/desk.h"
-#include "tools/nvram_start.h"
 
 namespace ampdesk {
 namespace {
@@ -35,7 +32,7 @@ struct Modem {
 class Files : protected Modem, public Desk {
   protected:
     Files() : Desk(&MSComm1) {
-        QFile::setPermissions(folder.path(), QFile::Permissions(0x7777));
+        std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
         person.on_ask = [this](const Message& message) {
             if (message.buttons != Buttons::ok)
                 return Answer::yes;
@@ -45,20 +42,18 @@ class Files : protected Modem, public Desk {
     }
     ~Files() override { person.on_ask = nullptr; }
 
-    std::string path(const std::string& name) const { return (folder.path().toStdString() + "/") + name; }
-    void put(const std::string& name, const std::string& bytes) const {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-    }
     // Names and contents of the folder.
     std::map<std::string, std::string> contents() const {
         std::map<std::string, std::string> all;
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path().toStdString()))
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
             all[entry.path().filename()] = file_bytes(entry.path());
         return all;
     }
-    void menu(const char* name) { child<QAction>(form, name)->trigger(); }
-    void press_in(const char* dialog, const char* button) {
-        when_dialog_opens(dialog, [button](QDialog& opened) { click(opened, button); });
+    // Chooses the menu's item and presses the button in the dialog that it opens.
+    void menu(const char* item, const char* dialog = nullptr, const char* button = nullptr) {
+        if (dialog != nullptr)
+            when_dialog_opens(dialog, [button](QDialog& opened) { click(opened, button); });
+        child<QAction>(form, item)->trigger();
     }
 
     Texts told;
@@ -68,47 +63,32 @@ class Files : protected Modem, public Desk {
 // or without the file's name, or that stops the program.
 TEST_F(Files, OnAFullDiskTheOldOnesStay) {
     const std::string rs485 = "RS-485\r\nCOM1:\r\n6\r\n1\r\n";
-    const std::map<std::string, std::string> files = {{"com1001.dat", rs485},
-                                                      {"com1002.dat", rs485},
-                                                      {"set1001.dat", "Color Settings\r\n"},
-                                                      {"set1002.dat", "Color Settings\r\n"},
-                                                      {"copy.dat", "a copy"},
-                                                      {"rs485.dat", rs485},
-                                                      {"rs422.dat", "a line"},
-                                                      {"my.log", "a log"},
-                                                      {"ampdesk.dat", "ampdesk settings\r\n2\r\n"},
-                                                      {"nv.txt", "a memory"},
-                                                      {"traffic.txt", "some bytes"},
-                                                      {"received.txt", "a text"},
-                                                      {"layout.dat", ""}};
     open(1);
     open(2);
-    for (const auto& [name, bytes] : files) put(name, bytes);
+    for (const char* name : {"com1001.dat", "com1002.dat", "rs485.dat"}) folder.put(name, rs485);
+    for (const char* name : {"set1001.dat", "set1002.dat"}) folder.put(name, "Color Settings\r\n");
+    for (const char* name : {"copy.dat", "rs422.dat", "my.log", "nv.txt", "traffic.txt", "received.txt"})
+        folder.put(name, "an old one");
+    folder.put("ampdesk.dat", "ampdesk settings\r\n2\r\n");
+    folder.put("layout.dat", "");
     form.load();
     QApplication::processEvents();
     const ControlHead& head = *station.open_heads().front();
     const struct {
         const char* what;
+        const char* choice;  // in the file dialog
         std::function<void()> action;
         Texts told;
     } table[] = {
-        {"Save", [&] { station.save(head); }, {"Disk full|com1001.dat, set1001.dat"}},
+        {"Save", "", [&] { station.save(head); }, {"Disk full|com1001.dat, set1001.dat"}},
         {"Save All",
+         "",
          [&] { menu("mnuMachineItem(6)"); },
          {"Disk full|com1001.dat, set1001.dat, com1002.dat, set1002.dat"}},
-        {"Save As",
-         [&] {
-             person.choice = path("copy.dat");
-             station.save_as(head);
-         },
-         {"Disk full|" + path("copy.dat")}},
-        {"New",
-         [&] {
-             press_in("frmSetup", "cmdCancel");
-             menu("mnuMachineItem(0)");
-         },
-         {"Disk full|rs485.dat"}},
+        {"Save As", "copy.dat", [&] { station.save_as(head); }, {"Disk full|copy.dat"}},
+        {"New", "", [&] { menu("mnuMachineItem(0)", "frmSetup", "cmdCancel"); }, {"Disk full|rs485.dat"}},
         {"a new amplifier at another address",
+         "",
          [&] {
              bus.add({.address = 3, .serial = 1002});
              station.add_amplifier(3, "1002", "KU");
@@ -116,55 +96,45 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
          },
          {"Disk full|com1002.dat", "Disk full|set1002.dat"}},
         {"Setup_422",
-         [&] {
-             press_in("frmSerial", "cmdOk");
-             menu("mnuToolsItem(2)");
-         },
+         "",
+         [&] { menu("mnuToolsItem(2)", "frmSerial", "cmdOk"); },
          {"Disk full|rs422.dat", "Disk full|rs485.dat"}},
         {"Modem > Settings",
-         [&] {
-             press_in("ConfigScrn", "cmdOk");
-             menu("mnuModemItem(2)");
-         },
+         "",
+         [&] { menu("mnuModemItem(2)", "ConfigScrn", "cmdOk"); },
          {"Disk full|ampdesk.dat"}},
         {"the log",
-         [&] {
-             person.choice = path("my.log");
-             menu("mnuModemOpt(1)");
-         },
-         {"The log could not be opened|" + path("my.log") + ": Disk full"}},
+         "my.log",
+         [&] { menu("mnuModemOpt(1)"); },
+         {"The log could not be opened|my.log: Disk full"}},
         {"the traffic view",
+         "traffic.txt",
          [&] {
              menu("mnuModemOpt(3)");
-             person.choice = path("traffic.txt");
              click(form, "cmdSave");
          },
-         {"Disk full|" + path("traffic.txt")}},
+         {"Disk full|traffic.txt"}},
         {"a received text",
+         "received.txt",
          [&] {
              menu("mnuModemItem(6)");
              auto* dialog = child<QDialog>(form, "frmTransfer");
              child<QAbstractButton>(*dialog, "optKind(1)")->click();
-             person.choice = path("received.txt");
              click(*dialog, "cmdStart");
              MSComm1.arrive("news");
              terminal_line.pump();
              click(*dialog, "cmdEnd");
              EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
          },
-         {"Disk full|" + path("received.txt")}},
-        {"Read nvRam",
-         [&] {
-             person.choice = path("nv.txt");
-             menu("mnuToolsSram(0)");
-         },
-         {"Disk full|" + path("nv.txt")}},
-        {"Close", [&] { menu("mnuMachineItem(2)"); }, {"Disk full|set1002.dat"}},
-        {"the end", [&] { form.close(); }, {"Disk full|layout.dat, set1001.dat"}},
+         {"Disk full|received.txt"}},
+        {"Read nvRam", "nv.txt", [&] { menu("mnuToolsSram(0)"); }, {"Disk full|nv.txt"}},
+        {"Close", "", [&] { menu("mnuMachineItem(2)"); }, {"Disk full|set1002.dat"}},
+        {"the end", "", [&] { form.close(); }, {"Disk full|layout.dat, set1001.dat"}},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.what);
         told.clear();
+        person.choice = row.choice;
         const auto before = contents();
         {
             const FullDisk full;
@@ -303,7 +273,7 @@ TEST_F(DamagedFiles, AreToldAndLeftAlone) {
          .silent = {"missing", "folder", "cut", "odd"}},
     };
     for (const ReadFile& file : files) {
-        const std::string at = path(file.name);
+        const std::string at = folder / file.name;
         const auto read = [&](const std::string& damage) {
             SCOPED_TRACE(file.name + (" " + damage));
             struct stat before {};
@@ -338,12 +308,12 @@ TEST_F(DamagedFiles, AreToldAndLeftAlone) {
             std::filesystem::remove_all(at);
         };
         if (file.name != std::string("com1001.dat"))
-            put("com1001.dat", amplifier);
-        std::filesystem::remove(path("set1001.dat"));
+            folder.put("com1001.dat", amplifier);
+        std::filesystem::remove(folder / "set1001.dat");
         std::string lines = file.sound;
         lines.erase(std::remove(lines.begin(), lines.end(), '\r'), lines.end());
         const auto read_bytes = [&](const std::string& damage, const std::string& bytes) {
-            put(file.name, bytes);
+            folder.put(file.name, bytes);
             read(damage);
         };
         read_bytes("sound", file.sound);
@@ -359,12 +329,12 @@ TEST_F(DamagedFiles, AreToldAndLeftAlone) {
             const std::size_t next = lines.find('\n', end);
             read_bytes("odd", lines.substr(0, end) + "-99999999999" + lines.substr(next));
         }
-        put(file.name, file.sound);
+        folder.put(file.name, file.sound);
         std::filesystem::resize_file(at, std::uintmax_t{1} << 33);
         read("huge");
         std::filesystem::create_directory(at);
         read("folder");
-        put(file.name, file.sound);
+        folder.put(file.name, file.sound);
         ASSERT_EQ(chmod(at.c_str(), 0), 0);
         read("unreadable");
     }

@@ -1,6 +1,5 @@
 // Windows that come back where they stood, and the manual behind the Help menu.
 #include <QAbstractItemModel>
-#include <QDir>
 #include <QTextBrowser>
 #include <QTreeView>
 

@@ -1,6 +1,5 @@
 // Boxes, sound and pointer as the operator meets them, and what start-up settles with the system.
 #include <QDir>
-#include <QFile>
 #include <QLabel>
 
 #include "shell/ui/start_up.h"
@@ -9,7 +8,9 @@
 namespace ampdesk {
 namespace {
 
-using OperatorWindows = Desk;
+struct OperatorWindows : Desk {
+    const QString own = QString::fromStdString(folder.path());
+};
 
 // Texts are shown as they are, not as mark-up, and closing a box means the harmless answer.
 TEST_F(OperatorWindows, MessageBoxes) {
@@ -64,32 +65,27 @@ TEST_F(OperatorWindows, FileFilters) {
 // Two stations in one folder would fight for the bus; a crashed one must not lock the next one out.
 TEST_F(OperatorWindows, OneInstanceAFolder) {
     {
-        InstanceLock first(folder.path());
+        InstanceLock first(own);
         EXPECT_EQ(first.take(), InstanceLock::Result::taken);
-        InstanceLock second(folder.path());
+        InstanceLock second(own);
         EXPECT_EQ(second.take(), InstanceLock::Result::other_instance);
     }
-    QFile left_over(folder.filePath(QStringLiteral("ampdesk.lock")));
-    ASSERT_TRUE(left_over.open(QIODevice::WriteOnly));
-    left_over.write("2147483646\nampdesk\n\n\n\n");  // no process has this number
-    left_over.close();
-    InstanceLock after_crash(folder.path());
+    folder.put("ampdesk.lock", "2147483646\nampdesk\n\n\n\n");  // no process has this number
+    InstanceLock after_crash(own);
     EXPECT_EQ(after_crash.take(), InstanceLock::Result::taken);
-    InstanceLock nowhere(folder.filePath(QStringLiteral("missing")));
+    InstanceLock nowhere(QDir(own).filePath(QStringLiteral("missing")));
     EXPECT_EQ(nowhere.take(), InstanceLock::Result::impossible);
 }
 
 // Settings of another folder would be taken, or the program's own never found.
 TEST_F(OperatorWindows, ProgramFolder) {
-    const QString own = folder.path();
     EXPECT_EQ(program_folder("", own, QStringLiteral("/data")), QStringLiteral("/data"));
-    QFile file(folder.filePath(QStringLiteral("rs485.dat")));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const std::string file = folder.put("rs485.dat", "");
     EXPECT_EQ(program_folder("", own, QStringLiteral("/data")), own);
     EXPECT_EQ(program_folder("deep/er", own, {}), QDir(own).filePath(QStringLiteral("deep/er")));
     EXPECT_TRUE(enter_folder(QDir(own).filePath(QStringLiteral("deep/er"))));
     EXPECT_TRUE(QDir::currentPath().endsWith(QStringLiteral("deep/er")));
-    EXPECT_FALSE(enter_folder(file.fileName()));
+    EXPECT_FALSE(enter_folder(QString::fromStdString(file)));
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QComboBox>
-#include <QGroupBox>
 #include <QLabel>
 #include <algorithm>
 
