@@ -73,6 +73,11 @@ TEST_F(OperatorWindows, OneInstanceAFolder) {
     ASSERT_TRUE(left_over.open(QIODevice::WriteOnly));
     left_over.write("2147483646\nampdesk\n\n\n\n");  // no process has this number
     left_over.close();
+    // Stands for a full disk: no room for the file by which the hold is taken over.
+    const QString way = QStringLiteral("ampdesk.lock.rmlock");
+    ASSERT_TRUE(QDir(folder.path()).mkdir(way));
+    EXPECT_EQ(InstanceLock(folder.path()).take(), InstanceLock::Result::impossible);
+    ASSERT_TRUE(QDir(folder.path()).rmdir(way));
     InstanceLock after_crash(folder.path());
     EXPECT_EQ(after_crash.take(), InstanceLock::Result::taken);
     InstanceLock nowhere(folder.filePath(QStringLiteral("missing")));
