@@ -71,7 +71,7 @@ class BusPort {
 };
 
 // Runs in the program's folder, which is the current one and is this process's alone.
-int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signals, bool locked) {
+int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     SystemClock clock;
     const SiteConfigurationReport site = read_site_configuration("ampdesk.ini");
     BusPort bus_port(clock, site.values, line.demo);
@@ -103,7 +103,6 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
     MDIForm1 form(station, bus, terminal_line, person, options);
     person.set_parent_window(&form);
     form.show();
-    signals.listen();
 
     // Boxes belong inside the event loop, where a signal to quit closes them.
     QTimer::singleShot(0, &form, [&] {
@@ -123,7 +122,7 @@ int run_station(const CommandLine& line, QtOperator& person, QuitSignals& signal
     return result;
 }
 
-int run_in(const QString& folder, const CommandLine& line, QtOperator& person, QuitSignals& signals) {
+int run_in(const QString& folder, const CommandLine& line, QtOperator& person) {
     if (!enter_folder(folder)) {
         person.notify("The program's folder cannot be used", folder.toStdString());
         return k_failed;
@@ -134,10 +133,10 @@ int run_in(const QString& folder, const CommandLine& line, QtOperator& person, Q
         person.notify("This program is already running");
         return k_failed;
     }
-    return run_station(line, person, signals, taken == InstanceLock::Result::taken);
+    return run_station(line, person, taken == InstanceLock::Result::taken);
 }
 
-int run_demonstration(CommandLine line, QtOperator& person, QuitSignals& signals) {
+int run_demonstration(CommandLine line, QtOperator& person) {
     const QTemporaryDir folder;
     if (!folder.isValid()) {
         person.notify("The program's folder cannot be used", folder.errorString().toStdString());
@@ -149,7 +148,7 @@ int run_demonstration(CommandLine line, QtOperator& person, QuitSignals& signals
         person.notify(error.what(), folder.path().toStdString());
         return k_failed;
     }
-    const int result = run_in(folder.path(), line, person, signals);
+    const int result = run_in(folder.path(), line, person);
     QDir::setCurrent(QDir::rootPath());
     return result;
 }
@@ -174,10 +173,12 @@ int main(int argc, char** argv) {
     QApplication::setWindowIcon(program_icon());
     QApplication::setApplicationVersion(QStringLiteral(AMPDESK_VERSION));
 
+    signals.listen();  // also to end the boxes below
+
     QtOperator person;
     if (line.demo)
-        return run_demonstration(line, person, signals);
+        return run_demonstration(line, person);
     return run_in(program_folder(line.folder, QCoreApplication::applicationDirPath(),
                                  QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)),
-                  line, person, signals);
+                  line, person);
 }

@@ -139,7 +139,7 @@ void frmFault::follow(std::optional<int> unit_address) {
         who_->setText(QStringLiteral("No simulated amplifier is open"));
     }
     answer_->clear();
-    make_->setEnabled(amplifier_ != nullptr);
+    make_->setEnabled(amplifier_ != nullptr && chosen() != nullptr);
     refresh();
 }
 
@@ -175,6 +175,7 @@ void frmFault::show_chosen() {
     }
     help_->setText(help);
     answer_->clear();
+    make_->setEnabled(amplifier_ != nullptr && fault != nullptr);  // not under a group's name
 }
 
 // The list is filled anew only when it has changed, and keeps its choice.

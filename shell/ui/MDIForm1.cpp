@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDockWidget>
+#include <QElapsedTimer>
 #include <QProxyStyle>
 #include <QScreen>
 #include <QStatusBar>
@@ -22,6 +23,12 @@ using std::chrono::milliseconds;
 
 // A visit that opens a message box does not return for a while; the next call comes all the same.
 constexpr milliseconds k_poll_again{250};
+
+// On a busy line visit follows visit. What comes in meanwhile is drawn and answered between them; a
+// screen reader asks its questions one after another and would get one answer a visit.
+constexpr milliseconds k_longest_rest{100};
+constexpr qint64 k_visit_to_rest = 10;  // a tenth of the time that the visit has taken
+
 constexpr QSize k_natural_size(1300, 860);  // room for four control heads
 constexpr int k_terminal_height = 96;
 
@@ -226,12 +233,15 @@ void MDIForm1::poll() {
     poll_timer_.start(k_poll_again);
     if (person_.letting_events_run())
         return;
-    const Duration wait = station_.poll_windows();
+    QElapsedTimer visit;
+    visit.start();
+    const auto wait = std::chrono::ceil<milliseconds>(station_.poll_windows());
+    const milliseconds rest(visit.elapsed() / k_visit_to_rest);
     trouble_->follow(station_);
     if (machines_.empty())
         poll_timer_.stop();
     else
-        poll_timer_.start(std::chrono::ceil<milliseconds>(wait));
+        poll_timer_.start(std::max(wait, std::min(rest, k_longest_rest)));
 }
 
 void MDIForm1::shut_down() {

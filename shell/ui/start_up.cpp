@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSocketNotifier>
+#include <QSysInfo>
+#include <cerrno>
 #include <csignal>
 
 #include "platform/qt/text.h"
@@ -40,7 +42,19 @@ InstanceLock::InstanceLock(const QString& folder) : file_(folder + QStringLitera
 InstanceLock::Result InstanceLock::take() {
     if (file_.tryLock(0))
         return Result::taken;
-    return file_.error() == QLockFile::LockFailedError ? Result::other_instance : Result::impossible;
+    const bool held = file_.error() == QLockFile::LockFailedError && !holder_is_gone();
+    return held ? Result::other_instance : Result::impossible;
+}
+
+// The hold of a process that has died is taken over by way of a second file, for which there may be no
+// room.
+bool InstanceLock::holder_is_gone() const {
+    qint64 process = 0;
+    QString machine;
+    QString program;
+    return file_.getLockInfo(&process, &machine, &program) &&
+           (machine.isEmpty() || machine == QSysInfo::machineHostName()) &&
+           kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH;
 }
 
 QuitSignals::QuitSignals() {

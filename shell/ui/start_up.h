@@ -36,6 +36,8 @@ class InstanceLock {
     Result take();
 
   private:
+    bool holder_is_gone() const;
+
     QLockFile file_;
 };
 

@@ -1,11 +1,25 @@
 #include "shell/ui/trouble_label.h"
 
 #include <QApplication>
+#include <algorithm>
 #include <utility>
 
 #include "platform/qt/text.h"
 
 namespace ampdesk {
+
+namespace {
+
+// A dead line may take dozens with it; the line has to hold both kinds and the other messages.
+QString shortened(const QStringList& numbers) {
+    constexpr int k_most_named = 6;
+    const auto more = static_cast<int>(numbers.size()) - k_most_named;
+    if (more <= 1)
+        return numbers.join(QStringLiteral(", "));
+    return numbers.first(k_most_named).join(QStringLiteral(", ")) + QStringLiteral(" and %1 more").arg(more);
+}
+
+}  // namespace
 
 TroubleLabel::TroubleLabel(QWidget* parent) : QLabel(parent) {
     setObjectName(QStringLiteral("TroubleLabel"));
@@ -30,13 +44,20 @@ void TroubleLabel::follow(const Station& station) {
             down << number;
     }
     QStringList parts;
-    if (!down.isEmpty())
-        parts << QStringLiteral("Shutdown: ") + down.join(QStringLiteral(", "));
-    if (!silent.isEmpty())
-        parts << QStringLiteral("No answer: ") + silent.join(QStringLiteral(", "));
+    QStringList all;
+    const auto tell = [&](const QString& what, const QStringList& numbers) {
+        if (numbers.isEmpty())
+            return;
+        parts << what + shortened(numbers);
+        all << what + numbers.join(QStringLiteral(", "));
+    };
+    tell(QStringLiteral("Shutdown: "), down);
+    tell(QStringLiteral("No answer: "), silent);
     setText(parts.join(QStringLiteral("   ")));
-    const auto count = static_cast<int>(down.size());
-    if (std::exchange(shutdowns_, count) < count)
+    setToolTip(all.join(QLatin1Char('\n')));
+    const QStringList before = std::exchange(shutdowns_, down);
+    if (!std::all_of(down.begin(), down.end(),
+                     [&](const QString& number) { return before.contains(number); }))
         QApplication::alert(window());
 }
 

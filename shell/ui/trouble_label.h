@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QLabel>
+#include <QStringList>
 
 #include "shell/station.h"
 
@@ -14,12 +15,13 @@ class TroubleLabel : public QLabel {
   public:
     explicit TroubleLabel(QWidget* parent);
 
-    // "Shutdown: 1001, 1003   No answer: 1002", empty while all is well. A shutdown that is new also
-    // makes the desktop mark the program, where it can and another program is in front.
+    // "Shutdown: 1001, 1003   No answer: 1002", empty while all is well; of many the first six and how
+    // many more, all of them in the tool tip. A shutdown that is new also makes the desktop mark the
+    // program, where it can and another program is in front.
     void follow(const Station& station);
 
   private:
-    int shutdowns_ = 0;
+    QStringList shutdowns_;  // numbers of those that were down
 };
 
 }  // namespace ampdesk

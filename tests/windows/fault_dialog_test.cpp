@@ -73,6 +73,8 @@ TEST_F(FaultDialog, MakesAndEndsFaultsOneByOne) {
     EXPECT_EQ(bus.find(2)->shutdown_state(), "12, Helix Over-Current");
     EXPECT_EQ(bus.find(1)->shutdown_state(), "0, No Shutdown");
 
+    choose("Line faults");  // a heading
+    EXPECT_FALSE(child(*dialog, "cmdMake")->isEnabled());
     choose("Settings refused");
     expect_spoken(*dialog, QStringLiteral("Select A Fault To Make"));
     EXPECT_EQ(child<QComboBox>(*dialog, "cboArgument")->currentText(), u"1");

@@ -71,6 +71,11 @@ TEST_F(OperatorWindows, OneInstanceAFolder) {
         EXPECT_EQ(second.take(), InstanceLock::Result::other_instance);
     }
     folder.put("ampdesk.lock", "2147483646\nampdesk\n\n\n\n");  // no process has this number
+    // Stands for a full disk: no room for the file by which the hold is taken over.
+    const QString way = QStringLiteral("ampdesk.lock.rmlock");
+    ASSERT_TRUE(QDir(own).mkdir(way));
+    EXPECT_EQ(InstanceLock(own).take(), InstanceLock::Result::impossible);
+    ASSERT_TRUE(QDir(own).rmdir(way));
     InstanceLock after_crash(own);
     EXPECT_EQ(after_crash.take(), InstanceLock::Result::taken);
     InstanceLock nowhere(QDir(own).filePath(QStringLiteral("missing")));
