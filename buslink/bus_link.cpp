@@ -71,6 +71,7 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
     settle();
     ReplyParser parser(crc_, last_bus_frame, options_.reply_address_checked);
     unsettled_ = true;
+    ++unanswered_;
     if (!send(address, last_bus_frame))
         return 0;
     const Instant start = clock_.now();
@@ -80,6 +81,7 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
     if (parser.state() != ReplyParser::State::answered)
         return 0;
     unsettled_ = false;
+    unanswered_ = 0;
     last_reply_time = clock_.now() - start;
     reply = parser.reply();
     return static_cast<std::int16_t>(reply.size());

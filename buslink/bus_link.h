@@ -82,6 +82,9 @@ class BusLink {
     // How long the last answered bus_command took, from the sending to the whole reply.
     Duration last_reply_time{};
 
+    // How many times in a row bus_command got no reply, from whomever.
+    int unanswered_in_a_row() const { return unanswered_; }
+
     std::function<void(const BusTraffic&)> on_traffic;
 
   private:
@@ -97,7 +100,8 @@ class BusLink {
     Crc16 crc_;
     LineSettings settings_;
     std::string open_failure_;
-    int spoken_to_ = 0;       // the address of the last frame
+    int spoken_to_ = 0;  // the address of the last frame
+    int unanswered_ = 0;
     bool unsettled_ = false;  // the last exchange failed: a late answer may still come
 };
 

@@ -70,11 +70,19 @@ double AmplifierAccess::word(const std::string& block, std::int16_t i) const {
     return value - 0x10000;
 }
 
+// With a dead line every head would go on showing its last values until it had waited for six replies of
+// its own, one head after the other.
+bool AmplifierAccess::only_looks() const {
+    constexpr int k_dead_line = 8;  // no single head gets there without its error screen
+    return look_only_ || services_.bus.unanswered_in_a_row() >= k_dead_line;
+}
+
 // One try of a read. A payload has two bytes at least.
 bool AmplifierAccess::exchange(std::string_view command, std::string& payload, bool whole_echo) {
     std::string reply;
-    const Duration limit = look_only_ ? look_limit() : Duration(BusLink::k_reply_limit);
-    looks_ = look_only_ ? looks_ + 1 : 0;
+    const bool look = only_looks();
+    const Duration limit = look ? look_limit() : Duration(BusLink::k_reply_limit);
+    looks_ = look ? looks_ + 1 : 0;
     const std::int16_t length = services_.bus.bus_command(unit_address, command, reply, limit);
     if (length > 0)
         longest_reply_ = std::max(longest_reply_, services_.bus.last_reply_time);
@@ -90,7 +98,7 @@ bool AmplifierAccess::exchange(std::string_view command, std::string& payload, b
 std::string AmplifierAccess::read_itemAll(std::string_view command, bool whole_echo) {
     std::string payload;
     const bool good =
-        exchange(command, payload, whole_echo) || (!look_only_ && exchange(command, payload, whole_echo));
+        exchange(command, payload, whole_echo) || (!only_looks() && exchange(command, payload, whole_echo));
     last_comm_time = services_.clock.seconds_since_midnight();
     if (!good)
         throw RunTimeError::no_answer();

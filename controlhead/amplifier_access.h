@@ -38,8 +38,9 @@ class AmplifierAccess {
     // for a refusal and returns 1. Never throws.
     std::int16_t set_item(std::string_view command);
 
-    // While set, a read is tried once and for no longer than this: how a silent amplifier is
-    // looked for without holding up the others.
+    // While set, a read is tried once and for no longer than look_limit(): how a silent amplifier is
+    // looked for without holding up the others. After eight exchanges in a row that nobody has answered
+    // all reads are like that until somebody does.
     void look_for_only(bool on) { look_only_ = on; }
 
     // How long a look for this silent amplifier may wait: three times the longest answer seen of
@@ -53,6 +54,7 @@ class AmplifierAccess {
     std::int16_t comm_error = 0;  // 1 when the last read failed
 
   private:
+    bool only_looks() const;
     double word(const std::string& block, std::int16_t i) const;
     bool exchange(std::string_view command, std::string& payload, bool whole_echo);
 

@@ -143,6 +143,7 @@ TEST_F(HeadTest, LooksAreShortAndSingle) {
             EXPECT_EQ(waited - settling, milliseconds(look % 12 == 0 ? 1000 : limit_ms)) << look;
         }
         silent = false;
+        EXPECT_EQ(bus.probe_link(), 0);  // the line is no dead one any more
     }
 }
 

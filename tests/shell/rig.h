@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <numeric>
 
 #include "buslink/wire/control_characters.h"
 #include "demo/sim_port.h"
@@ -65,6 +66,17 @@ struct Rig {
             folder.put(names.back(), file(std::to_string(address)));
         }
         station.auto_open_dat_files(names);
+    }
+    // Sixteen heads that have been polled for a while; returns their addresses.
+    std::vector<int> open_sixteen() {
+        std::vector<int> all(16);
+        std::iota(all.begin(), all.end(), 1);
+        for (const int address : all)
+            if (sim.find(address) == nullptr)
+                sim.add({.address = address, .serial = 1000 + address, .name = "KU"});
+        open(all);
+        poll(std::chrono::seconds(2));
+        return all;
     }
     std::vector<int> open_slots() const {
         std::vector<int> slots;

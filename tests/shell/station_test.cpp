@@ -30,14 +30,7 @@ TEST_F(StationTest, ReusesTheLowestFreeSlot) {
 // One dead amplifier of sixteen slows the others down, piles up boxes, shows what it once was, or is
 // not found again once it answers.
 TEST_F(StationTest, OneDeadOfSixteenHoldsNobodyUp) {
-    std::vector<int> all;
-    for (int address = 1; address <= 16; ++address) {
-        if (address > 4)
-            sim.add({.address = address, .serial = 1000 + address, .name = "KU"});
-        all.push_back(address);
-    }
-    open(all);
-    poll(2s);
+    const std::vector<int> all = open_sixteen();
     sim.find(2)->line.silent = true;
     poll(20s);
     const auto dead = station.open_heads()[1];
@@ -64,6 +57,18 @@ TEST_F(StationTest, OneDeadOfSixteenHoldsNobodyUp) {
     port.status_requests.clear();
     poll(5s);
     for (const int address : all) EXPECT_LE(longest_gap(address), 550);
+}
+
+// On a dead line the last values would stand on the panels for minutes, one head waiting for the other; or
+// it goes on being dead for a head that answers again.
+TEST_F(StationTest, ADeadLineIsToldOnAllHeadsSoon) {
+    const std::vector<int> all = open_sixteen();
+    for (const int address : all) sim.find(address)->line.silent = true;
+    poll(25s);
+    for (const auto& head : station.open_heads()) EXPECT_TRUE(head->silent()) << head->identity().slot;
+    for (const int address : all) sim.find(address)->line.silent = false;
+    poll(10s);
+    for (const auto& head : station.open_heads()) EXPECT_FALSE(head->silent()) << head->identity().slot;
 }
 
 // A window that is closed by an event of its own visit is drawn all the same, or takes the visit of
