@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "${1:-$(dirname "$0")/..}"
 
-folders=(platform buslink controlhead terminal tools demo shell tests bench fuzz)
+folders=(platform buslink controlhead terminal tools demo shell tests bench fuzz docs)
 existing=()
 for folder in "${folders[@]}"; do
     [[ -d $folder ]] && existing+=("$folder")
@@ -26,6 +26,7 @@ find "${existing[@]}" -type f \( -name '*.cpp' -o -name '*.h' \) -print0 | sort 
         split(all " tests/", eight); allow("tests", eight)
         split(all " tests/support/ bench/", nine); allow("bench", nine)
         split(all " tests/support/ fuzz/", ten); allow("fuzz", ten)
+        split(all " tests/support/", eleven); allow("docs", eleven)
     }
     function allow(folder, names,    i) {
         for (i in names) allowed[folder, names[i]] = 1
