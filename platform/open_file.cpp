@@ -30,23 +30,27 @@ bool folder_exists(const std::filesystem::path& path) {
 
 }  // namespace
 
-void throw_file_error(int error, const std::filesystem::path& path) {
+std::optional<RunTimeError> file_error(int error, const std::filesystem::path& path) {
     switch (error) {
         case ENOSPC:
         case EDQUOT:
         case EFBIG:
-            throw RunTimeError::disk_full();
+            return RunTimeError::disk_full();
         case EACCES:
         case EPERM:
         case EROFS:
-            throw RunTimeError::permission_denied();
+            return RunTimeError::permission_denied();
         case ENOENT:
-            throw folder_exists(path) ? RunTimeError::file_not_found() : RunTimeError::path_not_found();
+            return folder_exists(path) ? RunTimeError::file_not_found() : RunTimeError::path_not_found();
         case ENOTDIR:
-            throw RunTimeError::path_not_found();
+            return RunTimeError::path_not_found();
         default:
-            throw RunTimeError::device_io();
+            return std::nullopt;
     }
+}
+
+void throw_file_error(int error, const std::filesystem::path& path) {
+    throw file_error(error, path).value_or(RunTimeError::device_io());
 }
 
 Descriptor open_to_read(const std::filesystem::path& path) {

@@ -4,14 +4,19 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 
 #include "platform/descriptor.h"
+#include "platform/run_time_error.h"
 
 namespace ampdesk {
 
 // The run-time error that stands for an errno met on that file: "File not found", "Path not found",
-// "Permission denied", "Disk full", else "Device I/O error".
+// "Permission denied" or "Disk full"; nothing for an errno that has no error of its own.
+std::optional<RunTimeError> file_error(int error, const std::filesystem::path& path);
+
+// Throws it, "Device I/O error" where there is none.
 [[noreturn]] void throw_file_error(int error, const std::filesystem::path& path);
 
 // A queue, a device or a folder is refused with "Device I/O error".

@@ -7,28 +7,18 @@
 #include <cstdio>
 #include <system_error>
 
+#include "platform/open_file.h"
 #include "platform/run_time_error.h"
 
 namespace ampdesk {
 
 namespace {
 
-[[noreturn]] void fail(int error) {
-    switch (error) {
-        case ENOSPC:
-        case EDQUOT:
-        case EFBIG:
-            throw RunTimeError::disk_full();
-        case EACCES:
-        case EPERM:
-        case EROFS:
-            throw RunTimeError::permission_denied();
-        case ENOENT:
-        case ENOTDIR:
-            throw RunTimeError::path_not_found();
-        default:
-            throw RunTimeError(57, std::generic_category().message(error));
-    }
+[[noreturn]] void fail(int error, const std::string& path) {
+    // The log itself is made: what is missing is its folder.
+    if (const auto known = file_error(error == ENOENT ? ENOTDIR : error, path))
+        throw *known;
+    throw RunTimeError(57, std::generic_category().message(error));
 }
 
 std::string printed(std::string_view bytes) {
@@ -53,7 +43,7 @@ void SessionLog::open(const std::string& path) {
     // A queue that nobody reads fails at once and does not hold up the program.
     Descriptor opened(::open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
     if (!opened)
-        fail(errno);
+        fail(errno, path_);
     file_ = std::move(opened);
     date_.clear();
     const std::string head = new_date(clock_.local_time());
@@ -73,7 +63,7 @@ std::string SessionLog::new_date(const CivilTime& now) {
 
 void SessionLog::close() {
     if (file_ && file_.close() != 0)
-        fail(errno);
+        fail(errno, path_);
 }
 
 void SessionLog::note(const TerminalTraffic& traffic) {
@@ -99,7 +89,7 @@ void SessionLog::write(std::string_view text) {
         } else if (errno != EINTR) {
             const int error = errno;
             file_ = Descriptor();
-            fail(error);
+            fail(error, path_);
         }
     }
 }
