@@ -7,14 +7,14 @@
 #include <vector>
 
 #include "bench/line_faults.h"
+#include "bench/nobody.h"
 #include "bench/soak_line.h"
-#include "platform/operator.h"
 #include "shell/station.h"
 
 namespace ampdesk::bench {
 
 // Closes every box and counts them.
-class SoakOperator : public Operator {
+class SoakOperator : public Nobody {
   public:
     Answer ask(const Message& message) override {
         ++boxes;
@@ -23,14 +23,6 @@ class SoakOperator : public Operator {
         return message.buttons == Buttons::ok || message.buttons == Buttons::ok_cancel ? Answer::ok
                                                                                        : Answer::yes;
     }
-    std::optional<std::string> input_box(std::string_view) override { return {}; }
-    std::optional<std::string> choose_file_to_open(std::string_view, std::string_view) override { return {}; }
-    std::optional<std::string> choose_file_to_save(std::string_view, std::string_view, std::string_view,
-                                                   bool) override {
-        return {};
-    }
-    void start_beep(std::chrono::milliseconds) override {}
-    void set_busy_pointer(bool) override {}
     void let_events_run() override {
         if (on_events)
             on_events();

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/nobody.h"
 #include "buslink/wire/control_characters.h"
 #include "controlhead/amplifier_access.h"
 #include "demo/demonstration.h"
@@ -21,24 +22,6 @@
 namespace ampdesk {
 
 using Seconds = std::chrono::duration<double>;
-
-// Nobody sits in front of this: what would be said goes to standard error.
-class Nobody : public Operator {
-  public:
-    Answer ask(const Message& message) override {
-        std::fprintf(stderr, "box: %s %s\n", message.text.c_str(), message.detail.c_str());
-        return Answer::ok;
-    }
-    std::optional<std::string> input_box(std::string_view) override { return {}; }
-    std::optional<std::string> choose_file_to_open(std::string_view, std::string_view) override { return {}; }
-    std::optional<std::string> choose_file_to_save(std::string_view, std::string_view, std::string_view,
-                                                   bool) override {
-        return {};
-    }
-    void start_beep(std::chrono::milliseconds) override {}
-    void set_busy_pointer(bool) override {}
-    void let_events_run() override {}
-};
 
 // Notes when which amplifier is asked for its status, with which every visit begins.
 class NotingPort : public demo::SimPort {
