@@ -78,8 +78,7 @@ constexpr std::string_view k_fixed_rows[] = {"",
 }  // namespace
 
 bool DisplayWatch::dark_screen() const {
-    return head_.panel().line(1).starts_with("RS485 Communication") ||
-           (head_.state().status_byte & k_status_shutdown) != 0;
+    return head_.panel().line(1).starts_with("RS485 Communication") || in_shutdown(head_.state());
 }
 
 DisplayWatch::Claims DisplayWatch::claims_of_alarm_row(const std::string& text) {
@@ -123,7 +122,7 @@ DisplayWatch::Claims DisplayWatch::claims_of_row(int row, const std::string& tex
     };
     // Drawn over whatever was shown; its first row comes first.
     const bool shutdown_shown = head_.panel().line(1).starts_with("System Shutdown");
-    if ((head.status_byte & k_status_shutdown) != 0 && shutdown_shown && (row == 1 || row == 3))
+    if (in_shutdown(head) && shutdown_shown && (row == 1 || row == 3))
         return claims_of_shutdown_row(row, text);
     if (head.sub_menu == k_event_list)
         return claims_of_event_row(text);

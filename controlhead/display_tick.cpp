@@ -16,10 +16,6 @@ constexpr std::chrono::milliseconds k_beep{300};
 constexpr double k_beep_seconds = 0.3;
 constexpr double k_alarm_spacing = 15;  // seconds from the end of a beep to the next
 
-bool in_shutdown(const Head& head) {
-    return (head.status_byte & k_status_shutdown) != 0;
-}
-
 bool beep_is_due(const Head& head, double now) {
     constexpr double k_clock_step = 0.001;
     const bool sounding = head.last_beep_time >= 0 &&

@@ -128,4 +128,9 @@ struct Head {
     std::int16_t help_position = 0;  // index of the stored line on the first display line
 };
 
+// As its last status reply has it.
+inline bool in_shutdown(const Head& head) {
+    return (head.status_byte & k_status_shutdown) != 0;
+}
+
 }  // namespace ampdesk

@@ -122,7 +122,7 @@ void cmdKey_Click(Head& head, std::int16_t index) {
     if (index < 0 || index > k_exit || keys_dead(head))
         return;
     head.key_activity = true;
-    if ((head.status_byte & k_status_shutdown) != 0) {
+    if (in_shutdown(head)) {
         // Only an OK that is on the display acknowledges.
         if (index == k_last_soft_key && head.shutdown_shown)
             acknowledge_shutdown(head);
@@ -172,7 +172,7 @@ void VScroll1_Change(Head& head, int value) {
     // A move that was kept while another handler ran may be of a bar with another range.
     if (!scroll.visible || value == scroll.value || value < scroll.minimum || value > scroll.maximum)
         return;
-    if ((head.status_byte & k_status_shutdown) != 0)
+    if (in_shutdown(head))
         return;  // the bar goes with the next visit, and locks with the keys
     head.key_activity = true;
     scroll.value = value;

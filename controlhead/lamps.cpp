@@ -82,7 +82,7 @@ void updateLogic(Head& head) {
     guarded(head, [&] {
         if (!read_status(head))
             return;
-        const bool shutdown = (head.status_byte & k_status_shutdown) != 0;
+        const bool shutdown = in_shutdown(head);
         head.shutdown_shown = head.shutdown_shown && shutdown;
         if (head.key_activity)
             return;

@@ -40,7 +40,7 @@ void TroubleLabel::follow(const Station& station) {
         const QString number = from_utf8(head->identity().number);
         if (head->silent())
             silent << number;
-        else if ((head->state().status_byte & k_status_shutdown) != 0)
+        else if (in_shutdown(head->state()))
             down << number;
     }
     QStringList parts;
