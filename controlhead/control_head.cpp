@@ -1,6 +1,7 @@
 #include "controlhead/control_head.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 #include "controlhead/keypad.h"
@@ -31,6 +32,16 @@ struct Failure {
     std::string cause{};
 };
 
+// Out of the way of the next opening, and kept for whoever wants to look at it. Tells what became of it.
+std::string set_aside(const std::string& path) {
+    const std::string aside = path + ".bad";
+    std::error_code failure;
+    std::filesystem::rename(path, aside, failure);
+    if (failure)
+        return "It cannot be renamed: " + failure.message();
+    return "It is now " + std::filesystem::path(aside).filename().string() + "; the panel opens without it";
+}
+
 // A file that holds no settings or cannot be read is a failure.
 Failure restore_look(Head& head, bool ask_before_restore) {
     const std::string path = settings_path(head);
@@ -40,7 +51,7 @@ Failure restore_look(Head& head, bool ask_before_restore) {
     try {
         const auto settings = read_screen_settings(path);
         if (!settings)
-            return {corrupted};
+            return {corrupted, set_aside(path)};
         head.panel.set_look(*settings);
         return {};
     } catch (const RunTimeError& error) {

@@ -1,4 +1,6 @@
 // "set…dat", a control head's colours and font size.
+#include <limits>
+
 #include "controlhead/screen_settings.h"
 #include "fuzz/memory_file.h"
 #include "platform/numbers.h"
@@ -10,8 +12,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto read = read_screen_settings(file.put(fuzz::text_of(data, size)));
     if (!read)
         return 0;
-    const std::uint32_t colours[] = {read->fore_colour, read->back_colour, read->machine_colour};
-    for (const std::uint32_t colour : colours) check(colour <= 0xFFFFFF, "a colour");
+    for (const std::int32_t colour : {read->fore_colour, read->back_colour, read->machine_colour}) {
+        check(shown_colour(colour) <= 0xFFFFFF, "a colour");
+        check(colour >= 0 || colour <= std::numeric_limits<std::int32_t>::min() + 24, "of the palette");
+    }
     check(read->font_size >= 13 && read->font_size <= 15, "13 to 15 points");
     for (const int flag : read->option_flags) check(flag == -1, "the flags are not read");
 

@@ -16,11 +16,11 @@ namespace ampdesk {
 namespace {
 
 // The three colours in the order of their buttons.
-constexpr std::uint32_t ScreenSettings::*k_colours[] = {
+constexpr std::int32_t ScreenSettings::*k_colours[] = {
     &ScreenSettings::fore_colour, &ScreenSettings::back_colour, &ScreenSettings::machine_colour};
 
-std::uint32_t number_of(const QColor& colour) {
-    return static_cast<std::uint32_t>(colour.red() | colour.green() << 8 | colour.blue() << 16);
+std::int32_t number_of(const QColor& colour) {
+    return colour.red() | colour.green() << 8 | colour.blue() << 16;
 }
 
 FontChoice choice_of(const QFont& font) {
@@ -77,13 +77,15 @@ frmColor::frmColor(std::shared_ptr<ControlHead> head, GaugeRange gauge, Operator
 
 void frmColor::cmdColor_Click(int index) {
     ScreenSettings look = copy_.look();
-    std::uint32_t& colour = look.*k_colours[index];
+    std::int32_t& colour = look.*k_colours[index];
     QColorDialog dialog(colour_of(colour), this);
     dialog.setObjectName(QStringLiteral("CmdLog"));
     dialog.setOption(QColorDialog::DontUseNativeDialog);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    colour = number_of(dialog.selectedColor());
+    // Whoever leaves a colour of the system's palette as it is keeps it.
+    if (dialog.selectedColor() != colour_of(colour))
+        colour = number_of(dialog.selectedColor());
     change_look(look);
 }
 

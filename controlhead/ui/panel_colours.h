@@ -1,5 +1,5 @@
-// Colours of the front panel: the settings' 0x00BBGGRR numbers as Qt colours, and the shades that
-// the painted parts take from them.
+// Colours of the front panel: those of the settings as Qt colours, and the shades that the painted parts take
+// from them.
 #pragma once
 
 #include <QColor>
@@ -9,7 +9,8 @@
 
 namespace ampdesk {
 
-inline QColor colour_of(std::uint32_t bgr) {
+inline QColor colour_of(std::int32_t setting) {
+    const std::uint32_t bgr = shown_colour(setting);
     return {static_cast<int>(bgr & 0xFF), static_cast<int>(bgr >> 8 & 0xFF),
             static_cast<int>(bgr >> 16 & 0xFF)};
 }

@@ -34,7 +34,8 @@ class ControlHeadTest : public Bench, public ::testing::Test {
     ControlHead head{services, {.slot = 1, .unit_address = 7, .number = "1234", .model = "C/KU"}};
 };
 
-// Catches a restore without the question, a question at the automatic start, and a wrong box.
+// Catches a restore without the question, a question at the automatic start, a wrong box, and a damaged file
+// that keeps its panel shut for ever.
 TEST_F(ControlHeadTest, MachineInit) {
     const std::string good = "Color Settings\r\n 255\r\n 0\r\n 15\r\n 0\r\n";
     const std::string bad = "Colour\n";
@@ -74,6 +75,11 @@ TEST_F(ControlHeadTest, MachineInit) {
         ControlHead fresh(services, {.slot = 1, .unit_address = 7, .number = "1234", .model = "C/KU"});
         EXPECT_EQ(fresh.machine_init(c.ask), c.started);
         EXPECT_EQ(fresh.panel().look().fore_colour == 255, c.restored);
+        const bool set_aside = !c.started && c.settings == bad;
+        EXPECT_EQ(std::filesystem::exists(folder / "set1234.dat"), !c.settings.empty() && !set_aside);
+        if (set_aside) {
+            EXPECT_EQ(file_bytes(folder / "set1234.dat.bad"), bad);
+        }
         EXPECT_TRUE(!c.started || fresh.panel().legend(1) == "BAND");
         EXPECT_EQ(person.take_texts(), *c.box == '\0' ? Texts{} : Texts{c.box});
         replies = answers;

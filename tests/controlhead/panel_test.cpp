@@ -56,16 +56,15 @@ TEST(FaultLog, KeepsTheNewestFirst) {
     EXPECT_EQ(log.entry(0), "9:5 1234567890123");
 }
 
-ScreenSettings settings(std::uint32_t fore, std::uint32_t back, double font, std::uint32_t machine) {
+ScreenSettings settings(std::int32_t fore, std::int32_t back, double font, std::int32_t machine) {
     return {.fore_colour = fore, .back_colour = back, .font_size = font, .machine_colour = machine};
 }
 
-// A bad line that spoils the good ones, a colour that wraps, a font the display has no room for, a
-// number without its leading blank, a file that does not come back as it was written.
-TEST(ScreenSettingsFile, TakesWhatIsGoodAndKeepsTheDefaultForTheRest) {
+// A damaged file that is taken for a sound one and overwritten, a colour that wraps, a font the display has
+// no room for, a number without its leading blank, a file that does not come back as it was written.
+TEST(ScreenSettingsFile, IsTakenWholeOrNotAtAll) {
     const ScratchFolder folder;
     const std::string path = folder / "set1234.dat";
-    const ScreenSettings defaults;
     const std::string title = "Color Settings\r\n";
     const struct {
         std::string bytes;
@@ -75,12 +74,23 @@ TEST(ScreenSettingsFile, TakesWhatIsGoodAndKeepsTheDefaultForTheRest) {
         {title + "   1 \r\n  2\r\n  14 \r\n 3\r\n 0\r\n 0\r\n 0\r\n", settings(1, 2, 14, 3)},
         {"Colour\r\n 1\r\n 2\r\n 14\r\n 3\r\n", std::nullopt},
         {"", std::nullopt},
-        {title + " 1\r\n 2\r\n", settings(1, 2, 14, defaults.machine_colour)},
-        {title + "\r\n 2\r\n\r\nred\r\n", settings(defaults.fore_colour, 2, 14, defaults.machine_colour)},
+        {title + " 1\r\n 2\r\n", std::nullopt},
+        {title + " 1\r\n 2\r\n 14\r\n", std::nullopt},
+        {title + "\r\n 2\r\n 14\r\n 3\r\n", std::nullopt},
+        {title + " 1\r\n 2\r\n -\r\n 3\r\n", std::nullopt},
+        {title + " 1\r\n 2\r\n 14\r\nred 1\r\n", std::nullopt},
+        {title + " 2147483648\r\n 2\r\n 14\r\n 3\r\n", std::nullopt},
+        {title + " 1\r\n 1e99\r\n 14\r\n 3\r\n", std::nullopt},
+        {title + " 1\r\n 2\r\n 14\r\n-2147483649\r\n", std::nullopt},
+        {title + " 1\r\n 2\r\n 14\r\n-2147483623\r\n", std::nullopt},
+        {title + "-1\r\n 2\r\n 14\r\n 3\r\n", std::nullopt},
+        {title + "-2147483648\r\n-2147483624\r\n 14\r\n 2147483647\r\n",
+         settings(std::numeric_limits<std::int32_t>::min(), -2147483624, 14, 0x7FFFFFFF)},
         {title + " 1\r\n 2\r\n 99\r\n 3\r\n", settings(1, 2, 15, 3)},
-        {title + " 1\r\n 2\r\n-8\r\n 3\r\n", settings(1, 2, 13, 3)},
-        {title + "-1\r\n 16777216\r\nbig\r\n1e99\r\n", defaults},
-        {title + std::string(9000, '\0'), defaults},
+        {title + " 1\r\n 2\r\n 8\r\n 3\r\n", settings(1, 2, 13, 3)},
+        {title + " 1\r\n 2\r\n-8\r\n 3\r\n", std::nullopt},
+        {title + " 1\r\n 2\r\n 14\r\n 3", std::nullopt},
+        {title + std::string(9000, '\0'), std::nullopt},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.bytes.substr(0, 60));
@@ -88,10 +98,23 @@ TEST(ScreenSettingsFile, TakesWhatIsGoodAndKeepsTheDefaultForTheRest) {
         EXPECT_EQ(read_screen_settings(path), c.expected);
         EXPECT_EQ(file_bytes(path), c.bytes);
     }
-    const ScreenSettings set = settings(0xFFFFFF, 0, 13.5, 0xC8C8C0);
+    const ScreenSettings set = settings(0xFFFFFF, 0, 13.5, -2147483633);
     write_screen_settings(path, set);
-    EXPECT_EQ(file_bytes(path), title + " 16777215\r\n 0\r\n 13.5\r\n 13158592\r\n-1\r\n-1\r\n-1\r\n");
+    EXPECT_EQ(file_bytes(path), title + " 16777215\r\n 0\r\n 13.5\r\n-2147483633\r\n-1\r\n-1\r\n-1\r\n");
     EXPECT_EQ(read_screen_settings(path), set);
+}
+
+// A window's white taken for its text's black: a display that nobody can read.
+TEST(ScreenSettingsFile, ColoursOfTheSystemsPalette) {
+    constexpr std::int32_t k_palette = std::numeric_limits<std::int32_t>::min();
+    for (const auto& [setting, shown] :
+         std::vector<std::pair<std::int32_t, std::uint32_t>>{{k_palette + 5, 0xFFFFFF},
+                                                             {k_palette + 8, 0},
+                                                             {k_palette + 15, 0xC0C0C0},
+                                                             {k_palette + 24, 0xE1FFFF},
+                                                             {0xFF, 0xFF},
+                                                             {0x0200FF00, 0xFF00}})
+        EXPECT_EQ(shown_colour(setting), shown) << setting;
 }
 
 }  // namespace

@@ -139,13 +139,13 @@ TEST_F(AmplifierFiles, RestoreColoursWithTheQuestionOnlyWhenOpenedByHand) {
     const std::string look = "Color Settings\r\n 255\r\n 0\r\n 13\r\n 0\r\n";
     folder.put("set1001.dat", look);
     open({1});
-    EXPECT_EQ(station.open_heads()[0]->panel().look().fore_colour, 255U);
+    EXPECT_EQ(station.open_heads()[0]->panel().look().fore_colour, 255);
     station.close_all();
     person.answers = {Answer::no};
     open_interactively("com1001.dat");
     EXPECT_EQ(person.take_texts(),
               Texts{"The settings for this HPA already exist, do you want to restore ? "});
-    EXPECT_NE(station.open_heads()[0]->panel().look().fore_colour, 255U);
+    EXPECT_NE(station.open_heads()[0]->panel().look().fore_colour, 255);
 }
 
 // One bad file keeps the rest from opening, the hundred-and-first name is opened, or Close All during

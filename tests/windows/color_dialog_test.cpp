@@ -70,7 +70,7 @@ class ColorDialog : public Desk {
     ScreenSettings copy() const {
         const auto bgr = [](const QWidget& part, QPalette::ColorRole role) {
             const QColor c = part.palette().color(role);
-            return static_cast<std::uint32_t>(c.red() | c.green() << 8 | c.blue() << 16);
+            return c.red() | c.green() << 8 | c.blue() << 16;
         };
         const auto* line = child(*dialog, "lblDisplayA(3)");
         return {.fore_colour = bgr(*line, QPalette::WindowText),
