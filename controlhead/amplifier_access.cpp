@@ -112,12 +112,13 @@ std::string AmplifierAccess::read_item(std::string_view word) {
         reply.erase(std::min(reply.find(k_etx), reply.size()));
         if (comm_error == 0 && reply.find('=') != std::string::npos)
             break;
-        comm_error = 1;  // an answer without a value is none
     }
     last_comm_time = services_.clock.seconds_since_midnight();
     if (comm_error != 0)
         throw RunTimeError::no_answer();
-    return std::string(trimmed(std::string_view(reply).substr(reply.find('=') + 1)));
+    if (reply.starts_with(k_stx))
+        reply.erase(0, 1);
+    return std::string(trimmed(std::string_view(reply).substr(reply.find('=') + 1)));  // npos + 1 is 0
 }
 
 std::int16_t AmplifierAccess::set_item(std::string_view command) {

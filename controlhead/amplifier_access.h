@@ -30,8 +30,8 @@ class AmplifierAccess {
     // echo; with `whole_echo` a reply that does not echo all of it is bad too.
     std::string read_itemAll(std::string_view command, bool whole_echo = false);
 
-    // Sends the word as a text command, once more when it fails or the reply holds no "=", and
-    // returns the value text. Throws error 100.
+    // Sends the word as a text command, once more when it fails or the reply holds no "=", and returns the
+    // text after the first "=", or all of it when the second reply has none either. Throws error 100.
     std::string read_item(std::string_view word);
 
     // Sends the setting exactly once. Returns 0 when the amplifier took it; shows a message box
