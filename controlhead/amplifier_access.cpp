@@ -129,11 +129,16 @@ std::int16_t AmplifierAccess::set_item(std::string_view command) {
             return 0;
         const bool refused = length > 0 && reply[0] == k_nak;
         if (const std::string text = refused ? refusal_text(reply, command) : ""; !text.empty())
-            services_.person.notify(text);
+            tell_refusal(text);
     } catch (const RunTimeError&) {
-        services_.person.notify("Cannot set the parameter");
+        tell_refusal("Cannot set the parameter");
     }
     return 1;
+}
+
+void AmplifierAccess::tell_refusal(const std::string& text) const {
+    if (on_refusal)
+        on_refusal(text);
 }
 
 Duration AmplifierAccess::look_limit() const {

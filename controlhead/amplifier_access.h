@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -34,9 +35,12 @@ class AmplifierAccess {
     // text after the first "=", or all of it when the second reply has none either. Throws error 100.
     std::string read_item(std::string_view word);
 
-    // Sends the setting exactly once. Returns 0 when the amplifier took it; shows a message box
-    // for a refusal and returns 1. Never throws.
+    // Sends the setting exactly once. Returns 0 when the amplifier took it; tells a refusal by
+    // on_refusal and returns 1. Never throws.
     std::int16_t set_item(std::string_view command);
+
+    // Gets the words for a refused setting. Opens no box itself: the caller is in the middle of its work.
+    std::function<void(const std::string& text)> on_refusal;
 
     // While set, a read is tried once and for no longer than look_limit(): how a silent amplifier is
     // looked for without holding up the others. After eight exchanges in a row that nobody has answered
@@ -54,6 +58,7 @@ class AmplifierAccess {
     std::int16_t comm_error = 0;  // 1 when the last read failed
 
   private:
+    void tell_refusal(const std::string& text) const;
     bool only_looks() const;
     double word(const std::string& block, std::int16_t i) const;
     bool exchange(std::string_view command, std::string& payload, bool whole_echo);

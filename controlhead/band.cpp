@@ -3,7 +3,6 @@
 #include <string>
 #include <utility>
 
-#include "controlhead/comm_faults.h"
 #include "platform/numbers.h"
 
 namespace ampdesk {
@@ -71,7 +70,7 @@ std::int16_t find_band(Head& head) {
         return 1;  // the label that stands is the best that is known
     const std::int16_t number = round_to_int16(lenient_number(head.band_reply));
     if (number < 0 || number > 2) {
-        tell_fault(head, "Read Band Error");
+        head.tell("Read Band Error");
         return 0;
     }
     head.band_index = number;

@@ -27,13 +27,6 @@ void DispCommError(Head& head, std::int16_t kind) {
     head.comm_error_shown = true;
 }
 
-void tell_fault(Head& head, const std::string& text) {
-    if (head.show_fault)
-        head.show_fault(text);
-    else
-        head.services.person.notify(text);
-}
-
 void Error_handler_local(Head& head, const RunTimeError& error) {
     constexpr std::int16_t k_silent_failures = 2;
     if (++head.link_fail_count <= k_silent_failures)
@@ -49,7 +42,7 @@ void Error_handler_local(Head& head, const RunTimeError& error) {
         head.comm_error_shown = false;
         head.redraw_request = true;
     }
-    tell_fault(head, error.what());
+    head.tell(error.what());
 }
 
 }  // namespace ampdesk

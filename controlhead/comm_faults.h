@@ -12,9 +12,6 @@ namespace ampdesk {
 // keeps the last kind.
 void DispCommError(Head& head, std::int16_t kind);
 
-// Tells a fault that a visit may meet while nobody is there.
-void tell_fault(Head& head, const std::string& text);
-
 // Counts the failure. The first two in a row pass silently; from the third on an amplifier that
 // did not answer gets the communication error screen, any other error a message box.
 void Error_handler_local(Head& head, const RunTimeError& error);

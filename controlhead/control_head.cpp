@@ -77,90 +77,79 @@ Failure start(Head& head, bool ask_before_restore, const bool& closed) {
 
 ControlHead::ControlHead(HeadServices& services, HeadIdentity identity)
     : head_(services, std::move(identity)) {
-    head_.show_fault = [this](const std::string& text) { fault_ = text; };
+    head_.on_tell = [this](const std::string& text, const std::string& detail) {
+        const Told told{text, detail};
+        if (std::find(to_tell_.begin(), to_tell_.end(), told) == to_tell_.end())
+            to_tell_.push_back(told);
+    };
     Form_Load(head_);
 }
 
 bool ControlHead::machine_init(bool ask_before_restore) {
-    bool started = false;
-    run([&] {
-        const Failure failure = start(head_, ask_before_restore, closed_);
-        started = failure.text.empty();
-        if (!started && !closed_)
-            head_.services.person.notify(failure.text, failure.cause);
-    });
-    return started && !closed_;
+    const Failure failure = start(head_, ask_before_restore, closed_);
+    if (!failure.text.empty() && !closed_)
+        head_.services.person.notify(failure.text, failure.cause);
+    started_ = failure.text.empty() && !closed_;
+    tell_all();
+    return live();
+}
+
+// Runs a handler, then tells what came up in it. A closed head does nothing any more.
+template <class Action>
+void ControlHead::act(Action action) {
+    if (closed_)
+        return;
+    action();
+    tell_all();
 }
 
 void ControlHead::press_key(std::int16_t index) {
-    act([this, index] { cmdKey_Click(head_, index); });
+    if (started_)
+        act([&] { cmdKey_Click(head_, index); });
 }
 
 void ControlHead::press_hard_key(std::int16_t index) {
-    act([this, index] { cmdHardkey_Click(head_, index); });
+    act([&] { cmdHardkey_Click(head_, index); });
 }
 
 void ControlHead::click_lamp(std::int16_t index) {
-    act([this, index] { picLight_Click(head_, index); });
+    constexpr std::int16_t k_first_hard_key = 4;
+    if (started_ || index >= k_first_hard_key)
+        act([&] { picLight_Click(head_, index); });
 }
 
 void ControlHead::move_scroll_bar(int value) {
-    act([this, value] { VScroll1_Change(head_, value); }, true);
+    act([&] { VScroll1_Change(head_, value); });
 }
 
 void ControlHead::updateLogic() {
-    if (!busy() && !closed_)
-        run([this] { ampdesk::updateLogic(head_); });
+    if (!live())
+        return;
+    bool go_on = false;
+    act([&] { go_on = poll_status(head_); });
+    // Not within a handler: what is opened here may stand for hours, and the head is visited on meanwhile.
+    if (go_on && live() && shutdown_waits(head_))
+        head_.services.person.let_events_run();
+    if (go_on)
+        act([&] { show_state(head_); });
 }
 
 void ControlHead::updateDisplay() {
-    if (!busy() && !closed_)
-        run([this] { ampdesk::updateDisplay(head_); });
+    if (live())
+        act([&] { ampdesk::updateDisplay(head_); });
 }
 
-void ControlHead::act(std::function<void()> action, bool scroll_move) {
-    constexpr std::size_t k_most_kept = 8;
-    if (closed_)
-        return;
-    if (!busy())
-        return run(action);
-    head_.key_activity = true;
-    if (scroll_move && !kept_.empty() && kept_.back().scroll_move)
-        kept_.pop_back();
-    if (kept_.size() < k_most_kept)
-        kept_.push_back({std::move(action), head_.services.clock.now(), scroll_move});
-}
-
-// Runs the action, then what was kept meanwhile.
-void ControlHead::run(const std::function<void()>& action) {
-    constexpr std::chrono::seconds k_longest_wait{2};
-    const auto once = [this](const std::function<void()>& handler) {
-        struct Depth {
-            explicit Depth(int& d) : depth(d) { ++depth; }
-            ~Depth() { --depth; }
-            int& depth;
-        } const depth(depth_);
-        handler();
-    };
-    once(action);
-    while (!busy() && !closed_ && !kept_.empty()) {
-        const Kept next = std::move(kept_.front());
-        kept_.erase(kept_.begin());
-        if (head_.services.clock.now() - next.since <= k_longest_wait)
-            once(next.action);
-    }
-    tell_faults();
-}
-
-// Outside every handler: the box may stand for hours, and a head that waited for its OK would miss a
-// shutdown. What comes up meanwhile is the same fault again.
-void ControlHead::tell_faults() {
-    if (busy() || closed_ || telling_ || fault_.empty())
+// A box may stand for hours, and visits beside it bring the same fault again and again: once is enough.
+void ControlHead::tell_all() {
+    if (telling_)
         return;
     telling_ = true;
-    head_.services.person.notify(std::exchange(fault_, {}), caption());
+    while (!closed_ && !to_tell_.empty()) {
+        const Told told = to_tell_.front();
+        head_.services.person.notify(told.text, caption() + (told.detail.empty() ? "" : ": " + told.detail));
+        to_tell_.pop_front();
+    }
     telling_ = false;
-    fault_.clear();
 }
 
 std::string ControlHead::caption() const {

@@ -1,11 +1,11 @@
 // One amplifier's control head as the window and the polling loop see it: keys in, visits in, panel
-// out. No handler of a head is ever entered while another of its handlers is still running.
+// out. No handler of a head opens a box or lets window events run, so none is ever entered while another
+// one is still running.
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <deque>
 #include <string>
-#include <vector>
 
 #include "controlhead/head.h"
 
@@ -19,22 +19,20 @@ class ControlHead {
     // operator is asked first. False when the window has to close again; the operator was told.
     bool machine_init(bool ask_before_restore);
 
-    // Operator's actions. One that comes while a handler of this head is running is kept and done
-    // right after it, unless it has waited longer than two seconds; at most eight are kept, and of
-    // scroll bar moves in a row only the last.
+    // Operator's actions. What they bring to be told is told after them, one box at a time; the head is
+    // visited on beside it. Before machine_init has shown a screen only the hard keys act.
     void press_key(std::int16_t index);
     void press_hard_key(std::int16_t index);
     void click_lamp(std::int16_t index);
     void move_scroll_bar(int value);
 
-    // The two halves of a visit by the polling loop. Do nothing while the head is busy or closed. A
-    // fault that is to be told is told after the handler, one box at a time, and the head may be
-    // visited on beside it.
+    // The two halves of a visit by the polling loop; nothing before machine_init has shown a screen. The
+    // first lets window events run before it shows a shutdown.
     void updateLogic();
     void updateDisplay();
 
-    // A handler of this head is on the stack.
-    bool busy() const { return depth_ > 0; }
+    // machine_init has shown the first screen.
+    bool started() const { return started_; }
 
     // The communication error screen is up; the loop then only looks for the amplifier.
     bool silent() const { return head_.comm_error_shown; }
@@ -57,20 +55,20 @@ class ControlHead {
     const Head& state() const { return head_; }
 
   private:
-    struct Kept {
-        std::function<void()> action;
-        Instant since;
-        bool scroll_move;
+    struct Told {
+        std::string text;
+        std::string detail;
+        bool operator==(const Told&) const = default;
     };
-    void run(const std::function<void()>& action);
-    void tell_faults();
-    void act(std::function<void()> action, bool scroll_move = false);
+    bool live() const { return started_ && !closed_; }
+    template <class Action>
+    void act(Action action);
+    void tell_all();
 
     Head head_;
-    int depth_ = 0;
+    bool started_ = false;
     bool closed_ = false;
-    std::vector<Kept> kept_;
-    std::string fault_;  // met by a handler and not told yet
+    std::deque<Told> to_tell_;  // the first one is on the screen while telling_
     bool telling_ = false;
 };
 

@@ -54,14 +54,26 @@ struct Head {
     Head(HeadServices& head_services, HeadIdentity head_identity)
         : services(head_services),
           identity(std::move(head_identity)),
-          amplifier(services, identity.unit_address) {}
+          amplifier(services, identity.unit_address) {
+        amplifier.on_refusal = [this](const std::string& text) { tell(text); };
+    }
+    Head(const Head&) = delete;
+    Head& operator=(const Head&) = delete;
+
+    // Tells the operator. A box never opens within a handler: the head would not be visited for as long
+    // as it stands. ControlHead opens it afterwards; alone, a head opens it at once.
+    void tell(const std::string& text, const std::string& detail = {}) const {
+        if (on_tell)
+            on_tell(text, detail);
+        else
+            services.person.notify(text, detail);
+    }
+    std::function<void(const std::string& text, const std::string& detail)> on_tell;
 
     HeadServices& services;
     HeadIdentity identity;
     AmplifierAccess amplifier;
 
-    // Shows a fault that nobody's key caused; a box at once when nothing is set. See ControlHead.
-    std::function<void(const std::string&)> show_fault;
     Panel panel;
     FaultLog faults;
 
@@ -87,14 +99,14 @@ struct Head {
     // Requests to the next display tick, and what the ticks keep.
     std::int16_t link_fail_count = 0;
     bool key_activity = false;
-    bool redraw_request = false;
+    bool redraw_request = false;  // to draw from scratch; locks no key
     bool home_request = false;
     bool event_refresh = false;
     bool ignore_next_change = false;  // the program itself moved the scroll bar
     bool comm_error_shown = false;
-    std::int16_t page_misses = 0;  // visits in a row that could not draw a page over that screen
-    bool shutdown_shown = false;   // this shutdown is on the display
-    bool first_draw = true;        // no status screen has been drawn yet
+    std::int16_t page_misses = 0;         // visits in a row that could not draw a page over that screen
+    bool shutdown_shown = false;          // this shutdown is on the display and locks the keys
+    bool first_draw = true;               // no status screen has been drawn yet
     LinkKind link_kind = LinkKind::none;
     double last_beep_time = -86400;  // seconds since midnight when the alarm beep ended last
 

@@ -36,7 +36,7 @@ void enter(Head& head) {
     lite_service(head, 88, 0);
     HelpSection section = read_help(head.services.options, head.menu_saved);
     if (section.refusal) {
-        head.services.person.notify(section.refusal->what(), "mhelp.txt");
+        head.tell(section.refusal->what(), "mhelp.txt");
         return leave_sub_menu(head);
     }
     head.help_position = 0;

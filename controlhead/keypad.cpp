@@ -17,8 +17,16 @@ namespace {
 constexpr std::int16_t k_last_soft_key = 3;
 constexpr std::int16_t k_exit = 4;
 
+struct HardKey {
+    const char* name;
+    char item;  // of class 16
+};
+constexpr HardKey k_hard_keys[] = {{"HV On", 18}, {"HV Off", 19}, {"RF On", 22}, {"RF Off", 23}};
+
 constexpr char k_acknowledge = 21;
 constexpr char k_throw_switch = 26;
+
+constexpr std::chrono::milliseconds k_refusal_beep{100};
 
 bool keys_dead(const Head& head) {
     return head.link_fail_count > 2;
@@ -28,6 +36,19 @@ bool keys_dead(const Head& head) {
 void send_item(Head& head, char item) {
     const char command[] = {16, item};
     head.last_command_status = head.amplifier.set_item({command, sizeof command});
+}
+
+// A hard key without a line is refused at once and never kept: it must not act when nobody expects it any
+// more. False after a beep and a word in the status label.
+bool line_is_there(Head& head, const HardKey& key) {
+    const SerialPort& port = head.services.bus.port();
+    if (port.is_open() && port.is_connected())
+        return true;
+    Operator& person = head.services.person;
+    person.start_beep(k_refusal_beep);
+    person.show_status("JEX Amplifier " + head.identity.number + ": " + key.name + " not sent, " +
+                       (port.is_open() ? "the line is lost" : "the port is not open"));
+    return false;
 }
 
 // Goes to a status screen. When it could not be drawn, its header and legend stand alone until the
@@ -135,26 +156,34 @@ void cmdKey_Click(Head& head, std::int16_t index) {
     } else if (head.menu_ptr != 0) {
         press_status_key(head, index);
     } else {
-        head.services.person.notify("menu ptr 0 fault");
+        head.tell("menu ptr 0 fault");
     }
 }
 
+// Live but for the shutdown display: also while a screen waits to be drawn, and on the communication error
+// screen, whose amplifier may well hear what it cannot answer.
 void cmdHardkey_Click(Head& head, std::int16_t index) {
-    constexpr char k_items[] = {18, 19, 22, 23};  // HV on, HV off, RF on, RF off
-    if (index < 0 || index > 3 || head.redraw_request || keys_dead(head))
+    if (index < 0 || index > 3 || head.shutdown_shown)
+        return;
+    const HardKey& key = k_hard_keys[index];
+    if (!line_is_there(head, key))
         return;
     head.key_activity = true;
-    send_item(head, k_items[index]);
+    send_item(head, key.item);
+    if (head.last_command_status != 0)
+        line_is_there(head, key);  // it may have gone with the frame
+    head.amplifier.look_for_only(head.comm_error_shown);
     attempted([&] {
         head.status_text = head.amplifier.read_itemAll(k_status_request);
         head.status_byte = static_cast<unsigned char>(head.status_text[0]);
+        lite_service(head, 5, (head.status_byte & k_status_hv_on) != 0);
     });
     attempted([&] {
         const std::string alarm_state = read_alarm_state(head);
         lite_service(head, 6, alarm_state.find("Standby") != std::string::npos);
         lite_service(head, 8, alarm_state.find("RF off") != std::string::npos);
     });
-    lite_service(head, 5, (head.status_byte & k_status_hv_on) != 0);
+    head.amplifier.look_for_only(false);
 }
 
 void picLight_Click(Head& head, std::int16_t index) {
@@ -169,7 +198,7 @@ void VScroll1_Change(Head& head, int value) {
     // A move by the program itself comes back as a change to where the bar already stands. The flag
     // alone would swallow the operator's next move whenever the bar had not had to move.
     head.ignore_next_change = false;
-    // A move that was kept while another handler ran may be of a bar with another range.
+    // The bar may have got another range since the operator moved it.
     if (!scroll.visible || value == scroll.value || value < scroll.minimum || value > scroll.maximum)
         return;
     if (in_shutdown(head))

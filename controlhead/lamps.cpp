@@ -78,20 +78,24 @@ void take_status(Head& head, const std::string& payload) {
         head.redraw_request = true;
 }
 
-void updateLogic(Head& head) {
+bool poll_status(Head& head) {
+    bool answered = false;
+    guarded(head, [&] { answered = read_status(head); });
+    if (answered)
+        head.shutdown_shown = head.shutdown_shown && in_shutdown(head);
+    return answered && !head.key_activity;
+}
+
+bool shutdown_waits(const Head& head) {
+    return in_shutdown(head) && !head.shutdown_shown;
+}
+
+void show_state(Head& head) {
+    if (head.key_activity)
+        return;
     guarded(head, [&] {
-        if (!read_status(head))
-            return;
-        const bool shutdown = in_shutdown(head);
-        head.shutdown_shown = head.shutdown_shown && shutdown;
-        if (head.key_activity)
-            return;
-        if (shutdown && !head.shutdown_shown) {
-            head.services.person.let_events_run();
-            if (head.key_activity)
-                return;
+        if (shutdown_waits(head))
             show_shutdown(head);
-        }
         show_state_lamps(head, head.amplifier.read_itemAll(k_alarm_request));
     });
 }

@@ -18,8 +18,17 @@ void show_state_lamps(Head& head, std::string_view alarm_state);
 // Takes the fields of a status reply payload; fields that it lacks become 0.
 void take_status(Head& head, const std::string& payload);
 
-// Reads the status, takes over the display on a shutdown, sets the lamps. Errors end in
+// The first half of a visit's logic: reads the status. False when there is nothing to go on with: the
+// amplifier did not answer, or a key was pressed since the last display tick. Errors end in
 // Error_handler_local.
-void updateLogic(Head& head);
+bool poll_status(Head& head);
+
+// The status tells of a shutdown that the display does not show yet. Window events are to run before it
+// does: a key that waits there comes first.
+bool shutdown_waits(const Head& head);
+
+// The second half: takes over the display on a shutdown, sets the lamps; nothing after a key. Errors end in
+// Error_handler_local.
+void show_state(Head& head);
 
 }  // namespace ampdesk

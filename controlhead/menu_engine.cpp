@@ -21,9 +21,7 @@ void set_menu(Head& head) {
         draw_outline(head);  // the next refresh brings the values, under the label that stands
     } else {
         draw_fixed_rows(head);
-        // A value that cannot be shown comes with a later refresh; a request that stood as long would
-        // lock the hard keys, RF Off among them.
-        head.redraw_request = false;
+        head.redraw_request = false;  // a value that cannot be shown comes with a later refresh
         draw_value_rows(head);
     }
     head.redraw_request = false;
@@ -45,9 +43,7 @@ void enter_sub_menu(Head& head, SubMenu sub_menu) {
     head.menu_saved = head.menu_ptr;
     head.menu_ptr = 0;
     head.event_refresh = false;
-    // The page covers whatever was to be redrawn, and leaving it draws from scratch anyway; a request
-    // left standing would lock the hard keys all the while.
-    head.redraw_request = false;
+    head.redraw_request = false;  // the page covers it, and leaving the page draws from scratch
     attach_sub_menu(head, k_key_enter);
 }
 

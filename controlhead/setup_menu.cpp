@@ -129,7 +129,7 @@ void attach_setup(Head& head, std::int16_t key) {
             step_switch_mode(head);
         draw_page(head);
     } catch (const RunTimeError& error) {
-        head.services.person.notify(error.what());
+        head.tell(error.what());
         leave_sub_menu(head);
     }
 }

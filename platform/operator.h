@@ -45,6 +45,9 @@ class Operator {
 
     virtual void set_busy_pointer(bool busy) = 0;
 
+    // One line in the status label of the main window, in the place of what stood there.
+    virtual void show_status(std::string_view text) = 0;
+
     // Lets waiting window events run once.
     virtual void let_events_run() = 0;
 

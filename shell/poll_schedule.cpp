@@ -20,7 +20,7 @@ PollSchedule::Next PollSchedule::next(const std::vector<Head>& heads, Instant no
     const Entry* look = nullptr;
     for (const Head& head : heads) {
         const Entry& entry = entries_.at(head.slot);
-        if (head.busy)
+        if (head.opening)
             continue;
         if (entry.due > now) {
             next.wait = std::min<Duration>(next.wait, entry.due - now);
@@ -46,7 +46,8 @@ const PollSchedule::Entry* PollSchedule::before_look(const std::vector<Head>& he
     for (const Head& head : heads) {
         const Entry& entry = entries_.at(head.slot);
         const bool seen = entry.last && *entry.last >= look.due && entry.visit > last_look_;
-        if (!head.busy && !entry.silent && !seen && (stalest == &look || earlier(entry.last, stalest->last)))
+        if (!head.opening && !entry.silent && !seen &&
+            (stalest == &look || earlier(entry.last, stalest->last)))
             stalest = &entry;
     }
     return stalest;

@@ -21,7 +21,7 @@ class PollSchedule {
     struct Head {
         int slot = 0;
         bool silent = false;
-        bool busy = false;  // a handler of it is running: it waits until that has returned
+        bool opening = false;  // it has no screen yet and is not visited
     };
 
     // Either a slot to visit now or how long there is nothing to do (at most k_cycle).

@@ -34,7 +34,6 @@ std::shared_ptr<ControlHead> Station::new_amplifier_window(std::int16_t unit_add
         services_.person.notify(failure);
     if (slot_at(slot).head != head)
         return nullptr;  // closed while one of its boxes was open
-    slot_at(slot).started = started;
     if (!started) {
         close_window(slot);
         return nullptr;
@@ -59,7 +58,7 @@ std::vector<PollSchedule::Head> Station::heads_to_visit() const {
         if (slot.head)
             heads.push_back({.slot = static_cast<int>(i + 1),
                              .silent = slot.head->silent(),
-                             .busy = !slot.started || slot.head->busy()});
+                             .opening = !slot.head->started()});
     }
     return heads;
 }
@@ -111,7 +110,7 @@ void Station::release(int slot, UnsavedFiles& unsaved) {
         return;
     const Slot closing = std::exchange(slot_at(slot), Slot{.free = true});
     closing.head->close();
-    if (closing.started)
+    if (closing.head->started())
         unsaved.attempt(screen_settings_name(closing.head->identity().number),
                         [&] { closing.head->save_screen_settings(); });
     if (on_window_closed)

@@ -73,7 +73,6 @@ class Station {
   private:
     struct Slot {
         bool free = false;
-        bool started = false;  // machine_init has succeeded
         std::shared_ptr<ControlHead> head{};
     };
     struct Identity {

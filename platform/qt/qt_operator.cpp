@@ -175,6 +175,11 @@ void QtOperator::set_busy_pointer(bool busy) {
     busy_ = std::max(busy_, 0);
 }
 
+void QtOperator::show_status(std::string_view text) {
+    if (on_status)
+        on_status(from_utf8(text));
+}
+
 void QtOperator::let_events_run() {
     const bool outer = std::exchange(letting_events_run_, true);
     const QPointer<QWidget> outer_box = std::exchange(box_before_, QApplication::activeModalWidget());

@@ -31,6 +31,7 @@ class QtOperator : public Operator {
                                                    bool ask_to_replace = true) override;
     void start_beep(std::chrono::milliseconds length) override;
     void set_busy_pointer(bool busy) override;
+    void show_status(std::string_view text) override;
     void let_events_run() override;
 
     // let_events_run is on the stack, with no box or dialog opened from inside it.
@@ -38,6 +39,9 @@ class QtOperator : public Operator {
 
     // One short sound; a beep is made of them.
     std::function<void()> sound;
+
+    // Where a status is shown; without it there is no status label.
+    std::function<void(const QString&)> on_status;
 
   private:
     enum class FileChoice { open, save, save_without_question };

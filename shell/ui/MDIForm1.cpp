@@ -75,6 +75,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
 
     station_.on_window_created = [this](const std::shared_ptr<ControlHead>& head) { window_created(head); };
     station_.on_window_closed = [this](ControlHead& head) { window_closed(head); };
+    person_.on_status = [this](const QString& text) { show_status(text); };
     bus_.port().on_connection_change = [this](bool connected) {
         show_status(from_utf8(bus_.settings().port_name) +
                     (connected ? QStringLiteral(" connected again")
@@ -87,6 +88,7 @@ MDIForm1::~MDIForm1() {
     area_->disconnect(this);
     station_.on_window_created = nullptr;
     station_.on_window_closed = nullptr;
+    person_.on_status = nullptr;
     bus_.port().on_connection_change = nullptr;
 }
 

@@ -20,14 +20,11 @@ class ControlHeadTest : public Bench, public ::testing::Test {
         EXPECT_TRUE(head.machine_init(false));
     }
 
-    // Something that happens while the box of a refused band change is open.
-    void during_a_box(const std::function<void()>& event) {
-        refusal = 4;
-        person.on_ask = [&](const Message&) { event(); };
-        head.press_key(1);
-        person.on_ask = nullptr;
-        refusal = 0;
-        EXPECT_EQ(person.take_texts(), Texts{"Invalid Data"});
+    void visit(int times = 1) {
+        for (int i = 0; i < times; ++i) {
+            head.updateLogic();
+            head.updateDisplay();
+        }
     }
 
     const ScratchFolder folder;
@@ -38,7 +35,7 @@ class ControlHeadTest : public Bench, public ::testing::Test {
 // that keeps its panel shut for ever.
 TEST_F(ControlHeadTest, MachineInit) {
     const std::string good = "Color Settings\r\n 255\r\n 0\r\n 15\r\n 0\r\n";
-    const std::string bad = "Colour\n";
+    const std::string bad = "Color Settings\n 255\n 0\n";
     const std::string analog(k_analog_request);
     const char* question = "The settings for this HPA already exist, do you want to restore ? ";
     const char* absent = "Some remote commands are absent in Amplifier";
@@ -75,78 +72,110 @@ TEST_F(ControlHeadTest, MachineInit) {
         ControlHead fresh(services, {.slot = 1, .unit_address = 7, .number = "1234", .model = "C/KU"});
         EXPECT_EQ(fresh.machine_init(c.ask), c.started);
         EXPECT_EQ(fresh.panel().look().fore_colour == 255, c.restored);
+        EXPECT_TRUE(!c.started || fresh.panel().legend(1) == "BAND");
+        EXPECT_EQ(person.take_texts(), *c.box == '\0' ? Texts{} : Texts{c.box});
+        replies = answers;
         const bool set_aside = !c.started && c.settings == bad;
         EXPECT_EQ(std::filesystem::exists(folder / "set1234.dat"), !c.settings.empty() && !set_aside);
         if (set_aside) {
             EXPECT_EQ(file_bytes(folder / "set1234.dat.bad"), bad);
         }
-        EXPECT_TRUE(!c.started || fresh.panel().legend(1) == "BAND");
-        EXPECT_EQ(person.take_texts(), *c.box == '\0' ? Texts{} : Texts{c.box});
-        replies = answers;
     }
 }
 
-// Catches a handler entered while another runs, a key that is lost, and old or endless keys that
-// are played back.
-TEST_F(ControlHeadTest, KeysPressedWhileBusy) {
+// Catches a box that blinds its own head for as long as it stands: a shutdown that is not seen nor heard,
+// an HV Off that is lost; and a second box of the same words behind it.
+TEST_F(ControlHeadTest, HeadLivesBesideItsBoxes) {
+    services.options.folder = folder.path();
     const struct {
-        int presses;
-        milliseconds wait;
-        int screen;
-    } cases[] = {{1, 0ms, 2}, {3, 1800ms, 4}, {3, 2001ms, 1}, {11, 0ms, 1}};
+        const char* text;
+        const char* detail;
+        std::function<void()> bring;
+    } cases[] = {
+        {"Remote Is Not On", "JEX Amplifier 1234", [&] { head.press_hard_key(0); }},
+        {"Remote Is Not On", "JEX Amplifier 1234", [&] { head.press_key(1); }},
+        {"Remote Is Not On", "JEX Amplifier 1234",
+         [&] {
+             head.press_key(0);
+             head.move_scroll_bar(100);
+         }},
+        {"Invalid file format", "JEX Amplifier 1234: mhelp.txt", [&] { head.press_key(2); }},
+        {"The amplifier did not answer", "JEX Amplifier 1234",
+         [&] {
+             head.press_key(3);
+             go_mute(k_status_request);
+             head.press_key(0);
+         }},
+    };
+    const auto answers = replies;
+    folder.put("mhelp.txt", "no help\n");
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.presses);
+        SCOPED_TRACE(&c - cases);
         head.press_key(4);
-        during_a_box([&] {
-            for (int i = 0; i < c.presses; ++i) head.press_key(3);
-            EXPECT_EQ(head.state().menu_ptr, 1);
-            EXPECT_TRUE(head.busy() && head.state().key_activity);
-            clock.advance(c.wait);
-        });
-        EXPECT_EQ(head.state().menu_ptr, c.screen);
-        EXPECT_FALSE(head.busy());
+        refusal = 3;
+        person.on_ask = [&](const Message& box) {
+            person.on_ask = nullptr;
+            EXPECT_EQ(box.detail, c.detail);
+            set_status(0);
+            c.bring();
+            refusal = 0;
+            take_sent();
+            head.press_hard_key(1);
+            EXPECT_EQ(take_settings(), Texts{"\x10\x13"});
+            set_shutdown("12,Waveguide arc");
+            visit(2);
+            EXPECT_EQ(head.panel().line(1), "System Shutdown, #12");
+            EXPECT_EQ(std::exchange(person.beeps, {}).size(), 2U);
+        };
+        c.bring();
+        EXPECT_EQ(person.take_texts(), Texts{c.text});
+        replies = answers;
+        visit();
     }
 }
 
-// Catches a drag whose end is lost while its first steps are played back.
-TEST_F(ControlHeadTest, ScrollMovesWhileBusy) {
-    head.press_key(0);
-    refusal = 4;
+// Catches a box of other words that is lost behind the one on the screen.
+TEST_F(ControlHeadTest, EveryBoxOnceInItsTurn) {
+    refusal = 3;
     person.on_ask = [&](const Message&) {
-        refusal = 0;
-        for (int value = 101; value <= 120; ++value) head.move_scroll_bar(value);
+        person.on_ask = nullptr;
+        refusal = 4;
+        head.press_hard_key(3);
     };
-    take_sent();
-    head.move_scroll_bar(100);
-    EXPECT_EQ(take_settings(), (Texts{{16, 24, 100, 0}, {16, 24, 120, 0}}));
-    EXPECT_EQ(head.panel().scroll().value, 120);
-    person.take_texts();
+    head.press_hard_key(0);
+    EXPECT_EQ(person.take_texts(), (Texts{"Remote Is Not On", "Invalid Data"}));
 }
 
-// Catches a visit that re-enters a head, or goes on with one that has closed.
-TEST_F(ControlHeadTest, VisitsAreSkippedWhileBusyOrClosed) {
-    during_a_box([&] {
+// Catches a visit that goes on with a head that has closed, or meddles with one that has no screen yet, and
+// an HV Off that waits for the question whether to restore its colours.
+TEST_F(ControlHeadTest, BeforeAndAfterItsLife) {
+    ControlHead fresh(services, {.slot = 2, .unit_address = 8, .number = "77", .model = ""});
+    folder.put("set77.dat", "Color Settings\r\n 0\r\n 0\r\n 15\r\n 0\r\n");
+    person.on_ask = [&](const Message&) {
         take_sent();
-        head.updateLogic();
-        head.updateDisplay();
+        fresh.press_key(0);
+        fresh.click_lamp(0);
+        fresh.updateLogic();
+        fresh.updateDisplay();
         EXPECT_EQ(sent, Texts{});
-    });
-    head.updateDisplay();
+        fresh.press_hard_key(1);
+        EXPECT_EQ(take_settings(), Texts{"\x10\x13"});
+    };
+    EXPECT_TRUE(fresh.machine_init(true));
+    person.on_ask = nullptr;
+    person.take_texts();
+
     int changes = 0;
     head.panel().on_change = [&] { ++changes; };
     set_shutdown("1,Arc");
-    person.on_events = [&] {
-        head.press_hard_key(0);
-        head.close();
-    };
+    person.on_events = [&] { head.close(); };
+    head.updateLogic();
     take_sent();
-    head.updateLogic();
-    EXPECT_EQ(take_settings(), Texts{}) << "kept for a window that is gone";
-    EXPECT_EQ(changes, 0);
-    head.updateLogic();
-    head.updateDisplay();
+    visit();
     head.press_key(3);
+    head.press_hard_key(0);
     EXPECT_EQ(sent, Texts{});
+    EXPECT_EQ(changes, 0);
     EXPECT_FALSE(head.machine_init(false));
 }
 
@@ -165,27 +194,16 @@ TEST_F(ControlHeadTest, KeyDuringTheShortWaitOfAShutdown) {
     EXPECT_EQ(head.panel().line(1), "System Shutdown, #1 ");
 }
 
-// Catches a shutdown that is not seen because the box of a bad value waits for an absent operator, and a
-// second box on top of it.
-TEST_F(ControlHeadTest, HeadLivesBesideTheBoxOfAFault) {
-    const auto visits = [&](int count) {
-        for (int i = 0; i < count; ++i) {
-            head.updateLogic();
-            head.updateDisplay();
-        }
+// Catches a shutdown that waits for a dialog which was opened by what the head let run before showing it.
+TEST_F(ControlHeadTest, DialogBeforeAShutdownHoldsNothingUp) {
+    set_shutdown("12,Arc");
+    person.on_events = [&] {
+        person.on_events = nullptr;
+        visit(3);
+        EXPECT_EQ(head.panel().line(1), "System Shutdown, #12");
     };
-    set_analog("1=-1");
-    person.on_ask = [&](const Message& box) {
-        EXPECT_EQ(box.detail, "JEX Amplifier 1234");
-        visits(4);
-        set_shutdown("12,Waveguide arc");
-        visits(1);
-    };
-    visits(3);
-    EXPECT_EQ(person.take_texts(), Texts{"Overflow"});
-    EXPECT_EQ(head.panel().line(1), "System Shutdown, #12");
-    visits(1);
-    EXPECT_EQ(person.take_texts(), Texts{}) << "what came up behind the box";
+    visit();
+    EXPECT_EQ(count_sent(k_shutdown_request), 1U);
 }
 
 }  // namespace

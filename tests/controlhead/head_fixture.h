@@ -14,6 +14,7 @@
 #include "buslink/wire/control_characters.h"
 #include "controlhead/head.h"
 #include "controlhead/keypad.h"
+#include "controlhead/lamps.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
@@ -110,6 +111,12 @@ class Bench {
         return {{std::chrono::milliseconds(20), reply}};
     }
 };
+
+// Both halves of a visit's logic, with nothing in between.
+inline void updateLogic(Head& head) {
+    if (poll_status(head))
+        show_state(head);
+}
 
 // A head without the guard around its handlers, on status screen 1.
 class HeadTest : public Bench, public ::testing::Test {

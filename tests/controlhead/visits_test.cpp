@@ -128,15 +128,116 @@ TEST_F(VisitTest, SilentAmplifierIsOnlyLookedFor) {
     EXPECT_EQ(head.link_fail_count, 3);
 }
 
-// Catches a head whose RF Off is dead for as long as a value of its screen cannot be shown.
-TEST_F(VisitTest, HardKeysLiveBesideABadValue) {
-    set_analog("1=-1");
-    press({3, 4});
-    visit();
-    take_sent();
-    cmdHardkey_Click(head, 3);
-    EXPECT_EQ(take_settings(), Texts{"\x10\x17"});
-    EXPECT_EQ(head.panel.line(4), "ATTN       HELP MORE");
+// Catches an HV or RF key that is dropped, doubled or kept because a screen waits to be drawn, a value
+// cannot be shown, or the amplifier was not heard of lately.
+TEST_F(VisitTest, EveryPressOfAHardKeyIsOneFrame) {
+    const auto mute = [&](std::initializer_list<std::int16_t> keys) {
+        go_mute(k_analog_request);
+        press(keys);
+    };
+    const struct {
+        const char* after;
+        std::function<void()> what;
+    } cases[] = {
+        {"BAND", [&] { press({1}); }},
+        {"a MORE that fails", [&] { mute({3}); }},
+        {"an EXIT that fails", [&] { mute({4}); }},
+        {"an ATTN that fails", [&] { mute({0}); }},
+        {"an ATTN that fails in its readout",
+         [&] {
+             go_mute(k_alarm_request);
+             press({0});
+         }},
+        {"leaving the attenuation",
+         [&] {
+             press({0});
+             mute({0});
+         }},
+        {"leaving a sub-menu",
+         [&] {
+             press({3, 0});
+             mute({4});
+         }},
+        {"a setup page that fails",
+         [&] {
+             press({3});
+             go_mute(k_status_request);
+             press({0});
+         }},
+        {"a value that cannot be shown",
+         [&] {
+             set_analog("1=-1");
+             visit();
+         }},
+        {"a new legend",
+         [&] {
+             set_status(0, 0, 2, 0, 1);
+             updateLogic(head);
+         }},
+        {"an acknowledged shutdown",
+         [&] {
+             set_shutdown("12,Arc");
+             visit();
+             press({3});
+         }},
+        {"a shutdown that is over",
+         [&] {
+             set_shutdown("12,Arc");
+             visit();
+             set_status(0);
+             updateLogic(head);
+         }},
+        {"silence",
+         [&] {
+             silent = true;
+             visit(2);
+             ASSERT_EQ(lines(), k_error);
+         }},
+        {"silence that goes on", [&] { silent = true; }},
+    };
+    const auto answers = replies;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.after);
+        c.what();
+        take_sent();
+        for (std::int16_t lamp = 4; lamp <= 7; ++lamp) picLight_Click(head, lamp);
+        cmdHardkey_Click(head, 3);
+        EXPECT_EQ(take_settings(), (Texts{"\x10\x12", "\x10\x13", "\x10\x16", "\x10\x17", "\x10\x17"}));
+        person.take_texts();
+        silent = false;
+        replies = answers;
+        visit(2);
+        press({4});
+        visit();
+        EXPECT_EQ(lines(), k_screen_1);
+        EXPECT_EQ(take_settings(), Texts{});
+    }
+}
+
+// Catches a key of a panel without a line that acts when the line is back, or is lost without a word.
+TEST_F(VisitTest, HardKeysWithoutALineAreRefusedAtOnce) {
+    const auto press_rf_off = [&] {
+        const Instant start = clock.now();
+        cmdHardkey_Click(head, 3);
+        EXPECT_EQ(clock.now(), start);
+        EXPECT_EQ(std::exchange(person.beeps, {}).size(), 1U);
+        return std::exchange(person.status, {});
+    };
+    port.unplugged = true;
+    EXPECT_EQ(press_rf_off(), "JEX Amplifier 1234: RF Off not sent, the line is lost");
+    port.unplugged = false;
+    bus.close_bus_port();
+    EXPECT_EQ(press_rf_off(), "JEX Amplifier 1234: RF Off not sent, the port is not open");
+    bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+    visit(2);
+    EXPECT_EQ(take_settings(), Texts{});
+    // The plug is pulled while the frame is under way.
+    port.responder = [&](const std::string&) {
+        port.unplugged = true;
+        return ScriptedPort::Answer{};
+    };
+    EXPECT_EQ(press_rf_off(), "JEX Amplifier 1234: RF Off not sent, the line is lost");
+    port.unplugged = false;
 }
 
 // Catches an operator locked up in a page that the amplifier has nothing for.
@@ -185,7 +286,8 @@ TEST_F(VisitTest, HomeRequest) {
     EXPECT_EQ(lines(), k_shutdown);
 }
 
-// Catches lamps that wait for the next visit after a hard key, and a failed read that ends it.
+// Catches lamps that wait for the next visit after a hard key, a failed read that ends it, and a lamp lit by
+// the status of before the silence.
 TEST_F(VisitTest, HardKeysShowTheirLamps) {
     set_status(k_status_hv_on);
     set_alarm("0,Standby, RF off");
@@ -196,18 +298,34 @@ TEST_F(VisitTest, HardKeysShowTheirLamps) {
     cmdHardkey_Click(head, 1);
     EXPECT_EQ(lamps(), "....R...");
     EXPECT_EQ(take_settings(), (Texts{{16, 18}, {16, 19}}));
+    silent = true;
+    visit(2);
+    const Instant start = clock.now();
+    cmdHardkey_Click(head, 1);
+    EXPECT_EQ(lamps(), "........");
+    EXPECT_LE(clock.now() - start, milliseconds(1000 + 2 * 300 + 3 * 50)) << "looks, as long as it is silent";
 }
 
-// Catches a key that still acts while the link fails, a redraw is pending or the key does not exist.
-TEST_F(HeadTest, DeadKeys) {
-    head.menu_ptr = 2;
-    head.link_fail_count = 3;
-    for (std::int16_t key = 0; key < 8; ++key) picLight_Click(head, key);
+// Catches a soft key that acts while the link fails, a hard key that acts on the shutdown display, and one
+// that does not exist.
+TEST_F(VisitTest, DeadKeys) {
+    silent = true;
+    visit(2);
+    take_sent();
+    for (std::int16_t lamp = 0; lamp < 4; ++lamp) picLight_Click(head, lamp);
     press({4});
-    head.link_fail_count = 0;
-    head.redraw_request = true;
-    cmdHardkey_Click(head, 1);
-    head.redraw_request = false;
+    EXPECT_EQ(sent, Texts{});
+    EXPECT_EQ(lines(), k_error);
+    silent = false;
+    set_shutdown("12,Waveguide arc");
+    visit(2);
+    EXPECT_EQ(lines(), k_shutdown);
+    for (std::int16_t lamp = 4; lamp < 8; ++lamp) picLight_Click(head, lamp);
+    press({0, 1, 2, 4});
+    EXPECT_EQ(take_settings(), Texts{});
+    set_status(0);
+    visit();
+    take_sent();
     for (const std::int16_t none : {std::int16_t{-1}, std::int16_t{8}}) {
         cmdHardkey_Click(head, none);
         picLight_Click(head, none);
@@ -220,7 +338,6 @@ TEST_F(HeadTest, DeadKeys) {
     head.menu_ptr = 0;
     picLight_Click(head, 0);
     EXPECT_EQ(person.take_texts(), Texts{"menu ptr 0 fault"});
-    EXPECT_TRUE(head.key_activity);
 }
 
 }  // namespace

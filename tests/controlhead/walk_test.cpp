@@ -232,7 +232,7 @@ const Step k_troubles[] = {
     {"key 0 1 2 4; hard 0 1 2 3"},
     {"refuse 3; key 3; box Remote Is Not On"},
     {"status 1 16; refuse 0; key 3", "C Fwd Pwr      0 dBm|Rev Power      0 dBm|Standby RF off   ANT|ATTN  BAND ANT  MORE"},
-    {"hard 0; key 0 3; visit"},
+    {"hard 1; key 0 3; visit"},  // its display is not up
     {"visit", "System Shutdown, #0 |--------------------|No Shutdown         |                 OK ", "!"},
     {"clear; visit", "C Fwd Pwr      0 dBm|Rev Power      0 dBm|Standby RF off   ANT|ATTN  BAND ANT  MORE"},
     // One in attenuation, and silence during it.
@@ -302,7 +302,7 @@ TEST_F(Walk, ThroughTroubles) {
     walk(k_troubles);
     EXPECT_EQ(settings, (Texts{"10 16",  // hard key on a page
                                "10 18 78 00", "10 18 C8 00", "10 18 C9 00", "10 18 CA 00", "10 18 00 00",
-                               "10 1B 01", "SBAND 2", "10 15", "10 15",  // refused, taken
+                               "10 1B 01", "SBAND 2", "10 15", "10 15", "10 13",  // refused, taken
                                "10 12", "10 16", "10 17", "10 15", "10 13"}));
     const FaultLog& log = head->state().faults;
     EXPECT_EQ(log.count(), 5);

@@ -157,21 +157,6 @@ TEST_P(ClockSteps, TheSpacingOfTheAlarm) {
     }
 }
 
-// A key that is pressed while a box is open is dropped though it is young, or acts hours later.
-TEST_P(ClockSteps, AKeyThatWaitsForABox) {
-    begin(0s);
-    open({1});
-    demo::make_fault(sim, "refuse 4");
-    const auto head = station.open_heads()[0];
-    person.on_ask = [&](const Message&) {
-        head->press_key(3);
-        step(clock);
-    };
-    head->press_hard_key(2);
-    EXPECT_EQ(head->state().menu_ptr, asleep > 2s ? 1 : 2);
-    EXPECT_EQ(person.take_texts(), Texts{"Invalid Data"});
-}
-
 // A modem that is left with DTR low, or gets it back too early.
 TEST_P(ClockSteps, HangingUp) {
     ModemPort modem(clock);

@@ -44,7 +44,7 @@ class PollScheduleTest : public testing::Test {
                 now += next.wait;
                 continue;
             }
-            ASSERT_FALSE(head(*next.slot).busy);
+            ASSERT_FALSE(head(*next.slot).opening);
             schedule.visited(*next.slot, now);
             visits[*next.slot].push_back(now);
             now += head(*next.slot).silent ? look_cost : visit_cost;
@@ -120,22 +120,22 @@ TEST_F(PollScheduleTest, SilentHeadsHoldNobodyUp) {
     }
 }
 
-// A busy head stops the others, is visited all the same, or makes the loop run hot while its box is
-// open for hours.
+// A head that is still opening stops the others, is visited all the same, or makes the loop run hot while its
+// box is open for hours.
 TEST_F(PollScheduleTest, PassesABusyHeadOver) {
     open(3);
-    head(2).busy = true;
+    head(2).opening = true;
     run(milliseconds(10'000));
     EXPECT_TRUE(visits[2].empty());
     EXPECT_LE(longest(1), 510);
-    head(1).busy = head(3).busy = true;
+    head(1).opening = head(3).opening = true;
     for (int i = 0; i < 100; ++i) {
         const PollSchedule::Next next = schedule.next(heads, now);
         ASSERT_TRUE(!next.slot && next.wait >= milliseconds(10));
         now += next.wait;
     }
     visits.clear();
-    for (PollSchedule::Head& h : heads) h.busy = false;
+    for (PollSchedule::Head& h : heads) h.opening = false;
     const Instant freed = now;
     run(milliseconds(5'000));
     for (const int slot : {1, 2, 3}) {

@@ -34,6 +34,7 @@ class RecordingOperator : public Operator {
     }
     void start_beep(std::chrono::milliseconds length) override { beeps.push_back(length); }
     void set_busy_pointer(bool busy) override { pointer.push_back(busy); }
+    void show_status(std::string_view text) override { status = text; }
     void let_events_run() override {
         if (on_events)
             on_events();
@@ -54,6 +55,7 @@ class RecordingOperator : public Operator {
     std::vector<std::string> prompts;                // input boxes and file dialog titles
     std::vector<std::chrono::milliseconds> beeps;
     std::vector<bool> pointer;
+    std::string status;                          // the last one
     std::function<void()> on_events;             // runs inside let_events_run
     std::function<void(const Message&)> on_ask;  // runs while a box is open
 
