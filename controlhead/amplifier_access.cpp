@@ -13,6 +13,27 @@ namespace {
 constexpr std::size_t k_header = 3;  // ACK or NAK, second byte, length
 constexpr std::size_t k_check = 2;   // CRC
 
+// The quantities of the two blocks, item 1 first.
+constexpr const char* k_analog_names[] = {"forward power",
+                                          "reverse power",
+                                          "cathode voltage Ek",
+                                          "helix current Iw",
+                                          "filament voltage Ef",
+                                          "filament current If",
+                                          "item 7",
+                                          "baseplate temperature",
+                                          "cabinet temperature",
+                                          "system running hours",
+                                          "RF running hours",
+                                          "attenuation",
+                                          "system minutes",
+                                          "RF minutes",
+                                          "voltage Eb"};
+constexpr const char* k_limit_names[] = {
+    "the warning level of the cabinet temperature", "the warning level of the tube temperature",
+    "the warning level of the helix current",       "the warning level over forward power",
+    "the warning level under forward power",        "the warning level over reverse power"};
+
 // What follows the echo of the command, check bytes included; empty for a reply that is too short.
 std::string_view behind_echo(std::string_view reply, std::string_view command) {
     const std::size_t front = k_header + command.size();
@@ -48,15 +69,16 @@ void AmplifierAccess::get_lim_block() {
 }
 
 double AmplifierAccess::get_ana_item(std::int16_t i) const {
-    return word(ana_block, i);
+    return word(ana_block, i, k_analog_names);
 }
 
 double AmplifierAccess::get_lim_item(std::int16_t i) const {
-    return word(lim_block, i);
+    return word(lim_block, i, k_limit_names);
 }
 
 // Words are sent low byte first.
-double AmplifierAccess::word(const std::string& block, std::int16_t i) const {
+double AmplifierAccess::word(const std::string& block, std::int16_t i,
+                             std::span<const char* const> names) const {
     const std::size_t end = i < 1 ? 0 : 2 * static_cast<std::size_t>(i);
     if (end == 0 || end > block.size())
         return 0;
@@ -65,9 +87,12 @@ double AmplifierAccess::word(const std::string& block, std::int16_t i) const {
     const int value = high * 256 + low;
     if (high < 0x80)
         return value;
-    if (!services_.options.negative_words_signed)
-        throw RunTimeError::overflow();
-    return value - 0x10000;
+    if (services_.options.negative_words_signed)
+        return value - 0x10000;
+    const auto known = static_cast<std::size_t>(i) <= names.size();
+    throw RunTimeError::overflow(
+        (known ? names[static_cast<std::size_t>(i) - 1] : "item " + std::to_string(i)) +
+        " comes as a negative number; negative_words=signed in ampdesk.ini accepts it");
 }
 
 // With a dead line every head would go on showing its last values until it had waited for six replies of

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -18,8 +19,8 @@ class AmplifierAccess {
     // Command 0x12. Throws error 100; the block then keeps what it held.
     void get_ana_block();
 
-    // Word i, from 1, of the last analog block; 0 outside the block. Throws Overflow for a high
-    // byte of 0x80 or more unless negative words are configured as signed.
+    // Word i, from 1, of the last analog block; 0 outside the block. Throws Overflow, with the name of the
+    // quantity, for a high byte of 0x80 or more unless negative words are configured as signed.
     double get_ana_item(std::int16_t i) const;
 
     // Command 0xA0 0x15 0x00.
@@ -60,7 +61,7 @@ class AmplifierAccess {
   private:
     void tell_refusal(const std::string& text) const;
     bool only_looks() const;
-    double word(const std::string& block, std::int16_t i) const;
+    double word(const std::string& block, std::int16_t i, std::span<const char* const> names) const;
     bool exchange(std::string_view command, std::string& payload, bool whole_echo);
 
     HeadServices& services_;

@@ -42,7 +42,11 @@ void Error_handler_local(Head& head, const RunTimeError& error) {
         head.comm_error_shown = false;
         head.redraw_request = true;
     }
-    head.tell(error.what());
+    const ToldError told{head.menu_ptr, head.sub_menu, error.what(), error.detail()};
+    if (head.told_error == told)
+        return;
+    head.told_error = told;
+    head.tell(told.text, told.detail);
 }
 
 }  // namespace ampdesk

@@ -13,7 +13,8 @@ namespace ampdesk {
 void DispCommError(Head& head, std::int16_t kind);
 
 // Counts the failure. The first two in a row pass silently; from the third on an amplifier that
-// did not answer gets the communication error screen, any other error a message box.
+// did not answer gets the communication error screen, any other error a message box, once a screen and
+// until a display tick has come to its end without one.
 void Error_handler_local(Head& head, const RunTimeError& error);
 
 // Runs the action; a run-time error in it ends in Error_handler_local. Returns whether the action

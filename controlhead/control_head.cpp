@@ -68,8 +68,9 @@ Failure start(Head& head, bool ask_before_restore, const bool& closed) {
         set_menu(head);
         return {};
     } catch (const RunTimeError& error) {
-        return {error.number() == RunTimeError::k_no_answer ? "Some remote commands are absent in Amplifier"
-                                                            : error.what()};
+        if (error.number() == RunTimeError::k_no_answer)
+            return {"Some remote commands are absent in Amplifier"};
+        return {error.what(), error.detail()};
     }
 }
 

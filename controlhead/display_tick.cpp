@@ -72,6 +72,7 @@ void tick(Head& head) {
     blink(head);
     if (!shutdown)
         refresh(head);
+    head.told_error.reset();
     // In a shutdown nothing is read here: what counts then is the status read of this visit.
     if (head.amplifier.comm_error == 0 && !head.comm_error_shown)
         head.link_fail_count = 0;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,15 @@ struct HeadIdentity {
     std::int16_t unit_address = 0;
     std::string number;  // the amplifier number in decimal
     std::string model;   // model text, for the band capability
+};
+
+// An error that the operator has been told of, and the screen it came up on.
+struct ToldError {
+    std::int16_t menu_ptr = 0;
+    std::int16_t sub_menu = 0;
+    std::string text;
+    std::string detail;
+    bool operator==(const ToldError&) const = default;
 };
 
 struct Head {
@@ -104,6 +114,7 @@ struct Head {
     bool event_refresh = false;
     bool ignore_next_change = false;  // the program itself moved the scroll bar
     bool comm_error_shown = false;
+    std::optional<ToldError> told_error;  // until a tick meets none
     std::int16_t page_misses = 0;         // visits in a row that could not draw a page over that screen
     bool shutdown_shown = false;          // this shutdown is on the display and locks the keys
     bool first_draw = true;               // no status screen has been drawn yet

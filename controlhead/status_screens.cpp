@@ -2,6 +2,7 @@
 
 #include "controlhead/lamps.h"
 #include "controlhead/screens.h"
+#include "controlhead/value_rows.h"
 #include "platform/numbers.h"
 #include "platform/run_time_error.h"
 
@@ -75,37 +76,50 @@ void draw_alarm_row(Head& head) {
 }
 
 void draw_powers(Head& head) {
-    head.panel.set_line(1, head.fwd_label + dbm(head, k_forward_power));
-    head.panel.set_line(2, "Rev Power  " + dbm(head, k_reverse_power));
+    ValueRows rows(head.panel);
+    rows.draw(1, [&] { return head.fwd_label + dbm(head, k_forward_power); });
+    rows.draw(2, [&] { return "Rev Power  " + dbm(head, k_reverse_power); });
     if (head.gain_mode)
         draw_attenuation(head);
     else
         draw_alarm_row(head);
+    rows.finish();
 }
 
 void draw_hours(Head& head) {
     const bool rf_on = (head.status_byte & k_status_rf_on) != 0;
-    head.panel.set_line(
-        2, running_time(head, k_console_hours, k_console_minutes) + head.right_marker + "Console");
-    head.panel.set_line(
-        3, running_time(head, k_rf_hours, k_rf_minutes) + (rf_on ? head.right_marker : '<') + "RF On");
+    ValueRows rows(head.panel);
+    rows.draw(2, [&] {
+        return running_time(head, k_console_hours, k_console_minutes) + head.right_marker + "Console";
+    });
+    rows.draw(3, [&] {
+        return running_time(head, k_rf_hours, k_rf_minutes) + (rf_on ? head.right_marker : '<') + "RF On";
+    });
+    rows.finish();
 }
 
 void draw_temperatures(Head& head) {
-    head.panel.set_line(2, celsius(head, k_cabinet) + "<Inside Cabinet");
-    head.panel.set_line(3, celsius(head, k_baseplate) + "<TWT Baseplate");
+    ValueRows rows(head.panel);
+    rows.draw(2, [&] { return celsius(head, k_cabinet) + "<Inside Cabinet"; });
+    rows.draw(3, [&] { return celsius(head, k_baseplate) + "<TWT Baseplate"; });
+    rows.finish();
 }
 
 // The amplifier reports If, Eb and Ek as negative numbers; they are shown positive.
 void draw_tube(Head& head) {
-    head.panel.set_line(1, "Ef" + scaled(head, k_filament_voltage, 1000, 2, 6) + "v  If" +
-                               scaled(head, k_filament_current, -1000, 2, 5) +
-                               (head.filament_in_ma ? "ma" : "A"));
-    head.panel.set_line(2, "Eb" + scaled(head, k_eb_voltage, -1000, 2, 6) + "kV ");
-    head.panel.set_line(3, "Ek" + scaled(head, k_cathode_voltage, -1000, 2, 6) + "kV Iw" +
-                               scaled(head, k_helix_current, 100, 1, 5) + "ma");
+    ValueRows rows(head.panel);
+    rows.draw(1, [&] {
+        return "Ef" + scaled(head, k_filament_voltage, 1000, 2, 6) + "v  If" +
+               scaled(head, k_filament_current, -1000, 2, 5) + (head.filament_in_ma ? "ma" : "A");
+    });
+    rows.draw(2, [&] { return "Eb" + scaled(head, k_eb_voltage, -1000, 2, 6) + "kV "; });
+    rows.draw(3, [&] {
+        return "Ek" + scaled(head, k_cathode_voltage, -1000, 2, 6) + "kV Iw" +
+               scaled(head, k_helix_current, 100, 1, 5) + "ma";
+    });
     if (head.gain_mode)
         draw_attenuation(head);
+    rows.finish();
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "controlhead/lamps.h"
 #include "controlhead/menu_engine.h"
 #include "controlhead/screens.h"
+#include "controlhead/value_rows.h"
 #include "platform/numbers.h"
 
 namespace ampdesk {
@@ -73,29 +74,35 @@ void leave_adjust_state(Head& head) {
 
 void draw_first(Head& head) {
     head.amplifier.get_lim_block();
-    const std::string value = tenths(head.amplifier.get_lim_item(k_levels[0].item) / 10);
+    ValueRows rows(head.panel);
     head.panel.set_line(1, "Warning level for ");
     head.panel.set_line(2, "over forward power: ");
-    head.panel.set_line(3, "    [" + value + " dBm]");
+    rows.draw(3,
+              [&] { return "    [" + tenths(head.amplifier.get_lim_item(k_levels[0].item) / 10) + " dBm]"; });
     head.panel.set_line(4, k_legend);
+    rows.finish();
 }
 
-// Throws error 100 or Overflow; the display then stays as it was.
+// Throws error 100, and the display stays as it was, or Overflow, and the value is blank.
 void draw_page(Head& head) {
     if (head.warn_page < 0 || head.warn_page >= head.warn_page_count)
         return leave_sub_menu(head);
     const Level& level = k_levels.at(static_cast<std::size_t>(head.warn_page));
     head.amplifier.get_lim_block();
-    const std::string value = value_text(level.item, head.amplifier.get_lim_item(level.item));
+    ValueRows rows(head.panel);
     head.panel.set_line(1, "Warning level for");
     head.panel.set_line(2, head.band_count != 0 ? level.band_title : level.title);
-    head.panel.set_line(3, head.left_marker + ("    " + value) + head.right_marker);
+    rows.draw(3, [&] {
+        const std::string value = value_text(level.item, head.amplifier.get_lim_item(level.item));
+        return head.left_marker + ("    " + value) + head.right_marker;
+    });
     head.panel.set_line(4, k_legend);
     if (head.warn_editing) {
         // The communication error screen may have put both out.
         lite_service(head, 1, 1);
         show_scroll_bar(head);
     }
+    rows.finish();
 }
 
 // In the adjust state; the ends are ends, as those of the scroll bar.

@@ -4,15 +4,20 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace ampdesk {
 
 class RunTimeError : public std::runtime_error {
   public:
-    RunTimeError(int number, const std::string& text) : std::runtime_error(text), number_(number) {}
+    RunTimeError(int number, const std::string& text, std::string detail = {})
+        : std::runtime_error(text), number_(number), detail_(std::move(detail)) {}
     int number() const { return number_; }
 
-    static RunTimeError overflow() { return {6, "Overflow"}; }
+    // One line below the text: what it is about, or what helps. May be empty.
+    const std::string& detail() const { return detail_; }
+
+    static RunTimeError overflow(const std::string& detail = {}) { return {6, "Overflow", detail}; }
     static RunTimeError type_mismatch() { return {13, "Type mismatch"}; }
     static RunTimeError file_not_found() { return {53, "File not found"}; }
     static RunTimeError disk_full() { return {61, "Disk full"}; }
@@ -27,6 +32,7 @@ class RunTimeError : public std::runtime_error {
 
   private:
     int number_;
+    std::string detail_;
 };
 
 }  // namespace ampdesk

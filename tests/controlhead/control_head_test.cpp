@@ -106,6 +106,13 @@ TEST_F(ControlHeadTest, HeadLivesBesideItsBoxes) {
              go_mute(k_status_request);
              head.press_key(0);
          }},
+        {"Overflow",
+         "JEX Amplifier 1234: forward power comes as a negative number; negative_words=signed in ampdesk.ini "
+         "accepts it",
+         [&] {
+             set_analog("1=-1");
+             visit(3);
+         }},
     };
     const auto answers = replies;
     folder.put("mhelp.txt", "no help\n");
@@ -134,7 +141,8 @@ TEST_F(ControlHeadTest, HeadLivesBesideItsBoxes) {
     }
 }
 
-// Catches a box of other words that is lost behind the one on the screen.
+// Catches a box of other words that is lost behind the one on the screen, and a value that cannot be shown
+// told again and again, or never again once it was good for a while.
 TEST_F(ControlHeadTest, EveryBoxOnceInItsTurn) {
     refusal = 3;
     person.on_ask = [&](const Message&) {
@@ -144,6 +152,22 @@ TEST_F(ControlHeadTest, EveryBoxOnceInItsTurn) {
     };
     head.press_hard_key(0);
     EXPECT_EQ(person.take_texts(), (Texts{"Remote Is Not On", "Invalid Data"}));
+
+    set_analog("3=-11200 6=-1350");
+    for (int i = 0; i < 3; ++i) head.press_key(3);
+    visit(12);
+    EXPECT_EQ(head.panel().line(2), "Eb  0.00kV          ") << "the other values are shown";
+    EXPECT_EQ(head.panel().line(3), std::string(20, ' ')) << "and what was so no longer is not";
+    ASSERT_EQ(person.messages.size(), 1U);
+    EXPECT_EQ(person.messages[0].text, "Overflow");
+    EXPECT_NE(person.messages[0].detail.find("filament current If"), std::string::npos);
+    set_analog("3=-11200");
+    visit(12);
+    head.press_key(4);
+    visit();
+    for (int i = 0; i < 3; ++i) head.press_key(3);
+    visit(12);
+    EXPECT_EQ(person.take_texts(), Texts(3, "Overflow")) << "the next item, and after another screen";
 }
 
 // Catches a visit that goes on with a head that has closed, or meddles with one that has no screen yet, and

@@ -145,13 +145,14 @@ TEST_F(HeadTest, GaugeFollowsTheForwardPower) {
     EXPECT_EQ(head.panel.gauge(), std::nullopt);
 }
 
-// A display torn by an overflow, and a text that is cut elsewhere than before the switch.
+// A level that cannot be read shown as the one before it, and a text that is cut elsewhere than before the
+// switch.
 TEST_F(HeadTest, OddRows) {
     reply_to(k_limits_request) = block("4=585");
     open(3, 0);
     reply_to(k_limits_request) = block("5=32768");
     press({3});
-    EXPECT_EQ(head.panel.line(2), "over forward power: ");
+    EXPECT_EQ(lines().substr(21, 41), "under forward power:|                    ");
     set_status(0, 0, 2, 1, 1);
     set_alarm("0,A text longer than it");
     updateLogic(head);

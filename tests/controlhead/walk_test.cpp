@@ -249,13 +249,13 @@ const Step k_troubles[] = {
 
 const Step k_errors[] = {
     {"visit", k_p_powers},
-    // The third overflow in a row is told, and it begins to count anew.
-    {"overflow on; visit; visit"},
+    // The third overflow in a row is told, once until the value was good again.
+    {"overflow on; visit; visit", "                    |                    |Transmit            |ATTN       HELP MORE"},
     {"visit; box Overflow"},
-    {"visit; visit; overflow off; visit; overflow on; visit; visit"},
+    {"visit; visit; visit; visit; visit; visit; overflow off; visit; overflow on; visit; visit"},
     {"visit; box Overflow"},
     // Silence is an error screen from the third failure in a row on.
-    {"clear; visit"},
+    {"clear; visit", k_p_powers},
     {"silent on; visit; silent off; visit; silent on; visit"},
     {"visit", k_error},
     // An amplifier that comes back with a bad value is no longer silent.
