@@ -61,10 +61,14 @@ void DisplayLine::paintEvent(QPaintEvent*) {
     glow.setAlpha(45);
 
     const QFontMetricsF metrics(font());
-    const int cell = width() / static_cast<int>(Panel::k_columns);
+    constexpr auto k_columns = static_cast<int>(Panel::k_columns);
+    const int cell = width() / k_columns;
     const double baseline = (height() - metrics.height()) / 2 + metrics.ascent();
     const QString line = text();
-    for (int column = 0; column < static_cast<int>(Panel::k_columns); ++column) {
+    // A value too wide for its field makes the line longer than the display: condensed, it is seen whole.
+    const int columns = std::max(k_columns, static_cast<int>(line.size()));
+    painter.scale(static_cast<double>(k_columns) / columns, 1);
+    for (int column = 0; column < columns; ++column) {
         const int left = column * cell;
         painter.fillRect(QRect(left, 1, cell - 1, height() - 2), unlit);
         if (column >= line.size() || line[column] == u' ')

@@ -21,7 +21,7 @@ class DisplayLine : public QLabel {
     // Line 1..4.
     DisplayLine(int line, QWidget* parent);
 
-    // Latin-1, 20 characters; what goes beyond them is not painted.
+    // Latin-1, 20 characters; a longer text is condensed to the same width.
     void show_text(const std::string& text);
     void show_look(const ScreenSettings& look);
 

@@ -243,6 +243,27 @@ TEST_F(HeadWindow, PanelKeepsItsSizeAndItsPlan) {
     EXPECT_LT(at("cmdHardkey(0)").x(), at("cmdHardkey(2)").x());
 }
 
+// A value wider than its field that loses its end, or pushes the beginning out.
+TEST_F(HeadWindow, ALineWiderThanTheDisplayIsSeenWhole) {
+    auto* line = child<QLabel>(machine, "lblDisplayA(0)");
+    const auto lit_columns = [&](const std::string& text) {
+        machine.head()->panel().set_line(1, text);
+        QApplication::processEvents();
+        const QImage picture = line->grab().toImage();
+        const int ground = line->palette().color(QPalette::Window).green();
+        std::vector<bool> lit(text.size());
+        for (int x = 0; x < picture.width(); ++x)
+            for (int y = 2; y < picture.height() - 2; ++y)
+                if (picture.pixelColor(x, y).green() > ground + 120)
+                    lit[static_cast<std::size_t>(x) * text.size() /
+                        static_cast<std::size_t>(picture.width())] = true;
+        return std::count(lit.begin(), lit.end(), true);
+    };
+    EXPECT_EQ(lit_columns(std::string(20, 'H')), 20);
+    EXPECT_EQ(lit_columns("HHHHHHHHHHHHHHHHHHHHHH"), 22);
+    EXPECT_EQ(lit_columns("                     H"), 1);
+}
+
 // Colours are stored with red in the low byte; taken the other way round, amber turns blue.
 TEST_F(HeadWindow, DisplayTakesItsColours) {
     ScreenSettings look;
