@@ -12,6 +12,7 @@
 
 #include "bench/watched_station.h"
 #include "platform/posix/posix_serial_port.h"
+#include "platform/posix/system_clock.h"
 #include "terminal/received_text.h"
 #include "terminal/terminal.h"
 
@@ -81,7 +82,8 @@ std::string random_bytes() {
 
 class Desk : public WatchedStation {
   public:
-    Desk(const std::string& folder, const std::string& device) : WatchedStation(folder, 3) {
+    Desk(SystemClock& system_clock, const std::string& folder, const std::string& device)
+        : WatchedStation(system_clock, folder, 3) {
         line_.add_watcher([this](const TerminalTraffic& t) { taken += t.sent ? 0 : t.bytes.size(); });
         terminal_.on_text = [this](std::string_view data) {
             const ShownText text = ShowData(shown.size(), data);
@@ -130,6 +132,14 @@ long memory_kib() {
     return usage.ru_maxrss;
 }
 
+// Every visit begins with the status.
+Intervals visit_intervals(Desk& desk) {
+    Intervals intervals;
+    for (const auto& [address, at] : desk.asked(k_status_request))
+        for (std::size_t i = 1; i < at.size(); ++i) intervals.add(at[i] - at[i - 1]);
+    return intervals;
+}
+
 void measure(Desk& desk, Flood& flood, const char* what, const std::string& bytes, double seconds) {
     const long memory = memory_kib();
     desk.forget();
@@ -139,7 +149,9 @@ void measure(Desk& desk, Flood& flood, const char* what, const std::string& byte
     desk.run(seconds);
     if (!bytes.empty())
         flood.stop();
-    print(what, desk.intervals_without());
+    const Intervals visits = visit_intervals(desk);
+    std::printf("%-42s mean %6.1f ms   least %6.1f ms   most %6.1f ms   (%zu intervals)\n", what,
+                visits.mean(), visits.least, visits.most, visits.count);
     std::printf("%-42s %.1f MB taken, %zu characters shown at most, %ld KiB more memory\n", "",
                 static_cast<double>(desk.taken) / 1e6, desk.longest, memory_kib() - memory);
 }
@@ -161,7 +173,8 @@ int main(int argc, char** argv) {
     }
     std::printf("Logic only: no windows, and a bus of this process that answers at once.\n");
     Flood flood;
-    Desk desk(folder, flood.device);
+    SystemClock clock;
+    Desk desk(clock, folder, flood.device);
     desk.run(1);
     measure(desk, flood, "three heads, nothing on the terminal", "", seconds);
     measure(desk, flood, "random bytes without end", random_bytes(), seconds);

@@ -1,80 +1,293 @@
-// How regularly the polling loop comes round and what it costs: a real station with 1, 4 and 16
-// control heads on the simulated bus of this process, on the machine's clock. The bus answers at
-// once and nothing is painted, so this measures the program's own logic, not a line or a window.
+// What the polling makes of a slow line: a real station on simulated amplifiers, each byte of a command
+// and of a reply paced, on a clock that only waits move. So a run is exact and the same every time. Last
+// the processor time, on the machine's clock. No window is painted.
 #include <cstdlib>
 #include <filesystem>
+#include <random>
+#include <utility>
 
 #include "bench/watched_station.h"
+#include "platform/posix/system_clock.h"
+#include "tests/support/manual_clock.h"
 
 using namespace ampdesk;
+using namespace std::chrono_literals;
 
 namespace {
 
-class Bench : public WatchedStation {
-  public:
-    using WatchedStation::WatchedStation;
+constexpr Duration k_turn_around = 5ms;
+constexpr int k_bits_a_byte = 10;  // 8N1
+constexpr int k_active = 1;        // the amplifier whose window the operator works in
+constexpr int k_falls_silent = 2;
+constexpr int k_looks = 24;  // two patient ones among them
+constexpr std::string_view k_hv_off{"\x10\x13"};
 
-    template <class Done>
-    void poll(double seconds, Done done) {
-        const Instant end = clock.now() + std::chrono::duration_cast<Duration>(Seconds(seconds));
-        while (clock.now() < end && !done()) {
-            const Duration wait = station.poll_windows();
-            if (wait > Duration::zero())
-                clock.sleep_until(clock.now() + wait);
+// Lets something happen at an instant on the way, in the middle of an exchange, too.
+class EventClock : public ManualClock {
+  public:
+    void sleep_until(Instant instant) override {
+        if (event_ && at_ <= instant) {
+            ManualClock::sleep_until(at_);
+            std::exchange(event_, nullptr)();
         }
+        ManualClock::sleep_until(instant);
     }
-    void poll(double seconds) {
-        poll(seconds, [] { return false; });
+    void happen(Instant at, std::function<void()> event) {
+        at_ = at;
+        event_ = std::move(event);
+    }
+    Instant next_event() const { return event_ ? at_ : Instant::max(); }
+
+  private:
+    Instant at_{};
+    std::function<void()> event_;
+};
+
+// The station as the main window drives it: a visit, the rest behind it, a key wherever events run.
+class Desk : public WatchedStation {
+  public:
+    Desk(EventClock& event_clock, const std::string& folder, int heads, Duration byte_time)
+        : WatchedStation(event_clock, folder, heads, byte_time, k_turn_around), events_(event_clock) {
+        on_events = [this] {
+            if (std::exchange(pressed_, false))
+                head(k_active).press_hard_key(1);
+        };
+    }
+
+    // Returns whether it was done before the limit.
+    template <class Done>
+    bool run(Duration limit, Done done) {
+        const Instant end = clock.now() + limit;
+        while (clock.now() < end && !done()) {
+            const Instant start = clock.now();
+            const Duration wait = station.poll_windows();
+            const Duration rest = std::min<Duration>((clock.now() - start) / 10, 100ms);
+            const Instant next = clock.now() + std::max(wait, rest);
+            on_events();
+            while (clock.now() < next) {
+                clock.sleep_until(std::min(next, events_.next_event()));
+                on_events();
+            }
+        }
+        return done();
+    }
+    void run(Duration length) {
+        run(length, [] { return false; });
+    }
+    void happen(Instant at, std::function<void()> event) { events_.happen(at, std::move(event)); }
+    void press_hv_off() { pressed_ = true; }
+    ControlHead& head(int address) { return *station.open_heads().at(static_cast<std::size_t>(address - 1)); }
+
+  private:
+    EventClock& events_;
+    bool pressed_ = false;
+};
+
+struct Figures {
+    Intervals status, active_display, other_displays, shutdown, hv_off, error_screen;
+
+    void print(int baud, int heads, const char* state) const {
+        std::printf("| %d | %d | %s | %.2f / %.2f s |", baud, heads, state, status.mean() / 1000,
+                    status.most / 1000);
+        for (const Intervals* longest : {&active_display, &other_displays, &shutdown, &hv_off})
+            std::printf(" %.2f s |", longest->most / 1000);
+        if (error_screen.count > 0)
+            std::printf(" %.2f s", error_screen.most / 1000);
+        std::printf(" |\n");
+        std::fflush(stdout);
     }
 };
 
-void measure_heads(const std::string& folder, int heads, double seconds) {
-    Bench bench(folder, heads);
-    bench.poll(1);
-    bench.forget();
-    const double before = processor_seconds();
-    bench.poll(seconds);
-    const double used = processor_seconds() - before;
-    const std::string what = "visit interval, " + std::to_string(heads) + (heads == 1 ? " head" : " heads");
-    print(what.c_str(), bench.intervals_without());
-    std::printf("%-42s %.2f %% of one core\n", "  processor time", 100 * used / seconds);
-}
+class Measurement {
+  public:
+    Measurement(const std::string& folder, int baud, int heads)
+        : baud_(baud), heads_(heads), desk_(clock_, folder, heads, Duration(1s) * k_bits_a_byte / baud) {
+        desk_.run(60s);
+    }
 
-void measure_silent_one(const std::string& folder, double seconds) {
-    constexpr int k_silent = 2;
-    Bench bench(folder, 4);
-    bench.poll(2);
-    bench.forget();
-    bench.make_fault("@2 silent on");
-    const auto head = bench.station.open_heads().at(k_silent - 1);
-    bench.poll(60, [&] { return head->silent(); });
-    print("one of four falls silent, the other three", bench.intervals_without(k_silent));
-    bench.forget();
-    bench.poll(std::max(seconds, 11.0));  // two looks at least
-    print("its error screen is up, the other three", bench.intervals_without(k_silent));
-    bench.make_fault("@2 silent off");
-    bench.poll(10, [&] { return !head->silent(); });
-    std::printf("%-42s %s\n", "it answers again", head->silent() ? "not found" : "found");
+    void at_rest() {
+        Figures figures;
+        const Instant start = clock_.now();
+        desk_.run(200s);
+        add_intervals(figures, start, clock_.now(), false);
+        round_ = std::chrono::duration_cast<Duration>(Seconds(figures.status.mean() / 1000));
+        for (int i = 0; i < 60; ++i) {
+            shut_down_within(figures, round_);
+            press_within(figures, round_);
+        }
+        figures.print(baud_, heads_, "at rest");
+    }
+
+    void one_falls_silent() {
+        Figures figures;
+        Duration length{};
+        for (int i = 0; i < 10; ++i) {
+            const Instant start = fall_silent();
+            length = clock_.now() - start;
+            figures.error_screen.add(length);
+            answer_again();
+            add_intervals(figures, start, start + length, true);
+        }
+        for (int i = 0; i < 40; ++i) {
+            fall_silent([&] { shut_down_within(figures, length); });
+            answer_again();
+            fall_silent([&] { press_within(figures, length); });
+            answer_again();
+        }
+        figures.print(baud_, heads_, "one falls silent");
+    }
+
+    void one_is_silent() {
+        fall_silent();
+        desk_.run(round_);  // what was held up has come round
+        Figures figures;
+        const Instant start = clock_.now();
+        desk_.forget();
+        desk_.run(3600s, [&] {
+            const auto& looks = desk_.asked(k_status_request);
+            return looks.contains(k_falls_silent) && looks.at(k_falls_silent).size() >= k_looks;
+        });
+        add_intervals(figures, start, clock_.now(), false);
+        const Duration to_patient_look = (clock_.now() - start) / 2;
+        for (int i = 0; i < 60; ++i) shut_down_within(figures, to_patient_look);
+        for (int i = 0; i < k_looks; ++i) press_during_look(figures);
+        figures.print(baud_, heads_, "its error screen is up");
+    }
+
+  private:
+    bool silent() { return desk_.head(k_falls_silent).silent(); }
+
+    // Some time within a round; returns when, as soon as the error screen is up.
+    Instant fall_silent(const std::function<void()>& meanwhile = {}) {
+        desk_.forget();
+        desk_.run(2 * round_);
+        std::optional<Instant> fallen;
+        desk_.happen(moment_within(round_), [&] {
+            desk_.make_fault("@2 silent on");
+            fallen = clock_.now();
+        });
+        desk_.run(60s, [&] { return fallen.has_value(); });
+        if (meanwhile)
+            meanwhile();
+        if (!desk_.run(300s, [&] { return silent(); }))
+            std::printf("no error screen\n");
+        return *fallen;
+    }
+
+    void answer_again() {
+        desk_.make_fault("@2 silent off");
+        if (!desk_.run(300s, [&] { return !silent(); }))
+            std::printf("not found again\n");
+    }
+
+    // All that lie within the time, or with `touching` all that a part of does.
+    void add_intervals(Figures& figures, Instant from, Instant to, bool touching) {
+        const auto add = [&](const std::vector<Instant>& at, Intervals& intervals) {
+            for (std::size_t i = 1; i < at.size(); ++i)
+                if (touching ? at[i] > from && at[i - 1] < to : at[i - 1] >= from && at[i] <= to)
+                    intervals.add(at[i] - at[i - 1]);
+        };
+        for (const auto& [address, at] : desk_.asked(k_status_request))
+            if (address != k_falls_silent)
+                add(at, figures.status);
+        for (const auto& [address, at] : desk_.asked(k_analog_request))
+            if (address != k_falls_silent)
+                add(at, address == k_active ? figures.active_display : figures.other_displays);
+    }
+
+    // How long after that moment the amplifier is asked so.
+    void add_delay(Intervals& intervals, Instant moment, int address, std::string_view command) {
+        const auto asked = [&] {
+            const auto& at = desk_.asked(command);
+            return at.contains(address) && at.at(address).back() >= moment;
+        };
+        if (desk_.run(300s, asked))
+            intervals.add(desk_.asked(command).at(address).back() - moment);
+        else
+            std::printf("an order was lost\n");
+    }
+
+    void shut_down_within(Figures& figures, Duration length) {
+        const int number = 1 + static_cast<int>(random_() % static_cast<unsigned>(heads_ - 1));
+        const int address = number < k_falls_silent ? number : number + 1;
+        const std::string amplifier = "@" + std::to_string(address);
+        const Instant moment = moment_within(length);
+        desk_.happen(moment, [&] { desk_.make_fault(amplifier + " helix"); });
+        add_delay(figures.shutdown, moment, address, k_shutdown_request);
+        desk_.make_fault(amplifier + " clear");
+        desk_.run(round_ + 1s);
+    }
+
+    void press_within(Figures& figures, Duration length) {
+        const Instant moment = moment_within(length);
+        desk_.happen(moment, [&] { desk_.press_hv_off(); });
+        add_delay(figures.hv_off, moment, k_active, k_hv_off);
+        desk_.run(1s);
+    }
+
+    // When a look has just begun, an order waits longest.
+    void press_during_look(Figures& figures) {
+        std::optional<Instant> moment;
+        desk_.bus.on_traffic = [&](const BusTraffic& traffic) {
+            if (moment || !traffic.sent || traffic.address != k_falls_silent)
+                return;
+            moment = moment_within(100ms);
+            desk_.happen(*moment, [&] { desk_.press_hv_off(); });
+        };
+        desk_.run(300s, [&] { return moment.has_value(); });
+        desk_.bus.on_traffic = nullptr;
+        add_delay(figures.hv_off, *moment, k_active, k_hv_off);
+    }
+
+    Instant moment_within(Duration length) {
+        return clock_.now() + std::chrono::duration_cast<Duration>(
+                                  length * (static_cast<double>(random_()) / std::minstd_rand::max()));
+    }
+
+    int baud_;
+    int heads_;
+    EventClock clock_;
+    Desk desk_;
+    Duration round_ = 500ms;
+    std::minstd_rand random_;
+};
+
+// On the machine's clock, so that falling asleep and waking up are in it.
+void measure_processor_time(const std::string& folder, int heads) {
+    SystemClock clock;
+    WatchedStation idle(clock, folder, heads);
+    const auto run = [&](Duration length) {
+        for (const Instant end = clock.now() + length; clock.now() < end;)
+            clock.sleep_until(clock.now() + idle.station.poll_windows());
+    };
+    run(1s);
+    const double before = processor_seconds();
+    constexpr std::chrono::seconds k_length = 10s;
+    run(k_length);
+    std::printf("| %2d | %.1f %% of one core |\n", heads,
+                100 * (processor_seconds() - before) / Seconds(k_length).count());
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    double seconds = 10;
-    if (argc == 3 && std::string(argv[1]) == "--seconds")
-        seconds = std::atof(argv[2]);
-    if (seconds <= 0 || (argc != 1 && argc != 3)) {
-        std::fprintf(stderr, "Usage: bench_polling [--seconds N]\n");
-        return 2;
-    }
+int main() {
     std::string folder = (std::filesystem::temp_directory_path() / "bench_polling-XXXXXX").string();
     if (mkdtemp(folder.data()) == nullptr) {
         std::perror("bench_polling");
         return 1;
     }
-    std::printf("Logic only: no windows, and a bus of this process that answers at once.\n");
-    for (const int heads : {1, 4, 16}) measure_heads(folder, heads, seconds);
-    measure_silent_one(folder, seconds);
+    std::printf(
+        "| baud | amplifiers | | status | active display | other displays | shutdown | HV Off | "
+        "error screen |\n|---|---|---|---|---|---|---|---|---|\n");
+    for (const int baud : {9600, 19200})
+        for (const int heads : {4, 16, 99}) {
+            Measurement measurement(folder, baud, heads);
+            measurement.at_rest();
+            measurement.one_falls_silent();
+            measurement.one_is_silent();
+        }
+    std::printf("\n| amplifiers | processor time on a bus that answers at once |\n|---|---|\n");
+    for (const int heads : {4, 16}) measure_processor_time(folder, heads);
     std::filesystem::remove_all(folder);
     return 0;
 }

@@ -1,11 +1,12 @@
-// A real station on the simulated bus of this process that notes when which amplifier was visited, on
-// the machine's clock. For the benchmarks that watch the polling loop.
+// A real station on the simulated bus of this process that notes when which amplifier was asked for
+// what. For the benchmarks that watch the polling loop.
 #pragma once
 
 #include <sys/resource.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,23 +17,25 @@
 #include "demo/demonstration.h"
 #include "demo/faults.h"
 #include "demo/sim_port.h"
-#include "platform/posix/system_clock.h"
 #include "shell/station.h"
 
 namespace ampdesk {
 
 using Seconds = std::chrono::duration<double>;
 
-// Notes when which amplifier is asked for its status, with which every visit begins.
+// By unit address.
+using Instants = std::map<int, std::vector<Instant>>;
+
 class NotingPort : public demo::SimPort {
   public:
     NotingPort(demo::SimBus& bus, Clock& clock) : SimPort(bus, clock), clock_(clock) {}
     PortError write(std::string_view bytes, Instant deadline) override {
-        if (bytes[0] == k_soh && bytes.substr(3, 1) == k_status_request)
-            visits[bytes[1]].push_back(clock_.now());
+        if (bytes[0] == k_soh)
+            asked[std::string(bytes.substr(3, static_cast<unsigned char>(bytes[2])))][bytes[1]].push_back(
+                clock_.now());
         return SimPort::write(bytes, deadline);
     }
-    std::map<int, std::vector<Instant>> visits;
+    std::map<std::string, Instants, std::less<>> asked;  // by command
 
   private:
     Clock& clock_;
@@ -42,14 +45,12 @@ struct Intervals {
     std::size_t count = 0;
     double least = 1e9, most = 0, sum = 0;  // milliseconds
 
-    void add(const std::vector<Instant>& visits) {
-        for (std::size_t i = 1; i < visits.size(); ++i) {
-            const double length = Seconds(visits[i] - visits[i - 1]).count() * 1000;
-            least = std::min(least, length);
-            most = std::max(most, length);
-            sum += length;
-            ++count;
-        }
+    void add(Duration interval) {
+        const double length = Seconds(interval).count() * 1000;
+        least = std::min(least, length);
+        most = std::max(most, length);
+        sum += length;
+        ++count;
     }
     double mean() const { return count > 0 ? sum / static_cast<double>(count) : 0; }
 };
@@ -65,30 +66,45 @@ inline double processor_seconds() {
 
 class WatchedStation {
   public:
-    WatchedStation(const std::string& folder, int heads) {
+    // With a byte time of 0 the bus answers at once; else the line carries one byte at a time, either way,
+    // and an amplifier takes that turn-around to begin its answer.
+    WatchedStation(Clock& station_clock, const std::string& folder, int heads, Duration byte_time = {},
+                   Duration turn_around = {})
+        : clock(station_clock), sim_(clock, byte_time) {
+        if (byte_time > Duration::zero())
+            sim_.pace_commands(turn_around);
         demo::add_demonstration(sim_, heads);
         services_.options.folder = folder;
         services_.options.negative_words_signed = true;
         station.auto_open_dat_files(demo::write_demonstration_files(folder, heads));
     }
 
-    // Of all amplifiers but that one, since the last call of forget().
-    Intervals intervals_without(int address = 0) const {
-        Intervals all;
-        for (const auto& [visited, visits] : port_.visits)
-            if (visited != address)
-                all.add(visits);
-        return all;
+    // When each amplifier was asked so, since the last call of forget().
+    const Instants& asked(std::string_view command) {
+        return port_.asked.try_emplace(std::string(command)).first->second;
     }
-    void forget() { port_.visits.clear(); }
+    void forget() { port_.asked.clear(); }
     void make_fault(const std::string& line) { demo::make_fault(sim_, line); }
 
-    SystemClock clock;
+    Clock& clock;
 
   private:
-    demo::SimBus sim_{clock};
+    demo::SimBus sim_;
     NotingPort port_{sim_, clock};
-    Nobody person_;
+
+  protected:
+    // Called wherever the program lets events run.
+    std::function<void()> on_events;
+
+  private:
+    struct Absent : Nobody {
+        explicit Absent(const std::function<void()>& event_loop) : events(event_loop) {}
+        void let_events_run() override {
+            if (events)
+                events();
+        }
+        const std::function<void()>& events;
+    } person_{on_events};
 
   public:
     BusLink bus{port_, clock, person_};
@@ -99,10 +115,5 @@ class WatchedStation {
   public:
     Station station{services_};
 };
-
-inline void print(const char* what, const Intervals& intervals) {
-    std::printf("%-42s mean %6.1f ms   least %6.1f ms   most %6.1f ms   (%zu intervals)\n", what,
-                intervals.mean(), intervals.least, intervals.most, intervals.count);
-}
 
 }  // namespace ampdesk

@@ -15,6 +15,11 @@ SimAmplifier& SimBus::add(const SimModel& model) {
     return *amplifiers_.emplace_back(std::make_unique<SimAmplifier>(model, clock_));
 }
 
+void SimBus::pace_commands(Duration turn_around) {
+    command_byte_time_ = byte_time_;
+    turn_around_ = turn_around;
+}
+
 SimAmplifier* SimBus::find(int address) const {
     const auto found = std::find_if(amplifiers_.begin(), amplifiers_.end(), [&](const auto& amplifier) {
         return amplifier->model().address == address;
@@ -23,6 +28,7 @@ SimAmplifier* SimBus::find(int address) const {
 }
 
 void SimBus::receive(std::string_view bytes) {
+    heard_ = clock_.now() + command_byte_time_ * bytes.size() + turn_around_;
     for (const Request& request : finder_.feed(bytes)) {
         SimAmplifier* amplifier = find(request.address);
         if (amplifier != nullptr && !amplifier->line.silent)
@@ -64,7 +70,7 @@ std::string SimBus::stray_bytes(bool text) {
 
 void SimBus::send(LineFaults& faults, const std::string& bytes) {
     const bool held_back = faults.delay.count() > 0 || faults.late.count() > 0;
-    Instant at = clock_.now() + faults.delay + faults.late;
+    Instant at = heard_ + faults.delay + faults.late;
     faults.late = {};
     const Duration gap = std::max<Duration>(faults.drip, byte_time_);
     if (gap == Duration{}) {

@@ -19,13 +19,18 @@ namespace ampdesk::demo {
 
 class SimBus {
   public:
-    // `byte_time` is how long one byte of a reply takes; with 0 a reply is there at once.
+    // `byte_time` is how long one byte of a reply takes; with 0 a reply is there at once. A command is
+    // always heard at once, unless pace_commands says otherwise.
     explicit SimBus(const Clock& clock, Duration byte_time = {}, CrcParameters crc = {});
     SimBus(const SimBus&) = delete;
     SimBus& operator=(const SimBus&) = delete;
 
     // Hangs one more amplifier on the bus. Its address must be free.
     SimAmplifier& add(const SimModel& model);
+
+    // From now on a command's bytes take their time, too, and the reply begins that long after the last
+    // of them. What the command says is carried out, and what it reads is read, at its first byte.
+    void pace_commands(Duration turn_around);
 
     // Null when no amplifier has that address.
     SimAmplifier* find(int address) const;
@@ -51,6 +56,9 @@ class SimBus {
 
     const Clock& clock_;
     Duration byte_time_;
+    Duration command_byte_time_{};
+    Duration turn_around_{};
+    Instant heard_;  // when the reply to what came in last may begin
     Crc16 crc_;
     RequestFinder finder_;
     std::minstd_rand random_;

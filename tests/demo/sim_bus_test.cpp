@@ -79,7 +79,8 @@ TEST_F(BusTest, HearsRequestsAfterAnyAmountOfNoise) {
     EXPECT_EQ(answer(hex_bytes(k_ask_1)), k_status_1);
 }
 
-// Bytes that come faster than the line carries them, and replies that run into one another.
+// Bytes that come faster than the line carries them, replies that run into one another, and a reply
+// that begins before the command can have been heard.
 TEST_F(BusTest, PacesTheBytesOfReplies) {
     SimBus slow(clock, 1ms);
     slow.add({.address = 1, .noise = 0});
@@ -95,6 +96,9 @@ TEST_F(BusTest, PacesTheBytesOfReplies) {
     clock.advance(1ms);
     EXPECT_EQ(slow.take_due().size(), 1U);
     EXPECT_FALSE(slow.next_due());
+    slow.pace_commands(5ms);
+    slow.receive(hex_bytes(k_ask_1));
+    EXPECT_EQ(*slow.next_due() - clock.now(), 6ms + 5ms + 1ms);
 }
 
 struct PortTest : BusTest {
