@@ -17,9 +17,12 @@ std::string path_in(const std::string& folder) {
 }
 
 std::string display_text(const std::string& line) {
-    const std::size_t quote = line.find('"');
-    const std::size_t start = quote == std::string::npos ? 0 : quote + 1;
-    return left_aligned(std::string_view(line).substr(start, Panel::k_columns), Panel::k_columns);
+    std::string_view text = line;
+    if (const std::size_t opening = text.find('"'); opening != std::string_view::npos) {
+        const std::size_t closing = text.rfind('"');
+        text = text.substr(opening + 1, closing > opening ? closing - opening - 1 : std::string_view::npos);
+    }
+    return left_aligned(text.substr(0, Panel::k_columns), Panel::k_columns);
 }
 
 Lines section_of(const Lines& file, int screen) {

@@ -2,7 +2,8 @@
 //
 //   first line  contains "machine help"
 //   section     a line whose leading number is the status screen's, its text lines, "[END]"
-//   text line   the 20 characters after the first double quote, or from the start without one
+//   text line   what stands between its first double quote and its last, 20 characters at most; to the
+//               end without a closing quote, and from the start without any
 #pragma once
 
 #include <optional>

@@ -45,6 +45,8 @@ TEST_F(HelpPages, TheFileInAllShapes) {
         {"the machine help file\n 3 temperatures\nabc\n[END]\n", 1, abc},
         {"machine help\n1\n\"one\n[END]\n3\n\"abc\n\"\x01\n[END]\n4\n\"four\n", 2, abc},
         {"machine help\n3\n\"abc", 1, abc},
+        {"machine help\n3\nx \"abc\" more\n", 1, abc},
+        {"machine help\n3\n\"say \"hi\" now\" more\n", 1, "say \"hi\" now        "},
         {"machine help\n4\n\"four\n[END]\n", 0, ""},
         {numbered(150), 100, "line 0              "},
         {numbered(100'000), 100, "line 0              "},
