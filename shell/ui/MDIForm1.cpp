@@ -12,7 +12,6 @@
 
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
-#include "platform/text_file.h"
 #include "shell/ui/arrange.h"
 
 namespace ampdesk {
@@ -346,7 +345,7 @@ void MDIForm1::show_help(HelpViewer::Page page) {
     person_.set_busy_pointer(true);
     if (!help_)
         help_ = std::make_unique<HelpViewer>(
-            from_utf8(file_exists("ampdesk.hlp") ? "." : options_.shipped_folder));
+            QStringList{QStringLiteral("."), from_utf8(options_.shipped_folder)});
     const QString failure = help_->failure();
     if (failure.isEmpty())
         help_->show_page(page);

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHelpContentWidget>
 #include <QHelpEngine>
 #include <QHelpIndexWidget>
@@ -38,6 +39,24 @@ class HelpBrowser : public QTextBrowser {
     QHelpEngine& engine_;
 };
 
+// The two files of the first folder that has both, else those of the last. The name is also known in
+// another spelling.
+QStringList manual_in(const QStringList& folders) {
+    QStringList files;
+    for (const QString& folder : folders) {
+        const QDir from(folder);
+        files.clear();
+        for (const QString& suffix : {QStringLiteral("hlp"), QStringLiteral("qch")}) {
+            const QString usual = from.filePath(QStringLiteral("ampdesk.") + suffix);
+            const QString other = from.filePath(QStringLiteral("ampdesk.") + suffix.toUpper());
+            files << (!QFile::exists(usual) && QFile::exists(other) ? other : usual);
+        }
+        if (std::all_of(files.begin(), files.end(), [](const QString& file) { return QFile::exists(file); }))
+            break;
+    }
+    return files;
+}
+
 QUrl first_page(QHelpEngine& engine) {
     const QList<QUrl> pages =
         engine.files(QStringLiteral("ampdesk.manual"), QString(), QStringLiteral("html"));
@@ -46,14 +65,13 @@ QUrl first_page(QHelpEngine& engine) {
 
 }  // namespace
 
-HelpViewer::HelpViewer(const QString& folder, QWidget* parent)
+HelpViewer::HelpViewer(const QStringList& folders, QWidget* parent)
     : QMainWindow(parent), copy_(std::make_unique<QTemporaryDir>()) {
     setWindowTitle(QStringLiteral("JEX Remote Control - Help"));
-    const QDir from(folder);
-    for (const QString& name : {QStringLiteral("ampdesk.hlp"), QStringLiteral("ampdesk.qch")}) {
-        if (QFile::copy(from.filePath(name), copy_->filePath(name)))
+    for (const QString& file : manual_in(folders)) {
+        if (QFile::copy(file, copy_->filePath(QFileInfo(file).fileName().toLower())))
             continue;
-        failure_ = from.filePath(name) + QStringLiteral(" cannot be read");
+        failure_ = file + QStringLiteral(" cannot be read");
         return;
     }
     engine_ = std::make_unique<QHelpEngine>(copy_->filePath(QStringLiteral("ampdesk.hlp")));

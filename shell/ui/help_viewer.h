@@ -2,7 +2,7 @@
 #pragma once
 
 #include <QMainWindow>
-#include <QString>
+#include <QStringList>
 #include <memory>
 
 class QHelpEngine;
@@ -19,9 +19,10 @@ class HelpViewer : public QMainWindow {
   public:
     enum class Page { contents, index, search };
 
-    // Opens "ampdesk.hlp" of that folder. The files are copied to a temporary folder first, because
-    // the search keeps its index beside them and the program's folder may not be written to.
-    explicit HelpViewer(const QString& folder, QWidget* parent = nullptr);
+    // Opens "ampdesk.hlp" of the first of the folders, of which there is one at least, that has its
+    // companion "ampdesk.qch", too. The files are copied to a temporary folder first, because the search
+    // keeps its index beside them and the program's folder may not be written to.
+    explicit HelpViewer(const QStringList& folders, QWidget* parent = nullptr);
     ~HelpViewer() override;
 
     // Empty when the manual opened, else one line for the operator.

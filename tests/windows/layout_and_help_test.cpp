@@ -53,7 +53,13 @@ TEST_F(Layout, ComesBackAtTheNextStart) {
     EXPECT_EQ(windows[1]->geometry(), QRect(33, 44, 570, 290));
 }
 
-using Help = Desk;
+struct Help : Desk {
+    Help()
+        : Desk(nullptr, {},
+               {.version = "1", .gauge = {30, 60}, .shipped_folder = "shipped", .amplifier_files = {}}) {
+        std::filesystem::create_directory("shipped");
+    }
+};
 
 // A viewer without pages, a menu item that shows the wrong part, a failure that is not told.
 TEST_F(Help, ShowsTheManualOrTellsWhy) {
@@ -63,8 +69,14 @@ TEST_F(Help, ShowsTheManualOrTellsWhy) {
     });
     form.mnuHelpItem_Click(0);
 
-    for (const QString& name : {QStringLiteral("ampdesk.hlp"), QStringLiteral("ampdesk.qch")})
-        ASSERT_TRUE(QFile::copy(QStringLiteral(MANUAL_FOLDER "/") + name, name));
+    person.on_ask = [](const Message& message) {
+        ADD_FAILURE() << message.text << ": " << message.detail;
+        return Answer::ok;
+    };
+    // Alone in the program's folder, it is another program's or has lost its pages.
+    folder.put("ampdesk.hlp", "");
+    std::filesystem::copy(MANUAL_FOLDER "/ampdesk.hlp", "shipped");
+    std::filesystem::copy(MANUAL_FOLDER "/ampdesk.qch", "shipped");
     form.mnuHelpItem_Click(1);
     QWidget* viewer = nullptr;
     for (QWidget* window : QApplication::topLevelWidgets())
@@ -76,6 +88,9 @@ TEST_F(Help, ShowsTheManualOrTellsWhy) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return contents->model()->rowCount() > 10; }));
     EXPECT_FALSE(viewer->findChild<QTextBrowser*>()->toPlainText().isEmpty());
     form.close();
+
+    std::filesystem::rename("shipped/ampdesk.hlp", "shipped/ampdesk.HLP");
+    EXPECT_EQ(HelpViewer({QStringLiteral("shipped")}).failure(), QString());
 }
 
 }  // namespace
