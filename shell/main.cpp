@@ -70,6 +70,19 @@ class BusPort {
     std::unique_ptr<SerialPort> port_;
 };
 
+std::vector<Message> notices(const SiteConfigurationReport& site, bool folder_locked) {
+    std::vector<Message> all;
+    if (!folder_locked)
+        all.push_back({.text = "The program's folder cannot be written",
+                       .detail = QDir::currentPath().toStdString() + ": settings will not be kept"});
+    std::string warnings;
+    for (const std::string& warning : site.warnings) warnings += (warnings.empty() ? "" : "\n") + warning;
+    if (!warnings.empty())
+        all.push_back({.text = "Some settings of ampdesk.ini are not understood; their defaults are used",
+                       .detail = warnings});
+    return all;
+}
+
 // Runs in the program's folder, which is the current one and is this process's alone.
 int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     SystemClock clock;
@@ -86,6 +99,7 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     options.shipped_folder = services.options.shipped_folder;
     options.amplifier_files = line.amplifier_files;
     for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
+    options.notices = notices(site, locked);
     QPointer<demo::frmFault> faults;  // the main window's, made when it is first asked for
     if (line.demo) {
         options.make_fault = [&](QWidget& parent, int unit_address) {
@@ -105,17 +119,7 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     form.show();
 
     // Boxes belong inside the event loop, where a signal to quit closes them.
-    QTimer::singleShot(0, &form, [&] {
-        if (!locked)
-            person.notify("The program's folder cannot be written",
-                          QDir::currentPath().toStdString() + ": settings will not be kept");
-        std::string warnings;
-        for (const std::string& warning : site.warnings) warnings += (warnings.empty() ? "" : "\n") + warning;
-        if (!warnings.empty())
-            person.notify("Some settings of ampdesk.ini are not understood; their defaults are used",
-                          warnings);
-        form.load();
-    });
+    QTimer::singleShot(0, &form, &MDIForm1::load);
     const int result = QApplication::exec();
     person.retire();
     form.shut_down();

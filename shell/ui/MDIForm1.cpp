@@ -156,7 +156,7 @@ void MDIForm1::load() {
         terminal_->load_settings();
     } catch (const RunTimeError& error) {
         person_.notify(error.what(), "ampdesk.dat");
-        return;
+        return tell_notices();
     }
     TimerFileAutoOpen_.start(0);
 }
@@ -165,6 +165,11 @@ void MDIForm1::TimerFileAutoOpen_Timer() {
     station_.auto_open_dat_files(options_.amplifier_files);
     // Only now: where both are set to the same port, the amplifiers come first.
     terminal_->open_at_start();
+    tell_notices();
+}
+
+void MDIForm1::tell_notices() {
+    for (const Message& notice : std::exchange(options_.notices, {})) person_.ask(notice);
 }
 
 frmMachine* MDIForm1::active_machine() const {

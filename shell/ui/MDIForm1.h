@@ -36,6 +36,9 @@ struct MDIForm1Options {
     std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
     std::vector<std::string> models{};         // the site's own designations, in the order of its file
 
+    // Told at the start, in this order, after all amplifiers have been opened: a box may stand for hours.
+    std::vector<Message> notices{};
+
     // Tools > Make A Fault, for the active amplifier. Without it the item sleeps.
     std::function<void(QWidget& parent, int unit_address)> make_fault{};
     // Another amplifier has become the active one, or none is open any more.
@@ -88,6 +91,7 @@ class MDIForm1 : public QMainWindow {
     void follow_active();
     void poll();
     void TimerFileAutoOpen_Timer();
+    void tell_notices();
     void show_help(HelpViewer::Page page);
     void show_about();
 
