@@ -76,6 +76,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
     station_.on_window_closed = [this](ControlHead& head) { window_closed(head); };
     person_.on_status = [this](const QString& text) { show_status(text); };
     bus_.port().on_connection_change = [this](bool connected) {
+        bus_lost_ = !connected;
         show_status(from_utf8(bus_.settings().port_name) +
                     (connected ? QStringLiteral(" connected again")
                                : QStringLiteral(" connection lost, trying again")));
@@ -244,10 +245,20 @@ void MDIForm1::poll() {
     const auto wait = std::chrono::ceil<milliseconds>(station_.poll_windows());
     const milliseconds rest(visit.elapsed() / k_visit_to_rest);
     trouble_->follow(station_);
+    follow_bus_line();
     if (machines_.empty())
         poll_timer_.stop();
     else
         poll_timer_.start(std::max(wait, std::min(rest, k_longest_rest)));
+}
+
+// A lost line that has been given up for another one, or closed, says nothing of that itself.
+void MDIForm1::follow_bus_line() {
+    if (!bus_lost_ || (bus_.port().is_open() && !bus_.port().is_connected()))
+        return;
+    bus_lost_ = false;
+    show_status(from_utf8(bus_.settings().port_name) +
+                (bus_.port().is_open() ? QStringLiteral(" connected") : QStringLiteral(" closed")));
 }
 
 void MDIForm1::shut_down() {
@@ -304,6 +315,7 @@ void MDIForm1::mnuMachineItem_Click(int index) {
         default:
             break;
     }
+    follow_bus_line();
 }
 
 void MDIForm1::mnuToolsItem_Click(int index) {
@@ -311,6 +323,7 @@ void MDIForm1::mnuToolsItem_Click(int index) {
         set_up_.line();
     if (index == 3)
         tools_.interactive();
+    follow_bus_line();
 }
 
 void MDIForm1::mnuToolsSram_Click(int index) {

@@ -92,6 +92,7 @@ class MDIForm1 : public QMainWindow {
     void poll();
     void TimerFileAutoOpen_Timer();
     void tell_notices();
+    void follow_bus_line();
     void show_help(HelpViewer::Page page);
     void show_about();
 
@@ -114,6 +115,7 @@ class MDIForm1 : public QMainWindow {
     HeadKeys* keys_ = nullptr;
     std::vector<frmMachine*> machines_;  // in the order in which they were opened
     std::optional<int> active_address_;
+    bool bus_lost_ = false;  // as the operator was told last
     QTimer poll_timer_;
     QTimer TimerFileAutoOpen_;
 };

@@ -113,11 +113,11 @@ void TerminalControl::use_settings(const TerminalSettings& chosen) {
     const PortSettings wanted = port_settings(chosen, bus_.ports());
     if (!chosen.port) {
         line_.close();
-        return;
+        return tell_line();
     }
     if (line_.is_open() && line_.settings() == wanted)
-        return;
-    const PortResult result = line_.open(wanted);
+        return tell_line();
+    const PortResult result = open_line(wanted);
     if (!result.ok())
         person_.notify("The terminal's port could not be opened", result.cause);
 }

@@ -32,7 +32,11 @@ TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine
       log_(line.clock()),
       form2_(new Form2(&window)),
       transfers_(
-          window, line, bus, person, [this] { return line_free(); }, [this] { arm(); }) {
+          window, line, bus, person, [this] { return line_free(); },
+          [this] {
+              tell_line();
+              arm();
+          }) {
     terminal_.is_visible = [this] { return Term_.isVisible(); };
     terminal_.may_exchange = [this] { return !person_.letting_events_run(); };
     terminal_.on_text = [this](std::string_view text) { Term_.ShowData(text); };
@@ -95,9 +99,29 @@ void TerminalControl::open_at_start() {
                      QStringLiteral(" is used by the amplifier bus, the terminal stays closed"));
         return;
     }
-    const PortResult result = line_.open(wanted);
+    open_line(wanted);
+}
+
+PortResult TerminalControl::open_line(const PortSettings& wanted) {
+    PortResult result = line_.open(wanted);
+    line_name_ = port_name();
     if (!result.ok())
-        show_status_(port_name() + u' ' + from_utf8(result.cause));
+        show_status_(line_name_ + u' ' + from_utf8(result.cause));
+    return result;
+}
+
+// What is so of the line now replaces what was so, or has happened, before.
+void TerminalControl::tell_line() {
+    if (line_.is_open())
+        line_name_ = port_name();
+    if (line_name_.isEmpty())
+        show_status_({});
+    else if (!line_.is_open())
+        show_status_(line_name_ + QStringLiteral(" closed"));
+    else if (line_.is_connected())
+        show_status_(line_name_ + QStringLiteral(" connected"));
+    else
+        show_status_(line_name_ + QStringLiteral(" connection lost, trying again"));
 }
 
 void TerminalControl::pump() {
@@ -121,12 +145,7 @@ void TerminalControl::arm() {
 
 void TerminalControl::line_changed() {
     terminal_.line_changed();
-    const bool lost = line_.is_open() && !line_.is_connected();
-    if (lost)
-        show_status_(port_name() + QStringLiteral(" connection lost, trying again"));
-    else if (line_.is_open() && !connected_)
-        show_status_(port_name() + QStringLiteral(" connected"));
-    connected_ = line_.is_connected();
+    tell_line();
     watch_descriptor();
     follow_state();
     arm();

@@ -61,6 +61,8 @@ class TerminalControl : public QObject {
     void follow_state();
     QAction* menu_item(const char* array, int index) const;
     QString port_name() const;
+    PortResult open_line(const PortSettings& wanted);
+    void tell_line();
     bool line_free();
     void edit_settings();
     void use_settings(const TerminalSettings& chosen);
@@ -90,9 +92,9 @@ class TerminalControl : public QObject {
     QTimer timer_;
     QTimer close_timer_;
     Instant close_by_{};
-    bool connected_ = false;  // as the operator was told last
-    bool telling_ = false;    // the box of an error is open or about to
-    bool gave_up_ = false;    // output that could not be sent no longer holds up the closing
+    QString line_name_;     // of the port that was opened last, or tried
+    bool telling_ = false;  // the box of an error is open or about to
+    bool gave_up_ = false;  // output that could not be sent no longer holds up the closing
 };
 
 }  // namespace ampdesk

@@ -146,6 +146,16 @@ TEST_F(MainWindow, ClosingTheLastWindowEndsThePolling) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return frames_sent[2] > 8; }));
 }
 
+// The status label goes on telling of a lost line that has been given up for another.
+TEST_F(MainWindow, ALostLineIsNotToldOfForEver) {
+    open(1);
+    port.on_connection_change(false);
+    auto* status = child<QLabel>(form, "StatusLabel");
+    EXPECT_EQ(status->text(), QStringLiteral("COM1: connection lost, trying again"));
+    link.open_bus_port("COM3:", 9600, 0, 8, 1);
+    EXPECT_TRUE(comes([&] { return status->text() == u"COM3: connected"; }));
+}
+
 // A file of another kind under the settings' name that does not stop the start of the amplifiers, or a
 // start-up timer that does not go off; a notice that holds the amplifiers up, or is never told.
 TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {

@@ -201,6 +201,7 @@ TEST_F(TerminalWindow, AnErrorOffersToCloseThePort) {
     for (int i = 0; i < 2; ++i) QTest::keyClick(Term, Qt::Key_V, Qt::ControlModifier);
     EXPECT_TRUE(QTest::qWaitFor([&] { return !terminal_line.is_open(); }));
     EXPECT_EQ(title, "Click Cancel to quit, OK to ignore.|Transmit Buffer Full");
+    EXPECT_EQ(status(), QStringLiteral("COM2: closed"));
     EXPECT_EQ(sounds, 1);
     QTest::qWait(50);  // no second box, which nothing would close
 }
@@ -233,6 +234,34 @@ TEST_F(TerminalWindow, ClosingWaitsForTheOutput) {
             EXPECT_EQ(received + far->receive(1 << 20, 0).size(), sent);
         }
     }
+}
+
+// The status label goes on telling of a port that has been closed, or of what was before a transfer or
+// before the settings were put right.
+TEST_F(TerminalWindow, TheStatusLabelSaysWhatIsSoNow) {
+    const auto choose = [&](int index) {
+        when_dialog_opens("ConfigScrn", [index](QDialog& dialog) {
+            child<QComboBox>(dialog, "cboPort")->setCurrentIndex(index);
+            click(dialog, "cmdOk");
+        });
+        item("mnuModemItem(2)")->trigger();
+        return status();
+    };
+    const QString connected = QStringLiteral("COM2: connected");
+    std::filesystem::remove(device);
+    start();
+    EXPECT_TRUE(status().endsWith(QStringLiteral(": no such device"))) << status().toStdString();
+    plug_in();
+    EXPECT_EQ(choose(2), connected);
+    receive("\x1A");
+    EXPECT_EQ(status(), QStringLiteral("End of File Detected"));
+    EXPECT_EQ(choose(2), connected);
+    receive("\x1A");
+    when_box_opens();
+    item("mnuModemOpt(5)")->trigger();  // the null modem test
+    EXPECT_TRUE(comes([&] { return !told.empty(); }));
+    EXPECT_EQ(status(), connected);
+    EXPECT_EQ(choose(0), QStringLiteral("COM2: closed"));
 }
 
 // Form2 goes behind other windows before its button is pressed, or comes back after it.
