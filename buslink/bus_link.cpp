@@ -65,6 +65,7 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
                                   Duration limit) {
     reply.clear();
     last_bus_frame.clear();
+    failure_ = BusFailure::not_sent;
     if (command.size() > k_longest_command)
         return 0;
     last_bus_frame = build_command_frame(crc_, static_cast<std::uint8_t>(address), command);
@@ -78,8 +79,11 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
     while (parser.state() == ReplyParser::State::waiting && clock_.now() <= start + limit &&
            port_.wait_readable(start + limit) == WaitResult::data)
         parser.feed(receive());
-    if (parser.state() != ReplyParser::State::answered)
+    if (parser.state() != ReplyParser::State::answered) {
+        failure_ = parser.unsound() ? BusFailure::bad_crc : BusFailure::silence;
         return 0;
+    }
+    failure_ = BusFailure::none;
     unsettled_ = false;
     unanswered_ = 0;
     last_reply_time = clock_.now() - start;

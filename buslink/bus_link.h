@@ -29,6 +29,14 @@ struct BusTraffic {
     std::string_view bytes;
 };
 
+// Why a bus_command has no reply.
+enum class BusFailure {
+    none,
+    not_sent,  // no frame holds the command, the port is closed or lost, or it took no output
+    silence,
+    bad_crc,  // the reply came spoilt
+};
+
 class BusLink {
   public:
     static constexpr std::chrono::milliseconds k_reply_limit{1000};
@@ -82,6 +90,9 @@ class BusLink {
     // How long the last answered bus_command took, from the sending to the whole reply.
     Duration last_reply_time{};
 
+    // Of the last bus_command, whoever made it: to be asked before events run again.
+    BusFailure failure() const { return failure_; }
+
     // How many times in a row bus_command got no reply, from whomever.
     int unanswered_in_a_row() const { return unanswered_; }
 
@@ -102,6 +113,7 @@ class BusLink {
     std::string open_failure_;
     int spoken_to_ = 0;  // the address of the last frame
     int unanswered_ = 0;
+    BusFailure failure_ = BusFailure::none;
     bool unsettled_ = false;  // the last exchange failed: a late answer may still come
 };
 

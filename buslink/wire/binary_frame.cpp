@@ -102,6 +102,7 @@ ReplyParser::State ReplyParser::feed(std::string_view bytes) {
             keep_from = std::min(keep_from, at);
         at += candidate == Candidate::skipped ? frame_length(rest) : 1;
     }
+    unsound_ = unsound_ || unsound;
     if (unsound && !growing)
         return state_ = State::failed;
     buffer_.erase(0, keep_from);

@@ -47,6 +47,9 @@ class ReplyParser {
 
     State state() const { return state_; }
 
+    // A whole reply with the right echo has come whose CRC was bad.
+    bool unsound() const { return unsound_; }
+
     // How many bytes are kept because they may still become something.
     std::size_t undecided() const { return buffer_.size(); }
 
@@ -72,6 +75,7 @@ class ReplyParser {
     std::string buffer_;
     std::string reply_;
     State state_ = State::waiting;
+    bool unsound_ = false;
 };
 
 }  // namespace ampdesk

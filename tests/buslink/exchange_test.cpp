@@ -70,6 +70,27 @@ TEST_F(Exchange, FailsWithoutAnException) {
     EXPECT_EQ(reply, "");
 }
 
+// A spoilt reply that is taken for silence, also when its last byte could begin another one; silence that
+// is taken for a line that carried nothing out.
+TEST_F(Exchange, TellsWhyThereIsNoReply) {
+    using enum BusFailure;
+    const std::pair<const char*, BusFailure> replies[] = {
+        {"06 01 04 11 61 62 63 AB BB", bad_crc}, {"06 01 04 11 61 62 63 AB BA", none},
+        {"06 01 04 11 61 62 63 AB 06", bad_crc}, {"06 01 04 11 61 62 63 AB", silence},
+        {"06 01 04 12 61 62 63 AB BB", silence}, {"", silence}};
+    for (const auto& [bytes, failure] : replies) {
+        port.answer(hex_bytes(bytes));
+        EXPECT_EQ(status() > 0, failure == none) << bytes;
+        EXPECT_EQ(bus.failure(), failure) << bytes;
+    }
+    EXPECT_EQ(bus.bus_command(1, std::string(256, 'A'), reply), 0);
+    EXPECT_EQ(bus.failure(), not_sent);
+    status();
+    port.unplugged = true;
+    status();
+    EXPECT_EQ(bus.failure(), not_sent);
+}
+
 // A second sending that is not waited for, and a wait that does not follow the baud rate.
 TEST_F(Exchange, SendsATextOnceMore) {
     port.silence();

@@ -34,7 +34,7 @@ class ScriptedPort : public SerialPort {
     bool is_open() const override { return open_; }
     bool is_connected() const override { return open_ && !unplugged; }
     PortError write(std::string_view bytes, Instant) override {
-        if (unplugged)
+        if (!is_connected())
             return PortError::lost;
         written.emplace_back(bytes);
         Answer arrivals;
