@@ -55,7 +55,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     bus.open_bus_port("COM1:", 9600, 0, 8, 1);
     const Crc16 crc;
     port.responder = [&](const std::string& sent) {
-        return ScriptedPort::Answer{{{}, build_reply_frame(crc, '\x06', 1, sent.substr(3, 4))}};
+        return ScriptedPort::Answer{{{}, build_reply_frame(crc, '\x06', 1, sent.substr(3, sent.size() - 5))}};
     };
     std::optional<NvramTransfer> transfer;
     try {

@@ -85,15 +85,24 @@ std::string nvram_set_command(const NvramBlock& block) {
     return numbered(0x40, 0x20, block.number) + block.data + block.trailing;
 }
 
+std::optional<int> nvram_number_of_reply(std::string_view reply) {
+    if (payload_end(reply) < k_data_at)
+        return std::nullopt;
+    return static_cast<int>(byte_at(reply, k_number_at) + 256 * byte_at(reply, k_number_at + 1));
+}
+
+std::string_view nvram_data_of_reply(std::string_view reply) {
+    return reply.substr(k_length_at + 1, byte_at(reply, k_length_at));
+}
+
 std::optional<NvramBlock> nvram_block_of_reply(std::string_view reply) {
     const std::size_t end = payload_end(reply);
     if (end < k_data_at + k_trailing)
         return std::nullopt;
     const std::size_t trailing_at = end - k_trailing;
-    return NvramBlock{
-        .number = static_cast<int>(byte_at(reply, k_number_at) + 256 * byte_at(reply, k_number_at + 1)),
-        .data = std::string(reply.substr(k_data_at, trailing_at - k_data_at)),
-        .trailing = std::string(reply.substr(trailing_at, k_trailing))};
+    return NvramBlock{.number = *nvram_number_of_reply(reply),
+                      .data = std::string(reply.substr(k_data_at, trailing_at - k_data_at)),
+                      .trailing = std::string(reply.substr(trailing_at, k_trailing))};
 }
 
 bool nvram_reply_is_nak(std::string_view reply) {

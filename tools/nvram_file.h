@@ -45,6 +45,13 @@ NvramLine parse_nvram_line(std::string_view line);
 std::string nvram_read_command(int number);
 std::string nvram_set_command(const NvramBlock& block);
 
+// The number of the block that a whole reply frame names; nothing when it repeats no more of its
+// command than the first bytes, which a reply may do.
+std::optional<int> nvram_number_of_reply(std::string_view reply);
+
+// What a whole reply frame holds: the command again, as far as the amplifier repeats it, and the rest.
+std::string_view nvram_data_of_reply(std::string_view reply);
+
 // The block in a whole reply frame to a read command; nothing when the reply has no room for one.
 std::optional<NvramBlock> nvram_block_of_reply(std::string_view reply);
 

@@ -16,6 +16,10 @@ constexpr int k_most_silent = 5;
 // ones, so that an adapter that is put back in time costs nothing.
 constexpr auto k_unplugged_pace = BusLink::k_reply_limit;
 
+// Behind a reply that is another block's the right one is still under way. Without this rest it would be
+// taken for late in its turn, and so on to the end.
+constexpr std::chrono::milliseconds k_rest{300};
+
 NvramPanel first_panel(NvramTransfer::Mode mode) {
     if (mode == NvramTransfer::Mode::set)
         return {.caption = "Setting nvRam Parameters",
@@ -102,6 +106,8 @@ void NvramTransfer::nvram_transfer_step() {
         case Stage::shown:
             if (nvram_mode == Mode::read)
                 judge_read();
+            else if (reading_back_)
+                judge_read_back();
             else
                 judge_set();
             break;
@@ -111,6 +117,8 @@ void NvramTransfer::nvram_transfer_step() {
 void NvramTransfer::begin() {
     attempts_ = -1;
     silent_ = 0;
+    unsaid_ = 0;
+    reading_back_ = false;
     if (nvram_mode == Mode::read)
         command_ = nvram_read_command(nvram_block);
     else if (!read_line())
@@ -130,14 +138,19 @@ bool NvramTransfer::read_line() {
         finish("Set nvRam Error, Exit And Set Again", true);
         return false;
     }
-    command_ = nvram_set_command(*parsed.block);
+    block_ = *parsed.block;
+    command_ = nvram_set_command(block_);
+    const auto before = sent_.find(block_.number);
+    number_again_ = before != sent_.end() && before->second != command_;
+    sent_[block_.number] = command_;
     status_ = parsed.blank;
     return true;
 }
 
 // When the attempts are used up the step ends: the next one asks for the same block, or sets the next
 // line.
-void NvramTransfer::attempt() {
+void NvramTransfer::attempt(Duration rest) {
+    next_attempt_ = std::max(next_attempt_, bus_.clock().now() + rest);
     if (++attempts_ > k_last_attempt) {
         stage_ = Stage::none;
         return;
@@ -153,12 +166,17 @@ void NvramTransfer::attempt() {
 // The exchange itself refuses a reply with a wrong CRC: it counts as none.
 void NvramTransfer::exchange() {
     const Instant begun = bus_.clock().now();
-    status_ = static_cast<std::size_t>(bus_.bus_command(unit_address_, command_, reply_));
+    const std::string command = reading_back_ ? nvram_read_command(block_.number) : command_;
+    status_ = static_cast<std::size_t>(bus_.bus_command(unit_address_, command, reply_));
     next_attempt_ = bus_.port().is_connected() ? begun : begun + k_unplugged_pace;
     stage_ = Stage::exchanged;
 }
 
 void NvramTransfer::take_reply() {
+    if (reply_.empty() && reading_back_) {
+        judge_read_back();
+        return;
+    }
     if (reply_.empty()) {
         if (++silent_ > k_most_silent)
             connection_error();
@@ -171,13 +189,25 @@ void NvramTransfer::take_reply() {
     stage_ = Stage::shown;
 }
 
+// The amplifier's answer to an earlier question may come when this one is open, and be sound. One that
+// names another block is passed over: the block in hand is asked for again. An end that does not say of
+// which block it speaks counts when it comes a second time, after a second in which a late one is lost.
 void NvramTransfer::judge_read() {
+    const std::optional<int> number = nvram_number_of_reply(reply_);
+    if (number.value_or(nvram_block) != nvram_block) {
+        attempt(k_rest);
+        return;
+    }
     if (nvram_reply_is_nak(reply_)) {
+        if (!number && ++unsaid_ == 1) {
+            attempt(BusLink::k_reply_limit);
+            return;
+        }
         finish(nvram_reply_ends_well(reply_) ? "nvRam Transfer was Successful" : "nvRam Transfer failed");
         return;
     }
     const std::optional<NvramBlock> block = nvram_block_of_reply(reply_);
-    if (!block || block->number != nvram_block) {
+    if (!block) {
         attempt();
         return;
     }
@@ -188,8 +218,48 @@ void NvramTransfer::judge_read() {
     stage_ = Stage::none;
 }
 
+// Here, too, a reply that names another block is passed over. One that fits an earlier line as well, as
+// it names no block or the same one, is believed when the block is seen to hold what was written.
 void NvramTransfer::judge_set() {
-    if (nvram_reply_is_nak(reply_)) {
+    const std::optional<int> number = nvram_number_of_reply(reply_);
+    if (number.value_or(block_.number) != block_.number) {
+        attempt(k_rest);
+        return;
+    }
+    refused_ = nvram_reply_is_nak(reply_);
+    const std::string_view said = nvram_data_of_reply(reply_);
+    const bool whole = said.size() >= command_.size() ? said.starts_with(command_) : !number_again_;
+    if (number && (refused_ || whole)) {
+        set_is_over(refused_);
+        return;
+    }
+    reading_back_ = true;
+    stage_ = Stage::announced;
+}
+
+// An amplifier that lets nobody read is believed when it says the same twice, with a vain wait of a
+// second between, in which a late reply is lost.
+void NvramTransfer::judge_read_back() {
+    std::optional<NvramBlock> block;
+    if (!reply_.empty() && !nvram_reply_is_nak(reply_)) {
+        block = nvram_block_of_reply(reply_);
+        if (!block || block->number != block_.number) {
+            attempt(k_rest);
+            return;
+        }
+        can_read_back_ = true;
+    }
+    reading_back_ = false;
+    if (block == block_)
+        set_is_over(false);
+    else if (++unsaid_ > 1 && (refused_ || !can_read_back_))
+        set_is_over(refused_);
+    else
+        attempt();
+}
+
+void NvramTransfer::set_is_over(bool refused) {
+    if (refused) {
         finish("Set nvRam Error, Exit And Set Again", true);
         return;
     }

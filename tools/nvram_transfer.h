@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -69,11 +70,13 @@ class NvramTransfer {
     };
     void nvram_transfer_step();
     void begin();
-    void attempt();
+    void attempt(Duration rest = {});
     void exchange();
     void take_reply();
     void judge_read();
     void judge_set();
+    void judge_read_back();
+    void set_is_over(bool refused);
     bool read_line();
     void finish(const std::string& status, bool keep_file = false);
     void fail(const std::string& cause);
@@ -94,7 +97,16 @@ class NvramTransfer {
     int silent_ = 0;       // attempts without an answer since the last answer
     std::string command_;  // of the step in hand
     std::string reply_;
-    std::size_t status_ = 0;  // the number that the panel shows of a line that is being set
+    int unsaid_ = 0;  // replies of the step in hand that did not say which block they are about
+
+    // Of a set.
+    NvramBlock block_;                 // of the line in hand
+    std::map<int, std::string> sent_;  // the last command of each block number
+    bool number_again_ = false;        // an earlier line had this one's number, and other bytes
+    bool reading_back_ = false;        // the exchange in hand asks for what the block holds now
+    bool refused_ = false;             // what the reply said that is checked by it
+    bool can_read_back_ = false;       // the amplifier has answered such a question
+    std::size_t status_ = 0;           // the number that the panel shows of a line that is being set
     Instant next_attempt_{};
 };
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "buslink/wire/binary_frame.h"
 #include "platform/run_time_error.h"
 #include "tests/support/full_disk.h"
@@ -26,6 +28,7 @@ const std::string k_end_2 = hex_bytes("15 01 05 20 20 02 00 20 FB B9");
 const std::string k_refusal_0 = hex_bytes("15 01 05 20 20 00 00 04 5A 62");
 const std::string k_no_room = hex_bytes("06 01 05 20 20 00 00 01 DB 78");
 const std::string k_no_data = hex_bytes("06 01 00 E1 91");
+const std::string k_nak = hex_bytes("15 01 00 10 54");
 const std::string k_lost = "Cmd Receiving Error, Check Connection";
 const std::string k_set_error = "Set nvRam Error, Exit And Set Again";
 
@@ -116,7 +119,7 @@ TEST_F(NvramTransferTest, ReadsIntoAFile) {
 }
 
 TEST_F(NvramTransferTest, ReadEndsAtARefusal) {
-    for (const std::string& reply : {k_block_0, hex_bytes("15 01 00 10 54"), k_refusal_0}) port.answer(reply);
+    for (const std::string& reply : {k_block_0, k_nak, k_nak, k_refusal_0}) port.answer(reply);
     for (const char* file : {"03-10-2026\r\n0 00A1FF3C 5A07\r\n", "03-10-2026\r\n"}) {
         begin(Mode::read);
         EXPECT_EQ(run().back(), "nvRam Transfer failed");
@@ -144,6 +147,18 @@ TEST_F(NvramTransferTest, ReadAsksAgain) {
     EXPECT_EQ(Texts(shown.begin(), shown.begin() + 13), expected);
     EXPECT_EQ(shown.at(13), "Read block #1   Errs:0");
     EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
+}
+
+// Fault: the end of an earlier read that comes late ends this one, with half a file told as whole.
+TEST_F(NvramTransferTest, ReadPassesOverAnEarlierEnd) {
+    const std::string unnamed_end = hex_bytes("15 01 03 20 20 20 26 93");
+    port.answer(k_end_2);
+    port.answer({{milliseconds(5), unnamed_end}, {milliseconds(900), unnamed_end}});
+    for (const std::string& reply : {k_block_0, unnamed_end, unnamed_end}) port.answer(reply);
+    begin(Mode::read);
+    EXPECT_EQ(run().back(), "nvRam Transfer was Successful");
+    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
+    EXPECT_EQ(payloads().size(), 5U);
 }
 
 // Fault: a dead line is asked for ever, given up too early, or costs the lines that were read.
@@ -273,6 +288,67 @@ TEST_F(NvramTransferTest, SetTexts) {
     EXPECT_EQ(to_hex(port.written.at(0)), "01 01 0A 40 20 0C 00 00 A1 FF 3C 5A 07 73 79");
     EXPECT_EQ(payloads().size(), 3U);  // nothing behind the refusal
     EXPECT_EQ(transfer->panel().output, "15 1 5 40 20 D 0 4 4B A9 ");
+}
+
+// An amplifier that says everything twice, the second time late. Its replies repeat so many bytes of the
+// command; one line of the file never gets through to it.
+struct Echoing {
+    std::size_t echo;
+    bool lets_read;
+    int late;  // ms
+    std::size_t lost;
+};
+
+// Fault: a reply to the line before is taken for this one's, and a block that was never written for
+// written; an amplifier that says little cannot be set at all.
+TEST_F(NvramTransferTest, SetsWithLateRepliesAbout) {
+    const std::string lines[] = {"40 20 01 00 AA 00 00", "40 20 02 00 BB 00 00", "40 20 01 00 CC 00 00"};
+    std::vector<Echoing> cases;
+    for (const std::size_t echo : {0, 2, 4, 255})
+        for (const bool lets_read : {true, false})
+            for (const int late : {5, 20, 60, 400, 999, 1500})
+                for (const std::size_t lost : {1, 2, 3}) cases.push_back({echo, lets_read, late, lost});
+    for (const Echoing& c : cases) {
+        SCOPED_TRACE(std::to_string(c.echo) + (c.lets_read ? " read " : " ") + std::to_string(c.late) + " " +
+                     std::to_string(c.lost));
+        folder.put("nv.txt", "d\r\n1 AA 0000\r\n2 BB 0000\r\n1 CC 0000\r\n");
+        std::map<char, std::string> memory{{1, "?????"}, {2, "?????"}};
+        port.responder = [&](const std::string& sent) -> ScriptedPort::Answer {
+            const std::string payload = sent.substr(3, sent.size() - 5);
+            const bool read = payload[0] == '\x20';
+            const bool lost = c.lost < 3 && to_hex(payload) == lines[c.lost];
+            if (lost || (read && !c.lets_read))
+                return {};
+            if (!read)
+                memory[payload[2]] = payload.substr(4);
+            const std::string data = read ? payload + memory[payload[2]] : payload.substr(0, c.echo);
+            const std::string reply = build_reply_frame(Crc16(), '\x06', 1, data);
+            return {{milliseconds(5), reply}, {milliseconds(c.late), reply}};
+        };
+        begin(Mode::set);
+        const std::string end = run().back();
+        EXPECT_EQ(end == "end of nvRam file", c.lost == 3);
+        EXPECT_EQ(transfer->nvram_block, static_cast<int>(c.lost));
+        person.take_texts();
+        clock.advance(std::chrono::seconds(5));
+        port.read_waiting();
+    }
+}
+
+// Fault: a refusal that comes when the next line is in hand stops the transfer, or none does.
+TEST_F(NvramTransferTest, SetPassesOverALateRefusal) {
+    folder.put("nv.txt", "d\r\n12 00A1FF3C 5A07\r\n13 00 0000\r\n14 00 0000\r\n");
+    port.answer({{milliseconds(1500), hex_bytes("15 01 05 40 20 0C 00 03 5B AB")}});
+    port.answer(hex_bytes("06 01 04 40 20 0C 00 87 1B"));
+    port.silence();
+    port.answer(hex_bytes("06 01 04 40 20 0D 00 86 8B"));
+    for (int i = 0; i < 4; ++i) port.answer(k_nak);  // to two sets, and to the reads behind them
+    begin(Mode::set);
+    EXPECT_EQ(run().back(), k_set_error);
+    EXPECT_EQ(transfer->nvram_block, 2);
+    EXPECT_EQ(payloads(), (Texts{"40 20 0C 00 00 A1 FF 3C 5A 07", "40 20 0C 00 00 A1 FF 3C 5A 07",
+                                 "40 20 0D 00 00 00 00", "40 20 0D 00 00 00 00", "40 20 0E 00 00 00 00",
+                                 "20 20 0E 00", "40 20 0E 00 00 00 00", "20 20 0E 00"}));
 }
 
 // Fault: a file is replaced or opened that the operator did not mean, or there is no way out.
