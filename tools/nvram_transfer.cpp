@@ -147,12 +147,15 @@ bool NvramTransfer::read_line() {
     return true;
 }
 
-// When the attempts are used up the step ends: the next one asks for the same block, or sets the next
-// line.
+// When the attempts are used up the next step asks for the same block; a set stops, as going on would
+// leave its line out.
 void NvramTransfer::attempt(Duration rest) {
     next_attempt_ = std::max(next_attempt_, bus_.clock().now() + rest);
     if (++attempts_ > k_last_attempt) {
-        stage_ = Stage::none;
+        if (nvram_mode == Mode::set)
+            set_is_over(true);
+        else
+            stage_ = Stage::none;
         return;
     }
     const std::string block = std::to_string(nvram_block);
@@ -163,11 +166,11 @@ void NvramTransfer::attempt(Duration rest) {
     stage_ = Stage::announced;
 }
 
-// The exchange itself refuses a reply with a wrong CRC: it counts as none.
 void NvramTransfer::exchange() {
     const Instant begun = bus_.clock().now();
     const std::string command = reading_back_ ? nvram_read_command(block_.number) : command_;
     status_ = static_cast<std::size_t>(bus_.bus_command(unit_address_, command, reply_));
+    spoilt_ = bus_.failure() == BusFailure::bad_crc;
     next_attempt_ = bus_.port().is_connected() ? begun : begun + k_unplugged_pace;
     stage_ = Stage::exchanged;
 }
@@ -178,7 +181,8 @@ void NvramTransfer::take_reply() {
         return;
     }
     if (reply_.empty()) {
-        if (++silent_ > k_most_silent)
+        silent_ = spoilt_ ? 0 : silent_ + 1;
+        if (silent_ > k_most_silent)
             connection_error();
         else
             attempt();
@@ -249,6 +253,7 @@ void NvramTransfer::judge_read_back() {
         }
         can_read_back_ = true;
     }
+    can_read_back_ = can_read_back_ || spoilt_;
     reading_back_ = false;
     if (block == block_)
         set_is_over(false);

@@ -97,7 +97,8 @@ class NvramTransfer {
     int silent_ = 0;       // attempts without an answer since the last answer
     std::string command_;  // of the step in hand
     std::string reply_;
-    int unsaid_ = 0;  // replies of the step in hand that did not say which block they are about
+    bool spoilt_ = false;  // it came, but with a bad CRC
+    int unsaid_ = 0;       // replies of the step in hand that did not say which block they are about
 
     // Of a set.
     NvramBlock block_;                 // of the line in hand

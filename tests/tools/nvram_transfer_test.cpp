@@ -178,6 +178,31 @@ TEST_F(NvramTransferTest, SixSilentAttemptsEndIt) {
     EXPECT_EQ(payloads().size(), 7U);
 }
 
+// Fault: a line that spoils replies is told as one that nobody answers on, or costs a block that could
+// not be set while the rest of the file is.
+TEST_F(NvramTransferTest, SpoiltRepliesAreNoSilence) {
+    const auto spoilt = [this](int times) {
+        while (times-- > 0) port.answer(k_block_0.substr(0, 14) + "?");
+    };
+    spoilt(15);
+    port.silence(5);
+    spoilt(1);
+    port.silence(1);
+    port.answer(k_block_0);
+    port.answer(hex_bytes("15 01 05 20 20 01 00 20 0B B9"));
+    begin(Mode::read);
+    EXPECT_EQ(run().back(), "nvRam Transfer was Successful");
+    EXPECT_EQ(payloads().size(), 24U);
+
+    folder.put("nv.txt", "d\r\n1 AA 0000\r\n2 BB 0000\r\n");
+    for (int times = 0; times < 11; ++times) port.answer(hex_bytes("06 01 04 40 20 01 00 FF FF"));
+    begin(Mode::set);
+    EXPECT_EQ(run().back(), k_set_error);
+    EXPECT_EQ(payloads(), Texts(11, "40 20 01 00 AA 00 00"));
+    EXPECT_TRUE(finished());
+    EXPECT_TRUE(person.take_texts().empty());
+}
+
 // Fault: Pause tears a block, Continue starts anew, Exit waits or keeps what came after it.
 TEST_F(NvramTransferTest, PauseContinueExit) {
     port.answer(k_block_1);
