@@ -52,6 +52,7 @@ NvramTransfer::NvramTransfer(Mode mode, const std::string& path, std::int16_t un
 
 void NvramTransfer::start() {
     nvram_running = true;
+    under_way_ = true;
     panel_.start_caption = "Continue";
     panel_.start_enabled = false;
     panel_.pause_enabled = true;
@@ -65,6 +66,7 @@ void NvramTransfer::pause() {
 
 void NvramTransfer::unload() {
     nvram_abort = true;
+    under_way_ = false;
     close_files();
     nvram_block = 0;
     panel_.start_caption = "Start";
@@ -272,9 +274,16 @@ void NvramTransfer::set_is_over(bool refused) {
     stage_ = Stage::none;
 }
 
-void NvramTransfer::finish(const std::string& status, bool keep_file) {
+void NvramTransfer::end() {
     stage_ = Stage::none;
     nvram_running = false;
+    under_way_ = false;
+    if (on_end)
+        on_end();
+}
+
+void NvramTransfer::finish(const std::string& status, bool keep_file) {
+    end();
     panel_.start_enabled = false;
     panel_.pause_enabled = false;
     const bool whole = keep_file || close_files();
@@ -289,8 +298,7 @@ void NvramTransfer::fail(const std::string& cause) {
 }
 
 void NvramTransfer::connection_error() {
-    stage_ = Stage::none;
-    nvram_running = false;
+    end();
     operator_.notify("Cmd Receiving Error, Check Connection");
     close_files();
     nvram_abort = true;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -52,6 +53,12 @@ class NvramTransfer {
     // What the window does when it closes.
     void unload();
 
+    // Begun, and not at its end; a pause does not end it.
+    bool under_way() const { return under_way_; }
+
+    // It has come to its end by itself. What there is to tell is told after this.
+    std::function<void()> on_end;
+
     const NvramPanel& panel() const { return panel_; }
     std::int16_t unit_address() const { return unit_address_; }
 
@@ -78,6 +85,7 @@ class NvramTransfer {
     void judge_read_back();
     void set_is_over(bool refused);
     bool read_line();
+    void end();
     void finish(const std::string& status, bool keep_file = false);
     void fail(const std::string& cause);
     void connection_error();
@@ -93,6 +101,7 @@ class NvramTransfer {
 
     Stage stage_ = Stage::none;
     bool stepping_ = false;
+    bool under_way_ = false;
     int attempts_ = -1;
     int silent_ = 0;       // attempts without an answer since the last answer
     std::string command_;  // of the step in hand

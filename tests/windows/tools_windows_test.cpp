@@ -47,6 +47,16 @@ class ToolWindows : public Desk {
         return read;
     }
 
+    // Escape and the close box.
+    void slip(frmBlock& window, bool by_key) {
+        if (by_key)
+            QTest::keyClick(&window, Qt::Key_Escape);
+        else
+            window.close();
+    }
+
+    QMessageBox* question() { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); }
+
     // Both windows are gone: one that has closed deletes itself.
     bool gone() {
         return QTest::qWaitFor([&] { return block() == nullptr && form.findChild<frmIntact*>() == nullptr; });
@@ -107,24 +117,65 @@ TEST_F(ToolWindows, ReadAndSet) {
 TEST_F(ToolWindows, EveryWayOut) {
     open(1);
     const std::function<void(frmBlock&)> ways[] = {
-        [](frmBlock& window) { window.close(); },
-        [](frmBlock& window) { QTest::keyClick(&window, Qt::Key_Escape); },
-        [&](frmBlock&) {
+        [](frmBlock& window) { click(window, "cmdExit"); },
+        [&](frmBlock& window) {
+            slip(window, true);
+            question()->button(QMessageBox::Yes)->click();
+        },
+        [&](frmBlock& window) {
             bus.find(1)->line.silent = true;
-            when_box_opens();
+            slip(window, false);
+            ASSERT_NE(question(), nullptr);
+            person.on_ask = [&](const Message& message) {
+                EXPECT_EQ(question(), nullptr);
+                told = message.text;
+                return Answer::ok;
+            };
             EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
             EXPECT_EQ(told, "Cmd Receiving Error, Check Connection");
+            person.on_ask = nullptr;
             bus.find(1)->line.silent = false;
         },
-        [&](frmBlock&) { form.shut_down(); },
+        [&](frmBlock& window) {
+            slip(window, false);
+            form.shut_down();
+        },
     };
     for (const auto& leave : ways) {
         frmBlock* window = begin(0, "out" + std::to_string(&leave - ways));
         ASSERT_NE(window, nullptr);
-        click(*window, "cmdOk");
+        window->cmdOk_Click();
         leave(*window);
         EXPECT_TRUE(gone());
         EXPECT_TRUE(items_live());
+    }
+}
+
+// Fault: a slip ends a transfer, or a question is asked that nothing hangs on; a question that holds the
+// transfer up, or that outlives it.
+TEST_F(ToolWindows, ASlipEndsNoTransfer) {
+    open(1);
+    for (const bool by_key : {true, false}) {
+        const std::string file = by_key ? "key" : "box";
+        slip(*begin(0, file + "0"), by_key);  // not begun
+        EXPECT_TRUE(gone());
+        frmBlock* window = begin(0, file);
+        window->cmdOk_Click();  // no event runs: it has just begun
+        window->cmdCancel_Click();
+        for (int times = 0; times < 2; ++times) {
+            slip(*window, by_key);
+            ASSERT_NE(question(), nullptr);
+            EXPECT_EQ(question()->text(), QStringLiteral("The nvRam transfer is not finished. End it?"));
+            QTest::keyClick(question(), times == 0 ? Qt::Key_Return : Qt::Key_Escape);
+            EXPECT_TRUE(question() == nullptr && window->isVisible());
+        }
+        slip(*window, by_key);
+        ASSERT_NE(question(), nullptr);
+        window->cmdOk_Click();
+        EXPECT_TRUE(comes_to_show(*window, "nvRam Transfer was Successful"));
+        EXPECT_TRUE(question() == nullptr && window->isVisible());
+        slip(*window, by_key);
+        EXPECT_TRUE(gone() && items_live());
     }
 }
 

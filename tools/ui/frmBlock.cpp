@@ -4,6 +4,7 @@
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -37,6 +38,7 @@ frmBlock::frmBlock(std::unique_ptr<NvramTransfer> transfer, std::function<bool()
     build();
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &frmBlock::nvram_transfer_run);
+    transfer_->on_end = [this] { withdraw_question(); };
     refresh();
 }
 
@@ -129,6 +131,7 @@ void frmBlock::Form_Unload() {
         return;
     unloaded_ = true;
     timer_.stop();
+    withdraw_question();
     transfer_->unload();
     hide();
     if (on_unload)
@@ -136,9 +139,38 @@ void frmBlock::Form_Unload() {
     deleteLater();
 }
 
+// Escape or the close box may be a slip, and half a memory is no memory. The transfer goes on behind the
+// question: a slip costs nothing, and no amplifier is left half set by a box that nobody sees. The end
+// takes the question back and stays to be read.
+void frmBlock::ask_to_leave() {
+    if (!transfer_->under_way()) {
+        CmdExit_Click();
+        return;
+    }
+    if (question_)
+        return;
+    question_ = new QMessageBox(QMessageBox::Question, QStringLiteral("JEX Remote Control"),
+                                QStringLiteral("The nvRam transfer is not finished. End it?"),
+                                QMessageBox::Yes | QMessageBox::No, this);
+    question_->setAccessibleDescription(question_->text());
+    question_->setDefaultButton(QMessageBox::No);
+    question_->setAttribute(Qt::WA_DeleteOnClose);
+    connect(question_, &QMessageBox::finished, this, [this](int answer) {
+        question_ = nullptr;
+        if (answer == QMessageBox::Yes)
+            CmdExit_Click();
+    });
+    question_->open();  // no loop of its own: the program can end beside it
+}
+
+void frmBlock::withdraw_question() {
+    if (question_)
+        question_->done(QMessageBox::No);
+}
+
 void frmBlock::closeEvent(QCloseEvent* event) {
-    event->accept();
-    CmdExit_Click();
+    event->setAccepted(unloaded_ || !transfer_->under_way());
+    ask_to_leave();
 }
 
 bool frmBlock::event(QEvent* event) {

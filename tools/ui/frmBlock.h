@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QPointer>
 #include <QTimer>
 #include <functional>
 #include <memory>
@@ -10,6 +11,7 @@
 #include "tools/nvram_transfer.h"
 
 class QLabel;
+class QMessageBox;
 class QPushButton;
 
 namespace ampdesk {
@@ -34,7 +36,8 @@ class frmBlock : public QDialog {
 
     std::function<void()> on_unload;
 
-    void reject() override { CmdExit_Click(); }
+    // Escape.
+    void reject() override { ask_to_leave(); }
 
   protected:
     bool event(QEvent* event) override;
@@ -42,6 +45,8 @@ class frmBlock : public QDialog {
 
   private:
     void build();
+    void ask_to_leave();
+    void withdraw_question();
     void nvram_transfer_run();
     void refresh();
     void Form_Deactivate();
@@ -50,6 +55,7 @@ class frmBlock : public QDialog {
     std::function<bool()> must_wait_;
     QTimer timer_;
     bool unloaded_ = false;
+    QPointer<QMessageBox> question_;
 
     QLabel* lblStatusLbl_ = nullptr;
     QLabel* lblStatus_ = nullptr;
