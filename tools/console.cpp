@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "buslink/wire/binary_frame.h"
 #include "platform/numbers.h"
 #include "tools/hex_text.h"
 
@@ -77,21 +78,36 @@ std::optional<Console::Result> Console::send(std::int16_t unit_address, const st
         operator_.notify("Invalid command format, the command has to be in hex byte format");
         return std::nullopt;
     }
+    if (payload->size() > k_longest_command) {
+        operator_.notify("The command is too long", "A frame holds 255 bytes at most.");
+        return std::nullopt;
+    }
     if (on_sending)
         on_sending();
+    if (!bus_.bus_link_on())
+        return not_sent();
     return in_hex ? exchange_hex(unit_address, *payload) : exchange_text(unit_address, *payload);
+}
+
+Console::Result Console::not_sent() const {
+    if (!bus_.bus_link_on())
+        return {.output = "The port is not open"};
+    return {.output = bus_.port().is_connected() ? "The line does not take the command" : "The line is lost"};
 }
 
 Console::Result Console::exchange_hex(std::int16_t unit_address, const std::string& payload) {
     std::string reply;
     const auto count = static_cast<std::size_t>(bus_.bus_command(unit_address, payload, reply));
+    const std::string sent = std::exchange(bus_.last_bus_frame, {});
+    if (bus_.failure() == BusFailure::not_sent)
+        return not_sent();
     if (count == 0)
         reply = "There is no response";
     std::string text_line;
     if (payload[0] == k_text_answer)
         text_line = "Asc Answer: " + (reply.size() > k_text_begins ? reply.substr(k_text_begins) : "") + " ";
-    const std::string sent = std::exchange(bus_.last_bus_frame, {});
-    return {.answered = count > 0,
+    return {.sent = true,
+            .answered = count > 0,
             .output = "Data Sent(Hex): " + hex_listing(sent) + "\r\nData Recv(Hex): " +
                       hex_listing(std::string_view(reply).substr(0, count)) + "\r\n" + text_line};
 }
@@ -101,8 +117,11 @@ Console::Result Console::exchange_hex(std::int16_t unit_address, const std::stri
 Console::Result Console::exchange_text(std::int16_t unit_address, const std::string& payload) {
     std::string reply;
     const bool answered = bus_.bus_command(unit_address, payload, reply) != 0;
+    if (bus_.failure() == BusFailure::not_sent)
+        return not_sent();
     reply.assign(answered ? 0 : k_reply_blanks, ' ');
-    return {.answered = answered,
+    return {.sent = true,
+            .answered = answered,
             .output = left_aligned("Data Sent: " + readable(bus_.last_bus_frame), k_sent_width) +
                       "        Data Recv: " + readable(reply)};
 }

@@ -49,12 +49,13 @@ class Console {
     Console(BusLink& bus, Operator& person) : bus_(bus), operator_(person) {}
 
     struct Result {
+        bool sent = false;
         bool answered = false;
         std::string output{};  // what LblOutput shows
     };
 
     // Sends the command and waits for the reply. Nothing, after a message, for a text that is no
-    // command; nothing is sent then. Both are kept in the history.
+    // command or longer than a frame holds; nothing is sent then. Both are kept in the history.
     std::optional<Result> send(std::int16_t unit_address, const std::string& text);
 
     // The command is sound and goes out now.
@@ -64,6 +65,7 @@ class Console {
     std::int16_t console_mode = k_hex_mode;  // any other value is text mode
 
   private:
+    Result not_sent() const;
     Result exchange_hex(std::int16_t unit_address, const std::string& payload);
     Result exchange_text(std::int16_t unit_address, const std::string& payload);
 

@@ -93,7 +93,7 @@ void frmIntact::cmdOk_Click() {
     if (!result)
         return;
     LblOutput_->set_text(result->output);
-    no_response_ = !result->answered;
+    no_response_ = result->sent && !result->answered;
     show_state();
 }
 
