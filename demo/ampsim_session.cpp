@@ -134,7 +134,8 @@ void AmpsimSession::obey_input(int& commands, int answers) {
         return;
     if (count <= 0) {
         commands = -1;
-        command_text_ += '\n';  // a last line without its end counts too
+        if (!command_text_.empty())
+            command_text_ += '\n';  // a last line without its end counts too
     } else {
         command_text_.append(bytes.data(), static_cast<std::size_t>(count));
     }
@@ -148,12 +149,10 @@ void AmpsimSession::obey_input(int& commands, int answers) {
         command_text_.resize(k_longest_command_line);
 }
 
-// An empty line asks for nothing and gets no answer.
+// Every line is answered, a blank one too: a script that has sent it waits.
 void AmpsimSession::obey(std::string_view line, int answers) {
     if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
-    if (line.find_first_not_of(' ') == std::string_view::npos)
-        return;
     const FaultAnswer answer = make_fault(bus_, line);
     write_all(answers, answer.text + "\n");
     quit_ = quit_ || answer.quit;

@@ -51,6 +51,8 @@ FaultAnswer make_fault(const SimBus& bus, std::string_view line) {
         for (const auto& amplifier : bus.amplifiers()) targets.push_back(amplifier.get());
     }
     const std::string_view name = take_word(rest);
+    if (name.empty())
+        return error("no command");
     const Fault* fault = find_fault(name);
     if (fault == nullptr)
         return error("no fault is named \"" + std::string(name) + "\"");

@@ -66,9 +66,11 @@ TEST(Ampsim, ServesStationsUntilItIsToldToEnd) {
     EXPECT_EQ(ampsim.command("silent on"), "ok");
     EXPECT_EQ(ask_status(device, 100), "");
     EXPECT_EQ(ampsim.command("silent maybe"), "error: silent wants on or off");
+    for (const char* blank : {"", "  ", "\r", "@5"}) EXPECT_EQ(ampsim.command(blank), "error: no command");
     EXPECT_EQ(ampsim.command("silent off"), "ok");
     ampsim.end_its_input();
     EXPECT_EQ(ask_status(device, 10'000), status);
+    EXPECT_EQ(ampsim.receive(1, 0), "");  // the end of the input is no line
     EXPECT_EQ(ampsim.end(SIGTERM), 0);
     EXPECT_FALSE(std::filesystem::is_symlink(link));
 }

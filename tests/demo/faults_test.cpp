@@ -172,7 +172,7 @@ TEST_F(FaultTest, CountedFaultsSpoilSoManyReplies) {
 // A mistake that is taken for a command, or changes something before it is noticed.
 TEST_F(FaultTest, MistakesAreToldAndChangeNothing) {
     const std::pair<const char*, const char*> cases[] = {
-        {"", "error: no fault is named \"\""},
+        {"", "error: no command"},
         {"explode", "error: no fault is named \"explode\""},
         {"@3 clear", "error: no amplifier at @3"},
         {"shutdown 12", "error: shutdown wants a text of 1 to 60 characters"},
