@@ -13,6 +13,7 @@
 #include "demo/ui/frmFault.h"
 #include "platform/posix/posix_serial_port.h"
 #include "platform/posix/system_clock.h"
+#include "platform/qt/list_names.h"
 #include "platform/qt/qt_operator.h"
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
@@ -175,6 +176,7 @@ int main(int argc, char** argv) {
     const QApplication application(own_arguments, argv);
     QApplication::setApplicationName(QStringLiteral("ampdesk"));
     QApplication::setWindowIcon(program_icon());
+    name_lists_by_their_labels();
     QApplication::setApplicationVersion(QStringLiteral(AMPDESK_VERSION));
 
     signals.listen();  // also to end the boxes below

@@ -1,5 +1,4 @@
-// A list that can also be typed into, as the dialogs use it: the text is taken exactly as typed, and
-// a screen reader gets the label as its name and the text as its value.
+// A list that can also be typed into, as the dialogs use it: the text is taken exactly as typed.
 #pragma once
 
 #include <QComboBox>

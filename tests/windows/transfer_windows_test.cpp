@@ -224,6 +224,11 @@ TEST_F(DebugDockTest, FiltersPausesAndSaves) {
     const QString terminal = QStringLiteral("terminal sent");
     const auto lines = [](const QString& text) { return text.split(u'|'); };
     ASSERT_TRUE(shows(lines(one + u'|' + two + u'|' + terminal)));
+    for (const auto& [field, label] :
+         {std::pair{"cboLine", "Line:"}, {"cboDirection", "Direction:"}, {"spnUnit", "Unit:"}})
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(dock->findChild<QWidget*>(QLatin1String(field)))
+                      ->text(QAccessible::Name),
+                  QLatin1String(label));
     dock->findChild<QSpinBox*>()->setValue(2);
     EXPECT_TRUE(shows(lines(two)));
     click(*dock, "cmdPause");
