@@ -7,7 +7,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QRegularExpression>
 #include <algorithm>
 #include <utility>
 
@@ -65,18 +64,27 @@ Answer answer_of(QMessageBox::StandardButton button) {
     }
 }
 
+// Qt leaves the fields of its file dialog without the names that stand beside them.
+void name_fields(const QFileDialog& dialog) {
+    for (const auto& [label_name, field_name] : {std::pair{"lookInLabel", "lookInCombo"},
+                                                 {"fileNameLabel", "fileNameEdit"},
+                                                 {"fileTypeLabel", "fileTypeCombo"}}) {
+        auto* label = dialog.findChild<QLabel*>(QLatin1String(label_name));
+        auto* field = dialog.findChild<QWidget*>(QLatin1String(field_name));
+        if (label != nullptr && field != nullptr)
+            label->setBuddy(field);
+    }
+}
+
 }  // namespace
 
 QStringList name_filters(std::string_view filter) {
-    static const QRegularExpression patterns_in_text(QStringLiteral("\\s*\\([^)]*\\)\\s*$"));
     const QStringList parts = from_utf8(filter).split(u'|');
     QStringList result;
     for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
         QStringList patterns = parts[i + 1].split(u';', Qt::SkipEmptyParts);
         patterns.replaceInStrings(QStringLiteral("*.*"), QStringLiteral("*"));
-        QString text = parts[i];
-        text.remove(patterns_in_text);
-        result << QStringLiteral("%1 (%2)").arg(text, patterns.join(u' '));
+        result << QStringLiteral("%1 (%2)").arg(parts[i], patterns.join(u' '));
     }
     return result;
 }
@@ -140,7 +148,9 @@ std::optional<std::string> QtOperator::choose_file(FileChoice choice, std::strin
     dialog.setOption(QFileDialog::DontConfirmOverwrite, choice == FileChoice::save_without_question);
     dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    dialog.setOption(QFileDialog::HideNameFilterDetails);  // ours: the text says what it is to say
     dialog.setNameFilters(name_filters(filter));
+    name_fields(dialog);
     if (!suggestion.empty())
         dialog.selectFile(from_utf8(suggestion));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())

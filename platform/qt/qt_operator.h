@@ -57,8 +57,9 @@ class QtOperator : public Operator {
     QPointer<QWidget> box_before_;  // the box that was open when let_events_run began
 };
 
-// "Text (*.ext)|*.ext|All Files (*.*)|*.*" as the file dialog takes it: one entry a filter, the
-// patterns in parentheses. "*.*" becomes "*", which also matches names without a point.
+// "Text (*.EXT)|*.ext|All Files (*.*)|*.*" as a file dialog takes it that hides the last parentheses:
+// one entry a filter, its text as it is and the patterns in parentheses of their own. "*.*" becomes "*",
+// which also matches names without a point.
 QStringList name_filters(std::string_view filter);
 
 }  // namespace ampdesk

@@ -1,6 +1,8 @@
 // Boxes, sound and pointer as the operator meets them, and what start-up settles with the system.
+#include <QComboBox>
 #include <QDir>
 #include <QLabel>
+#include <QListView>
 
 #include "shell/ui/start_up.h"
 #include "tests/windows/desk.h"
@@ -56,10 +58,43 @@ TEST_F(OperatorWindows, SoundAndPointer) {
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 }
 
+// Filters shown otherwise than they are told; a file that is not seen for its capitals, or for a name
+// without a point.
 TEST_F(OperatorWindows, FileFilters) {
-    EXPECT_EQ(name_filters("Amplifier Files (com*.dat)|com*.dat|All Files (*.*)|*.*"),
-              QStringList({QStringLiteral("Amplifier Files (com*.dat)"), QStringLiteral("All Files (*)")}));
-    EXPECT_EQ(name_filters("Images|*.a;*.b"), QStringList(QStringLiteral("Images (*.a *.b)")));
+    for (const char* name : {"a.TXT", "b.txt", "c.dat", "d"}) folder.put(name, "");
+    const std::pair<const char*, QStringList> cases[] = {
+        {"TXT Files (*.TXT)|*.txt|All Files (*.*)|*.*",
+         {QStringLiteral("TXT Files (*.TXT)"), QStringLiteral("a.TXT b.txt"),
+          QStringLiteral("All Files (*.*)"), QStringLiteral("a.TXT b.txt c.dat d")}},
+        {"Two|*.dat;*.txt", {QStringLiteral("Two"), QStringLiteral("a.TXT b.txt c.dat")}}};
+    for (const auto& [filter, expected] : cases) {
+        QStringList shown;
+        when_dialog_opens("QFileDialog", [&](QDialog& dialog) {
+            auto* types = child<QComboBox>(dialog, "fileTypeCombo");
+            auto* files = child<QListView>(dialog, "listView");
+            const QAccessibleInterface* heard = QAccessible::queryAccessibleInterface(types);
+            EXPECT_EQ(heard->text(QAccessible::Name), QStringLiteral("Files of type:"));
+            EXPECT_EQ(heard->text(QAccessible::Description), types->currentText());
+            for (int i = 0; i < types->count(); ++i) {
+                types->setCurrentIndex(i);
+                Q_EMIT types->activated(i);
+                shown << types->itemText(i) << QString();
+                EXPECT_TRUE(QTest::qWaitFor(
+                    [&] {
+                        QStringList names;
+                        for (int row = 0; row < files->model()->rowCount(files->rootIndex()); ++row)
+                            names << files->model()->index(row, 0, files->rootIndex()).data().toString();
+                        names.sort();
+                        shown.back() = names.join(u' ');
+                        return shown.back() == expected.value(2 * i + 1);
+                    },
+                    2000));
+            }
+            dialog.reject();
+        });
+        EXPECT_EQ(person.choose_file_to_open("Open", filter), std::nullopt);
+        EXPECT_EQ(shown.join(u'|').toStdString(), expected.join(u'|').toStdString());
+    }
 }
 
 // Two stations in one folder would fight for the bus; a crashed one must not lock the next one out.
