@@ -3,8 +3,8 @@
 namespace ampdesk {
 
 bool accepted_font(const FontChoice& preset, const FontChoice& chosen) {
-    return chosen.family == preset.family && chosen.bold == preset.bold && chosen.size >= 13 &&
-           chosen.size <= 15;
+    return chosen.family == preset.family && chosen.bold == preset.bold && chosen.size >= k_smallest_size &&
+           chosen.size <= k_largest_size;
 }
 
 Message font_refusal(const std::string& family) {

@@ -7,6 +7,9 @@
 
 namespace ampdesk {
 
+inline constexpr int k_smallest_size = 13;  // points
+inline constexpr int k_largest_size = 15;
+
 struct FontChoice {
     std::string family;  // UTF-8
     bool bold = true;

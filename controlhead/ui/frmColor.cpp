@@ -5,8 +5,12 @@
 #include <QFontDialog>
 #include <QFontInfo>
 #include <QHBoxLayout>
+#include <QLabel>
+#include <QListView>
 #include <QPushButton>
+#include <QStringListModel>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "controlhead/font_rule.h"
 #include "controlhead/ui/panel_colours.h"
@@ -34,6 +38,53 @@ QFont listed_font(double points) {
     if (!QFontDatabase::families().contains(font.family()))
         font.setFamily(QFontInfo(font).family());
     return font;
+}
+
+QStringList allowed_sizes() {
+    QStringList sizes;
+    for (int size = k_smallest_size; size <= k_largest_size; ++size) sizes << QString::number(size);
+    return sizes;
+}
+
+// The dialog's list of sizes is the one of its lists that holds numbers only.
+QListView* size_list(const QFontDialog& dialog) {
+    for (auto* list : dialog.findChildren<QListView*>()) {
+        const auto* model = qobject_cast<QStringListModel*>(list->model());
+        const QStringList rows = model != nullptr ? model->stringList() : QStringList();
+        const auto is_number = [](const QString& row) { return row.toInt() > 0; };
+        if (!rows.isEmpty() && std::all_of(rows.begin(), rows.end(), is_number))
+            return list;
+    }
+    return nullptr;
+}
+
+// A list does not take its label's name by itself.
+void name_lists(const QFontDialog& dialog) {
+    for (const auto* label : dialog.findChildren<QLabel*>())
+        if (auto* list = qobject_cast<QListView*>(label->buddy()))
+            list->setAccessibleName(label->text().remove(u'&'));
+}
+
+// The dialog offers the sizes that printers have always used; 13 and 15 are not among them. It fills its
+// list anew for every family and style.
+void offer_allowed_sizes(const QFontDialog& dialog) {
+    QListView* list = size_list(dialog);
+    if (list == nullptr)
+        return;
+    list->setAccessibleName(QStringLiteral("Size"));
+    auto* model = qobject_cast<QStringListModel*>(list->model());
+    const auto fill = [&dialog, list, model] {
+        const QStringList sizes = allowed_sizes();
+        if (model->stringList() == sizes)
+            return;
+        model->setStringList(sizes);
+        const auto row = sizes.indexOf(QString::number(dialog.currentFont().pointSize()));
+        if (row >= 0)
+            list->setCurrentIndex(model->index(static_cast<int>(row)));
+    };
+    // Not at once: the dialog is not done with its own list then.
+    QObject::connect(model, &QAbstractItemModel::modelReset, &dialog, fill, Qt::QueuedConnection);
+    fill();
 }
 
 }  // namespace
@@ -94,6 +145,8 @@ void frmColor::cmdFont_Click() {
     QFontDialog dialog(listed_font(look.font_size), this);
     dialog.setObjectName(QStringLiteral("CmdLog"));
     dialog.setOption(QFontDialog::DontUseNativeDialog);
+    name_lists(dialog);
+    offer_allowed_sizes(dialog);
     // As the dialog itself names what it was given; the names of fonts differ from system to system.
     const FontChoice preset = choice_of(dialog.currentFont());
     if (dialog.exec() != QDialog::Accepted)

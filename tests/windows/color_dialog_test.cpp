@@ -1,6 +1,7 @@
 // frmColor behind its menu item: colours and font size change on the copy only, and on the head with OK.
 #include <QColorDialog>
 #include <QFontDialog>
+#include <QListView>
 
 #include "controlhead/font_rule.h"
 #include "controlhead/ui/frmColor.h"
@@ -79,6 +80,19 @@ class ColorDialog : public Desk {
                 .machine_colour = bgr(*child(*dialog, "Label1(0)"), QPalette::Window)};
     }
 
+    static QListView* size_list(const QFontDialog& fonts) {
+        for (auto* list : fonts.findChildren<QListView*>())
+            if (list->accessibleName() == QStringLiteral("Size"))
+                return list;
+        return nullptr;
+    }
+    static QStringList rows(const QListView& list) {
+        QStringList all;
+        for (int row = 0; row < list.model()->rowCount(); ++row)
+            all << list.model()->index(row, 0).data().toString();
+        return all;
+    }
+
     const ScreenSettings first{.fore_colour = 0x112233, .back_colour = 0x445566, .machine_colour = 0x778899};
     const std::shared_ptr<ControlHead> other = open(1).head();
     const std::shared_ptr<ControlHead> head = open(2).head();
@@ -121,6 +135,28 @@ TEST_F(ColorDialog, ColoursAndSizeReachTheHeadWithOkOnly) {
             });
             expected.font_size = 15;
             EXPECT_EQ(copy(), expected);
+            for (const int size : {13, 15}) {
+                choose<QFontDialog>("cmdFont", [size](QFontDialog& fonts) {
+                    const QFont bold = fonts.currentFont();
+                    QFont plain = bold;
+                    plain.setStyleName({});
+                    plain.setBold(false);
+                    for (const QFont& font : {plain, bold}) fonts.setCurrentFont(font);
+                    QListView* sizes = size_list(fonts);
+                    ASSERT_NE(sizes, nullptr);
+                    const QStringList allowed{QStringLiteral("13"), QStringLiteral("14"),
+                                              QStringLiteral("15")};
+                    const bool offered = QTest::qWaitFor([&] { return rows(*sizes) == allowed; });
+                    EXPECT_TRUE(offered);
+                    if (!offered)
+                        return fonts.reject();
+                    EXPECT_EQ(sizes->currentIndex().data().toInt(), fonts.currentFont().pointSize());
+                    sizes->setCurrentIndex(sizes->model()->index(size - 13, 0));
+                    fonts.accept();
+                });
+                expected.font_size = size;
+                EXPECT_EQ(copy(), expected);
+            }
             EXPECT_EQ(head->panel().look(), first);
             click(*dialog, end);
         });
