@@ -1,5 +1,6 @@
 #include "shell/ui/main_menu.h"
 
+#include <QApplication>
 #include <QMenu>
 #include <algorithm>
 #include <map>
@@ -117,7 +118,24 @@ const Array& array_named(std::string_view name) {
 // `changing` gets the items that do not always live or always sleep.
 using Changing = std::map<Live, std::vector<QAction*>>;
 
+// A dialog or box that waits for an answer keeps mouse and keyboard off the menu, but assistive technology
+// reaches past it: what it stands for could be closed under it, or opened a second time.
+void trigger(QAction& action, const std::function<void(int)>& click, int index) {
+    if (QApplication::activeModalWidget() == nullptr)
+        click(index);
+    else if (action.isCheckable())
+        action.toggle();  // back to what it was
+}
+
 void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, Changing& changing) {
+    // An open menu would take the keys that the box waits for. At once is too soon to hide it.
+    QObject::connect(
+        &menu, &QMenu::aboutToShow, &menu,
+        [&menu] {
+            if (QApplication::activeModalWidget() != nullptr)
+                menu.hide();
+        },
+        Qt::QueuedConnection);
     for (int i = 0; i < static_cast<int>(array.items.size()); ++i) {
         const Item& item = array.items[static_cast<std::size_t>(i)];
         QAction* action = nullptr;
@@ -130,7 +148,8 @@ void fill(QMenu& menu, const Array& array, const MenuHandlers& handlers, Changin
         } else {
             action = menu.addAction(QLatin1String(item.caption));
             if (const auto& click = handlers.*array.click)
-                QObject::connect(action, &QAction::triggered, &menu, [click, i] { click(i); });
+                QObject::connect(action, &QAction::triggered, &menu,
+                                 [action, click, i] { trigger(*action, click, i); });
         }
         action->setObjectName(QStringLiteral("%1(%2)").arg(QLatin1String(array.name)).arg(i));
         action->setMenuRole(QAction::NoRole);

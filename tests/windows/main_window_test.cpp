@@ -35,6 +35,47 @@ TEST_F(MainWindow, MenuItemsLiveWhileTheyCanAct) {
     EXPECT_EQ(asleep(), without);
 }
 
+// An item that assistive technology triggers past an open box or dialog, which it would close or open a
+// second time; a tool window beside the main window that puts the menu to sleep.
+TEST_F(MainWindow, ABoxHoldsTheMenu) {
+    QMenuBar bar;
+    int calls = 0;
+    MenuHandlers handlers;
+    handlers.can_make_faults = true;
+    for (auto* handler :
+         {&handlers.mnuMachineItem_Click, &handlers.mnuModemItem_Click, &handlers.mnuModemOpt_Click,
+          &handlers.mnuToolsItem_Click, &handlers.mnuToolsScreen_Click, &handlers.mnuToolsSram_Click,
+          &handlers.mnuWinItem_Click, &handlers.mnuHelpItem_Click})
+        *handler = [&](int) { ++calls; };
+    MainMenu menu(bar, handlers);
+    menu.set_amplifier_open(true);
+    const auto* debug = child<QAction>(bar, "mnuModemOpt(3)");
+    const auto trigger_all = [&] {
+        calls = 0;
+        for (QAction* item : bar.findChildren<QAction*>())
+            if (!item->objectName().isEmpty() && item->menu() == nullptr)
+                item->trigger();
+        return calls;
+    };
+    EXPECT_EQ(trigger_all(), 32);
+    EXPECT_TRUE(debug->isChecked());
+    QDialog tool(&form);
+    tool.show();
+    EXPECT_EQ(trigger_all(), 32);
+    EXPECT_FALSE(debug->isChecked());
+    when_box_opens([&](QMessageBox& box) {
+        EXPECT_EQ(trigger_all(), 0);
+        EXPECT_FALSE(debug->isChecked());
+        auto* help = child<QMenu>(bar, "mnuHelp");
+        help->popup({});
+        EXPECT_TRUE(QTest::qWaitFor([&] { return help->isHidden(); }));
+        QDialog nested(&box);
+        nested.open();
+        EXPECT_EQ(trigger_all(), 0);
+    });
+    person.notify("");
+}
+
 // Heads stand in the order in which they were opened, an icon stays an icon at the bottom.
 TEST_F(MainWindow, ArrangesTheHeads) {
     std::vector<QWidget*> windows;
