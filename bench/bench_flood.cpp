@@ -1,6 +1,8 @@
 // What a flood on the terminal's port does to the amplifiers: three control heads are polled while a
 // pseudo-terminal delivers bytes as fast as they are taken. The event loop is a plain poll(), the text
-// box a string: no window is drawn. Prints the visits' intervals, the bytes taken and the memory.
+// box a string: no window is drawn. Prints the visits' intervals, the bytes taken, what went to the
+// amplifiers for them, and the memory.
+#include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
 
@@ -32,6 +34,7 @@ class Flood {
         if (openpty(&master_, &slave, name, nullptr, nullptr) != 0)
             std::exit((std::perror("bench_flood"), 1));
         close(slave);
+        fcntl(master_, F_SETFL, O_NONBLOCK);  // else a write waits for ever once nobody reads
         device = name;
     }
     ~Flood() { close(master_); }
@@ -67,15 +70,15 @@ class Flood {
     std::thread writer_;
 };
 
-// All byte values by chance, without the marker of a remote station: what its requests cost is
-// measured by themselves.
-std::string random_bytes() {
+// All byte values by chance, the marker of a remote station among them about sixteen times. With
+// `request_every` the beginning of a request stands before every so many of them.
+std::string random_bytes(std::size_t request_every = k_flood) {
     std::mt19937 random(1);
-    std::string bytes(k_flood, '\0');
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        bytes[i] = static_cast<char>(random());
-        if (i > 0 && bytes[i] == k_ack && bytes[i - 1] == k_ack)
-            bytes[i] = k_nak;
+    std::string bytes;
+    while (bytes.size() < k_flood) {
+        if (request_every < k_flood)
+            bytes += "\x06\x06>";
+        for (std::size_t i = 0; i < request_every; ++i) bytes += static_cast<char>(random());
     }
     return bytes;
 }
@@ -91,6 +94,7 @@ class Desk : public WatchedStation {
             shown += text.insert;
             longest = std::max(longest, shown.size());
         };
+        bus.on_traffic = [this](const BusTraffic& t) { sent += t.sent && ticking_ ? 1 : 0; };
         if (const PortResult result = line_.open({.device = device}); !result.ok())
             std::exit((std::fprintf(stderr, "bench_flood: %s\n", result.cause.c_str()), 1));
     }
@@ -107,8 +111,11 @@ class Desk : public WatchedStation {
             poll(&watched, 1, static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(wait).count()));
             if (watched.revents != 0)
                 line_.pump();
-            if (tick && clock.now() >= *tick)
+            if (tick && clock.now() >= *tick) {
+                ticking_ = true;
                 terminal_.tick();
+                ticking_ = false;
+            }
             if (clock.now() >= visit)
                 visit = station.poll_windows() + clock.now();
             const auto next = terminal_.next_tick();
@@ -117,6 +124,7 @@ class Desk : public WatchedStation {
     }
 
     std::size_t taken = 0;    // bytes from the terminal's line
+    long sent = 0;            // frames to amplifiers on its behalf
     std::string shown;        // the text box
     std::size_t longest = 0;  // it ever was
 
@@ -124,6 +132,7 @@ class Desk : public WatchedStation {
     PosixSerialPort port_{clock};
     TerminalLine line_{&port_, clock};
     Terminal terminal_{line_, bus};
+    bool ticking_ = false;
 };
 
 long memory_kib() {
@@ -144,6 +153,7 @@ void measure(Desk& desk, Flood& flood, const char* what, const std::string& byte
     const long memory = memory_kib();
     desk.forget();
     desk.taken = 0;
+    desk.sent = 0;
     if (!bytes.empty())
         flood.start(bytes);
     desk.run(seconds);
@@ -152,8 +162,9 @@ void measure(Desk& desk, Flood& flood, const char* what, const std::string& byte
     const Intervals visits = visit_intervals(desk);
     std::printf("%-42s mean %6.1f ms   least %6.1f ms   most %6.1f ms   (%zu intervals)\n", what,
                 visits.mean(), visits.least, visits.most, visits.count);
-    std::printf("%-42s %.1f MB taken, %zu characters shown at most, %ld KiB more memory\n", "",
-                static_cast<double>(desk.taken) / 1e6, desk.longest, memory_kib() - memory);
+    std::printf(
+        "%-42s %.1f MB taken, %ld frames sent for it, %zu characters shown at most, %ld KiB more memory\n",
+        "", static_cast<double>(desk.taken) / 1e6, desk.sent, desk.longest, memory_kib() - memory);
 }
 
 }  // namespace
@@ -178,6 +189,7 @@ int main(int argc, char** argv) {
     desk.run(1);
     measure(desk, flood, "three heads, nothing on the terminal", "", seconds);
     measure(desk, flood, "random bytes without end", random_bytes(), seconds);
+    measure(desk, flood, "half requests, each with 60 random bytes", random_bytes(60), seconds);
     measure(desk, flood, "requests that an amplifier answers", "\x06\x06>01,RDSTAT\r", seconds);
     measure(desk, flood, "requests that nobody answers (1 s each)", "\x06\x06>77,RDSTAT\r", seconds);
     std::filesystem::remove_all(folder);

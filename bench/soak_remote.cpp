@@ -24,16 +24,20 @@ constexpr std::size_t k_remembered = 200;  // lines that may still be carried ou
 constexpr seconds k_answer_limit{60};      // a burst to silent amplifiers waits for itself
 constexpr std::string_view k_manual_hang_up = "manually hang up";
 
-constexpr std::string_view k_reads[] = {"\x11"sv,         "\x12"sv,  "\xA0\x15\x00"sv, "\xA0\x17\x00"sv,
-                                        "RDBAND"sv,       "RDS/N"sv, "RDSTAT"sv,       "*IDN?"sv,
-                                        "\xA0\x18\x00"sv, "NOSUCH"sv};
-constexpr std::string_view k_settings[] = {
-    "\x10\x12"sv,         "\x10\x13"sv,         "\x10\x16"sv, "\x10\x17"sv, "\x10\x18\x40\x00"sv,
-    "\x10\x18\x96\x00"sv, "\x10\x18\x2C\x01"sv, "SBAND 0"sv,  "SBAND 1"sv,  "SBAND 2"sv};
-constexpr std::string_view k_malformed_lines[] = {">1 SBAND 2"sv, ">100,SBAND 1"sv, ">-3,SBAND 1"sv, ">"sv};
+constexpr std::string_view k_reads[] = {"RDBAND"sv, "RDS/N"sv, "RDSTAT"sv, "*IDN?"sv, "NOSUCH"sv};
+constexpr std::string_view k_settings[] = {"SBAND 0"sv, "SBAND 1"sv, "SBAND 2"sv};
+constexpr std::string_view k_malformed_lines[] = {
+    ">1 SBAND 2"sv,      ">100,SBAND 1"sv,
+    ">-3,SBAND 1"sv,     ">"sv,
+    ">2,\x10\x12"sv,     ">3x,SBAND 1"sv,
+    ">4,\x10\x18\x40"sv, ">1,SBAND 2                                         "sv};
 
 double address_in(const std::string& text, std::size_t start, std::size_t comma) {
-    return std::nearbyint(lenient_number(text.substr(start + 1, comma - start - 1)));
+    const std::string address = text.substr(start + 1, comma - start - 1);
+    const bool number = address.find_first_not_of("0123456789. ") == std::string::npos &&
+                        address.find_first_of("0123456789") != std::string::npos &&
+                        std::count(address.begin(), address.end(), '.') < 2;
+    return number ? std::nearbyint(lenient_number(address)) : -1;
 }
 
 }  // namespace
@@ -55,8 +59,7 @@ RemoteStation::RemoteStation(BusLink& bus, SoakLine& line, FaultyLine& chance, C
 bool RemoteStation::Asked::orders(const Order& order) const {
     const std::size_t start = text.find('>');
     const std::size_t comma = text.find(',', start);
-    return start != std::string::npos && comma != std::string::npos &&
-           order.text == (text.find(k_text_marker) != std::string::npos) &&
+    return !malformed() && order.text == (text.find(k_text_marker) != std::string::npos) &&
            address_in(text, start, comma) == order.address &&
            trimmed(std::string_view(text).substr(comma + 1)) == order.command;
 }
@@ -67,7 +70,9 @@ bool RemoteStation::Asked::malformed() const {
     if (start == std::string::npos || comma == std::string::npos)
         return true;
     const double address = address_in(text, start, comma);
-    return address < 0 || address > 99;
+    const std::string_view command = trimmed(std::string_view(text).substr(comma + 1));
+    return address < 0 || address > 99 || text.size() > 50 || command.empty() ||
+           !std::all_of(command.begin(), command.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
 }
 
 std::string RemoteStation::command_line() {
@@ -87,7 +92,8 @@ std::string RemoteStation::command_line() {
 // Alone it may come in pieces, as a modem hands them on. The first one holds the whole marker, which
 // clears what stands before it; a line that the next one follows before it is whole would be lost so.
 void RemoteStation::say_line(bool alone) {
-    const std::string bytes = std::string(k_marker) + command_line() + '\r';
+    const std::string text = command_line();
+    const std::string bytes = std::string(k_marker) + text + '\r';
     std::size_t end = k_marker.size();
     std::size_t begin = 0;
     while (begin < bytes.size()) {
@@ -97,7 +103,7 @@ void RemoteStation::say_line(bool alone) {
         begin = end = std::min(end, bytes.size());
     }
     ++counts.lines;
-    ++awaited_;
+    ++(Asked{text}.malformed() ? awaited_wrong_ : awaited_);
 }
 
 void RemoteStation::say_other() {
@@ -143,10 +149,7 @@ void RemoteStation::remember_requests(std::string_view bytes) {
 }
 
 void RemoteStation::speak() {
-    if (awaited_ > 0) {
-        counts.unanswered += awaited_;
-        awaited_ = 0;
-    }
+    counts.unanswered += std::exchange(awaited_, 0) + (std::exchange(awaited_wrong_, 0) > 0 ? 1 : 0);
     if (chance_.one_in(4))
         say_other();
     else if (chance_.one_in(6))
@@ -159,7 +162,7 @@ void RemoteStation::speak() {
 
 void RemoteStation::turn(bool bus_is_free) {
     const Instant now = clock_.now();
-    if (now >= next_call_ && (awaited_ == 0 || now >= give_up_))
+    if (now >= next_call_ && (awaited_ + awaited_wrong_ == 0 || now >= give_up_))
         speak();
     if (port_.next() && now >= *port_.next())
         line_.pump();
@@ -173,7 +176,7 @@ void RemoteStation::turn(bool bus_is_free) {
 void RemoteStation::hung_up() {
     breaking_ = false;
     ++counts.hang_ups;
-    awaited_ = 0;
+    awaited_ = awaited_wrong_ = 0;
     expected_.clear();
     heard_.clear();
     port_.heard();
@@ -247,8 +250,8 @@ void RemoteStation::hear() {
 
 void RemoteStation::judge(const std::string& answer) {
     ++counts.answers;
-    awaited_ = std::max(0, awaited_ - 1);
     if (answer == k_malformed) {
+        awaited_wrong_ = 0;  // those that come within a second share an answer
         const auto line = std::find_if(asked_.begin(), asked_.end(),
                                        [](const Asked& asked) { return !asked.used && asked.malformed(); });
         if (line == asked_.end())
@@ -256,6 +259,7 @@ void RemoteStation::judge(const std::string& answer) {
         line->used = true;
         return;
     }
+    awaited_ = std::max(0, awaited_ - 1);
     if (expected_.empty())
         return wrong("an answer to nothing: " + answer);
     const Expected due = expected_.front();
@@ -281,7 +285,7 @@ void RemoteStation::wrong(const std::string& what) {
 }
 
 Instant RemoteStation::due() {
-    Instant next = std::max(next_call_, awaited_ == 0 ? next_call_ : give_up_);
+    Instant next = std::max(next_call_, awaited_ + awaited_wrong_ == 0 ? next_call_ : give_up_);
     if (port_.next())
         next = std::min(next, *port_.next());
     if (const auto tick = terminal_.next_tick())

@@ -86,8 +86,9 @@ class RemoteStation {
     std::string said_since_line_end_;
     std::deque<Order> orders_;  // that the terminal has sent during the tick in hand
     std::deque<Expected> expected_;
-    std::string heard_;  // of the answer that is coming in
-    int awaited_ = 0;    // answers to the lines of this call that have not come
+    std::string heard_;      // of the answer that is coming in
+    int awaited_ = 0;        // answers to the lines of this call that have not come
+    int awaited_wrong_ = 0;  // lines of this call that order nothing, until they are told so
     bool breaking_ = false;
     Instant next_call_{};
     Instant give_up_{};

@@ -1,5 +1,6 @@
 #include "buslink/remote_command.h"
 
+#include <algorithm>
 #include <exception>
 #include <optional>
 
@@ -16,24 +17,39 @@ constexpr float k_text_pause_ms = 200;  // what an amplifier takes to carry out 
 constexpr std::string_view k_no_response =
     "No response from amplifier, check 422/485 connection to the amplifier";
 constexpr std::string_view k_wrong_command = "No message from amplifier, wrong command";
+constexpr std::size_t k_longest_line = 50;  // a longer one is noise
 
 struct Order {
     std::int16_t address = 0;
     std::string_view command;
 };
 
-// Nothing for a line that has no "," after its ">", or an address that no amplifier has: the
-// frames would wrap it to some other amplifier's.
+// 0..99; nothing for another number, which a frame would wrap to some other amplifier's, and for a text
+// that is no plain number: a bad line's noise would all go to amplifier 0.
+std::optional<std::int16_t> parse_address(std::string_view text) {
+    const bool plain = text.find_first_not_of(" .0123456789") == std::string_view::npos &&
+                       text.find_first_of("0123456789") != std::string_view::npos &&
+                       text.find('.') == text.rfind('.');
+    const double number = plain ? lenient_number(text) : 100;
+    if (number >= 100)
+        return std::nullopt;
+    const std::int16_t address = round_to_int16(number);
+    return address <= 99 ? std::optional(address) : std::nullopt;
+}
+
+// Nothing for a line that orders nothing. What comes over a bad line must not reach an amplifier.
 std::optional<Order> parse_order(std::string_view line) {
     const std::size_t start = line.find('>');
     const std::size_t comma = start == std::string_view::npos ? start : line.find(',', start);
-    if (comma == std::string_view::npos)
+    if (comma == std::string_view::npos || line.size() > k_longest_line)
         return std::nullopt;
-    const double address = lenient_number(line.substr(start + 1, comma - start - 1));
-    if (!(address > -1 && address < 100))
+    const auto address = parse_address(line.substr(start + 1, comma - start - 1));
+    const std::string_view command = trimmed(line.substr(comma + 1));
+    const bool printable =
+        std::all_of(command.begin(), command.end(), [](char c) { return c >= ' ' && c <= '~'; });
+    if (!address || command.empty() || !printable)
         return std::nullopt;
-    const Order order{round_to_int16(address), trimmed(line.substr(comma + 1))};
-    return order.address >= 0 && order.address <= 99 ? std::optional(order) : std::nullopt;
+    return Order{*address, command};
 }
 
 bool contains(std::string_view line, std::string_view part) {
@@ -47,13 +63,25 @@ RemoteCommands::RemoteCommands(BusLink& bus, std::function<void(std::string_view
 
 void RemoteCommands::commCommandProc(std::string_view line) {
     try {
-        if (!contains(line, port_command_marker))
+        if (orders_nothing(line))
+            answer_wrong_command();
+        else if (!contains(line, port_command_marker))
             exchange(line, contains(line, status_command_marker));
         else if (contains(line, "RS422"))
             open_port();
     } catch (const std::exception& error) {
         answer(error.what());
     }
+}
+
+bool RemoteCommands::orders_nothing(std::string_view line) const {
+    if (contains(line, port_command_marker))
+        return contains(line, "RS422") && line.size() > k_longest_line;
+    return !parse_order(line);
+}
+
+void RemoteCommands::answer_wrong_command() {
+    answer(k_wrong_command);
 }
 
 void RemoteCommands::open_port() {
@@ -72,13 +100,11 @@ void RemoteCommands::open_port() {
 }
 
 void RemoteCommands::exchange(std::string_view line, bool as_text) {
-    const auto order = parse_order(line);
-    if (!order)
-        return answer(k_wrong_command);
-    terminal_address = order->address;
+    const Order order = *parse_order(line);
+    terminal_address = order.address;
     if (!bus_.bus_link_on())
         return;
-    std::string_view command = order->command;
+    std::string_view command = order.command;
     if (as_text) {
         last_bus_result = bus_.text_send(terminal_address, command);
         bus_.delay_ms(k_text_pause_ms);

@@ -26,6 +26,12 @@ class RemoteCommands {
     // While bus_link_on is 0 nothing is sent and nothing is answered.
     void commCommandProc(std::string_view line);
 
+    // Whether commCommandProc would send nothing and answer that the command is wrong: more than 50
+    // characters, no ",", an address that is no number or rounds to none from 0 to 99, or a command that
+    // is empty or does not print.
+    bool orders_nothing(std::string_view line) const;
+    void answer_wrong_command();
+
     std::string port_command_marker = "\x02\x02";
     std::string status_command_marker = "\x03\x03";
 

@@ -2,6 +2,7 @@
 //
 // input: flags (1 port open, 2 a good "rs422.dat" is there), the line up to a line feed, and the bytes
 // that come back.
+#include <algorithm>
 #include <filesystem>
 
 #include "buslink/remote_command.h"
@@ -91,6 +92,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
               "the address is the parsed one");
         const auto address = plain_address(std::string_view(line).substr(start + 1, comma - start - 1));
         check(!address || *address == frame.address, "the address is the line's");
+        check(line.size() <= 50 && !frame.command.empty() &&
+                  std::all_of(frame.command.begin(), frame.command.end(),
+                              [](char c) { return c >= 0x20 && c < 0x7F; }),
+              "noise is no order");
     }
     check(output.empty() || (output.ends_with("\r\n") && output.find('\r') == output.size() - 2),
           "one line of answer at most");

@@ -13,7 +13,7 @@ LineBuffer::Received LineBuffer::receive(std::string_view chunk) {
     for (std::size_t end = text_.find('\r'); end != std::string::npos; end = text_.find('\r', start)) {
         const std::string_view line(text_.data() + start, end - start);
         start = end + 1;
-        const std::size_t marker = line.find(k_remote_marker);
+        const std::size_t marker = line.rfind(k_remote_marker);
         if (marker == std::string_view::npos)
             continue;
         result.remote_request = true;

@@ -22,7 +22,7 @@ class LineBuffer {
         bool marked = false;                // the chunk holds the marker: throw away what waits in the port
         bool overflowed = false;            // the buffer held too much and was emptied: hang up
         bool remote_request = false;        // a line of this chunk holds the marker
-        std::vector<std::string> requests;  // what stands after the marker, a line each
+        std::vector<std::string> requests;  // what stands after its last marker, a line each
     };
 
     // One chunk as it was read from the port. A carriage return ends a line.

@@ -42,7 +42,7 @@ bool Terminal::type(std::string_view text) {
 bool Terminal::hang_up() {
     if (line_.taken() || !modem_.hang_up())
         return false;
-    requests_.clear();
+    forget_requests();
     buffer_.clear();
     status("Hanging up");
     return true;
@@ -63,9 +63,18 @@ void Terminal::received(std::string_view chunk) {
     for (std::string& request : found.requests) {
         const bool command = request.find('>') != std::string::npos ||
                              request.find(remote_.port_command_marker) != std::string::npos;
-        if (command && requests_.size() < k_most_requests)
+        if (!command)
+            continue;
+        if (remote_.orders_nothing(request))
+            wrong_behind_ = wrong_behind_.value_or(requests_.size());
+        else if (requests_.size() < k_most_requests)
             requests_.push_back(std::move(request));
     }
+}
+
+void Terminal::forget_requests() {
+    requests_.clear();
+    wrong_behind_.reset();
 }
 
 // After half a second; and once more when as much has come meanwhile as no line has.
@@ -91,6 +100,11 @@ void Terminal::tick() {
         status("Hung up");
     if (tells_ && now >= next_look_)
         look();
+    if (wrong_waits() && now >= next_wrong_answer_) {
+        wrong_behind_.reset();
+        next_wrong_answer_ = now + k_between_wrong_answers;
+        remote_.answer_wrong_command();
+    }
     if (request_waits() && now >= next_request_ && (!may_exchange || may_exchange()))
         carry_out_request();
 }
@@ -99,11 +113,18 @@ bool Terminal::request_waits() const {
     return !requests_.empty() && !line_.taken() && !modem_.hanging_up();
 }
 
+// Behind the lines that came before it, as long as that second lets it: none of them waits for it.
+bool Terminal::wrong_waits() const {
+    return wrong_behind_ == 0U && !line_.taken() && !modem_.hanging_up();
+}
+
 // Requests to an amplifier that does not answer take more than a second each; as long again passes
 // before the next one, in which every control head is visited.
 void Terminal::carry_out_request() {
     const std::string request = std::move(requests_.front());
     requests_.pop_front();
+    if (wrong_behind_.value_or(0) > 0)
+        --*wrong_behind_;
     const Instant start = clock_.now();
     remote_.commCommandProc(request);
     const Instant end = clock_.now();
@@ -119,6 +140,8 @@ std::optional<Duration> Terminal::next_tick() {
     };
     if (request_waits())
         want(!may_exchange || may_exchange() ? next_request_ : now + k_ask_again);
+    if (wrong_waits())
+        want(next_wrong_answer_);
     if (line_.waiting() > 0)
         want(now + k_send_on);
     if (line_.is_open() && !line_.is_connected())
@@ -135,7 +158,7 @@ std::optional<Duration> Terminal::next_tick() {
 
 void Terminal::line_changed() {
     buffer_.clear();
-    requests_.clear();
+    forget_requests();
     hang_up_at_.reset();
     held_back_.reset();
     cts_told_ = false;

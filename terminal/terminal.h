@@ -25,6 +25,7 @@ class Terminal {
     static constexpr std::chrono::seconds k_look_for_lost_line{2};  // the port's own spacing
     static constexpr std::chrono::seconds k_cts_limit{5};           // output held back by CTS
     static constexpr std::size_t k_most_requests = 32;              // that wait to be carried out
+    static constexpr std::chrono::seconds k_between_wrong_answers{1};
 
     // Takes the line's on_received until its end. "rs422.dat" is looked for in `folder`.
     Terminal(TerminalLine& line, BusLink& bus, std::string folder = ".");
@@ -77,6 +78,8 @@ class Terminal {
     void step_manual_hang_up(Instant now);
     void carry_out_request();
     bool request_waits() const;
+    bool wrong_waits() const;
+    void forget_requests();
 
     bool visible() const { return !is_visible || is_visible(); }
 
@@ -86,7 +89,11 @@ class Terminal {
     RemoteCommands remote_;
     LineBuffer buffer_;
     std::deque<std::string> requests_;
-    Instant next_request_{};             // not before: half of the time belongs to the amplifiers' polling
+    Instant next_request_{};  // not before: half of the time belongs to the amplifiers' polling
+    // A wrong request waits for its answer until that many of requests_ are done. There is one answer a
+    // second at most, whatever a bad line brings; what comes before it is due shares it.
+    std::optional<std::size_t> wrong_behind_;
+    Instant next_wrong_answer_{};
     std::optional<Instant> hang_up_at_;  // text without line ends has come
     bool second_hang_up_ = false;
     bool tells_ = false;  // the device has told something when it was opened

@@ -53,7 +53,15 @@ TEST(RemoteCommand, SendsAndAnswers) {
         {"link switched off, no comma", ">05 RDSTAT", {}, k_wrong, false, false},
         {"text frame, then status", "~>05,RFON", {k_text_rfon_5, k_ask_status_5}, "\r\n"},
         {"text frame, link switched off", "~>05,RFON", {}, "", false, false},
-        {"a text that no checksum holds", "~>5," + std::string(300, '~'), {}, "Overflow\r\n"},
+        {"no address, which a lenient reading makes 0", ">,RDSTAT", {}, k_wrong},
+        {"a number behind which there is noise", ">5x,RDSTAT", {}, k_wrong},
+        {"an exponent", ">5e0,RDSTAT", {}, k_wrong},
+        {"two points", ">5..0,RDSTAT", {}, k_wrong},
+        {"no command", ">5, ", {}, k_wrong},
+        {"a command that does not print", ">5,RDSTAT\x80", {}, k_wrong},
+        {"51 characters", ">05,RDSTAT" + std::string(41, ' '), {}, k_wrong},
+        {"50 characters", ">05,RDSTAT" + std::string(40, ' '), {k_ask_status_5}, "\r\n"},
+        {"51 characters with the port marker", "\x02\x02RS422" + std::string(44, ' '), {}, k_wrong},
         {"port marker without RS422", "\x02\x02>05,RDSTAT", {}, ""},
     };
     for (auto row : table) {

@@ -255,6 +255,40 @@ TEST_F(TerminalTest, RequestsTakeTurnsWithThePolling) {
     EXPECT_EQ(shown.substr(shown.size() - 4), "\r\n\r\n");
 }
 
+// A bad line that is answered without end, whose noise keeps a request of its own waiting or takes its
+// place in the queue, or that leaves a person's wrong request without an answer.
+TEST_F(TerminalTest, AnswersWrongRequestsOnceASecond) {
+    const std::string wrong = "No message from amplifier, wrong command\r\n";
+    open();
+    pass(milliseconds(0));
+    for (int i = 0; i < 100; ++i) receive("\x06\x06>\x81,\x13\x7F\r");
+    receive("\x06\x06noise>5,\x06\x06>05,RDSTAT\r");
+    terminal.tick();
+    EXPECT_EQ(take_sent(), wrong + "\r\n");
+    EXPECT_EQ(bus_port.written.size(), 1U);
+    const Instant answered = clock.now();  // the amplifier's second has passed since the noise
+    receive("\x06\x06>5 RDSTAT\r");
+    pass(milliseconds(0));
+    EXPECT_EQ(take_sent(), wrong);
+    for (int i = 0; i < 9; ++i) {
+        receive("\x06\x06>5 RDSTAT\r");
+        pass(milliseconds(100));
+    }
+    EXPECT_EQ(take_sent(), "");
+    pass(milliseconds(99));
+    EXPECT_EQ(take_sent(), "");
+    pass(milliseconds(1));
+    EXPECT_EQ(take_sent(), wrong);
+    EXPECT_EQ(clock.now() - answered, milliseconds(1000));
+
+    pass(milliseconds(5000));
+    receive("\x06\x06>05,RDSTAT\r\x06\x06>5 RDSTAT\r");
+    pass(milliseconds(5000));
+    EXPECT_EQ(take_sent(), "\r\n" + wrong) << "the answers are not in the order of the requests";
+    pass(milliseconds(5000));
+    EXPECT_EQ(take_sent(), "");
+}
+
 // A request that is lost, goes to the bus though it is none or half of one, or whose answer the remote
 // station or the operator does not get.
 TEST_F(TerminalTest, CarriesOutRequests) {
