@@ -149,6 +149,15 @@ std::int16_t BusLink::open_bus_port(const LineSettings& settings) {
     return result.ok() ? 0 : 1;
 }
 
+std::string BusLink::give_back(const std::optional<LineSettings>& before) {
+    if (!before)
+        close_bus_port();
+    else if (settings() != before && open_bus_port(*before) != 0)
+        return "The line on " + before->port_name + " with " + settings_string(*before) +
+               " could not be opened again";
+    return {};
+}
+
 void BusLink::close_bus_port() {
     port_.close();
 }

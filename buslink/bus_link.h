@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -75,8 +76,15 @@ class BusLink {
     // Non-zero while bus commands may be sent: while the port is open.
     bool bus_link_on() const { return port_.is_open(); }
 
-    // The settings that the port was opened with last.
-    const LineSettings& settings() const { return settings_; }
+    // The settings of the line that is open; nothing while none is. One that was only tried is never here.
+    std::optional<LineSettings> settings() const {
+        return bus_link_on() ? std::optional(settings_) : std::nullopt;
+    }
+
+    // After an opening that came to nothing: the line is again what settings() gave before it, closed when
+    // that was nothing. A former line that does not open any more is told in the text, which is empty
+    // otherwise; open_failure() has the cause then.
+    std::string give_back(const std::optional<LineSettings>& before);
     const PortMap& ports() const { return options_.ports; }
     SerialPort& port() { return port_; }
     Clock& clock() { return clock_; }

@@ -94,9 +94,15 @@ void RemoteCommands::open_port() {
     if (!file)
         return answer("Default settings for serial port corrupted");
     const auto settings = line_settings(*file);
-    if (!settings || bus_.open_bus_port(*settings) != 0)
-        return answer("Serial Initialization Failed");
-    serial_initialised = 1;
+    const auto before = bus_.settings();
+    if (settings && bus_.open_bus_port(*settings) == 0) {
+        serial_initialised = 1;
+        return;
+    }
+    const std::string lost = bus_.give_back(before);
+    answer("Serial Initialization Failed");
+    if (!lost.empty())
+        answer(lost);
 }
 
 void RemoteCommands::exchange(std::string_view line, bool as_text) {

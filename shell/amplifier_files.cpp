@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <stdexcept>
 
 #include "buslink/identity.h"
 #include "buslink/settings_files.h"
@@ -96,7 +97,7 @@ void Station::open_file(const std::string& path, const OpenTexts& texts) {
         return services_.person.notify(texts.address_used);
 
     BusLink& bus = services_.bus;
-    const auto before = bus.bus_link_on() ? std::optional(bus.settings()) : std::nullopt;
+    const auto before = bus.settings();
     const unsigned closings = closings_;
     if (open_line(*file, texts)) {
         const auto found = identify(*address, texts);
@@ -104,8 +105,11 @@ void Station::open_file(const std::string& path, const OpenTexts& texts) {
             new_amplifier_window(static_cast<std::int16_t>(*address), found->number, found->model,
                                  texts.interactive);
     }
-    if (open_count() == 0)
-        restore_line(before);
+    if (open_count() > 0)
+        return;
+    // No head came of it: the line goes back to whom it served before.
+    if (const std::string lost = bus.give_back(before); !lost.empty())
+        services_.person.notify(lost, bus.open_failure());
 }
 
 // The bus is one line: while heads are open on it, a file has to agree with its settings.
@@ -116,26 +120,16 @@ bool Station::open_line(const Rs485File& file, const OpenTexts& texts) {
         services_.person.notify(texts.port_failed, "The file holds no baud code from 0 to 7");
         return false;
     }
-    if (open_count() > 0 && bus.bus_link_on()) {
-        const LineSettings& used = bus.settings();
-        const bool agrees = same_line(*wanted, used);
+    if (const auto used = bus.settings(); used && open_count() > 0) {
+        const bool agrees = same_line(*wanted, *used);
         if (!agrees)
-            services_.person.notify(texts.port_failed, settings_in_use(used));
+            services_.person.notify(texts.port_failed, settings_in_use(*used));
         return agrees;
     }
     if (bus.open_bus_port(*wanted) == 0)
         return true;
     services_.person.notify(texts.port_failed, bus.open_failure());
     return false;
-}
-
-// No head came of it: the line goes back to whom it served before.
-void Station::restore_line(const std::optional<LineSettings>& before) {
-    BusLink& bus = services_.bus;
-    if (!before)
-        bus.close_bus_port();
-    else if (!bus.bus_link_on() || *before != bus.settings())
-        bus.open_bus_port(*before);
 }
 
 // Who answers at that address. Nothing when nobody does or the operator gives up; that was told.
@@ -185,7 +179,8 @@ void Station::add_amplifier(std::int16_t unit_address, const std::string& number
 // Whether the file leads to that address on the line in use.
 bool Station::leads_to(const Rs485File& file, int address) const {
     const auto line = line_settings(file);
-    return line && same_line(*line, services_.bus.settings()) && unit_address(file) == address;
+    const auto used = services_.bus.settings();
+    return line && used && same_line(*line, *used) && unit_address(file) == address;
 }
 
 // Whether the amplifier's file is to be made anew. Who opens it next must not end up at an address or
@@ -221,10 +216,13 @@ void Station::make_amplifier_file(int address, const std::string& path) {
         write_amplifier_file(address, path);
 }
 
+// A file that is there stays as it is when no line is open: what else it could be given is a guess.
 void Station::write_amplifier_file(int address, const std::string& path) {
-    const LineSettings& used = services_.bus.settings();
-    write_rs485(path, {.port_name = used.port_name,
-                       .baud_code = code_of_baud(used.baud).value_or(Rs485File{}.baud_code),
+    const auto used = services_.bus.settings();
+    if (!used)
+        throw std::runtime_error("No line to the amplifiers is open");
+    write_rs485(path, {.port_name = used->port_name,
+                       .baud_code = code_of_baud(used->baud).value_or(Rs485File{}.baud_code),
                        .address = std::to_string(address)});
 }
 

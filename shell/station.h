@@ -56,9 +56,9 @@ class Station {
     std::vector<std::shared_ptr<ControlHead>> open_heads() const;  // in the order of their slots
     bool address_in_use(int unit_address) const;
 
-    // Save family. save writes "com" + number + ".dat" with the settings of the line in use, and the
+    // Save family. save writes "com" + number + ".dat" with the settings of the line that is open, and the
     // screen settings; save_as writes the amplifier file under a name that is asked for. Each tells
-    // what could not be written in one message.
+    // what could not be written, as an amplifier file while no line is open, in one message.
     void save(const ControlHead& head);
     void save_as(const ControlHead& head);
     void save_all();
@@ -91,7 +91,6 @@ class Station {
     // amplifier_files.cpp
     void open_file(const std::string& path, const OpenTexts& texts);
     bool open_line(const Rs485File& file, const OpenTexts& texts);
-    void restore_line(const std::optional<LineSettings>& before);
     std::optional<Identity> identify(int address, const OpenTexts& texts);
     bool leads_to(const Rs485File& file, int address) const;
     bool may_replace(const std::string& name, int address);

@@ -70,8 +70,8 @@ PortSettings port_settings(const TerminalSettings& settings, const PortMap& port
 
 std::vector<int> bus_port_numbers(const BusLink& bus, const std::string& folder) {
     std::vector<int> numbers;
-    numbers.push_back(bus.bus_link_on() ? port_number(bus.settings().port_name)
-                                        : port_of(read_rs485, folder + "/rs485.dat"));
+    const auto line = bus.settings();
+    numbers.push_back(line ? port_number(line->port_name) : port_of(read_rs485, folder + "/rs485.dat"));
     numbers.push_back(port_of(read_rs422, folder + "/rs422.dat"));
     std::erase(numbers, 0);
     std::sort(numbers.begin(), numbers.end());

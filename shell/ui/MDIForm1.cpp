@@ -76,10 +76,13 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
     station_.on_window_closed = [this](ControlHead& head) { window_closed(head); };
     person_.on_status = [this](const QString& text) { show_status(text); };
     bus_.port().on_connection_change = [this](bool connected) {
-        bus_lost_ = !connected;
-        show_status(from_utf8(bus_.settings().port_name) +
-                    (connected ? QStringLiteral(" connected again")
-                               : QStringLiteral(" connection lost, trying again")));
+        const auto used = bus_.settings();
+        if (!used)
+            return;
+        const QString name = from_utf8(used->port_name);
+        lost_line_ = connected ? QString() : name;
+        show_status(name + (connected ? QStringLiteral(" connected again")
+                                      : QStringLiteral(" connection lost, trying again")));
     };
 }
 
@@ -254,11 +257,12 @@ void MDIForm1::poll() {
 
 // A lost line that has been given up for another one, or closed, says nothing of that itself.
 void MDIForm1::follow_bus_line() {
-    if (!bus_lost_ || (bus_.port().is_open() && !bus_.port().is_connected()))
+    if (lost_line_.isEmpty() || (bus_.port().is_open() && !bus_.port().is_connected()))
         return;
-    bus_lost_ = false;
-    show_status(from_utf8(bus_.settings().port_name) +
-                (bus_.port().is_open() ? QStringLiteral(" connected") : QStringLiteral(" closed")));
+    const QString lost = std::exchange(lost_line_, {});
+    const auto used = bus_.settings();
+    show_status(used ? from_utf8(used->port_name) + QStringLiteral(" connected")
+                     : lost + QStringLiteral(" closed"));
 }
 
 void MDIForm1::shut_down() {

@@ -115,7 +115,7 @@ class MDIForm1 : public QMainWindow {
     HeadKeys* keys_ = nullptr;
     std::vector<frmMachine*> machines_;  // in the order in which they were opened
     std::optional<int> active_address_;
-    bool bus_lost_ = false;  // as the operator was told last
+    QString lost_line_;  // the bus line that the status label calls lost
     QTimer poll_timer_;
     QTimer TimerFileAutoOpen_;
 };

@@ -39,7 +39,7 @@ void SetUp::new_amplifier() {
                           .address_in_use = [this](int address) { return station_.address_in_use(address); },
                           .ask_band = [this] { return ask_band(); }});
     SetupResult found;
-    const auto before = line_in_use();
+    const auto before = bus_.settings();
     {
         frmSetup dialog(logic, k_rs485_file, bus_.ports(), operator_, &window_);
         dialog.exec();
@@ -47,26 +47,22 @@ void SetUp::new_amplifier() {
     }
     if (found.outcome == SetupResult::Outcome::add)
         station_.add_amplifier(found.unit_address, found.number, found.model);
-    else
+    else if (before || station_.open_count() == 0)
         give_back(before);
 }
 
 void SetUp::line() {
-    const auto before = line_in_use();
+    const auto before = bus_.settings();
     frmSerial(line_setup_, k_rs485_file, bus_.ports(), operator_, &window_).exec();
     if (!bus_.bus_link_on())
         give_back(before);
 }
 
-std::optional<LineSettings> SetUp::line_in_use() const {
-    return bus_.bus_link_on() ? std::optional(bus_.settings()) : std::nullopt;
-}
-
 // Nothing came of a dialog: the line goes back to the amplifiers, or the remote station, that it
 // served before.
 void SetUp::give_back(const std::optional<LineSettings>& before) {
-    if (before && (!bus_.bus_link_on() || *before != bus_.settings()))
-        bus_.open_bus_port(*before);
+    if (const std::string lost = bus_.give_back(before); !lost.empty())
+        operator_.notify(lost, bus_.open_failure());
 }
 
 void SetUp::screen(const std::shared_ptr<ControlHead>& head) {

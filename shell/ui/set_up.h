@@ -39,7 +39,6 @@ class SetUp {
 
   private:
     std::string ask_band();
-    std::optional<LineSettings> line_in_use() const;
     void give_back(const std::optional<LineSettings>& before);
 
     QWidget& window_;

@@ -122,13 +122,14 @@ TEST_F(Exchange, OpensThePort) {
         SCOPED_TRACE(settings.port_name + " " + settings_string(settings));
         port.opened.clear();
         EXPECT_EQ(bus.open_bus_port(settings), opened.empty() ? 1 : 0);
-        EXPECT_EQ(bus.bus_link_on(), !opened.empty());
+        EXPECT_EQ(bus.settings(), opened.empty() ? std::nullopt : std::optional(settings));
         EXPECT_EQ(bus.open_failure().empty(), !opened.empty());
         EXPECT_EQ(port.opened, opened);
     }
     port.open_result = {PortError::in_use, "COM2: is in use"};
     EXPECT_EQ(bus.open_bus_port("COM2:", 9600, 0, 8, 1), 1);
     EXPECT_EQ(bus.open_failure(), "COM2: is in use");
+    EXPECT_EQ(bus.settings(), std::nullopt);
 }
 
 // A probe that counts a reply without data as an answer, or leaves the busy pointer behind.

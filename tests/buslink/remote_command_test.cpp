@@ -102,30 +102,42 @@ TEST(RemoteCommand, PausesBehindTheTextFrame) {
     EXPECT_EQ(commands.terminal_address, 7);
 }
 
-// The port is opened with the file's own values, and every failure is told to the remote station
-// although the port is closed then.
+// The port is opened with the file's own values; every failure is told to the remote station, although
+// the port may be closed then, and leaves the line open that the amplifiers are on.
 TEST(RemoteCommand, OpensThePortFromItsFile) {
     const std::string data = TEST_DATA;
     const PortSettings good{
         .device = "/dev/ttyS0", .baud = 19200, .parity = 'o', .data_bits = 7, .stop_bits = 2};
+    const LineSettings former{"COM2:", 1200, 1, 7, 2};
+    const std::string failed = "Serial Initialization Failed\r\n";
     const struct {
         const char* fault;
         std::string folder;
         bool port_there;
         std::string output;
         std::int16_t initialised;
+        bool line_open = false;  // and so again after a failure
+        bool all_gone = false;
     } table[] = {
         {"good", data + "/rs422/good", true, "", 1},
-        {"no device", data + "/rs422/good", false, "Serial Initialization Failed\r\n", 0},
-        {"no file", data + "/rs422", true, "No default settings for serial port\r\n", 0},
+        {"good, in place of another line", data + "/rs422/good", true, "", 1, true},
+        {"no device", data + "/rs422/good", false, failed, 0},
+        {"no device, the line stays closed", data + "/rs422/good", false, failed, 0, true},
+        {"no device, and the line that was open is gone, too", data + "/rs422/good", false,
+         failed + "The line on COM2: with 1200,o,7,2 could not be opened again\r\n", 0, true, true},
+        {"no file", data + "/rs422", true, "No default settings for serial port\r\n", 0, true},
         {"wrong title", data + "/rs422/title", true, "Default settings for serial port corrupted\r\n", 0},
-        {"baud code 8", data + "/rs422/baud", true, "Serial Initialization Failed\r\n", 0},
+        {"baud code 8", data + "/rs422/baud", true, failed, 0, true},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.fault);
         Line line;
+        if (row.line_open)
+            line.bus.open_bus_port(former);
         if (!row.port_there)
-            line.port.open_result = {PortError::not_found, "COM1: is not there"};
+            line.port.absent_device = good.device;
+        if (row.all_gone)
+            line.port.open_result = {PortError::not_found, "gone"};
         RemoteCommands commands(
             line.bus, [&](std::string_view text) { line.output += text; }, row.folder);
         commands.serial_initialised = 1;
@@ -133,9 +145,12 @@ TEST(RemoteCommand, OpensThePortFromItsFile) {
         EXPECT_EQ(line.output, row.output);
         EXPECT_EQ(commands.serial_initialised, row.initialised);
         EXPECT_EQ(commands.bus_mode, 9);
-        EXPECT_EQ(line.bus.bus_link_on(), row.initialised == 1);
         if (row.initialised == 1) {
-            EXPECT_EQ(line.port.opened, std::vector{good});
+            EXPECT_TRUE(line.bus.bus_link_on());
+            EXPECT_EQ(line.port.opened.back(), good);
+        } else {
+            EXPECT_EQ(line.bus.settings(),
+                      row.line_open && !row.all_gone ? std::optional(former) : std::nullopt);
         }
     }
 }

@@ -169,13 +169,18 @@ TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
     EXPECT_EQ(station.open_count(), 0);
 }
 
-// A file that does not open takes the line away from the remote station that was using it.
+// A file that does not open takes the line away from the remote station that was using it, unsaid when
+// it does not come back.
 TEST_F(AmplifierFiles, GiveTheLineBack) {
     bus.open_bus_port("COM3:", 1200, 1, 7, 2);
     open({50});
     EXPECT_EQ(person.take_texts().size(), 1U);
-    EXPECT_TRUE(bus.bus_link_on());
     EXPECT_EQ(bus.settings(), (LineSettings{"COM3:", 1200, 1, 7, 2}));
+
+    port.open_result = {PortError::in_use, "in use"};
+    open({50});
+    EXPECT_EQ(person.take_texts(), (Texts{"Serial Initialization Failed For File com1050.dat",
+                                          "The line on COM3: with 1200,o,7,2 could not be opened again"}));
 }
 
 // A new amplifier's file that is not the copy of "rs485.dat", or leads to another address or line, the
@@ -221,7 +226,8 @@ TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
         }
 }
 
-// Save writes what is not in use, or Save As changes the amplifier's own file.
+// Save writes what is not in use, as a line that was tried and did not open, or Save As changes the
+// amplifier's own file.
 TEST_F(AmplifierFiles, AreSaved) {
     folder.put("a.dat", file("1", "COM3:", "7"));
     folder.put("b.dat", file("2", "COM3:", "7"));
@@ -237,6 +243,14 @@ TEST_F(AmplifierFiles, AreSaved) {
     station.save_as(*first);
     station.save_as(*first);
     EXPECT_EQ(file_bytes(folder / "copy.dat"), file("1", "COM3:", "7"));
+
+    port.open_result = {PortError::not_found, "not there"};
+    bus.open_bus_port("COM1:", 1200, 0, 8, 1);
+    std::filesystem::remove(folder / "set1001.dat");
+    station.save(*first);
+    EXPECT_EQ(person.take_texts(), Texts{"No line to the amplifiers is open"});
+    EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1", "COM3:", "7"));
+    EXPECT_TRUE(std::filesystem::exists(folder / "set1001.dat"));
 }
 
 }  // namespace

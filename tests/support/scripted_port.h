@@ -27,8 +27,9 @@ class ScriptedPort : public SerialPort {
 
     PortResult open(const PortSettings& settings) override {
         opened.push_back(settings);
-        open_ = open_result.ok();
-        return open_result;
+        const bool absent = !absent_device.empty() && settings.device == absent_device;
+        open_ = open_result.ok() && !absent;
+        return absent ? PortResult{PortError::not_found, settings.device + " is not there"} : open_result;
     }
     void close() override { open_ = false; }
     bool is_open() const override { return open_; }
@@ -76,8 +77,9 @@ class ScriptedPort : public SerialPort {
 
     std::vector<std::string> written;
     std::vector<PortSettings> opened;
-    PortResult open_result;  // what the next open() gives
-    bool unplugged = false;  // waits and writes then report `lost`
+    PortResult open_result;     // what the next open() gives
+    std::string absent_device;  // … but for this one, which is not found
+    bool unplugged = false;     // waits and writes then report `lost`
 
   private:
     ManualClock& clock_;

@@ -68,7 +68,7 @@ TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
     EXPECT_EQ(found.number + found.model, "4711KU/K");
     EXPECT_EQ(read_text_lines("rs485.dat"), (std::vector<std::string>{"RS-485", "COM3:", "6", "5"}));
     EXPECT_EQ(read_text_lines("com4711.dat"), read_text_lines("rs485.dat"));
-    EXPECT_EQ(link.settings().port_name, "COM3:");
+    EXPECT_EQ(link.settings()->port_name, "COM3:");
 
     // The same once more: the line stays as it is for the head that uses it, and the address is taken.
     when_dialog_opens("frmSetup", [&](QDialog& dialog) {
@@ -79,7 +79,7 @@ TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
     });
     form.mnuMachineItem_Click(0);
     EXPECT_EQ(told, "This Address Is Used, Please Pick Up Another One.");
-    EXPECT_EQ(link.settings().port_name, "COM3:");
+    EXPECT_EQ(link.settings()->port_name, "COM3:");
     EXPECT_EQ(station.open_count(), 1);
 }
 
@@ -91,12 +91,13 @@ TEST_F(SetUpMenu, Setup422OpensTheLineAnewAndKeepsItsSettings) {
     });
     form.mnuToolsItem_Click(2);
     EXPECT_EQ(told, "Com Settings Are Probably Not Right, Select Settings Again When Not Communicating");
-    EXPECT_EQ(link.settings().port_name, "COM4:");
+    EXPECT_EQ(link.settings()->port_name, "COM4:");
     EXPECT_EQ(read_text_lines("rs422.dat"),
               (std::vector<std::string>{"RS-422", "COM4:", "6", "3", "0", "0"}));
 }
 
-// Catches heads left dead by a port that could not be opened and a Cancel.
+// Catches heads left dead by a port that could not be opened and a Cancel, and a line left open that was
+// only tried.
 TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
     for (const bool new_amplifier : {true, false}) {
         when_dialog_opens(new_amplifier ? "frmSetup" : "frmSerial", [&](QDialog& dialog) {
@@ -104,9 +105,15 @@ TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
             dialog.reject();
         });
         new_amplifier ? form.mnuMachineItem_Click(0) : form.mnuToolsItem_Click(2);
-        EXPECT_TRUE(link.bus_link_on());
         EXPECT_EQ(link.settings(), (LineSettings{"COM1:", 9600, 0, 8, 1}));
     }
+    link.close_bus_port();
+    when_dialog_opens("frmSetup", [&](QDialog& dialog) {
+        link.open_bus_port("COM2:", 1200, 0, 8, 1);
+        dialog.reject();
+    });
+    form.mnuMachineItem_Click(0);
+    EXPECT_FALSE(link.bus_link_on());
 }
 
 TEST_F(SetUpMenu, TheStationAsksForABand) {
