@@ -1,5 +1,7 @@
 #include "buslink/bus_link.h"
 
+#include <utility>
+
 #include "buslink/wire/binary_frame.h"
 #include "buslink/wire/text_frame.h"
 
@@ -94,6 +96,7 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
 std::int16_t BusLink::text_command(std::int16_t address, std::string_view command, std::string& reply) {
     reply.clear();
     const std::string frame = build_text_frame(address, command);
+    unsettled_ = std::exchange(unanswered_text_, false) || unsettled_;
     for (int sending = 0; sending < 2; ++sending) {
         settle();
         TextReplyParser parser(frame);
@@ -114,8 +117,10 @@ std::int16_t BusLink::text_command(std::int16_t address, std::string_view comman
 }
 
 std::int16_t BusLink::text_send(std::int16_t address, std::string_view command) {
-    send(address, build_text_frame(address, command));
-    unsettled_ = true;  // its answer, if there is one, is nobody's
+    const std::string frame = build_text_frame(address, command);
+    settle();
+    send(address, frame);
+    unanswered_text_ = true;
     return 0;
 }
 

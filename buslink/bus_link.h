@@ -123,6 +123,9 @@ class BusLink {
     int unanswered_ = 0;
     BusFailure failure_ = BusFailure::none;
     bool unsettled_ = false;  // the last exchange failed: a late answer may still come
+    // Nobody waited for the answer to a text frame. A binary frame need not wait for it either, no text is
+    // taken for its reply; the next text has to.
+    bool unanswered_text_ = false;
 };
 
 }  // namespace ampdesk

@@ -106,6 +106,16 @@ TEST_F(Exchange, SendsATextOnceMore) {
     EXPECT_EQ(port.written.size(), 1U);
     EXPECT_EQ(took([&] { EXPECT_EQ(bus.text_send(1, "RDBAND"), 0); }), 0);
     EXPECT_EQ(port.written.size(), 2U);
+
+    // The answer that nobody waited for comes between a binary frame, which does not wait for it, and its
+    // reply; and that to a second one when the next text is asked for.
+    port.answer({{milliseconds(20), "RDBAND=7\x03\r"}, {milliseconds(30), k_reply}});
+    EXPECT_EQ(took([&] { EXPECT_EQ(status(), 9); }), 30);
+    port.answer({{milliseconds(20), "RDBAND=8\x03\r"}});
+    bus.text_send(1, "RDBAND");
+    port.answer({{milliseconds(30), "RDBAND=1\x03\r"}});
+    EXPECT_EQ(bus.text_command(1, "RDBAND", reply), 0);
+    EXPECT_EQ(reply, "RDBAND=1\x03\r");
 }
 
 // Wrong parity, device or stop bits handed to the line, and ports or rates that do not exist.
