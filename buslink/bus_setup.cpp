@@ -77,12 +77,9 @@ BusChoices load_bus_choices(const std::string& path, Operator& person) {
         return choices;
     if (!file->port_name.empty())
         choices.port = file->port_name;
-    // Without its last line the file is torn, and the baud code may be what a missing line gives.
-    if (!file->address.empty()) {
-        choices.address = file->address;
-        if (baud_of_code(file->baud_code))
-            choices.baud = file->baud_code;
-    }
+    choices.address = file->address;
+    if (baud_of_code(file->baud_code))
+        choices.baud = file->baud_code;
     return choices;
 }
 

@@ -39,9 +39,9 @@ std::string checked_address(const std::string& text, Operator& person);
 LineSettings line_settings(const BusChoices& choices);
 
 // Port, baud and address from "rs485.dat"; data bits, parity and stop bits are never kept there. A
-// file that is missing or has another title gives the defaults, one that ends early the defaults of
-// what it lacks; one that cannot be read gives them after a message. The texts may still be ones
-// that are not accepted.
+// file that is missing or has another title gives the defaults, one that ends early the defaults of the
+// port and baud that it lacks; one that cannot be read gives them after a message. The texts may still be
+// ones that are not accepted, as the blank address of a file that holds none.
 BusChoices load_bus_choices(const std::string& path, Operator& person);
 
 // Writes "rs485.dat"; a failure is told in a message. Texts that are not accepted are replaced.

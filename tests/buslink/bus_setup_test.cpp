@@ -85,8 +85,9 @@ TEST_F(BusSetupTest, loads_what_the_file_holds_and_else_the_defaults) {
         {"wrong title", Texts{"RS-422", "COM3:", "4", "12"}, defaults},
         {"empty", Texts{}, defaults},
         {"whole", Texts{"RS-485", "COM3:", " 4", "12"}, {.port = "COM3:", .address = "12", .baud = 4}},
-        {"ends after the title", Texts{"RS-485"}, defaults},
-        {"ends after the port", Texts{"RS-485", "COM3:"}, {.port = "COM3:"}},
+        {"ends after the title", Texts{"RS-485"}, {.address = ""}},
+        {"ends after the port", Texts{"RS-485", "COM3:"}, {.port = "COM3:", .address = ""}},
+        {"a blank address", Texts{"RS-485", "COM3:", "4", " "}, {.port = "COM3:", .address = "", .baud = 4}},
         {"no such baud code", Texts{"RS-485", "COM1:", "8", "12"}, {.port = "COM1:", .address = "12"}},
     };
     for (const auto& c : cases) {

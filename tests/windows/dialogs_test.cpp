@@ -65,6 +65,8 @@ TEST_F(SetupDialogTest, a_typed_text_is_held_to_its_rule_once_and_never_sent_as_
     } cases[] = {
         {"cboAddress", "100", Qt::Key_Tab, {"Invalid Unit Address"}, "1"},
         {"cboAddress", "100", Qt::Key_Return, {"Invalid Unit Address"}, "1"},
+        {"cboAddress", " ", Qt::Key_Tab, {"Invalid Unit Address"}, "1"},
+        {"cboAddress", " ", Qt::Key_Return, {"Invalid Unit Address"}, "1"},
         {"cboAddress", "0", Qt::Key_Tab, {}, "0"},
         {"cboPort", "COM5:", Qt::Key_Tab, {"Invalid Com Port"}, "COM2:"},
         {"cboPort", "com1:", Qt::Key_Return, {"Invalid Com Port"}, "COM2:"},
@@ -93,6 +95,7 @@ TEST_F(SetupDialogTest, shows_what_rs485_dat_holds) {
         {{"RS-422", "COM3:", "4", "12"}, {}, {}},
         {{"RS-485", "COM7:", "4", "12"}, {"Invalid Com Port"}, {.address = "12", .baud = 4}},
         {{"RS-485", "COM1:", "0", "123"}, {"Invalid Unit Address"}, {.port = "COM1:", .baud = 0}},
+        {{"RS-485", "COM1:", "0", ""}, {"Invalid Unit Address"}, {.port = "COM1:", .baud = 0}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.lines[0] + c.lines[1]);

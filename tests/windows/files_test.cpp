@@ -246,7 +246,8 @@ TEST_F(DamagedFiles, AreToldAndLeftAlone) {
         {.name = "rs485.dat",
          .sound = "RS-485\r\nCOM3:\r\n7\r\n12\r\n",
          .read = [&] { return read_fields(); },
-         .between = {"cut COM3:", "odd COM3:", "odd -99999999999"},  // the dialog checks what it shows
+         .between = {"cut COM2:", "cut COM3:", "odd COM3:",
+                     "odd -99999999999"},  // the dialog checks what it shows
          .silent = ignored},
         {.name = "rs422.dat",
          .sound = "RS-422\r\nCOM4:\r\n3\r\n2\r\n2\r\n1\r\n",
