@@ -94,7 +94,7 @@ Tally run_ours(int exchanges, const FaultyResponder& far, bool address_checked) 
     PosixSerialPort port(clock);
     BusOptions options;
     options.ports.set(1, far.device());
-    options.reply_address_checked = address_checked;
+    options.reply_address = address_checked ? ReplyAddress::checked : ReplyAddress::ignored;
     BusLink bus(port, clock, nobody, options);
     if (bus.open_bus_port("COM1:", 19200, 0, 8, 1) != 0) {
         std::fprintf(stderr, "%s\n", bus.open_failure().c_str());

@@ -31,19 +31,19 @@ struct Options {
     unsigned seed = 1;
 };
 
-BusOptions bus_options(bool address_checked) {
+BusOptions bus_options(ReplyAddress rule) {
     BusOptions options;
-    options.reply_address_checked = address_checked;
+    options.reply_address = rule;
     return options;
 }
 
 // The program on the faulty line, and everybody who has to do with it.
 class Soak {
   public:
-    Soak(const Options& options, bool address_checked)
+    Soak(const Options& options, ReplyAddress rule)
         : options_(options),
           faults_(options.seed, 0, k_byte_time),
-          bus_(line_, clock_, person_, bus_options(address_checked)) {
+          bus_(line_, clock_, person_, bus_options(rule)) {
         demo::add_demonstration(line_.bus(), k_heads);
         services_.options.folder = folder_.path();
         services_.options.negative_words_signed = true;
@@ -51,7 +51,7 @@ class Soak {
         person_.on_box = [this] { box_open(); };
         person_.on_events = [this] { events(); };
         station_.on_window_created = [this](const std::shared_ptr<ControlHead>& head) {
-            watches_.push_back(std::make_unique<DisplayWatch>(*head, line_, clock_, outcome_.display));
+            watches_.push_back(std::make_unique<DisplayWatch>(*head, line_, bus_, clock_, outcome_.display));
             head->panel().on_change = [watch = watches_.back().get()] { watch->changed(); };
         };
         write_rs422(folder_ / "rs422.dat", {.port_name = "COM1:"});
@@ -192,7 +192,8 @@ int main(int argc, char** argv) {
             return 2;
         }
     }
-    const std::array<Outcome, 2> outcomes = {Soak(options, false).run(), Soak(options, true).run()};
+    const std::array<Outcome, 2> outcomes = {Soak(options, ReplyAddress::learned).run(),
+                                             Soak(options, ReplyAddress::checked).run()};
     for (const Outcome& outcome : outcomes)
         if (outcome.heads != k_heads) {
             std::fprintf(stderr, "soak: %d of %d heads opened\n", outcome.heads, k_heads);

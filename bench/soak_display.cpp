@@ -202,7 +202,10 @@ void DisplayWatch::judge(const Claims& claims, const std::string& what, Duration
     for (const auto& amplifier : line_.bus().amplifiers())
         if (found(amplifier->model().address, claims, k_shown_within) != nullptr)
             other = amplifier->model().address;
-    ++(other != 0 ? counts_.others : counts_.nobodys);
+    if (other != 0 && other != own && !bus_.looks_at_reply_address(own))
+        ++counts_.others_early;
+    else
+        ++(other != 0 ? counts_.others : counts_.nobodys);
     if (counts_.first_wrong.empty())
         counts_.first_wrong = "amplifier " + std::to_string(own) + ", screen " +
                               std::to_string(head_.state().menu_ptr) + ", exchange " +

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "bench/soak_line.h"
+#include "buslink/bus_link.h"
 #include "controlhead/control_head.h"
 
 namespace ampdesk::bench {
@@ -15,6 +16,7 @@ namespace ampdesk::bench {
 struct DisplayCounts {
     long values = 0;          // rows with a value that were drawn, gauge and lamps included
     long others = 0;          // of these: another amplifier had said it, this one had not
+    long others_early = 0;    // the same, before this one was known to send its address
     long nobodys = 0;         // of these: no amplifier had said it
     long events = 0;          // rows of the event list that were drawn
     long wrong_events = 0;    // of these: the entry of that number says something else
@@ -28,8 +30,9 @@ struct DisplayCounts {
 
 class DisplayWatch {
   public:
-    DisplayWatch(ControlHead& head, SoakLine& line, const Clock& clock, DisplayCounts& counts)
-        : head_(head), line_(line), clock_(clock), counts_(counts) {}
+    DisplayWatch(ControlHead& head, SoakLine& line, const BusLink& bus, const Clock& clock,
+                 DisplayCounts& counts)
+        : head_(head), line_(line), bus_(bus), clock_(clock), counts_(counts) {}
 
     // The panel has changed: looks at what is new on it.
     void changed();
@@ -57,6 +60,7 @@ class DisplayWatch {
 
     ControlHead& head_;
     SoakLine& line_;
+    const BusLink& bus_;
     const Clock& clock_;
     DisplayCounts& counts_;
     std::array<std::string, 4> rows_;

@@ -74,7 +74,9 @@ void report_line(Table& table) {
 void report_display(Table& table) {
     table.row("values drawn", [](O o) { return o.display.values; });
     table.zero_row("  that nobody had said", [](O o) { return o.display.nobodys; });
-    table.zero_when_checked_row("  that another amplifier had said", [](O o) { return o.display.others; });
+    table.zero_row("  that another amplifier had said", [](O o) { return o.display.others; });
+    table.zero_when_checked_row("  … before this one's address was learned",
+                                [](O o) { return o.display.others_early; });
     table.row("age of a value at most, when drawn", [](O o) { return o.display.oldest_drawn; });
     table.row("  … while it stood on a status screen", [](O o) { return o.display.oldest_shown; });
     table.row("rows of the event list drawn", [](O o) { return o.display.events; });
@@ -145,7 +147,7 @@ Footprint Footprint::now() {
 
 bool report(const std::array<Outcome, 2>& outcomes) {
     Table table(outcomes);
-    std::printf("%-54s %14s %14s\n", "reply_address", "ignored", "checked");
+    std::printf("%-54s %14s %14s\n", "reply_address", "learned", "checked");
     report_line(table);
     report_display(table);
     report_settings(table);

@@ -36,7 +36,7 @@ struct Outcome {
     Footprint start, end;
 };
 
-// Prints the table, a column an outcome: reply_address=ignored and reply_address=checked. False when
+// Prints the table, a column an outcome: reply_address=learned and reply_address=checked. False when
 // something is not as it must be.
 bool report(const std::array<Outcome, 2>& outcomes);
 

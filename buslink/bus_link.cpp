@@ -23,7 +23,12 @@ Duration seconds(float value) {
 }  // namespace
 
 BusLink::BusLink(SerialPort& port, Clock& clock, Operator& person, BusOptions options)
-    : port_(port), clock_(clock), operator_(person), options_(std::move(options)), crc_(options_.crc) {}
+    : port_(port),
+      clock_(clock),
+      operator_(person),
+      options_(std::move(options)),
+      crc_(options_.crc),
+      addresses_(options_.reply_address) {}
 
 // After a failed exchange a late answer may still be under way: it is waited for and thrown away,
 // so that it is never taken for the next one.
@@ -70,9 +75,10 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
     failure_ = BusFailure::not_sent;
     if (command.size() > k_longest_command)
         return 0;
-    last_bus_frame = build_command_frame(crc_, static_cast<std::uint8_t>(address), command);
+    const auto unit = static_cast<std::uint8_t>(address);
+    last_bus_frame = build_command_frame(crc_, unit, command);
     settle();
-    ReplyParser parser(crc_, last_bus_frame, options_.reply_address_checked);
+    ReplyParser parser(crc_, last_bus_frame, addresses_.looked_at(unit));
     unsettled_ = true;
     ++unanswered_;
     if (!send(address, last_bus_frame))
@@ -83,6 +89,7 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
         parser.feed(receive());
     if (parser.state() != ReplyParser::State::answered) {
         failure_ = parser.unsound() ? BusFailure::bad_crc : BusFailure::silence;
+        addresses_.failed(unit, parser.other_address());
         return 0;
     }
     failure_ = BusFailure::none;
@@ -90,6 +97,7 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
     unanswered_ = 0;
     last_reply_time = clock_.now() - start;
     reply = parser.reply();
+    addresses_.answered(unit, static_cast<std::uint8_t>(reply[1]));
     return static_cast<std::int16_t>(reply.size());
 }
 
@@ -132,6 +140,8 @@ std::int16_t BusLink::open_bus_port(std::string_view port_name, int baud, int pa
 std::int16_t BusLink::open_bus_port(const LineSettings& settings) {
     crc_ = Crc16(options_.crc);
     port_.close();
+    if (settings != settings_)  // on the same line stand the same amplifiers
+        addresses_.forget();
     settings_ = settings;
     open_failure_.clear();
     const std::string device = options_.ports.device(port_number(settings.port_name));

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "buslink/line_settings.h"
+#include "buslink/reply_addresses.h"
 #include "buslink/wire/crc16.h"
 #include "platform/clock.h"
 #include "platform/operator.h"
@@ -19,7 +20,7 @@ namespace ampdesk {
 
 struct BusOptions {
     CrcParameters crc;
-    bool reply_address_checked = false;
+    ReplyAddress reply_address = ReplyAddress::learned;
     PortMap ports;
 };
 
@@ -104,6 +105,11 @@ class BusLink {
     // How many times in a row bus_command got no reply, from whomever.
     int unanswered_in_a_row() const { return unanswered_; }
 
+    // Whether a reply with another second header byte is not taken for that amplifier's.
+    bool looks_at_reply_address(int address) const {
+        return addresses_.looked_at(static_cast<std::uint8_t>(address));
+    }
+
     std::function<void(const BusTraffic&)> on_traffic;
 
   private:
@@ -117,6 +123,7 @@ class BusLink {
     Operator& operator_;
     BusOptions options_;
     Crc16 crc_;
+    ReplyAddresses addresses_;
     LineSettings settings_;
     std::string open_failure_;
     int spoken_to_ = 0;  // the address of the last frame

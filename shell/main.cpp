@@ -34,7 +34,7 @@ constexpr int k_bad_arguments = 2;
 BusOptions bus_options(const SiteConfiguration& site, const CommandLine& line) {
     BusOptions options;
     options.crc = site.crc;
-    options.reply_address_checked = site.reply_address_checked;
+    options.reply_address = site.reply_address;
     for (const auto& [number, device] : site.ports) options.ports.set(number, device);
     for (const auto& [number, device] : line.ports) options.ports.set(number, device);
     return options;

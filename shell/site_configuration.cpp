@@ -267,8 +267,16 @@ class Reader {
             return good_if(word == "signed" || word == "error");
         }
         if (key == "reply_address") {
-            report_.values.reply_address_checked = word == "checked";
-            return good_if(word == "checked" || word == "ignored");
+            static constexpr std::pair<std::string_view, ReplyAddress> k_rules[] = {
+                {"learned", ReplyAddress::learned},
+                {"checked", ReplyAddress::checked},
+                {"ignored", ReplyAddress::ignored}};
+            for (const auto& [name, rule] : k_rules)
+                if (word == name) {
+                    report_.values.reply_address = rule;
+                    return Taken::good;
+                }
+            return Taken::bad_value;
         }
         return Taken::unknown_key;
     }

@@ -19,7 +19,7 @@ struct SiteConfiguration {
     double gauge_minimum = 30;  // dBm
     double gauge_maximum = 60;
     bool negative_words_signed = false;
-    bool reply_address_checked = false;
+    ReplyAddress reply_address = ReplyAddress::learned;
 };
 
 struct SiteConfigurationReport {

@@ -52,7 +52,7 @@ ReplyParser::ReplyParser(const Crc16& crc, std::string_view sent, bool address_c
 ReplyParser::Candidate ReplyParser::judge(std::string_view bytes) const {
     if (bytes[0] != k_ack && bytes[0] != k_nak)
         return Candidate::nothing;
-    const bool ours = is_ours(bytes);
+    const bool ours = address_fits(bytes) && echo_fits(bytes);
     if (bytes.size() < 3 || bytes.size() < frame_length(bytes))
         return ours ? Candidate::growing : Candidate::foreign;
     if (crc_.c_chkCRC(bytes.substr(0, frame_length(bytes))) != 0) {
@@ -62,11 +62,13 @@ ReplyParser::Candidate ReplyParser::judge(std::string_view bytes) const {
     return ours ? Candidate::sound : Candidate::skipped;
 }
 
-// Whether the header and the echo, as far as they have come, fit the command that was sent. A reply
-// without data has no echo to compare.
-bool ReplyParser::is_ours(std::string_view bytes) const {
-    if (address_ && bytes.size() > 1 && static_cast<std::uint8_t>(bytes[1]) != *address_)
-        return false;
+// Whether these, as far as they have come, fit the command that was sent.
+bool ReplyParser::address_fits(std::string_view bytes) const {
+    return !address_ || bytes.size() < 2 || static_cast<std::uint8_t>(bytes[1]) == *address_;
+}
+
+// A reply without data has no echo to compare.
+bool ReplyParser::echo_fits(std::string_view bytes) const {
     if (bytes.size() < 3 || bytes[2] == 0)
         return true;
     return static_cast<unsigned char>(bytes[2]) >= echo_.size() && begins_alike(bytes.substr(3), echo_);
@@ -96,6 +98,7 @@ ReplyParser::State ReplyParser::feed(std::string_view bytes) {
             reply_ = rest.substr(0, frame_length(rest));
             return state_ = State::answered;
         }
+        other_address_ = other_address_ || (candidate == Candidate::skipped && echo_fits(rest));
         unsound = unsound || candidate == Candidate::unsound;
         growing = growing || candidate == Candidate::growing;
         if (candidate == Candidate::growing || candidate == Candidate::foreign)

@@ -53,6 +53,9 @@ class ReplyParser {
     // How many bytes are kept because they may still become something.
     std::size_t undecided() const { return buffer_.size(); }
 
+    // A sound reply with the right echo has come, and would be the answer but for its second header byte.
+    bool other_address() const { return other_address_; }
+
     // The whole reply, L + 5 bytes; empty unless answered.
     const std::string& reply() const { return reply_; }
 
@@ -66,7 +69,8 @@ class ReplyParser {
         sound,    // our reply
     };
     Candidate judge(std::string_view bytes) const;
-    bool is_ours(std::string_view bytes) const;
+    bool address_fits(std::string_view bytes) const;
+    bool echo_fits(std::string_view bytes) const;
 
     const Crc16& crc_;
     std::string sent_;
@@ -76,6 +80,7 @@ class ReplyParser {
     std::string reply_;
     State state_ = State::waiting;
     bool unsound_ = false;
+    bool other_address_ = false;
 };
 
 }  // namespace ampdesk

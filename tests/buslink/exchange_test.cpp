@@ -14,6 +14,7 @@ namespace {
 using std::chrono::milliseconds;
 
 const std::string k_reply = hex_bytes("06 01 04 11 61 62 63 AB BA");
+const std::string k_nak = hex_bytes("15 01 02 11 03 E1 AE");
 
 class Exchange : public testing::Test {
   protected:
@@ -58,6 +59,73 @@ TEST_F(Exchange, TellsAWatcherOfALateAnswer) {
     status();
     bus.bus_command(2, "\x11", reply);
     EXPECT_EQ(seen, (std::vector<std::string>{"to 1", "from 1", "to 2"}));
+}
+
+// An amplifier that is taken for one that sends its address, or for none, on too little; that stays
+// unheard when another one has taken its place; another line's that is judged by what was learnt here.
+TEST_F(Exchange, LearnsWhoSendsItsAddress) {
+    const std::string eight = "oooooooo";
+    const struct {
+        // o its reply, n its NAK, x a reply with another byte, b both, s silence, t a text, p the same line
+        // opened anew, q another one
+        std::string comes;
+        std::string taken;  // of the last ones: "." no reply, else which one
+        ReplyAddress rule = ReplyAddress::learned;
+    } table[] = {
+        {"ooooooox", "ox"},
+        {"ooooooo"
+         "x"
+         "ooooooo"
+         "x",
+         "ox"},
+        {eight + "x", "o."},
+        {"nnnntoooo"
+         "x",
+         "o."},
+        {eight + "xb", ".o"},
+        {eight + "xxxx", "...x"},
+        {eight + "xxsxx"
+                 "x"
+                 "x",
+         "......x"},
+        {eight + "xxoxxox", "..o..o."},
+        {eight + "xx"
+                 "t"
+                 "xx",
+         ".."
+         "t"
+         ".x"},
+        {eight + "px", "p."},
+        {eight + "qx", "qx"},
+        {eight + "x", "ox", ReplyAddress::ignored},
+        {"x", ".", ReplyAddress::checked},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.comes + " gives " + row.taken);
+        BusLink link{port, clock, person, {.crc = {}, .reply_address = row.rule, .ports = {}}};
+        link.open_bus_port("COM2:", 9600, 0, 8, 1);
+        const std::string other = hex_bytes("06 07 04 11 78 62 63 7A 1B");
+        std::string taken;
+        for (const char c : row.comes) {
+            if (c == 'p' || c == 'q')
+                link.open_bus_port(c == 'p' ? "COM2:" : "COM3:", 9600, 0, 8, 1);
+            if (c == 't') {
+                port.answer("RDBAND=1\x03\r");
+                link.text_command(1, "RDBAND", reply);
+            }
+            if (c == 'p' || c == 'q' || c == 't') {
+                taken += c;
+                continue;
+            }
+            port.answer({{milliseconds(10), c == 'x' || c == 'b' ? other : ""},
+                         {milliseconds(20), c == 'b' || c == 'o' ? k_reply
+                                            : c == 'n'           ? k_nak
+                                                                 : ""}});
+            link.bus_command(1, "\x11", reply);
+            taken += reply.empty() ? '.' : reply == other ? 'x' : 'o';
+        }
+        EXPECT_EQ(taken.substr(taken.size() - row.taken.size()), row.taken);
+    }
 }
 
 // A command that no length byte holds, and an adapter that is gone, are failures like any other.

@@ -28,7 +28,10 @@ const Request k_first_text{1, "RDBAND", true};
 // A line of amplifiers that number their answers.
 struct Line {
     Line(bool address_checked, bool watched)
-        : bus(port, clock, person, {.crc = {}, .reply_address_checked = address_checked, .ports = {}}) {
+        : bus(port, clock, person,
+              {.crc = {},
+               .reply_address = address_checked ? ReplyAddress::checked : ReplyAddress::ignored,
+               .ports = {}}) {
         if (watched)  // input is thrown away in another manner then
             bus.on_traffic = [](const BusTraffic&) {};
         port.responder = [this](const std::string& frame) {

@@ -20,7 +20,9 @@ constexpr int k_most_values = 100;
 
 struct FaultyHead : Bench {
     FaultyHead(std::int16_t screen, bool checked)
-        : Bench({.crc = {}, .reply_address_checked = checked, .ports = {}}) {
+        : Bench({.crc = {},
+                 .reply_address = checked ? ReplyAddress::checked : ReplyAddress::ignored,
+                 .ports = {}}) {
         port.responder = [this, truth = port.responder](const std::string& frame) {
             hold(std::min(held + (fault != nullptr ? 1 : 0), k_most_values - 1));
             const ScriptedPort::Answer answer = truth(frame);

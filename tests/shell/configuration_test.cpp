@@ -33,7 +33,8 @@ TEST(SiteConfiguration, TakesEveryKey) {
     EXPECT_EQ(site.gauge_minimum, -10.5);
     EXPECT_EQ(site.gauge_maximum, 60);
     EXPECT_TRUE(site.negative_words_signed);
-    EXPECT_TRUE(site.reply_address_checked);
+    EXPECT_EQ(site.reply_address, ReplyAddress::checked);
+    EXPECT_EQ(read("[amplifier]\nreply_address=ignored\n").values.reply_address, ReplyAddress::ignored);
 }
 
 // A bad line that is swallowed, reported on the wrong line, or takes the good ones with it.
@@ -68,6 +69,7 @@ TEST(SiteConfiguration, ReportsWhatItDoesNotTake) {
         {"[gauge]\nmaximum=inf\n", "2: bad value for maximum: inf"},
         {"[gauge]\nminimum=70\n", "2: the gauge's minimum must be below its maximum"},
         {"[amplifier]\nnegative_words=yes\n", "2: bad value for negative_words: yes"},
+        {"[amplifier]\nreply_address=always\n", "2: bad value for reply_address: always"},
         {"[amplifier]\nreply_adress=checked\n", "2: unknown key reply_adress in [amplifier]"},
     };
     const SiteConfiguration defaults;
@@ -80,7 +82,8 @@ TEST(SiteConfiguration, ReportsWhatItDoesNotTake) {
         EXPECT_EQ(site.crc, defaults.crc);
         EXPECT_EQ(site.gauge_minimum, defaults.gauge_minimum);
         EXPECT_EQ(site.gauge_maximum, defaults.gauge_maximum);
-        EXPECT_FALSE(site.negative_words_signed || site.reply_address_checked);
+        EXPECT_FALSE(site.negative_words_signed);
+        EXPECT_EQ(site.reply_address, ReplyAddress::learned);
         EXPECT_LE(site.models.size(), 8U);
     }
 }
