@@ -195,6 +195,9 @@ TEST_F(MainWindow, ALostLineIsNotToldOfForEver) {
     EXPECT_EQ(status->text(), QStringLiteral("COM1: connection lost, trying again"));
     link.open_bus_port("COM3:", 9600, 0, 8, 1);
     EXPECT_TRUE(comes([&] { return status->text() == u"COM3: connected"; }));
+    port.on_connection_change(false);
+    link.close_bus_port();
+    EXPECT_TRUE(comes([&] { return status->text() == u"COM3: closed"; }));
 }
 
 // A file of another kind under the settings' name that does not stop the start of the amplifiers, or a
