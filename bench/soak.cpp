@@ -46,7 +46,7 @@ class Soak {
           bus_(line_, clock_, person_, bus_options(rule)) {
         demo::add_demonstration(line_.bus(), k_heads);
         services_.options.folder = folder_.path();
-        services_.options.negative_words_signed = true;
+        services_.options.negative_words = NegativeWords::two_complement;
         line_.on_request = [this](const Order& order) { request(order); };
         person_.on_box = [this] { box_open(); };
         person_.on_events = [this] { events(); };

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "amplifier/commands.h"
 #include "controlhead/band.h"
 
 namespace ampdesk::bench {
@@ -14,6 +15,8 @@ namespace {
 // second; then the band may be asked for, twice, before the row is drawn.
 constexpr std::chrono::seconds k_drawn_within{4};
 constexpr std::string_view k_event_request = "\xA0\x1A";
+constexpr int k_hv_on = 4;  // bits of a status reply
+constexpr int k_rf_on = 8;
 constexpr std::chrono::seconds k_list_drawn_within{10};  // four entries are read before the first is drawn
 // A lamp follows the status, then the alarm state, each asked for twice of an amplifier that falls silent.
 constexpr std::chrono::seconds k_lamp_drawn_within{6};
@@ -168,11 +171,11 @@ DisplayWatch::Claims DisplayWatch::claims_of_lamp(int lamp, LampColour colour) {
     };
     switch (lamp) {
         case 5:
-            return {{std::string(k_status_request), status(k_status_hv_on)}};
+            return {{std::string(k_status_request), status(k_hv_on)}};
         case 6:
             return {{std::string(k_alarm_request), state("Standby")}};
         case 7:
-            return {{std::string(k_status_request), status(k_status_rf_on)}};
+            return {{std::string(k_status_request), status(k_rf_on)}};
         case 8:
             return {{std::string(k_alarm_request), state("RF off")}};
         default:

@@ -13,7 +13,7 @@
 
 #include "bench/nobody.h"
 #include "buslink/wire/control_characters.h"
-#include "controlhead/amplifier_access.h"
+#include "amplifier/commands.h"
 #include "demo/demonstration.h"
 #include "demo/faults.h"
 #include "demo/sim_port.h"
@@ -75,7 +75,7 @@ class WatchedStation {
             sim_.pace_commands(turn_around);
         demo::add_demonstration(sim_, heads);
         services_.options.folder = folder;
-        services_.options.negative_words_signed = true;
+        services_.options.negative_words = NegativeWords::two_complement;
         station.auto_open_dat_files(demo::write_demonstration_files(folder, heads));
     }
 

@@ -3,9 +3,11 @@
 #include <cmath>
 #include <string>
 
+#include "amplifier/commands.h"
 #include "controlhead/lamps.h"
 #include "controlhead/screens.h"
 #include "controlhead/status_screens.h"
+#include "controlhead/value_rows.h"
 #include "platform/numbers.h"
 #include "platform/run_time_error.h"
 
@@ -13,12 +15,11 @@ namespace ampdesk {
 
 namespace {
 
-constexpr std::int16_t k_attenuation = 12;   // analog item, 0.1 dB
-constexpr std::int16_t k_helix_current = 4;  // analog item, 0.01 mA
-constexpr std::int16_t k_most = 300;
+constexpr std::int16_t k_most = 300;  // tenths of a dB
+constexpr int k_tenths = 10;
 
 void take_attenuation(Head& head) {
-    head.atten_value = round_to_int16(head.amplifier.get_ana_item(k_attenuation));
+    head.atten_value = round_to_int16(shown(head.analog, Analog::attenuation) * k_tenths);
 }
 
 // Two digits at least before the point: "03.5".
@@ -30,15 +31,12 @@ std::string two_digits_one_decimal(double value) {
 
 // An active alarm blinks at the rate of the refreshes.
 void draw_helix_or_alarm(Head& head) {
-    const std::string reply = read_alarm_state(head);
-    if (reply.empty())
-        return;
-    head.alarm_text = after_comma(reply);
-    if (reply[0] == '1') {
+    read_alarm_state(head);
+    if (head.alarm.active) {
         head.alarm_blink = !head.alarm_blink;
-        head.panel.set_line(3, head.alarm_blink ? "" : head.alarm_text);
+        head.panel.set_line(3, head.alarm_blink ? "" : head.alarm.text);
     } else {
-        const double milliamperes = head.amplifier.get_ana_item(k_helix_current) / 100;
+        const double milliamperes = shown(head.analog, Analog::helix_current);
         head.panel.set_line(3,
                             "Helix Current" + right_aligned(two_digits_one_decimal(milliamperes), 5) + "ma");
     }
@@ -48,7 +46,7 @@ void draw_helix_or_alarm(Head& head) {
 void draw_readout(Head& head) {
     if (head.menu_ptr != 1 && head.menu_ptr != 4)
         return;
-    const std::string decibels = plain_number(head.amplifier.get_ana_item(k_attenuation) / 10);
+    const std::string decibels = plain_number(shown(head.analog, Analog::attenuation));
     head.panel.set_line(4,
                         std::string("ATTN") + head.left_marker + right_aligned(decibels, 4) + "dB     MORE");
     if (head.menu_ptr == 1)
@@ -88,8 +86,7 @@ void assign_potValue(Head& head, int value) {
 void set_attenuation(Head& head, std::int16_t value) {
     if (value < 0 || value > k_most)
         return;
-    const char command[] = {16, 24, static_cast<char>(value % 256), static_cast<char>(value / 256)};
-    head.last_command_status = head.amplifier.set_item({command, sizeof command});
+    head.last_command_status = head.amplifier.set_item(set_attenuation_command(value));
     if (head.last_command_status == 0)
         head.atten_value = value;
     else

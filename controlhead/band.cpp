@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "amplifier/commands.h"
 #include "platform/numbers.h"
 
 namespace ampdesk {
@@ -43,7 +44,7 @@ bool read_band(Head& head) {
     constexpr int k_reads = 4;
     std::string before;
     for (int read = 0; read < k_reads; ++read) {
-        before = std::exchange(head.band_reply, head.amplifier.read_item("RDBAND"));
+        before = std::exchange(head.band_reply, head.amplifier.read_item(k_band_word));
         if (head.band_reply.find_first_of("+-.0123456789") != 0)
             continue;
         const bool stands = !head.band_name.empty() && lenient_number(head.band_reply) == head.band_index;
@@ -85,7 +86,7 @@ std::string next_band_command(const Head& head) {
     if (head.band_count < 1 || head.band_count > 4)
         return {};
     const int below = head.band_count == 1 ? head.band_index - 1 : 0;
-    return "SBAND " + plain_number(head.band_index == 0 ? 2 : below);
+    return set_band_command(head.band_index == 0 ? 2 : below);
 }
 
 }  // namespace ampdesk

@@ -28,9 +28,9 @@ void sound_alarm(Head& head) {
     HeadServices& services = head.services;
     if (in_shutdown(head))
         return services.person.start_beep(k_beep);
-    const std::string reply = read_alarm_state(head);
+    read_alarm_state(head);
     const double now = services.clock.seconds_since_midnight();
-    if (reply.empty() || reply[0] != '1' || !beep_is_due(head, now))
+    if (!head.alarm.active || !beep_is_due(head, now))
         return;
     services.person.start_beep(k_beep);
     head.last_beep_time = now + k_beep_seconds;

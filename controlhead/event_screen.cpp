@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "amplifier/commands.h"
 #include "controlhead/comm_faults.h"
 #include "controlhead/head.h"
 #include "controlhead/menu_engine.h"
@@ -26,22 +27,18 @@ constexpr int k_usual_last = 99;
 // The entry number is one byte and the fourth line has one too.
 constexpr int k_utmost_first = 255 - (k_lines - 1);
 
-std::string entry_request(int number) {
-    return {'\xA0', '\x1A', static_cast<char>(number)};
-}
-
 // Nothing when the amplifier has no such entry. Throws error 100 when it does not answer at all,
 // which looks the same until it is asked for something that it always has.
 std::optional<std::string> read_entry(Head& head, int number) {
     try {
         // A late reply to the request for another entry differs in the third byte only.
-        return head.amplifier.read_itemAll(entry_request(number), true);
+        return head.amplifier.read_itemAll(event_request(number), true);
     } catch (const RunTimeError& error) {
         if (error.number() != RunTimeError::k_no_answer)
             throw;
     }
     head.amplifier.look_for_only(true);
-    const bool answers = attempted([&] { head.amplifier.read_itemAll(k_status_request); });
+    const bool answers = attempted([&] { head.amplifier.read_status(); });
     head.amplifier.look_for_only(false);
     if (!answers)
         throw RunTimeError::no_answer();
@@ -71,7 +68,7 @@ std::vector<std::string> read_page(Head& head, int first, int missing = 256) {
 bool seems_to_have(Head& head, int number) {
     bool there = false;
     head.amplifier.look_for_only(true);
-    attempted([&] { there = !is_blank(head.amplifier.read_itemAll(entry_request(number), true)); });
+    attempted([&] { there = !is_blank(head.amplifier.read_itemAll(event_request(number), true)); });
     head.amplifier.look_for_only(false);
     return there;
 }

@@ -8,23 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "controlhead/amplifier_access.h"
+#include "amplifier/amplifier.h"
 #include "controlhead/fault_log.h"
 #include "controlhead/panel.h"
+#include "controlhead/services.h"
 
 namespace ampdesk {
-
-// Bits of status_byte.
-inline constexpr int k_status_hv_on = 4;
-inline constexpr int k_status_rf_on = 8;
-inline constexpr int k_status_shutdown = 16;
-
-// Bits of settings_byte.
-inline constexpr int k_settings_remote_on = 1;
-inline constexpr int k_settings_fahrenheit = 2;
-inline constexpr int k_settings_forward_watts = 4;
-inline constexpr int k_settings_reverse_watts = 8;
-inline constexpr int k_settings_power_save = 16;
 
 // Which sub-menu owns the display.
 enum SubMenu : std::int16_t {
@@ -64,7 +53,7 @@ struct Head {
     Head(HeadServices& head_services, HeadIdentity head_identity)
         : services(head_services),
           identity(std::move(head_identity)),
-          amplifier(services, identity.unit_address) {
+          amplifier(services.bus, identity.unit_address, services.options.negative_words) {
         amplifier.on_refusal = [this](const std::string& text) { tell(text); };
     }
     Head(const Head&) = delete;
@@ -82,7 +71,7 @@ struct Head {
 
     HeadServices& services;
     HeadIdentity identity;
-    AmplifierAccess amplifier;
+    Amplifier amplifier;
 
     Panel panel;
     FaultLog faults;
@@ -95,15 +84,11 @@ struct Head {
     char left_marker = '[';
     char right_marker = ']';
 
-    // Last status reply.
-    std::string status_text;
-    std::int16_t status_byte = 0;
-    std::int16_t settings_byte = 0;
-    bool has_switch = false;
-    bool filament_in_ma = false;
-    std::int16_t switch_state = 0;
-    std::int16_t switch_count = 0;
-    std::string alarm_text;
+    // The last reply of each kind.
+    Status status;
+    Analog analog;
+    Limits limits;
+    AlarmState alarm;
     std::int16_t last_command_status = 0;
 
     // Requests to the next display tick, and what the ticks keep.
@@ -153,7 +138,7 @@ struct Head {
 
 // As its last status reply has it.
 inline bool in_shutdown(const Head& head) {
-    return (head.status_byte & k_status_shutdown) != 0;
+    return head.status.in_shutdown;
 }
 
 }  // namespace ampdesk

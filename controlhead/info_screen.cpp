@@ -1,8 +1,8 @@
 // The information screen: maker, model, serial number and revision of the amplifier, from its
-// identity block: text, "*", model, "*", serial number, "*", revision.
+// identity block.
+#include <optional>
 #include <regex>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "controlhead/head.h"
@@ -14,17 +14,6 @@
 namespace ampdesk {
 
 namespace {
-
-std::vector<std::string> fields_of(std::string_view payload) {
-    std::vector<std::string> fields;
-    while (true) {
-        const std::size_t star = payload.find('*');
-        fields.emplace_back(trimmed(payload.substr(0, star)));
-        if (star == std::string_view::npos)
-            return fields;
-        payload.remove_prefix(star + 1);
-    }
-}
 
 // The revision as the site wants it rearranged. A pattern that is no regular expression was
 // reported when the program started and is passed over.
@@ -39,12 +28,12 @@ std::string arranged(std::string revision, const std::vector<IdentityPattern>& p
     return revision;
 }
 
-// Empty when the amplifier did not answer: the screen then says what is known without it.
-std::string read_identity(Head& head) {
+// Nothing when the amplifier did not answer: the screen then says what is known without it.
+std::optional<Identity> read_identity(Head& head) {
     try {
-        return head.amplifier.read_itemAll(k_identity_request);
+        return head.amplifier.read_identity();
     } catch (const RunTimeError&) {
-        return {};
+        return std::nullopt;
     }
 }
 
@@ -54,17 +43,15 @@ void draw(Head& head) {
     for (const int line : {2, 4}) head.panel.set_line(line, "");
     head.panel.set_line(3, std::string(k_serial) + "----");
 
-    const std::string payload = read_identity(head);
-    if (payload.size() <= 5)
+    const std::optional<Identity> identity = read_identity(head);
+    if (!identity)
         return;
-    const std::vector<std::string> fields = fields_of(payload);
-    const std::string model = fields.size() > 1 ? fields[1] : "";
-    head.panel.set_line(2, ("   Model " + model + " BAND").substr(0, Panel::k_columns));
-    if (fields.size() > 2)
-        head.panel.set_line(3, k_serial + plain_number(lenient_number(fields[2])));
-    if (fields.size() > 3)
-        head.panel.set_line(
-            4, arranged(fields[3], head.services.options.identity_patterns).substr(0, Panel::k_columns));
+    head.panel.set_line(2, ("   Model " + identity->model + " BAND").substr(0, Panel::k_columns));
+    if (identity->serial_number)
+        head.panel.set_line(3, k_serial + plain_number(lenient_number(*identity->serial_number)));
+    if (identity->revision)
+        head.panel.set_line(4, arranged(*identity->revision, head.services.options.identity_patterns)
+                                   .substr(0, Panel::k_columns));
 }
 
 }  // namespace

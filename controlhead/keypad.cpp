@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "amplifier/commands.h"
 #include "controlhead/band.h"
 #include "controlhead/comm_faults.h"
 #include "controlhead/lamps.h"
@@ -19,12 +20,10 @@ constexpr std::int16_t k_exit = 4;
 
 struct HardKey {
     const char* name;
-    char item;  // of class 16
+    std::string_view setting;
 };
-constexpr HardKey k_hard_keys[] = {{"HV On", 18}, {"HV Off", 19}, {"RF On", 22}, {"RF Off", 23}};
-
-constexpr char k_acknowledge = 21;
-constexpr char k_throw_switch = 26;
+constexpr HardKey k_hard_keys[] = {
+    {"HV On", k_set_hv_on}, {"HV Off", k_set_hv_off}, {"RF On", k_set_rf_on}, {"RF Off", k_set_rf_off}};
 
 constexpr std::chrono::milliseconds k_refusal_beep{100};
 
@@ -32,10 +31,8 @@ bool keys_dead(const Head& head) {
     return head.link_fail_count > 2;
 }
 
-// A two-byte setting: class 16 and the item.
-void send_item(Head& head, char item) {
-    const char command[] = {16, item};
-    head.last_command_status = head.amplifier.set_item({command, sizeof command});
+void send(Head& head, std::string_view setting) {
+    head.last_command_status = head.amplifier.set_item(setting);
 }
 
 // A hard key without a line is refused at once and never kept: it must not act when nobody expects it any
@@ -61,7 +58,7 @@ void show_screen(Head& head, std::int16_t screen) {
 }
 
 void acknowledge_shutdown(Head& head) {
-    send_item(head, k_acknowledge);
+    send(head, k_acknowledge_shutdown);
     if (head.last_command_status != 0)
         return;
     head.shutdown_shown = false;
@@ -89,14 +86,14 @@ void change_band(Head& head) {
     const std::string command = next_band_command(head);
     if (command.empty() || !offered(head, 1, "BAND"))
         return show_screen(head, head.menu_ptr);
-    head.last_command_status = head.amplifier.set_item(command);
+    send(head, command);
     // The label of the forward power follows the band, which may have changed though no reply came.
     head.redraw_request = true;
 }
 
 void throw_switch(Head& head) {
-    if (offered(head, 2, "ANT") && head.switch_count > 0 && (head.switch_state & 1) == 0)
-        send_item(head, k_throw_switch);
+    if (offered(head, 2, "ANT") && head.status.switch_positions > 0 && !head.status.switch_locked)
+        send(head, k_throw_switch);
 }
 
 // What a sub-menu could not draw the next display tick draws; one that has left itself leaves the
@@ -129,7 +126,7 @@ void press_status_key(Head& head, std::int16_t index) {
                 return enter(head, k_information);
             return screen == 4 ? enter(head, k_event_list) : void();
         case 2:
-            return screen == 1 && head.has_switch ? throw_switch(head) : enter(head, k_help_pages);
+            return screen == 1 && head.status.has_switch ? throw_switch(head) : enter(head, k_help_pages);
         case k_last_soft_key:
             return show_screen(head, screen >= 4 ? std::int16_t{1} : static_cast<std::int16_t>(screen + 1));
         default:
@@ -169,19 +166,18 @@ void cmdHardkey_Click(Head& head, std::int16_t index) {
     if (!line_is_there(head, key))
         return;
     head.key_activity = true;
-    send_item(head, key.item);
+    send(head, key.setting);
     if (head.last_command_status != 0)
         line_is_there(head, key);  // it may have gone with the frame
     head.amplifier.look_for_only(head.comm_error_shown);
     attempted([&] {
-        head.status_text = head.amplifier.read_itemAll(k_status_request);
-        head.status_byte = static_cast<unsigned char>(head.status_text[0]);
-        lite_service(head, 5, (head.status_byte & k_status_hv_on) != 0);
+        take_status(head, head.amplifier.read_status());
+        lite_service(head, 5, head.status.hv_on);
     });
     attempted([&] {
-        const std::string alarm_state = read_alarm_state(head);
-        lite_service(head, 6, alarm_state.find("Standby") != std::string::npos);
-        lite_service(head, 8, alarm_state.find("RF off") != std::string::npos);
+        read_alarm_state(head);
+        lite_service(head, 6, head.alarm.standby);
+        lite_service(head, 8, head.alarm.rf_off);
     });
     head.amplifier.look_for_only(false);
 }

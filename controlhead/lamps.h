@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "controlhead/head.h"
 
@@ -12,11 +11,11 @@ namespace ampdesk {
 // Any other number does nothing.
 void lite_service(Head& head, std::int16_t lamp, std::int16_t state);
 
-// Sets lamps 5 to 8 from the status byte and the alarm-state text.
-void show_state_lamps(Head& head, std::string_view alarm_state);
+// Sets lamps 5 to 8.
+void show_state_lamps(Head& head);
 
-// Takes the fields of a status reply payload; fields that it lacks become 0.
-void take_status(Head& head, const std::string& payload);
+// Takes a status over. A change of the switch makes the legend of status screen 1 another.
+void take_status(Head& head, const Status& status);
 
 // The first half of a visit's logic: reads the status. False when there is nothing to go on with: the
 // amplifier did not answer, or a key was pressed since the last display tick. Errors end in

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "amplifier/readings.h"
 #include "buslink/bus_link.h"
 #include "platform/clock.h"
 #include "platform/operator.h"
@@ -20,7 +21,7 @@ struct IdentityPattern {
 struct HeadOptions {
     std::string folder = ".";          // the program's folder: settings and amplifier files
     std::string shipped_folder = ".";  // where "mhelp.txt" stands when the folder has none
-    bool negative_words_signed = false;
+    NegativeWords negative_words = NegativeWords::overflow;
     // Band capability 0..4 of the maker's own model designations.
     std::map<std::string, int> model_capabilities;
     std::vector<IdentityPattern> identity_patterns;

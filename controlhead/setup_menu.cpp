@@ -2,6 +2,7 @@
 // can be changed from here.
 #include <string>
 
+#include "amplifier/commands.h"
 #include "controlhead/head.h"
 #include "controlhead/lamps.h"
 #include "controlhead/menu_engine.h"
@@ -19,10 +20,6 @@ constexpr const char* k_switch_title = "Redundant switch";
 
 enum class Page { power_save, redundant_switch, remote, temperature, forward_power, reverse_power };
 
-bool has_setting(const Head& head, int bit) {
-    return (head.settings_byte & bit) != 0;
-}
-
 // The fixed pages are counted back from the end, so that the optional ones stand in front.
 Page page_in_hand(const Head& head) {
     switch (head.setup_page_count - head.setup_page) {
@@ -38,14 +35,14 @@ Page page_in_hand(const Head& head) {
             break;
     }
     const bool first = head.setup_page == 0;
-    return first && has_setting(head, k_settings_power_save) ? Page::power_save : Page::redundant_switch;
+    return first && head.status.power_save_fitted ? Page::power_save : Page::redundant_switch;
 }
 
 void count_pages(Head& head) {
     head.setup_page_count = k_fixed_pages;
-    if (has_setting(head, k_settings_power_save))
+    if (head.status.power_save_fitted)
         ++head.setup_page_count;
-    if (head.has_switch)
+    if (head.status.has_switch)
         ++head.setup_page_count;
     if (head.setup_page >= head.setup_page_count)
         head.setup_page = 0;
@@ -59,8 +56,8 @@ void show(Head& head, const char* first, const std::string& second, const char* 
 }
 
 // A line with the unit of a power.
-std::string unit_of(const Head& head, int watts_bit) {
-    return std::string("in:  [") + (has_setting(head, watts_bit) ? "Watts" : "dBm  ") + "]";
+std::string unit_line(bool in_watts) {
+    return std::string("in:  [") + (in_watts ? "Watts" : "dBm  ") + "]";
 }
 
 // Reads the status anew, since the pages show it. Throws error 100; the display then stays.
@@ -69,7 +66,7 @@ void draw_page(Head& head) {
     static constexpr const char* k_set_more = "SET             MORE";
     static constexpr const char* k_only_more = "                MORE";
 
-    take_status(head, head.amplifier.read_itemAll(k_status_request));
+    take_status(head, head.amplifier.read_status());
     count_pages(head);
     switch (page_in_hand(head)) {
         case Page::power_save:
@@ -79,21 +76,21 @@ void draw_page(Head& head) {
             show(head, k_switch_title, k_modes[head.switch_mode], "Press SET to Change.", k_set_more);
             break;
         case Page::remote: {
-            const bool on = has_setting(head, k_settings_remote_on);
+            const bool on = head.status.remote_on;
             show(head, "", std::string("  Remote       ") + (on ? " ON" : "OFF"), "", k_only_more);
             break;
         }
         case Page::temperature: {
-            const bool fahrenheit = has_setting(head, k_settings_fahrenheit);
+            const bool fahrenheit = head.status.fahrenheit;
             show(head, "Temperature reads", std::string("in:  [\xB0") + (fahrenheit ? "F" : "C") + "]", "",
                  k_only_more);
             break;
         }
         case Page::forward_power:
-            show(head, "Forward Power reads", unit_of(head, k_settings_forward_watts), "", k_only_more);
+            show(head, "Forward Power reads", unit_line(head.status.forward_in_watts), "", k_only_more);
             break;
         case Page::reverse_power:
-            show(head, "Reverse Power reads", unit_of(head, k_settings_reverse_watts), "", k_only_more);
+            show(head, "Reverse Power reads", unit_line(head.status.reverse_in_watts), "", k_only_more);
             break;
     }
 }
@@ -107,8 +104,7 @@ bool switch_page_shown(const Head& head) {
 // Sends the next mode. A mode that the amplifier refused is not shown as if it held.
 void step_switch_mode(Head& head) {
     const auto next = static_cast<std::int16_t>(head.switch_mode >= 2 ? 0 : head.switch_mode + 1);
-    const std::string command{'\x10', '\x1B', static_cast<char>(next)};
-    head.last_command_status = head.amplifier.set_item(command);
+    head.last_command_status = head.amplifier.set_item(set_switch_mode_command(next));
     if (head.last_command_status == 0)
         head.switch_mode = next;
 }

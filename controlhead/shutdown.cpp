@@ -29,18 +29,16 @@ void end_modes(Head& head) {
 }  // namespace
 
 void show_shutdown(Head& head) {
-    const std::string reply = head.amplifier.read_itemAll(k_shutdown_request);
+    const Shutdown shutdown = head.amplifier.read_shutdown();
     lite_service(head, 0, 0);
-    const std::size_t comma = reply.find(',');
-    if (comma != std::string::npos) {
-        head.panel.set_line(1, "System Shutdown, #" + reply.substr(0, comma));
+    if (shutdown.number) {
+        head.panel.set_line(1, "System Shutdown, #" + *shutdown.number);
         head.panel.set_line(2, "--------------------");
     }
-    const std::string reason(trimmed(std::string_view(reply).substr(comma + 1)));  // npos + 1 is 0
-    head.panel.set_line(3, reason);
+    head.panel.set_line(3, shutdown.reason);
     head.panel.set_line(4, "                 OK");
     lite_service(head, 4, 1);
-    head.faults.log_fault(head.services.clock.local_time(), reason);
+    head.faults.log_fault(head.services.clock.local_time(), shutdown.reason);
     end_modes(head);
 }
 

@@ -4,57 +4,35 @@
 #include "controlhead/screens.h"
 #include "controlhead/value_rows.h"
 #include "platform/numbers.h"
-#include "platform/run_time_error.h"
 
 namespace ampdesk {
 
 namespace {
 
-// Words of the analog block, from 1.
-enum AnalogItem : std::int16_t {
-    k_forward_power = 1,     // 0.1 dBm
-    k_reverse_power = 2,     // 0.1 dBm
-    k_cathode_voltage = 3,   // -V
-    k_helix_current = 4,     // 0.01 mA
-    k_filament_voltage = 5,  // mV
-    k_filament_current = 6,  // negative, 0.001 of the unit shown
-    k_baseplate = 8,         // degrees C
-    k_cabinet = 9,           // degrees C
-    k_console_hours = 10,
-    k_rf_hours = 11,
-    k_console_minutes = 13,
-    k_rf_minutes = 14,
-    k_eb_voltage = 15,  // -V
-};
-
 constexpr char k_degree = '\xB0';
 
-std::string dbm(const Head& head, AnalogItem item) {
-    return right_aligned(plain_number(head.amplifier.get_ana_item(item) / 10), 5) + " dBm";
+std::string dbm(const Head& head, Analog::Item item) {
+    return right_aligned(plain_number(shown(head.analog, item)), 5) + " dBm";
 }
 
-std::string scaled(const Head& head, AnalogItem item, double divisor, int decimals, std::size_t width) {
-    return right_aligned(fixed_point(head.amplifier.get_ana_item(item) / divisor, decimals), width);
+std::string fixed(const Head& head, Analog::Item item, int decimals, std::size_t width) {
+    return right_aligned(fixed_point(shown(head.analog, item), decimals), width);
 }
 
-std::string running_time(const Head& head, AnalogItem hours, AnalogItem minutes) {
-    return zero_padded(head.amplifier.get_ana_item(hours), 5) + ":" +
-           zero_padded(head.amplifier.get_ana_item(minutes), 2);
+std::string running_time(const Head& head, Analog::Item hours, Analog::Item minutes) {
+    return zero_padded(shown(head.analog, hours), 5) + ":" + zero_padded(shown(head.analog, minutes), 2);
 }
 
-std::string celsius(const Head& head, AnalogItem item) {
-    return right_aligned(plain_number(head.amplifier.get_ana_item(item)), 3) + k_degree + "C";
-}
-
-bool switch_locked(const Head& head) {
-    return (head.switch_state & 1) != 0;
+std::string celsius(const Head& head, Analog::Item item) {
+    return right_aligned(plain_number(shown(head.analog, item)), 3) + k_degree + "C";
 }
 
 std::string screen_1_legend(const Head& head) {
     std::string legend = head.band_count != 0 ? "ATTN  BAND" : "ATTN      ";
-    if (!head.has_switch)
+    if (!head.status.has_switch)
         return legend + " HELP MORE";
-    return legend + (head.switch_count >= 1 && !switch_locked(head) ? " ANT  MORE" : "      MORE");
+    return legend +
+           (head.status.switch_positions >= 1 && !head.status.switch_locked ? " ANT  MORE" : "      MORE");
 }
 
 void draw_attenuation(Head& head) {
@@ -63,22 +41,20 @@ void draw_attenuation(Head& head) {
 }
 
 void draw_alarm_row(Head& head) {
-    const std::string reply = read_alarm_state(head);
-    head.alarm_text = after_comma(reply);
-    if (reply.empty())
-        return;
-    const bool switch_shown = reply[0] != '1' && head.has_switch && head.switch_count >= 1;
-    if (switch_shown)
-        head.panel.set_line(
-            3, left_aligned(head.alarm_text.substr(0, 16), 16) + (switch_locked(head) ? "LOAD" : " ANT"));
+    read_alarm_state(head);
+    const std::string& text = head.alarm.text;
+    const Status& status = head.status;
+    if (!head.alarm.active && status.has_switch && status.switch_positions >= 1)
+        head.panel.set_line(3,
+                            left_aligned(text.substr(0, 16), 16) + (status.switch_locked ? "LOAD" : " ANT"));
     else
-        head.panel.set_line(3, head.alarm_text);
+        head.panel.set_line(3, text);
 }
 
 void draw_powers(Head& head) {
     ValueRows rows(head.panel);
-    rows.draw(1, [&] { return head.fwd_label + dbm(head, k_forward_power); });
-    rows.draw(2, [&] { return "Rev Power  " + dbm(head, k_reverse_power); });
+    rows.draw(1, [&] { return head.fwd_label + dbm(head, Analog::forward_power); });
+    rows.draw(2, [&] { return "Rev Power  " + dbm(head, Analog::reverse_power); });
     if (head.gain_mode)
         draw_attenuation(head);
     else
@@ -87,21 +63,22 @@ void draw_powers(Head& head) {
 }
 
 void draw_hours(Head& head) {
-    const bool rf_on = (head.status_byte & k_status_rf_on) != 0;
     ValueRows rows(head.panel);
     rows.draw(2, [&] {
-        return running_time(head, k_console_hours, k_console_minutes) + head.right_marker + "Console";
+        return running_time(head, Analog::console_hours, Analog::console_minutes) + head.right_marker +
+               "Console";
     });
     rows.draw(3, [&] {
-        return running_time(head, k_rf_hours, k_rf_minutes) + (rf_on ? head.right_marker : '<') + "RF On";
+        return running_time(head, Analog::rf_hours, Analog::rf_minutes) +
+               (head.status.rf_on ? head.right_marker : '<') + "RF On";
     });
     rows.finish();
 }
 
 void draw_temperatures(Head& head) {
     ValueRows rows(head.panel);
-    rows.draw(2, [&] { return celsius(head, k_cabinet) + "<Inside Cabinet"; });
-    rows.draw(3, [&] { return celsius(head, k_baseplate) + "<TWT Baseplate"; });
+    rows.draw(2, [&] { return celsius(head, Analog::cabinet) + "<Inside Cabinet"; });
+    rows.draw(3, [&] { return celsius(head, Analog::baseplate) + "<TWT Baseplate"; });
     rows.finish();
 }
 
@@ -109,13 +86,13 @@ void draw_temperatures(Head& head) {
 void draw_tube(Head& head) {
     ValueRows rows(head.panel);
     rows.draw(1, [&] {
-        return "Ef" + scaled(head, k_filament_voltage, 1000, 2, 6) + "v  If" +
-               scaled(head, k_filament_current, -1000, 2, 5) + (head.filament_in_ma ? "ma" : "A");
+        return "Ef" + fixed(head, Analog::filament_voltage, 2, 6) + "v  If" +
+               fixed(head, Analog::filament_current, 2, 5) + (head.status.filament_in_ma ? "ma" : "A");
     });
-    rows.draw(2, [&] { return "Eb" + scaled(head, k_eb_voltage, -1000, 2, 6) + "kV "; });
+    rows.draw(2, [&] { return "Eb" + fixed(head, Analog::eb_voltage, 2, 6) + "kV "; });
     rows.draw(3, [&] {
-        return "Ek" + scaled(head, k_cathode_voltage, -1000, 2, 6) + "kV Iw" +
-               scaled(head, k_helix_current, 100, 1, 5) + "ma";
+        return "Ek" + fixed(head, Analog::cathode_voltage, 2, 6) + "kV Iw" +
+               fixed(head, Analog::helix_current, 1, 5) + "ma";
     });
     if (head.gain_mode)
         draw_attenuation(head);
@@ -125,20 +102,14 @@ void draw_tube(Head& head) {
 }  // namespace
 
 void read_analog(Head& head) {
-    head.amplifier.get_ana_block();
-    try {
-        head.panel.set_gauge(head.amplifier.get_ana_item(k_forward_power) / 10);
-    } catch (const RunTimeError&) {
-        head.panel.set_gauge(std::nullopt);
-    }
+    head.analog = head.amplifier.read_analog();
+    const Quantity& forward = head.analog[Analog::forward_power];
+    const bool known = forward.kind != Quantity::Kind::overflowed;
+    head.panel.set_gauge(known ? std::optional(forward.value) : std::nullopt);
 }
 
-std::string read_alarm_state(Head& head) {
-    return head.amplifier.read_itemAll(k_alarm_request);
-}
-
-std::string_view after_comma(std::string_view reply) {
-    return reply.substr(reply.find(',') + 1);  // npos + 1 is 0
+void read_alarm_state(Head& head) {
+    head.alarm = head.amplifier.read_alarm_state();
 }
 
 void draw_fixed_rows(Head& head) {

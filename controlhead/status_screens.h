@@ -1,9 +1,6 @@
 // The rows of the four status screens.
 #pragma once
 
-#include <string>
-#include <string_view>
-
 #include "controlhead/head.h"
 
 namespace ampdesk {
@@ -11,11 +8,8 @@ namespace ampdesk {
 // Reads the analog block and moves the power gauge with it. Throws error 100.
 void read_analog(Head& head);
 
-// The alarm-state item: flag, comma, text. "1" in front means an active alarm. Throws error 100.
-std::string read_alarm_state(Head& head);
-
-// The text behind the first comma; all of it when there is none.
-std::string_view after_comma(std::string_view reply);
+// Reads state and alarm. Throws error 100.
+void read_alarm_state(Head& head);
 
 // Header and soft-key legend of the screen in hand; in attenuation mode no legend.
 void draw_fixed_rows(Head& head);

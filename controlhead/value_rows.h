@@ -1,14 +1,29 @@
-// The rows of a screen that show values. One whose value cannot be shown is blank, because what stood there
-// is no longer so; the rows behind it are drawn all the same.
+// What a screen shows of the values that were read, and the rows it shows them in.
 #pragma once
 
 #include <optional>
+#include <string>
 
+#include "amplifier/readings.h"
 #include "controlhead/panel.h"
 #include "platform/run_time_error.h"
 
 namespace ampdesk {
 
+// The number on the display: 0 for a quantity that the block lacks. Throws Overflow, with the name of the
+// quantity, for one that cannot be shown.
+template <class Block>
+double shown(const Block& block, typename Block::Item item) {
+    const Quantity& quantity = block[item];
+    if (quantity.kind == Quantity::Kind::overflowed)
+        throw RunTimeError::overflow(
+            std::string(Block::name(item)) +
+            " comes as a negative number; negative_words=signed in ampdesk.ini accepts it");
+    return quantity.value;
+}
+
+// A row whose value cannot be shown is blank, because what stood there is no longer so; the rows behind it
+// are drawn all the same.
 class ValueRows {
   public:
     explicit ValueRows(Panel& panel) : panel_(panel) {}

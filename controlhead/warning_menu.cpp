@@ -24,33 +24,32 @@ constexpr const char* k_legend = "                MORE";
 struct Level {
     const char* title;
     const char* band_title;  // where the amplifier has more than one band
-    std::int16_t item;       // of the limits block
+    Limits::Item item;
 };
 
 constexpr std::array<Level, 6> k_levels{{
-    {"over forward power:", "Ku over fwd power:", 4},
-    {"under forward power:", "Ku under fwd power:", 5},
-    {"over reverse power:", "Ku over rev power:", 6},
-    {"Cabinet Temperature:", "Cabinet Temperature:", 1},
-    {"TWT Temperature:", "TWT Temperature:", 2},
-    {"Helix Current:", "Helix Current:", 3},
+    {"over forward power:", "Ku over fwd power:", Limits::over_forward_power},
+    {"under forward power:", "Ku under fwd power:", Limits::under_forward_power},
+    {"over reverse power:", "Ku over rev power:", Limits::over_reverse_power},
+    {"Cabinet Temperature:", "Cabinet Temperature:", Limits::cabinet},
+    {"TWT Temperature:", "TWT Temperature:", Limits::tube},
+    {"Helix Current:", "Helix Current:", Limits::helix_current},
 }};
 
 std::string tenths(double value) {
     return right_aligned(fixed_point(value, 1), 5);
 }
 
-// The power items are tenths of dBm, the temperatures whole degrees, the helix current hundredths
-// of mA.
-std::string value_text(std::int16_t item, double raw) {
+std::string value_text(const Limits& limits, Limits::Item item) {
+    const double value = shown(limits, item);
     switch (item) {
-        case 1:
-        case 2:
-            return right_aligned(plain_number(raw), 3) + "\xB0" + "C";
-        case 3:
-            return tenths(raw / 100) + "mA";
+        case Limits::cabinet:
+        case Limits::tube:
+            return right_aligned(plain_number(value), 3) + "\xB0" + "C";
+        case Limits::helix_current:
+            return tenths(value) + "mA";
         default:
-            return tenths(raw / 10) + " dBm";
+            return tenths(value) + " dBm";
     }
 }
 
@@ -73,12 +72,11 @@ void leave_adjust_state(Head& head) {
 }
 
 void draw_first(Head& head) {
-    head.amplifier.get_lim_block();
+    head.limits = head.amplifier.read_limits();
     ValueRows rows(head.panel);
     head.panel.set_line(1, "Warning level for ");
     head.panel.set_line(2, "over forward power: ");
-    rows.draw(3,
-              [&] { return "    [" + tenths(head.amplifier.get_lim_item(k_levels[0].item) / 10) + " dBm]"; });
+    rows.draw(3, [&] { return "    [" + tenths(shown(head.limits, k_levels[0].item)) + " dBm]"; });
     head.panel.set_line(4, k_legend);
     rows.finish();
 }
@@ -88,12 +86,12 @@ void draw_page(Head& head) {
     if (head.warn_page < 0 || head.warn_page >= head.warn_page_count)
         return leave_sub_menu(head);
     const Level& level = k_levels.at(static_cast<std::size_t>(head.warn_page));
-    head.amplifier.get_lim_block();
+    head.limits = head.amplifier.read_limits();
     ValueRows rows(head.panel);
     head.panel.set_line(1, "Warning level for");
     head.panel.set_line(2, head.band_count != 0 ? level.band_title : level.title);
     rows.draw(3, [&] {
-        const std::string value = value_text(level.item, head.amplifier.get_lim_item(level.item));
+        const std::string value = value_text(head.limits, level.item);
         return head.left_marker + ("    " + value) + head.right_marker;
     });
     head.panel.set_line(4, k_legend);

@@ -90,7 +90,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     bus.open_bus_port("COM2:", 9600, 0, 8, 1);
     HeadServices services{bus, clock, person, {}};
     services.options.folder = services.options.shipped_folder = "/nowhere";
-    services.options.negative_words_signed = (flags & 1U) != 0;
+    services.options.negative_words =
+        ((flags & 1U) != 0) ? NegativeWords::two_complement : NegativeWords::overflow;
     services.options.identity_patterns = {{"Rev (.*)", "R$1"}};
     std::size_t settings = 0;
     port.responder = [&](const std::string& frame) {

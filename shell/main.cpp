@@ -45,7 +45,8 @@ HeadOptions head_options(const SiteConfiguration& site) {
     const QString beside = QCoreApplication::applicationDirPath();
     options.shipped_folder =
         shipped_folder({beside + QStringLiteral("/../share/ampdesk"), QStringLiteral(AMPDESK_DATA_DIR)});
-    options.negative_words_signed = site.negative_words_signed;
+    options.negative_words =
+        site.negative_words_signed ? NegativeWords::two_complement : NegativeWords::overflow;
     options.model_capabilities.insert(site.models.begin(), site.models.end());
     options.identity_patterns = site.identity_patterns;
     return options;

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "${1:-$(dirname "$0")/..}"
 
-folders=(platform buslink controlhead terminal tools demo shell tests bench fuzz docs)
+folders=(platform buslink amplifier controlhead terminal tools demo shell tests bench fuzz docs)
 existing=()
 for folder in "${folders[@]}"; do
     [[ -d $folder ]] && existing+=("$folder")
@@ -17,11 +17,12 @@ find "${existing[@]}" -type f \( -name '*.cpp' -o -name '*.h' \) -print0 | sort 
     BEGIN {
         split("platform/", one); allow("platform", one)
         split("buslink/ platform/", two); allow("buslink", two)
-        split("controlhead/ buslink/ platform/", three); allow("controlhead", three)
+        split("amplifier/ buslink/ platform/", three); allow("amplifier", three)
+        split("controlhead/ amplifier/ buslink/ platform/", panel); allow("controlhead", panel)
         split("terminal/ buslink/ platform/", four); allow("terminal", four)
-        split("tools/ buslink/ platform/", five); allow("tools", five)
+        split("tools/ amplifier/ buslink/ platform/", five); allow("tools", five)
         split("demo/ buslink/wire/ platform/", six); allow("demo", six)
-        all = "shell/ controlhead/ terminal/ tools/ demo/ buslink/ platform/"
+        all = "shell/ amplifier/ controlhead/ terminal/ tools/ demo/ buslink/ platform/"
         split(all, seven); allow("shell", seven)
         split(all " tests/", eight); allow("tests", eight)
         split(all " tests/support/ bench/", nine); allow("bench", nine)

@@ -42,7 +42,7 @@ class Studio {
             model.warm_up = {};
             bus_.add(model);
         }
-        services_.options.negative_words_signed = true;
+        services_.options.negative_words = NegativeWords::two_complement;
         services_.options.shipped_folder = MANUAL_FOLDER;
         demo::write_demonstration_files(".", 3);
         form_.resize(1300, 860);

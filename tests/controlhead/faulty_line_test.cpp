@@ -45,7 +45,7 @@ struct FaultyHead : Bench {
         for (const auto& [item, value] : k_first)
             words += std::to_string(item) + "=" + std::to_string(value + n * 10) + " ";
         set_analog(words);
-        set_status(k_status_hv_on);
+        set_status(k_hv_on);
         set_alarm("0,Standby " + step);
     }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "amplifier/commands.h"
 #include "buslink/wire/binary_frame.h"
 #include "buslink/wire/control_characters.h"
 #include "controlhead/head.h"
@@ -22,6 +23,11 @@
 namespace ampdesk {
 
 using Texts = std::vector<std::string>;
+
+// Bits of a status reply, characters 1 and 2.
+inline constexpr int k_hv_on = 4;
+inline constexpr int k_shutdown_bit = 16;
+inline constexpr int k_power_save = 16;
 
 // A block of sixteen words from a text such as "1=563 12=-5": item, from 1, and raw value.
 inline std::string block(const std::string& words) {
@@ -57,7 +63,7 @@ class Bench {
     }
     void set_alarm(const std::string& reply) { replies[std::string(k_alarm_request)] = reply; }
     void set_shutdown(const std::string& reply) {
-        set_status(k_status_shutdown);
+        set_status(k_shutdown_bit);
         replies[std::string(k_shutdown_request)] = reply;
     }
     void set_analog(const std::string& words) { replies[std::string(k_analog_request)] = block(words); }

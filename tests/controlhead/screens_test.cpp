@@ -91,14 +91,14 @@ TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
     head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = 5, .value = 2});
     VScroll1_Change(head, 6);
     head.gain_mode = true;
-    head.status_byte = k_status_shutdown;  // seen by the visit that is still under way
+    head.status.in_shutdown = true;  // seen by the visit that is still under way
     VScroll1_Change(head, 4);
-    head.status_byte = 0;
+    head.status.in_shutdown = false;
     head.gain_mode = false;
     EXPECT_EQ(head.panel.scroll().value, 2);
     head.menu_ptr = 1;
-    head.has_switch = true;
-    head.switch_count = 2;
+    head.status.has_switch = true;
+    head.status.switch_positions = 2;
     head.panel.set_line(4, "ATTN            MORE");
     cmdKey_Click(head, 2);
     EXPECT_EQ(count_sent("\x10\x1A"), 0U);
@@ -106,7 +106,7 @@ TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
     cmdKey_Click(head, 2);
     EXPECT_EQ(count_sent("\x10\x1A"), 1U);
 
-    set_status(0, k_settings_power_save, 2);
+    set_status(0, k_power_save, 2);
     open(2, 0);
     set_status(0, 0, 2, 0, 1);
     updateLogic(head);

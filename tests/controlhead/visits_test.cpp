@@ -55,17 +55,6 @@ TEST_F(VisitTest, Lamps) {
     }
 }
 
-// Catches a field taken from beyond a short reply.
-TEST_F(VisitTest, ShortStatus) {
-    set_status(1, 2, 3, 0xFF, 5);
-    updateLogic(head);
-    EXPECT_EQ(head.switch_state, 255);
-    reply_to(k_status_request) = "\x08\x04";
-    updateLogic(head);
-    EXPECT_EQ(head.settings_byte, 4);
-    EXPECT_FALSE(head.has_switch || head.filament_in_ma || head.switch_state != 0 || head.switch_count != 0);
-}
-
 // Catches a reason shown although it could not be read, and one without a comma left out.
 TEST_F(VisitTest, ShutdownReason) {
     set_shutdown(" no number ");
@@ -97,7 +86,7 @@ TEST_F(VisitTest, AlarmBeeps) {
         set_alarm("0,Standby");
         EXPECT_EQ(beeps_after(seconds(20)), 2U);
     }
-    head.status_byte = k_status_shutdown;
+    head.status.in_shutdown = true;
     head.shutdown_shown = true;
     take_sent();
     for (int i = 0; i < 3; ++i) updateDisplay(head);
@@ -289,7 +278,7 @@ TEST_F(VisitTest, HomeRequest) {
 // Catches lamps that wait for the next visit after a hard key, a failed read that ends it, and a lamp lit by
 // the status of before the silence.
 TEST_F(VisitTest, HardKeysShowTheirLamps) {
-    set_status(k_status_hv_on);
+    set_status(k_hv_on);
     set_alarm("0,Standby, RF off");
     picLight_Click(head, 4);
     EXPECT_EQ(lamps(), "....RG.G");

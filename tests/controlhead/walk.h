@@ -38,7 +38,8 @@ class Walk : public testing::Test {
         };
         services.options.folder = "/nowhere";
         services.options.shipped_folder = TEST_DATA "/../../data";
-        services.options.negative_words_signed = model.signed_words;
+        services.options.negative_words =
+            (model.signed_words) ? NegativeWords::two_complement : NegativeWords::overflow;
         head.emplace(services, HeadIdentity{1, static_cast<std::int16_t>(model.address), "1234", model.name});
         ASSERT_TRUE(head->machine_init(false));
     }

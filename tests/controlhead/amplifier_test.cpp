@@ -1,5 +1,5 @@
 // How replies are cut, retried and refused. Replies are literal frames; only the CRC is computed.
-#include "controlhead/amplifier_access.h"
+#include "amplifier/amplifier.h"
 
 #include "platform/run_time_error.h"
 #include "tests/controlhead/head_fixture.h"
@@ -23,20 +23,6 @@ int error_of(const std::function<void()>& action) {
     return 0;
 }
 
-// Catches a byte order, an index off by one, or a wrapped value where an error is due.
-TEST_F(HeadTest, WordsAreDecoded) {
-    head.amplifier.ana_block = "\x01\x02\xFF\x7F\x00\x80\xE8\xFF\x05"s;  // 4.5 words
-    const std::pair<std::int16_t, double> cases[] = {{-1, 0},     {0, 0},   {1, 513}, {2, 32767},
-                                                     {3, -32768}, {4, -24}, {5, 0},   {32767, 0}};
-    for (const auto& [item, value] : cases) {
-        SCOPED_TRACE(item);
-        services.options.negative_words_signed = true;
-        EXPECT_EQ(head.amplifier.get_ana_item(item), value);
-        services.options.negative_words_signed = false;
-        EXPECT_EQ(error_of([&] { head.amplifier.get_ana_item(item); }), value < 0 ? 6 : 0);
-    }
-}
-
 // Catches a reply judged good or cut otherwise than byte for byte, and a missing or third try.
 TEST_F(HeadTest, BlockReadsAreJudgedAndTriedTwice) {
     const struct {
@@ -55,17 +41,18 @@ TEST_F(HeadTest, BlockReadsAreJudgedAndTriedTwice) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        head.amplifier.ana_block = "old";
+        std::string payload;
         port.answer(c.first);
         if (c.sends == 2)
             port.answer(c.second);
         port.written.clear();
-        EXPECT_EQ(error_of([&] { head.amplifier.get_ana_block(); }), c.payload.empty() ? 100 : 0);
-        EXPECT_EQ(head.amplifier.ana_block, c.payload.empty() ? "old" : c.payload);
+        EXPECT_EQ(error_of([&] { payload = head.amplifier.read_itemAll(k_analog_request); }),
+                  c.payload.empty() ? 100 : 0);
+        EXPECT_EQ(payload, c.payload);
         EXPECT_EQ(head.amplifier.comm_error, c.payload.empty() ? 1 : 0);
         EXPECT_EQ(port.written.size(), c.sends);
     }
-    head.amplifier.get_lim_block();
+    head.amplifier.read_itemAll(k_limits_request);
     EXPECT_EQ(port.written.back().substr(0, 6), "\x01\x07\x03\xA0\x15\x00"s);
 }
 
@@ -128,9 +115,9 @@ TEST_F(HeadTest, SettingsAreSentOnceWhateverComesBack) {
 TEST_F(HeadTest, LooksAreShortAndSingle) {
     for (const auto& [answer_ms, limit_ms] : {std::pair{20, 300}, {150, 450}, {600, 1000}}) {
         SCOPED_TRACE(answer_ms);
-        AmplifierAccess amplifier(services, 7);
+        Amplifier amplifier(bus, 7, NegativeWords::overflow);
         port.answer({{milliseconds(answer_ms), framed(6, "\x12"s + "ABCD")}});
-        amplifier.get_ana_block();
+        amplifier.read_itemAll(k_analog_request);
         amplifier.look_for_only(true);
         silent = true;
         for (int look = 1; look <= 24; ++look) {

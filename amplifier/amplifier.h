@@ -1,34 +1,33 @@
-// How one control head reads and writes its amplifier: blocks, items and settings.
+// One amplifier on the bus: what is asked of it comes back as a reading, what it is told is sent once.
 #pragma once
 
 #include <cstdint>
 #include <functional>
-#include <span>
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "controlhead/services.h"
+#include "amplifier/readings.h"
+#include "buslink/bus_link.h"
 
 namespace ampdesk {
 
-class AmplifierAccess {
+class Amplifier {
   public:
-    AmplifierAccess(HeadServices& services, std::int16_t address)
-        : unit_address(address), services_(services) {}
+    Amplifier(BusLink& bus, std::int16_t address, NegativeWords negative)
+        : unit_address(address), bus_(bus), negative_(negative) {}
 
-    // Command 0x12. Throws error 100; the block then keeps what it held.
-    void get_ana_block();
+    // Each asks, once more when the first reply is bad. All throw error 100 when both fail.
+    Status read_status();
+    Analog read_analog();
+    Limits read_limits();
+    AlarmState read_alarm_state();
+    Shutdown read_shutdown();
+    // Nothing for an amplifier that answers, but does not say who it is.
+    std::optional<Identity> read_identity();
 
-    // Word i, from 1, of the last analog block; 0 outside the block. Throws Overflow, with the name of the
-    // quantity, for a high byte of 0x80 or more unless negative words are configured as signed.
-    double get_ana_item(std::int16_t i) const;
-
-    // Command 0xA0 0x15 0x00.
-    void get_lim_block();
-    double get_lim_item(std::int16_t i) const;
-
-    // Sends the command, once more when the first reply is bad, and returns the payload. Throws
-    // error 100 when both fail. The exchange compares the first two bytes of the command with their
+    // Sends the command, once more when the first reply is bad, and returns the payload, two bytes at least.
+    // Throws error 100 when both fail. The exchange compares the first two bytes of the command with their
     // echo; with `whole_echo` a reply that does not echo all of it is bad too.
     std::string read_itemAll(std::string_view command, bool whole_echo = false);
 
@@ -52,30 +51,19 @@ class AmplifierAccess {
     // it, 0.3 s to 1.0 s. Every twelfth look waits the full second.
     Duration look_limit() const;
 
-    std::int16_t unit_address;
-    std::string ana_block;
-    std::string lim_block;
-    double last_comm_time = 0;    // seconds since midnight after the last read
+    const std::int16_t unit_address;
     std::int16_t comm_error = 0;  // 1 when the last read failed
 
   private:
     void tell_refusal(const std::string& text) const;
     bool only_looks() const;
-    double word(const std::string& block, std::int16_t i, std::span<const char* const> names) const;
     bool exchange(std::string_view command, std::string& payload, bool whole_echo);
 
-    HeadServices& services_;
+    BusLink& bus_;
+    NegativeWords negative_;
     bool look_only_ = false;
     int looks_ = 0;
     Duration longest_reply_{};
 };
-
-// Requests that more than one screen makes.
-inline constexpr std::string_view k_status_request{"\x11", 1};
-inline constexpr std::string_view k_analog_request{"\x12", 1};
-inline constexpr std::string_view k_limits_request{"\xA0\x15\x00", 3};
-inline constexpr std::string_view k_identity_request{"\xA0\x16\x00", 3};
-inline constexpr std::string_view k_alarm_request{"\xA0\x17\x00", 3};
-inline constexpr std::string_view k_shutdown_request{"\xA0\x18\x00", 3};
 
 }  // namespace ampdesk

@@ -1,7 +1,8 @@
-#include "controlhead/amplifier_access.h"
+#include "amplifier/amplifier.h"
 
 #include <algorithm>
 
+#include "amplifier/commands.h"
 #include "buslink/wire/control_characters.h"
 #include "platform/numbers.h"
 #include "platform/run_time_error.h"
@@ -12,27 +13,6 @@ namespace {
 
 constexpr std::size_t k_header = 3;  // ACK or NAK, second byte, length
 constexpr std::size_t k_check = 2;   // CRC
-
-// The quantities of the two blocks, item 1 first.
-constexpr const char* k_analog_names[] = {"forward power",
-                                          "reverse power",
-                                          "cathode voltage Ek",
-                                          "helix current Iw",
-                                          "filament voltage Ef",
-                                          "filament current If",
-                                          "item 7",
-                                          "baseplate temperature",
-                                          "cabinet temperature",
-                                          "system running hours",
-                                          "RF running hours",
-                                          "attenuation",
-                                          "system minutes",
-                                          "RF minutes",
-                                          "voltage Eb"};
-constexpr const char* k_limit_names[] = {
-    "the warning level of the cabinet temperature", "the warning level of the tube temperature",
-    "the warning level of the helix current",       "the warning level over forward power",
-    "the warning level under forward power",        "the warning level over reverse power"};
 
 // What follows the echo of the command, check bytes included; empty for a reply that is too short.
 std::string_view behind_echo(std::string_view reply, std::string_view command) {
@@ -60,57 +40,46 @@ std::string refusal_text(std::string_view reply, std::string_view command) {
 
 }  // namespace
 
-void AmplifierAccess::get_ana_block() {
-    ana_block = read_itemAll(k_analog_request);
+Status Amplifier::read_status() {
+    return *Status::parse(read_itemAll(k_status_request));
 }
 
-void AmplifierAccess::get_lim_block() {
-    lim_block = read_itemAll(k_limits_request);
+Analog Amplifier::read_analog() {
+    return *Analog::parse(read_itemAll(k_analog_request), negative_);
 }
 
-double AmplifierAccess::get_ana_item(std::int16_t i) const {
-    return word(ana_block, i, k_analog_names);
+Limits Amplifier::read_limits() {
+    return *Limits::parse(read_itemAll(k_limits_request), negative_);
 }
 
-double AmplifierAccess::get_lim_item(std::int16_t i) const {
-    return word(lim_block, i, k_limit_names);
+AlarmState Amplifier::read_alarm_state() {
+    return *AlarmState::parse(read_itemAll(k_alarm_request));
 }
 
-// Words are sent low byte first.
-double AmplifierAccess::word(const std::string& block, std::int16_t i,
-                             std::span<const char* const> names) const {
-    const std::size_t end = i < 1 ? 0 : 2 * static_cast<std::size_t>(i);
-    if (end == 0 || end > block.size())
-        return 0;
-    const int low = static_cast<unsigned char>(block[end - 2]);
-    const int high = static_cast<unsigned char>(block[end - 1]);
-    const int value = high * 256 + low;
-    if (high < 0x80)
-        return value;
-    if (services_.options.negative_words_signed)
-        return value - 0x10000;
-    const auto known = static_cast<std::size_t>(i) <= names.size();
-    throw RunTimeError::overflow(
-        (known ? names[static_cast<std::size_t>(i) - 1] : "item " + std::to_string(i)) +
-        " comes as a negative number; negative_words=signed in ampdesk.ini accepts it");
+Shutdown Amplifier::read_shutdown() {
+    return *Shutdown::parse(read_itemAll(k_shutdown_request));
+}
+
+std::optional<Identity> Amplifier::read_identity() {
+    return Identity::parse(read_itemAll(k_identity_request));
 }
 
 // With a dead line every head would go on showing its last values until it had waited for six replies of
 // its own, one head after the other.
-bool AmplifierAccess::only_looks() const {
+bool Amplifier::only_looks() const {
     constexpr int k_dead_line = 8;  // no single head gets there without its error screen
-    return look_only_ || services_.bus.unanswered_in_a_row() >= k_dead_line;
+    return look_only_ || bus_.unanswered_in_a_row() >= k_dead_line;
 }
 
 // One try of a read. A payload has two bytes at least.
-bool AmplifierAccess::exchange(std::string_view command, std::string& payload, bool whole_echo) {
+bool Amplifier::exchange(std::string_view command, std::string& payload, bool whole_echo) {
     std::string reply;
     const bool look = only_looks();
     const Duration limit = look ? look_limit() : Duration(BusLink::k_reply_limit);
     looks_ = look ? looks_ + 1 : 0;
-    const std::int16_t length = services_.bus.bus_command(unit_address, command, reply, limit);
+    const std::int16_t length = bus_.bus_command(unit_address, command, reply, limit);
     if (length > 0)
-        longest_reply_ = std::max(longest_reply_, services_.bus.last_reply_time);
+        longest_reply_ = std::max(longest_reply_, bus_.last_reply_time);
     const std::string_view rest = behind_echo(reply, command);
     const bool ours =
         !whole_echo || std::string_view(reply).substr(0, k_header + command.size()).ends_with(command);
@@ -120,25 +89,23 @@ bool AmplifierAccess::exchange(std::string_view command, std::string& payload, b
     return good;
 }
 
-std::string AmplifierAccess::read_itemAll(std::string_view command, bool whole_echo) {
+std::string Amplifier::read_itemAll(std::string_view command, bool whole_echo) {
     std::string payload;
     const bool good =
         exchange(command, payload, whole_echo) || (!only_looks() && exchange(command, payload, whole_echo));
-    last_comm_time = services_.clock.seconds_since_midnight();
     if (!good)
         throw RunTimeError::no_answer();
     return payload;
 }
 
-std::string AmplifierAccess::read_item(std::string_view word) {
+std::string Amplifier::read_item(std::string_view word) {
     std::string reply;
     for (int attempt = 0; attempt < (look_only_ ? 1 : 2); ++attempt) {
-        comm_error = services_.bus.text_command(unit_address, word, reply);
+        comm_error = bus_.text_command(unit_address, word, reply);
         reply.erase(std::min(reply.find(k_etx), reply.size()));
         if (comm_error == 0 && reply.find('=') != std::string::npos)
             break;
     }
-    last_comm_time = services_.clock.seconds_since_midnight();
     if (comm_error != 0)
         throw RunTimeError::no_answer();
     if (reply.starts_with(k_stx))
@@ -146,10 +113,10 @@ std::string AmplifierAccess::read_item(std::string_view word) {
     return std::string(trimmed(std::string_view(reply).substr(reply.find('=') + 1)));  // npos + 1 is 0
 }
 
-std::int16_t AmplifierAccess::set_item(std::string_view command) {
+std::int16_t Amplifier::set_item(std::string_view command) {
     try {
         std::string reply;
-        const std::int16_t length = services_.bus.bus_command(unit_address, command, reply);
+        const std::int16_t length = bus_.bus_command(unit_address, command, reply);
         if (length > 6 && reply[0] == k_ack)
             return 0;
         const bool refused = length > 0 && reply[0] == k_nak;
@@ -161,12 +128,12 @@ std::int16_t AmplifierAccess::set_item(std::string_view command) {
     return 1;
 }
 
-void AmplifierAccess::tell_refusal(const std::string& text) const {
+void Amplifier::tell_refusal(const std::string& text) const {
     if (on_refusal)
         on_refusal(text);
 }
 
-Duration AmplifierAccess::look_limit() const {
+Duration Amplifier::look_limit() const {
     constexpr int k_patient_look = 12;
     constexpr Duration k_shortest = std::chrono::milliseconds(300);
     const Duration longest = BusLink::k_reply_limit;
