@@ -288,7 +288,7 @@ void DisplayWatch::look() {
         const Instant from = said != nullptr ? said->at : drawn_[static_cast<std::size_t>(row - 1)];
         counts_.oldest_shown = std::max(counts_.oldest_shown, clock_.now() - from);
     }
-    if (head.menu_ptr != 1 || head.band_count == 0 || !head_.panel().line(1).ends_with(" dBm"))
+    if (head.menu_ptr != 1 || head.band.band_count == 0 || !head_.panel().line(1).ends_with(" dBm"))
         return;
     const int band = line_.bus().find(head.identity.unit_address)->band();
     const std::string& row = head_.panel().line(1);

@@ -19,7 +19,7 @@ constexpr std::int16_t k_most = 300;  // tenths of a dB
 constexpr int k_tenths = 10;
 
 void take_attenuation(Head& head) {
-    head.atten_value = round_to_int16(shown(head.analog, Analog::attenuation) * k_tenths);
+    head.attenuation.atten_value = round_to_int16(shown(head.analog, Analog::attenuation) * k_tenths);
 }
 
 // Two digits at least before the point: "03.5".
@@ -33,8 +33,8 @@ std::string two_digits_one_decimal(double value) {
 void draw_helix_or_alarm(Head& head) {
     read_alarm_state(head);
     if (head.alarm.active) {
-        head.alarm_blink = !head.alarm_blink;
-        head.panel.set_line(3, head.alarm_blink ? "" : head.alarm.text);
+        head.attenuation.alarm_blink = !head.attenuation.alarm_blink;
+        head.panel.set_line(3, head.attenuation.alarm_blink ? "" : head.alarm.text);
     } else {
         const double milliamperes = shown(head.analog, Analog::helix_current);
         head.panel.set_line(3,
@@ -55,7 +55,7 @@ void draw_readout(Head& head) {
 
 void enter(Head& head) {
     take_attenuation(head);
-    const int shown = std::clamp<int>(head.atten_value, 0, k_most);
+    const int shown = std::clamp<int>(head.attenuation.atten_value, 0, k_most);
     head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = k_most, .value = shown});
     lite_service(head, 1, 1);
     head.left_marker = '>';
@@ -68,10 +68,10 @@ void put_bar_back(Head& head) {
         read_analog(head);
         take_attenuation(head);
     } catch (const RunTimeError&) {
-        assign_potValue(head, head.atten_value);
+        assign_potValue(head, head.attenuation.atten_value);
         throw;
     }
-    assign_potValue(head, head.atten_value);
+    assign_potValue(head, head.attenuation.atten_value);
 }
 
 }  // namespace
@@ -79,7 +79,6 @@ void put_bar_back(Head& head) {
 void assign_potValue(Head& head, int value) {
     ScrollBar scroll = head.panel.scroll();
     scroll.value = std::max(scroll.minimum, std::min(value, scroll.maximum));
-    head.ignore_next_change = true;
     head.panel.set_scroll(scroll);
 }
 
@@ -88,7 +87,7 @@ void set_attenuation(Head& head, std::int16_t value) {
         return;
     head.last_command_status = head.amplifier.set_item(set_attenuation_command(value));
     if (head.last_command_status == 0)
-        head.atten_value = value;
+        head.attenuation.atten_value = value;
     else
         put_bar_back(head);
     read_analog(head);

@@ -44,11 +44,12 @@ bool read_band(Head& head) {
     constexpr int k_reads = 4;
     std::string before;
     for (int read = 0; read < k_reads; ++read) {
-        before = std::exchange(head.band_reply, head.amplifier.read_item(k_band_word));
-        if (head.band_reply.find_first_of("+-.0123456789") != 0)
+        before = std::exchange(head.band.band_reply, head.amplifier.read_item(k_band_word));
+        if (head.band.band_reply.find_first_of("+-.0123456789") != 0)
             continue;
-        const bool stands = !head.band_name.empty() && lenient_number(head.band_reply) == head.band_index;
-        if (stands || head.band_reply == before)
+        const bool stands =
+            !head.band.band_name.empty() && lenient_number(head.band.band_reply) == head.band.band_index;
+        if (stands || head.band.band_reply == before)
             return true;
     }
     return false;
@@ -67,26 +68,26 @@ std::int16_t band_capability(const HeadOptions& options, std::string_view model)
 }
 
 std::int16_t find_band(Head& head) {
-    if (!read_band(head) && !head.band_name.empty())
+    if (!read_band(head) && !head.band.band_name.empty())
         return 1;  // the label that stands is the best that is known
-    const std::int16_t number = round_to_int16(lenient_number(head.band_reply));
+    const std::int16_t number = round_to_int16(lenient_number(head.band.band_reply));
     if (number < 0 || number > 2) {
         head.tell("Read Band Error");
         return 0;
     }
-    head.band_index = number;
-    if (const Band* band = band_of(number, head.band_count)) {
-        head.band_name = band->name;
-        head.fwd_label = band->fwd_label;
+    head.band.band_index = number;
+    if (const Band* band = band_of(number, head.band.band_count)) {
+        head.band.band_name = band->name;
+        head.band.fwd_label = band->fwd_label;
     }
     return 1;
 }
 
 std::string next_band_command(const Head& head) {
-    if (head.band_count < 1 || head.band_count > 4)
+    if (head.band.band_count < 1 || head.band.band_count > 4)
         return {};
-    const int below = head.band_count == 1 ? head.band_index - 1 : 0;
-    return set_band_command(head.band_index == 0 ? 2 : below);
+    const int below = head.band.band_count == 1 ? head.band.band_index - 1 : 0;
+    return set_band_command(head.band.band_index == 0 ? 2 : below);
 }
 
 }  // namespace ampdesk

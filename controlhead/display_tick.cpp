@@ -49,26 +49,14 @@ void refresh(Head& head) {
     if (head.menu_ptr != 0)
         return head.redraw_request ? set_menu(head) : update_menu(head);
     read_analog(head);  // the gauge lives on beside a sub-menu
-    if (head.sub_menu == k_warning_levels)
-        attach_warnings(head, k_key_refresh);
-    else if (head.sub_menu == k_event_list && head.event_refresh) {
-        head.event_refresh = false;
-        scroll_events(head, static_cast<std::int16_t>(head.panel.scroll().value));
-    }
-}
-
-void go_home(Head& head) {
-    head.home_request = false;
-    head.sub_menu = k_no_sub_menu;
-    head.menu_ptr = 1;
-    set_menu(head);
+    const SubMenuRow* row = sub_menu_row(head.sub_menu);
+    if (row != nullptr && row->tick != nullptr)
+        row->tick(head);
 }
 
 void tick(Head& head) {
     sound_alarm(head);
     const bool shutdown = in_shutdown(head);  // its display stays as it is
-    if (head.home_request && !shutdown)
-        return go_home(head);
     blink(head);
     if (!shutdown)
         refresh(head);
@@ -91,8 +79,7 @@ void Form_Load(Head& head) {
     head.panel.hide_scroll();
     head.left_marker = '[';
     head.right_marker = ']';
-    head.redraw_request = head.home_request = head.event_refresh = false;
-    head.ignore_next_change = false;
+    head.redraw_request = head.events.event_refresh = false;
     head.link_fail_count = 0;
     lite_service(head, 0, 0);
     for (int line = 1; line <= 4; ++line) head.panel.set_line(line, "");

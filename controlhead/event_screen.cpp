@@ -91,7 +91,7 @@ int count_before(Head& head, int missing) {
 }
 
 void show_scroll_bar(Head& head, int maximum) {
-    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = maximum, .value = head.event_position});
+    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = maximum, .value = head.events.position});
 }
 
 void draw(Head& head, int first) {
@@ -116,7 +116,7 @@ void draw(Head& head, int first) {
         maximum = first + std::max(count, 1) - 1;
     else if (first + k_lines - 1 > maximum)
         maximum = first + k_lines - 1 < k_usual_last ? k_usual_last : k_utmost_first;
-    head.event_position = static_cast<std::int16_t>(first);
+    head.events.position = static_cast<std::int16_t>(first);
     show_scroll_bar(head, maximum);
 }
 
@@ -125,14 +125,14 @@ void draw_or_ask_again(Head& head, int first) {
     try {
         draw(head, first);
     } catch (const RunTimeError&) {
-        head.event_refresh = true;
+        head.events.event_refresh = true;
         throw;
     }
 }
 
 void enter(Head& head) {
     for (int line = 1; line <= k_lines; ++line) head.panel.set_line(line, "");
-    head.event_position = 0;
+    head.events.position = 0;
     show_scroll_bar(head, k_usual_last);
     draw_or_ask_again(head, 0);
 }
@@ -145,12 +145,18 @@ void attach_event(Head& head, std::int16_t key) {
         return enter(head);
     if (key < k_key_refresh || key >= k_key_exit)
         return leave_sub_menu(head);
-    const int last = std::max<int>(head.panel.scroll().maximum, head.event_position);
-    draw_or_ask_again(head, std::clamp(head.event_position + k_steps[key], 0, last));
+    const int last = std::max<int>(head.panel.scroll().maximum, head.events.position);
+    draw_or_ask_again(head, std::clamp(head.events.position + k_steps[key], 0, last));
 }
 
-void scroll_events(Head& head, std::int16_t first_entry) {
-    draw_or_ask_again(head, first_entry);
+void scroll_events(Head& head, int value) {
+    head.events.event_refresh = true;
+    draw_or_ask_again(head, value);
+}
+
+void tick_events(Head& head) {
+    if (std::exchange(head.events.event_refresh, false))
+        draw_or_ask_again(head, head.panel.scroll().value);
 }
 
 }  // namespace ampdesk

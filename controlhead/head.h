@@ -49,6 +49,42 @@ struct ToldError {
     bool operator==(const ToldError&) const = default;
 };
 
+struct BandState {
+    std::string band_reply;
+    std::string band_name;
+    std::string fwd_label = "Fwd Power  ";
+    std::int16_t band_count = 0;  // capability 0..4
+    std::int16_t band_index = 0;  // 0, 1 or 2
+};
+
+struct AttenuationState {
+    std::int16_t atten_value = 0;  // tenths of a dB
+    bool alarm_blink = false;
+};
+
+struct SetupState {
+    std::int16_t setup_page = 0;
+    std::int16_t setup_page_count = 4;
+    std::int16_t switch_mode = 0;  // 0 off, 1 manual, 2 auto
+};
+
+struct WarningState {
+    std::int16_t warn_page = 0;
+    std::int16_t warn_page_count = 6;
+    bool warn_editing = false;
+};
+
+struct EventState {
+    std::int16_t position = 0;   // number of the entry on the first line
+    bool event_refresh = false;  // to be read once more by the next display tick
+};
+
+struct HelpState {
+    std::vector<std::string> lines;  // 20 characters each, 100 at most
+    std::int16_t help_line_count = 0;
+    std::int16_t position = 0;  // index of the stored line on the first display line
+};
+
 struct Head {
     Head(HeadServices& head_services, HeadIdentity head_identity)
         : services(head_services),
@@ -95,9 +131,6 @@ struct Head {
     std::int16_t link_fail_count = 0;
     bool key_activity = false;
     bool redraw_request = false;  // to draw from scratch; locks no key
-    bool home_request = false;
-    bool event_refresh = false;
-    bool ignore_next_change = false;  // the program itself moved the scroll bar
     bool comm_error_shown = false;
     std::optional<ToldError> told_error;  // until a tick meets none
     std::int16_t page_misses = 0;         // visits in a row that could not draw a page over that screen
@@ -106,34 +139,13 @@ struct Head {
     LinkKind link_kind = LinkKind::none;
     double last_beep_time = -86400;  // seconds since midnight when the alarm beep ended last
 
-    // Band.
-    std::string band_reply;
-    std::string band_name;
-    std::string fwd_label = "Fwd Power  ";
-    std::int16_t band_count = 0;  // capability 0..4
-    std::int16_t band_index = 0;  // 0, 1 or 2
-
-    // Attenuation.
-    std::int16_t atten_value = 0;  // tenths of a dB
-    bool alarm_blink = false;
-
-    // Setup menus.
-    std::int16_t setup_page = 0;
-    std::int16_t setup_page_count = 4;
-    std::int16_t switch_mode = 0;  // 0 off, 1 manual, 2 auto
-
-    // Warning levels.
-    std::int16_t warn_page = 0;
-    std::int16_t warn_page_count = 6;
-    bool warn_editing = false;
-
-    // Event list: number of the entry on the first line.
-    std::int16_t event_position = 0;
-
-    // Help pages.
-    std::vector<std::string> help_lines;  // 20 characters each, 100 at most
-    std::int16_t help_line_count = 0;
-    std::int16_t help_position = 0;  // index of the stored line on the first display line
+    // What each screen keeps for itself between two keys.
+    BandState band;
+    AttenuationState attenuation;
+    SetupState setup;
+    WarningState warnings;
+    EventState events;
+    HelpState help;
 };
 
 // As its last status reply has it.

@@ -16,20 +16,20 @@ namespace {
 constexpr int k_lines = 4;
 
 int last_position(const Head& head) {
-    return std::max(head.help_line_count - k_lines, 0);
+    return std::max(head.help.help_line_count - k_lines, 0);
 }
 
 // The scroll bar stands beside a section only.
 void draw(Head& head) {
-    const int stored = static_cast<int>(head.help_lines.size());
+    const int stored = static_cast<int>(head.help.lines.size());
     for (int i = 0; i < k_lines; ++i) {
-        const int n = head.help_position + i;
-        head.panel.set_line(i + 1, n < stored ? head.help_lines[static_cast<std::size_t>(n)] : "");
+        const int n = head.help.position + i;
+        head.panel.set_line(i + 1, n < stored ? head.help.lines[static_cast<std::size_t>(n)] : "");
     }
-    head.panel.set_scroll({.visible = head.help_line_count > 0,
+    head.panel.set_scroll({.visible = head.help.help_line_count > 0,
                            .minimum = 0,
                            .maximum = last_position(head),
-                           .value = std::min<int>(head.help_position, last_position(head))});
+                           .value = std::min<int>(head.help.position, last_position(head))});
 }
 
 void enter(Head& head) {
@@ -39,11 +39,11 @@ void enter(Head& head) {
         head.tell(section.refusal->what(), "mhelp.txt");
         return leave_sub_menu(head);
     }
-    head.help_position = 0;
-    head.help_line_count = static_cast<std::int16_t>(section.lines.size());
-    head.help_lines = std::move(section.lines);
+    head.help.position = 0;
+    head.help.help_line_count = static_cast<std::int16_t>(section.lines.size());
+    head.help.lines = std::move(section.lines);
     if (section.file_missing)
-        head.help_lines = {"No help file found", "", "Press key to exit"};
+        head.help.lines = {"No help file found", "", "Press key to exit"};
     draw(head);
 }
 
@@ -55,17 +55,17 @@ void attach_help(Head& head, std::int16_t key) {
         return enter(head);
     if (key == k_key_refresh)
         return draw(head);
-    if (key < k_key_refresh || key >= k_key_exit || head.help_line_count <= k_lines)
+    if (key < k_key_refresh || key >= k_key_exit || head.help.help_line_count <= k_lines)
         return leave_sub_menu(head);
-    head.help_position =
-        static_cast<std::int16_t>(std::clamp(head.help_position + k_steps[key], 0, last_position(head)));
+    head.help.position =
+        static_cast<std::int16_t>(std::clamp(head.help.position + k_steps[key], 0, last_position(head)));
     draw(head);
 }
 
-void scroll_help(Head& head, std::int16_t first_line) {
-    if (first_line < 0 || first_line >= head.help_line_count)
+void scroll_help(Head& head, int value) {
+    if (value < 0 || value >= head.help.help_line_count)
         return leave_sub_menu(head);
-    head.help_position = first_line;
+    head.help.position = static_cast<std::int16_t>(value);
     draw(head);
 }
 

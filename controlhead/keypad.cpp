@@ -105,7 +105,7 @@ void in_sub_menu(Head& head, Statement statement) {
     if (head.menu_ptr != 0)
         draw_outline(head);
     else
-        head.event_refresh = true;
+        head.events.event_refresh = true;
 }
 
 void enter(Head& head, SubMenu sub_menu) {
@@ -114,24 +114,18 @@ void enter(Head& head, SubMenu sub_menu) {
 
 void press_status_key(Head& head, std::int16_t index) {
     const std::int16_t screen = head.menu_ptr;
-    switch (index) {
-        case 0:
-            if (screen == 2)
-                return enter(head, k_setup_menus);
-            return screen == 3 ? enter(head, k_warning_levels) : adjust_attenuation(head);
-        case 1:
-            if (screen == 1)
-                return change_band(head);
-            if (screen == 2)
-                return enter(head, k_information);
-            return screen == 4 ? enter(head, k_event_list) : void();
-        case 2:
-            return screen == 1 && head.status.has_switch ? throw_switch(head) : enter(head, k_help_pages);
-        case k_last_soft_key:
-            return show_screen(head, screen >= 4 ? std::int16_t{1} : static_cast<std::int16_t>(screen + 1));
-        default:
-            return show_screen(head, 1);
-    }
+    if (index == k_exit)
+        return show_screen(head, 1);
+    if (index == k_last_soft_key)
+        return show_screen(head, screen >= 4 ? std::int16_t{1} : static_cast<std::int16_t>(screen + 1));
+    if (index == 0 && (screen == 1 || screen == 4))
+        return adjust_attenuation(head);
+    if (index == 1 && screen == 1)
+        return change_band(head);
+    if (index == 2 && screen == 1 && head.status.has_switch)
+        return throw_switch(head);
+    if (const SubMenuRow* row = sub_menu_behind(screen, index))
+        enter(head, row->number);
 }
 
 }  // namespace
@@ -191,9 +185,7 @@ void picLight_Click(Head& head, std::int16_t index) {
 
 void VScroll1_Change(Head& head, int value) {
     ScrollBar scroll = head.panel.scroll();
-    // A move by the program itself comes back as a change to where the bar already stands. The flag
-    // alone would swallow the operator's next move whenever the bar had not had to move.
-    head.ignore_next_change = false;
+    // A move by the program itself comes back as a change to where the bar already stands.
     // The bar may have got another range since the operator moved it.
     if (!scroll.visible || value == scroll.value || value < scroll.minimum || value > scroll.maximum)
         return;
@@ -202,18 +194,12 @@ void VScroll1_Change(Head& head, int value) {
     head.key_activity = true;
     scroll.value = value;
     head.panel.set_scroll(scroll);
-    const auto position = static_cast<std::int16_t>(value);
     attempted([&] {
         if (head.gain_mode)
-            return set_attenuation(head, position);
-        if (head.sub_menu == k_help_pages)
-            scroll_help(head, position);
-        if (head.sub_menu == k_warning_levels)
-            scroll_warnings(head, static_cast<std::int16_t>(scroll.maximum - value + scroll.minimum + 1));
-        if (head.sub_menu == k_event_list) {
-            head.event_refresh = true;
-            scroll_events(head, position);
-        }
+            return set_attenuation(head, static_cast<std::int16_t>(value));
+        const SubMenuRow* row = sub_menu_row(head.sub_menu);
+        if (row != nullptr && row->scroll != nullptr)
+            row->scroll(head, value);
     });
 }
 

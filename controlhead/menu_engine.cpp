@@ -12,11 +12,11 @@ void set_menu(Head& head) {
     head.redraw_request = true;  // until header and legend stand
     if (head.first_draw) {
         head.first_draw = false;
-        head.band_count = band_capability(head.services.options, head.identity.model);
+        head.band.band_count = band_capability(head.services.options, head.identity.model);
     }
     lite_service(head, 88, 0);
     read_analog(head);
-    const bool band_unknown = head.menu_ptr == 1 && head.band_count > 0 && find_band(head) == 0;
+    const bool band_unknown = head.menu_ptr == 1 && head.band.band_count > 0 && find_band(head) == 0;
     if (band_unknown) {
         draw_outline(head);  // the next refresh brings the values, under the label that stands
     } else {
@@ -42,7 +42,7 @@ void enter_sub_menu(Head& head, SubMenu sub_menu) {
     head.sub_menu = sub_menu;
     head.menu_saved = head.menu_ptr;
     head.menu_ptr = 0;
-    head.event_refresh = false;
+    head.events.event_refresh = false;
     head.redraw_request = false;  // the page covers it, and leaving the page draws from scratch
     attach_sub_menu(head, k_key_enter);
 }
@@ -56,25 +56,14 @@ void leave_sub_menu(Head& head) {
 }
 
 void attach_sub_menu(Head& head, std::int16_t key) {
-    switch (head.sub_menu) {
-        case k_no_sub_menu:
-            return;
-        case k_help_pages:
-            return attach_help(head, key);
-        case k_setup_menus:
-            return attach_setup(head, key);
-        case k_warning_levels:
-            return attach_warnings(head, key);
-        case k_information:
-            return attach_info(head, key);
-        case k_event_list:
-            return attach_event(head, key);
-        default:
-            head.sub_menu = k_no_sub_menu;
-            if (head.menu_ptr == 0)
-                head.menu_ptr = 1;
-            return set_menu(head);
-    }
+    if (head.sub_menu == k_no_sub_menu)
+        return;
+    if (const SubMenuRow* row = sub_menu_row(head.sub_menu))
+        return row->attach(head, key);
+    head.sub_menu = k_no_sub_menu;
+    if (head.menu_ptr == 0)
+        head.menu_ptr = 1;
+    set_menu(head);
 }
 
 void redraw_display(Head& head) {

@@ -22,7 +22,7 @@ enum class Page { power_save, redundant_switch, remote, temperature, forward_pow
 
 // The fixed pages are counted back from the end, so that the optional ones stand in front.
 Page page_in_hand(const Head& head) {
-    switch (head.setup_page_count - head.setup_page) {
+    switch (head.setup.setup_page_count - head.setup.setup_page) {
         case 4:
             return Page::remote;
         case 3:
@@ -34,18 +34,18 @@ Page page_in_hand(const Head& head) {
         default:
             break;
     }
-    const bool first = head.setup_page == 0;
+    const bool first = head.setup.setup_page == 0;
     return first && head.status.power_save_fitted ? Page::power_save : Page::redundant_switch;
 }
 
 void count_pages(Head& head) {
-    head.setup_page_count = k_fixed_pages;
+    head.setup.setup_page_count = k_fixed_pages;
     if (head.status.power_save_fitted)
-        ++head.setup_page_count;
+        ++head.setup.setup_page_count;
     if (head.status.has_switch)
-        ++head.setup_page_count;
-    if (head.setup_page >= head.setup_page_count)
-        head.setup_page = 0;
+        ++head.setup.setup_page_count;
+    if (head.setup.setup_page >= head.setup.setup_page_count)
+        head.setup.setup_page = 0;
 }
 
 void show(Head& head, const char* first, const std::string& second, const char* third, const char* fourth) {
@@ -73,7 +73,7 @@ void draw_page(Head& head) {
             show(head, "Power save mode.", "Press SET to Change.", "Shut supply  [OFF ]", k_set_more);
             break;
         case Page::redundant_switch:
-            show(head, k_switch_title, k_modes[head.switch_mode], "Press SET to Change.", k_set_more);
+            show(head, k_switch_title, k_modes[head.setup.switch_mode], "Press SET to Change.", k_set_more);
             break;
         case Page::remote: {
             const bool on = head.status.remote_on;
@@ -103,10 +103,10 @@ bool switch_page_shown(const Head& head) {
 
 // Sends the next mode. A mode that the amplifier refused is not shown as if it held.
 void step_switch_mode(Head& head) {
-    const auto next = static_cast<std::int16_t>(head.switch_mode >= 2 ? 0 : head.switch_mode + 1);
+    const auto next = static_cast<std::int16_t>(head.setup.switch_mode >= 2 ? 0 : head.setup.switch_mode + 1);
     head.last_command_status = head.amplifier.set_item(set_switch_mode_command(next));
     if (head.last_command_status == 0)
-        head.switch_mode = next;
+        head.setup.switch_mode = next;
 }
 
 }  // namespace
@@ -118,9 +118,10 @@ void attach_setup(Head& head, std::int16_t key) {
         return draw_page(head);
     try {
         if (key == k_key_enter)
-            head.setup_page = 0;
+            head.setup.setup_page = 0;
         else if (key == k_more)
-            head.setup_page = static_cast<std::int16_t>((head.setup_page + 1) % head.setup_page_count);
+            head.setup.setup_page =
+                static_cast<std::int16_t>((head.setup.setup_page + 1) % head.setup.setup_page_count);
         else if (key == k_set && switch_page_shown(head))
             step_switch_mode(head);
         draw_page(head);

@@ -15,7 +15,7 @@ namespace {
 void end_modes(Head& head) {
     head.sub_menu = k_no_sub_menu;
     head.gain_mode = false;
-    head.warn_editing = false;
+    head.warnings.warn_editing = false;
     if (head.menu_ptr == 0)
         head.menu_ptr = 1;
     rest_markers(head);

@@ -28,7 +28,7 @@ std::string celsius(const Head& head, Analog::Item item) {
 }
 
 std::string screen_1_legend(const Head& head) {
-    std::string legend = head.band_count != 0 ? "ATTN  BAND" : "ATTN      ";
+    std::string legend = head.band.band_count != 0 ? "ATTN  BAND" : "ATTN      ";
     if (!head.status.has_switch)
         return legend + " HELP MORE";
     return legend +
@@ -53,7 +53,7 @@ void draw_alarm_row(Head& head) {
 
 void draw_powers(Head& head) {
     ValueRows rows(head.panel);
-    rows.draw(1, [&] { return head.fwd_label + dbm(head, Analog::forward_power); });
+    rows.draw(1, [&] { return head.band.fwd_label + dbm(head, Analog::forward_power); });
     rows.draw(2, [&] { return "Rev Power  " + dbm(head, Analog::reverse_power); });
     if (head.gain_mode)
         draw_attenuation(head);

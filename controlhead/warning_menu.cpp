@@ -54,18 +54,19 @@ std::string value_text(const Limits& limits, Limits::Item item) {
 }
 
 void show_scroll_bar(Head& head) {
-    const int last = head.warn_page_count - 1;
-    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = last, .value = last - head.warn_page});
+    const int last = head.warnings.warn_page_count - 1;
+    head.panel.set_scroll(
+        {.visible = true, .minimum = 0, .maximum = last, .value = last - head.warnings.warn_page});
 }
 
 void enter_adjust_state(Head& head) {
-    head.warn_editing = true;
+    head.warnings.warn_editing = true;
     head.left_marker = '>';
     head.right_marker = '<';
 }
 
 void leave_adjust_state(Head& head) {
-    head.warn_editing = false;
+    head.warnings.warn_editing = false;
     rest_markers(head);
     lite_service(head, 1, 0);
     head.panel.hide_scroll();
@@ -83,19 +84,19 @@ void draw_first(Head& head) {
 
 // Throws error 100, and the display stays as it was, or Overflow, and the value is blank.
 void draw_page(Head& head) {
-    if (head.warn_page < 0 || head.warn_page >= head.warn_page_count)
+    if (head.warnings.warn_page < 0 || head.warnings.warn_page >= head.warnings.warn_page_count)
         return leave_sub_menu(head);
-    const Level& level = k_levels.at(static_cast<std::size_t>(head.warn_page));
+    const Level& level = k_levels.at(static_cast<std::size_t>(head.warnings.warn_page));
     head.limits = head.amplifier.read_limits();
     ValueRows rows(head.panel);
     head.panel.set_line(1, "Warning level for");
-    head.panel.set_line(2, head.band_count != 0 ? level.band_title : level.title);
+    head.panel.set_line(2, head.band.band_count != 0 ? level.band_title : level.title);
     rows.draw(3, [&] {
         const std::string value = value_text(head.limits, level.item);
         return head.left_marker + ("    " + value) + head.right_marker;
     });
     head.panel.set_line(4, k_legend);
-    if (head.warn_editing) {
+    if (head.warnings.warn_editing) {
         // The communication error screen may have put both out.
         lite_service(head, 1, 1);
         show_scroll_bar(head);
@@ -105,21 +106,21 @@ void draw_page(Head& head) {
 
 // In the adjust state; the ends are ends, as those of the scroll bar.
 void step_page(Head& head, int step) {
-    head.warn_page =
-        static_cast<std::int16_t>(std::clamp(head.warn_page + step, 0, head.warn_page_count - 1));
+    head.warnings.warn_page = static_cast<std::int16_t>(
+        std::clamp(head.warnings.warn_page + step, 0, head.warnings.warn_page_count - 1));
 }
 
 }  // namespace
 
 void attach_warnings(Head& head, std::int16_t key) {
     if (key == k_key_enter) {
-        head.warn_page = 0;
-        head.warn_editing = false;
-        head.warn_page_count = static_cast<std::int16_t>(k_levels.size());
+        head.warnings.warn_page = 0;
+        head.warnings.warn_editing = false;
+        head.warnings.warn_page_count = static_cast<std::int16_t>(k_levels.size());
         rest_markers(head);
         return draw_first(head);
     }
-    if (head.warn_editing) {
+    if (head.warnings.warn_editing) {
         if (key == k_adjust || key == k_key_exit)
             leave_adjust_state(head);
         else if (key == k_back || key == k_forth)
@@ -130,13 +131,18 @@ void attach_warnings(Head& head, std::int16_t key) {
         if (key == k_adjust)
             enter_adjust_state(head);
         else if (key == k_more)
-            head.warn_page = static_cast<std::int16_t>((head.warn_page + 1) % head.warn_page_count);
+            head.warnings.warn_page =
+                static_cast<std::int16_t>((head.warnings.warn_page + 1) % head.warnings.warn_page_count);
     }
     draw_page(head);
 }
 
-void scroll_warnings(Head& head, std::int16_t page_from_one) {
-    head.warn_page = static_cast<std::int16_t>(page_from_one - 1);
+void scroll_warnings(Head& head, int value) {
+    head.warnings.warn_page = static_cast<std::int16_t>(head.panel.scroll().maximum - value);
+    draw_page(head);
+}
+
+void tick_warnings(Head& head) {
     draw_page(head);
 }
 

@@ -50,10 +50,10 @@ TEST_F(HeadTest, BandLabels) {
 TEST_F(HeadTest, BandSteps) {
     const std::pair<std::int16_t, bool> capabilities[] = {{0, false}, {2, true}, {4, true}, {5, false}};
     for (const auto& [capability, two] : capabilities) {
-        head.band_count = capability;
-        head.band_index = 0;
+        head.band.band_count = capability;
+        head.band.band_index = 0;
         EXPECT_EQ(next_band_command(head), two ? "SBAND 2" : "") << capability;
-        head.band_index = 2;
+        head.band.band_index = 2;
         EXPECT_EQ(next_band_command(head), two ? "SBAND 0" : "") << capability;
     }
 }
@@ -117,7 +117,7 @@ TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
     EXPECT_EQ(take_settings(), Texts{std::string("\x10\x1B\1")});
 
     press({4, 4});
-    head.band_count = 1;
+    head.band.band_count = 1;
     go_mute(k_alarm_request);
     press({0});
     EXPECT_EQ(head.panel.line(4), "ATTN  BAND ANT  MORE");

@@ -260,21 +260,6 @@ TEST_F(VisitTest, ErrorScreenKinds) {
     }
 }
 
-// Catches a sub-menu left with half of its state, and a shutdown that is cut short.
-TEST_F(VisitTest, HomeRequest) {
-    enter_sub_menu(head, k_warning_levels);
-    head.home_request = true;
-    head.link_fail_count = 1;
-    updateDisplay(head);
-    EXPECT_EQ(lines(), k_screen_1);
-    EXPECT_TRUE(head.sub_menu == 0 && !head.home_request);
-    EXPECT_EQ(head.link_fail_count, 1) << "this path leaves the count alone";
-    set_shutdown("12,Waveguide arc");
-    head.home_request = true;
-    visit();
-    EXPECT_EQ(lines(), k_shutdown);
-}
-
 // Catches lamps that wait for the next visit after a hard key, a failed read that ends it, and a lamp lit by
 // the status of before the silence.
 TEST_F(VisitTest, HardKeysShowTheirLamps) {
