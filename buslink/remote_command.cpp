@@ -37,14 +37,18 @@ std::optional<std::int16_t> parse_address(std::string_view text) {
     return address <= 99 ? std::optional(address) : std::nullopt;
 }
 
-// Nothing for a line that orders nothing. What comes over a bad line must not reach an amplifier.
-std::optional<Order> parse_order(std::string_view line) {
+// Nothing for a line that orders nothing. What comes over a bad line must not reach an amplifier. The marker
+// of a text command stands in front of the address or ends the line; in the midst of a command it is half of
+// another line.
+std::optional<Order> parse_order(std::string_view line, std::string_view marker) {
     const std::size_t start = line.find('>');
     const std::size_t comma = start == std::string_view::npos ? start : line.find(',', start);
     if (comma == std::string_view::npos || line.size() > k_longest_line)
         return std::nullopt;
     const auto address = parse_address(line.substr(start + 1, comma - start - 1));
-    const std::string_view command = trimmed(line.substr(comma + 1));
+    std::string_view command = trimmed(line.substr(comma + 1));
+    if (command.ends_with(marker))
+        command = trimmed(command.substr(0, command.size() - marker.size()));
     const bool printable =
         std::all_of(command.begin(), command.end(), [](char c) { return c >= ' ' && c <= '~'; });
     if (!address || command.empty() || !printable)
@@ -77,7 +81,7 @@ void RemoteCommands::commCommandProc(std::string_view line) {
 bool RemoteCommands::orders_nothing(std::string_view line) const {
     if (contains(line, port_command_marker))
         return contains(line, "RS422") && line.size() > k_longest_line;
-    return !parse_order(line);
+    return !parse_order(line, status_command_marker);
 }
 
 void RemoteCommands::answer_wrong_command() {
@@ -106,7 +110,7 @@ void RemoteCommands::open_port() {
 }
 
 void RemoteCommands::exchange(std::string_view line, bool as_text) {
-    const Order order = *parse_order(line);
+    const Order order = *parse_order(line, status_command_marker);
     terminal_address = order.address;
     if (!bus_.bus_link_on())
         return;

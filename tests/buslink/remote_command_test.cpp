@@ -52,6 +52,9 @@ TEST(RemoteCommand, SendsAndAnswers) {
         {"link switched off", ">05,RDSTAT", {}, "", false, false},
         {"link switched off, no comma", ">05 RDSTAT", {}, k_wrong, false, false},
         {"text frame, then status", "~>05,RFON", {k_text_rfon_5, k_ask_status_5}, "\r\n"},
+        {"the marker behind the command", ">05,RFON~", {k_text_rfon_5, k_ask_status_5}, "\r\n"},
+        {"the marker and nothing else", ">05,~", {}, k_wrong},
+        {"half a line, and another one behind it", ">05,~>3,RFON", {}, k_wrong},
         {"text frame, link switched off", "~>05,RFON", {}, "", false, false},
         {"no address, which a lenient reading makes 0", ">,RDSTAT", {}, k_wrong},
         {"a number behind which there is noise", ">5x,RDSTAT", {}, k_wrong},
@@ -69,8 +72,8 @@ TEST(RemoteCommand, SendsAndAnswers) {
         Line line;
         if (row.open)
             line.bus.open_bus_port("COM2:", 9600, 0, 8, 1);
-        if (row.line.front() == '~')
-            row.line.replace(0, 1, "\x03\x03");
+        if (const std::size_t at = row.line.find('~'); at != std::string::npos)
+            row.line.replace(at, 1, "\x03\x03");
         if (row.answered) {
             line.port.silence(static_cast<int>(row.frames.size()) - 1);
             line.port.answer(hex_bytes("06 05 04 52 44 4F 4B B3 3F"));
