@@ -67,7 +67,8 @@ TEST_F(OperatorWindows, FileFilters) {
          {QStringLiteral("TXT Files (*.TXT)"), QStringLiteral("a.TXT b.txt"),
           QStringLiteral("All Files (*.*)"), QStringLiteral("a.TXT b.txt c.dat d")}},
         {"Two|*.dat;*.txt", {QStringLiteral("Two"), QStringLiteral("a.TXT b.txt c.dat")}}};
-    for (const auto& [filter, expected] : cases) {
+    for (const auto& c : cases) {
+        const QStringList& expected = c.second;
         QStringList shown;
         when_dialog_opens("QFileDialog", [&](QDialog& dialog) {
             auto* types = child<QComboBox>(dialog, "fileTypeCombo");
@@ -92,7 +93,7 @@ TEST_F(OperatorWindows, FileFilters) {
             }
             dialog.reject();
         });
-        EXPECT_EQ(person.choose_file_to_open("Open", filter), std::nullopt);
+        EXPECT_EQ(person.choose_file_to_open("Open", c.first), std::nullopt);
         EXPECT_EQ(shown.join(u'|').toStdString(), expected.join(u'|').toStdString());
     }
 }
