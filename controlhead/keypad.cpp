@@ -161,9 +161,13 @@ void cmdHardkey_Click(Head& head, std::int16_t index) {
         return;
     head.key_activity = true;
     send(head, key.setting);
-    if (head.last_command_status != 0)
+    const bool answered = head.services.bus.failure() == BusFailure::none;
+    if (!answered)
         line_is_there(head, key);  // it may have gone with the frame
-    head.amplifier.look_for_only(head.comm_error_shown);
+    // Whoever did not answer the key will hardly answer a question, and each wait holds up the next key.
+    if (!answered && head.comm_error_shown)
+        return;
+    head.amplifier.look_for_only(!answered || head.comm_error_shown);
     attempted([&] {
         take_status(head, head.amplifier.read_status());
         lite_service(head, 5, head.status.hv_on);
