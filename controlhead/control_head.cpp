@@ -32,14 +32,17 @@ struct Failure {
     std::string cause{};
 };
 
-// Out of the way of the next opening, and kept for whoever wants to look at it. Tells what became of it.
-std::string set_aside(const std::string& path) {
+// Out of the way of the next opening, and kept for whoever wants to look at it. Where it cannot be moved the
+// head opens without it, or it never would.
+Failure set_aside(Head& head, const std::string& path, const std::string& corrupted) {
     const std::string aside = path + ".bad";
     std::error_code failure;
     std::filesystem::rename(path, aside, failure);
-    if (failure)
-        return "It cannot be renamed: " + failure.message();
-    return "It is now " + std::filesystem::path(aside).filename().string() + "; the panel opens without it";
+    if (!failure)
+        return {corrupted, "It is now " + std::filesystem::path(aside).filename().string() +
+                               "; open the amplifier again"};
+    head.tell(corrupted, "it cannot be renamed (" + failure.message() + ") and is not used");
+    return {};
 }
 
 // A file that holds no settings or cannot be read is a failure.
@@ -51,7 +54,7 @@ Failure restore_look(Head& head, bool ask_before_restore) {
     try {
         const auto settings = read_screen_settings(path);
         if (!settings)
-            return {corrupted, set_aside(path)};
+            return set_aside(head, path, corrupted);
         head.panel.set_look(*settings);
         return {};
     } catch (const RunTimeError& error) {
@@ -89,7 +92,7 @@ ControlHead::ControlHead(HeadServices& services, HeadIdentity identity)
 bool ControlHead::machine_init(bool ask_before_restore) {
     const Failure failure = start(head_, ask_before_restore, closed_);
     if (!failure.text.empty() && !closed_)
-        head_.services.person.notify(failure.text, failure.cause);
+        head_.services.person.notify(failure.text, about(failure.cause));
     started_ = failure.text.empty() && !closed_;
     tell_all();
     return live();
@@ -147,10 +150,15 @@ void ControlHead::tell_all() {
     telling_ = true;
     while (!closed_ && !to_tell_.empty()) {
         const Told told = to_tell_.front();
-        head_.services.person.notify(told.text, caption() + (told.detail.empty() ? "" : ": " + told.detail));
+        head_.services.person.notify(told.text, about(told.detail));
         to_tell_.pop_front();
     }
     telling_ = false;
+}
+
+// Which amplifier a box is about, and what else there is to say below its text.
+std::string ControlHead::about(const std::string& detail) const {
+    return caption() + (detail.empty() ? "" : ": " + detail);
 }
 
 std::string ControlHead::caption() const {

@@ -64,6 +64,7 @@ class ControlHead {
     template <class Action>
     void act(Action action);
     void tell_all();
+    std::string about(const std::string& detail) const;
 
     Head head_;
     bool started_ = false;

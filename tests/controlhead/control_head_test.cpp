@@ -73,6 +73,8 @@ TEST_F(ControlHeadTest, MachineInit) {
         EXPECT_EQ(fresh.machine_init(c.ask), c.started);
         EXPECT_EQ(fresh.panel().look().fore_colour == 255, c.restored);
         EXPECT_TRUE(!c.started || fresh.panel().legend(1) == "BAND");
+        for (const Message& box : person.messages)
+            EXPECT_EQ(box.detail.starts_with("JEX Amplifier 1234"), box.text != question) << box.detail;
         EXPECT_EQ(person.take_texts(), *c.box == '\0' ? Texts{} : Texts{c.box});
         replies = answers;
         const bool set_aside = !c.started && c.settings == bad;
@@ -81,6 +83,13 @@ TEST_F(ControlHeadTest, MachineInit) {
             EXPECT_EQ(file_bytes(folder / "set1234.dat.bad"), bad);
         }
     }
+    // Nothing can be renamed to a folder, as in a folder that cannot be written.
+    std::filesystem::remove(folder / "set1234.dat.bad");
+    std::filesystem::create_directory(folder / "set1234.dat.bad");
+    folder.put("set1234.dat", bad);
+    ControlHead fresh(services, {.slot = 1, .unit_address = 7, .number = "1234", .model = "C/KU"});
+    EXPECT_TRUE(fresh.machine_init(false));
+    EXPECT_EQ(person.take_texts(), Texts{"File set1234.dat or band_set.dat corrupted."});
 }
 
 // Catches a box that blinds its own head for as long as it stands: a shutdown that is not seen nor heard,
