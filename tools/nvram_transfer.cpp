@@ -169,6 +169,13 @@ void NvramTransfer::attempt(Duration rest) {
 }
 
 void NvramTransfer::exchange() {
+    const auto line = bus_.settings();
+    if (!line_)
+        line_ = line;
+    if (line && *line != *line_) {
+        fail("Another line has been opened during the transfer");
+        return;
+    }
     const Instant begun = bus_.clock().now();
     const std::string command = reading_back_ ? nvram_read_command(block_.number) : command_;
     status_ = static_cast<std::size_t>(bus_.bus_command(unit_address_, command, reply_));

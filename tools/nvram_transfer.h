@@ -118,6 +118,8 @@ class NvramTransfer {
     bool can_read_back_ = false;       // the amplifier has answered such a question
     std::size_t status_ = 0;           // the number that the panel shows of a line that is being set
     Instant next_attempt_{};
+    std::optional<LineSettings>
+        line_;  // of the first exchange: the same address elsewhere is another amplifier
 };
 
 }  // namespace ampdesk
