@@ -1,4 +1,5 @@
-// The front panel as a screen reader meets it: what is hidden, the scroll bar above all, is not there.
+// The front panel as a screen reader meets it: what is hidden, the scroll bar above all, is not there, and
+// each press of a key is a click.
 #pragma once
 
 #include <QAccessibleWidget>
@@ -13,7 +14,7 @@ class PanelInterface : public QAccessibleWidget {
     QAccessibleInterface* child(int index) const override { return shown().value(index); }
     int indexOfChild(const QAccessibleInterface* wanted) const override;
 
-    // For QAccessible::installFactory: serves PanelView.
+    // For QAccessible::installFactory: serves PanelView, its keys and lamps.
     static QAccessibleInterface* make(const QString& class_name, QObject* object);
 
   private:

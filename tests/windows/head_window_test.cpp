@@ -43,6 +43,28 @@ TEST_F(HeadWindow, HardKeysAndTheirLampsSendTheirSetting) {
     }
 }
 
+// Presses that come over assistive technology in quick order, which are lost or put off; a press without a
+// line that is refused without a word.
+TEST_F(HeadWindow, AssistivePressesAreOneFrameEach) {
+    bus.find(1)->set_hv(true);
+    const auto press = [&](const char* control, int times) {
+        QAccessibleInterface* key = QAccessible::queryAccessibleInterface(child(machine, control));
+        while (times-- > 0) key->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        EXPECT_EQ(take_settings(), Commands{}) << "whoever asks is not kept waiting";
+        QCoreApplication::processEvents();
+    };
+    press("cmdHardkey(3)", 3);
+    EXPECT_EQ(take_settings(), Commands(3, "\x10\x17"));
+    press("picLight(5)", 2);
+    EXPECT_EQ(take_settings(), Commands(2, "\x10\x13"));
+    press("cmdKey(3)", 2);
+    EXPECT_EQ(head.menu_ptr, 3);
+    link.close_bus_port();
+    press("cmdHardkey(3)", 1);
+    EXPECT_EQ(child<QLabel>(form, "StatusLabel")->text(),
+              QStringLiteral("JEX Amplifier 1001: RF Off not sent, the port is not open"));
+}
+
 // A key under the wrong field of the legend would open another screen than the display promises.
 TEST_F(HeadWindow, SoftKeysLampsAndFunctionKeysMoveBetweenScreens) {
     const struct {
