@@ -121,6 +121,7 @@ std::optional<SetupResult> AmplifierSetup::find(const BusChoices& choices) {
         return SetupResult{};
     }
     found_ = {.outcome = Outcome::add, .unit_address = address};
+    line_ = bus_.settings();
     stage_ = Stage::number;
     return std::nullopt;
 }
@@ -146,6 +147,11 @@ SetupResult AmplifierSetup::read_model_name() {
     found_.model = reported ? *reported : hooks_.ask_band();
     if (!reported && found_.model.empty())
         return {.outcome = Outcome::close};
+    // A question may have stood for long, and a remote station may have opened another line meanwhile.
+    if (bus_.settings() != line_) {
+        operator_.notify("Read Status Failed, Check the Settings", "Another line has been opened meanwhile");
+        return {};
+    }
     return found_;
 }
 

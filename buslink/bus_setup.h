@@ -93,6 +93,7 @@ class AmplifierSetup : public BusSetup {
     Hooks hooks_;
     Stage stage_ = Stage::find;
     SetupResult found_;
+    std::optional<LineSettings> line_;  // where it was found
 };
 
 // OK of frmSerial: opens the line anew, keeps its settings in "rs422.dat" and looks whether the

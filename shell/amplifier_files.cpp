@@ -100,8 +100,13 @@ void Station::open_file(const std::string& path, const OpenTexts& texts) {
     const auto before = bus.settings();
     const unsigned closings = closings_;
     if (open_line(*file, texts)) {
+        const auto probed = bus.settings();
         const auto found = identify(*address, texts);
-        if (found && closings == closings_)
+        const bool same =
+            bus.settings() == probed;  // its boxes stand while a remote station may open another
+        if (found && !same)
+            services_.person.notify(texts.port_failed, "Another line has been opened meanwhile");
+        else if (found && closings == closings_)
             new_amplifier_window(static_cast<std::int16_t>(*address), found->number, found->model,
                                  texts.interactive);
     }

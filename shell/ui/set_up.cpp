@@ -45,9 +45,10 @@ void SetUp::new_amplifier() {
         dialog.exec();
         found = dialog.result_of_ok();
     }
-    if (found.outcome == SetupResult::Outcome::add)
+    const bool add = found.outcome == SetupResult::Outcome::add;
+    if (add)
         station_.add_amplifier(found.unit_address, found.number, found.model);
-    else if (before || station_.open_count() == 0)
+    if (station_.open_count() == 0 || (!add && before))
         give_back(before);
 }
 

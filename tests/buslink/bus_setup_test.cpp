@@ -137,6 +137,7 @@ TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
         int taken = -1;
         std::optional<std::string> input{};
         std::optional<std::string> band{};  // nothing: must not be asked
+        bool line_changes = false;          // while the number is asked for
     };
     const Texts again = {probe, number, number, model};
     const Case cases[] = {
@@ -149,6 +150,13 @@ TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
         {.name = "long", .expected = stay, .told = {"Overflow"}, .sent = {probe, number}, .serial = "3e9"},
         {.name = "number cancelled", .expected = close, .sent = no_number, .serial = ""},
         {.name = "number typed", .expected = add("77", "ABC"), .sent = again, .serial = "", .input = "77"},
+        {.name = "another line meanwhile",
+         .expected = stay,
+         .told = {k_status_failed},
+         .sent = again,
+         .serial = "",
+         .input = "77",
+         .line_changes = true},
         {.name = "no blank", .expected = add("1", ""), .identity = "*ABC"},
         {.name = "band", .expected = add("1", "K"), .sent = no_model, .identity = "", .band = "K"},
         {.name = "band cancelled", .expected = close, .sent = no_model, .identity = "", .band = ""},
@@ -161,6 +169,10 @@ TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
         port.opened.clear();
         person.inputs = {c.input};
         person.prompts.clear();
+        person.on_input = [&] {
+            if (c.line_changes)
+                bus.open_bus_port("COM1:", 1200, 0, 8, 1);
+        };
         int bands_asked = 0;
         const auto ask_band = [&] {
             ++bands_asked;
@@ -173,12 +185,14 @@ TEST_F(BusSetupTest, ok_for_a_new_amplifier) {
         const SetupResult result = ok(setup, {.port = "COM3:", .address = "7", .baud = 5});
         EXPECT_EQ(result, c.expected);
         EXPECT_EQ(port.written, c.sent);
-        EXPECT_EQ(port.opened.size(), c.in_use ? 0U : 1U);
+        EXPECT_EQ(port.opened.size(), (c.in_use ? 0U : 1U) + (c.line_changes ? 1U : 0U));
         EXPECT_EQ(bands_asked, c.band ? 1 : 0);
         EXPECT_EQ(person.prompts, c.serial.empty() ? Texts{k_ask_serial} : Texts{});
         for (const Message& m : person.messages) {
             EXPECT_EQ(m.icon, c.taken == 7 ? Icon::none : Icon::exclamation);
-            EXPECT_EQ(m.detail, m.text == k_com_settings ? "held by x" : "");
+            EXPECT_EQ(m.detail, m.text == k_com_settings ? "held by x"
+                                : c.line_changes         ? "Another line has been opened meanwhile"
+                                                         : "");
         }
         EXPECT_EQ(person.take_texts(), c.told);
     }

@@ -122,6 +122,14 @@ TEST_F(AmplifierFiles, AskForWhatTheAmplifierDoesNotSay) {
         EXPECT_EQ(person.prompts, (Texts{"Open A Amplifier File To Read", "Input amplifier serial number:"}));
     }
 
+    // A remote station opens another line while the question stands: who was asked is no longer there.
+    person.inputs = {"77"};
+    person.on_input = [&] { bus.open_bus_port("COM1:", 1200, 0, 8, 1); };
+    open_interactively("com1.dat");
+    EXPECT_EQ(opened(), "nothing");
+    EXPECT_EQ(person.take_texts(), Texts{"Serial Initialization Failed"});
+    person.on_input = nullptr;
+
     port.lost_request = "*IDN?";
     open_interactively("com1.dat");
     EXPECT_EQ(opened(), "1001 1 ");

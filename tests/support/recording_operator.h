@@ -22,6 +22,8 @@ class RecordingOperator : public Operator {
     }
     std::optional<std::string> input_box(std::string_view prompt) override {
         prompts.emplace_back(prompt);
+        if (on_input)
+            on_input();
         return take_first(inputs, {});
     }
     std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view) override {
@@ -58,6 +60,7 @@ class RecordingOperator : public Operator {
     std::string status;                          // the last one
     std::function<void()> on_events;             // runs inside let_events_run
     std::function<void(const Message&)> on_ask;  // runs while a box is open
+    std::function<void()> on_input;              // … or an input box
 
   private:
     template <class T>

@@ -96,8 +96,8 @@ TEST_F(SetUpMenu, Setup422OpensTheLineAnewAndKeepsItsSettings) {
               (std::vector<std::string>{"RS-422", "COM4:", "6", "3", "0", "0"}));
 }
 
-// Catches heads left dead by a port that could not be opened and a Cancel, and a line left open that was
-// only tried.
+// Catches heads left dead by a port that could not be opened and a Cancel, a line left open that was only
+// tried, and a remote station's line that is lost to a panel that did not open.
 TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
     for (const bool new_amplifier : {true, false}) {
         when_dialog_opens(new_amplifier ? "frmSetup" : "frmSerial", [&](QDialog& dialog) {
@@ -114,6 +114,24 @@ TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
     });
     form.mnuMachineItem_Click(0);
     EXPECT_FALSE(link.bus_link_on());
+
+    // An amplifier was found, but its panel closes again.
+    link.open_bus_port("COM3:", 1200, 0, 8, 1);
+    bus.add({.address = 5, .serial = 4711});
+    folder.put("set4711.dat", "junk");
+    person.on_ask = [&](const Message& box) {
+        told = box.text;
+        return box.buttons == Buttons::yes_no ? Answer::yes : Answer::ok;
+    };
+    when_dialog_opens("frmSetup", [&](QDialog& dialog) {
+        enter(dialog, "cboPort", "COM1:");
+        enter(dialog, "cboAddress", "5");
+        click(dialog, "cmdOk");
+    });
+    form.mnuMachineItem_Click(0);
+    person.on_ask = nullptr;
+    EXPECT_EQ(told, "File set4711.dat or band_set.dat corrupted.");
+    EXPECT_EQ(link.settings(), (LineSettings{"COM3:", 1200, 0, 8, 1}));
 }
 
 TEST_F(SetUpMenu, TheStationAsksForABand) {
