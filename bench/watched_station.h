@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "amplifier/commands.h"
 #include "bench/nobody.h"
 #include "buslink/wire/control_characters.h"
-#include "amplifier/commands.h"
 #include "demo/demonstration.h"
 #include "demo/faults.h"
 #include "demo/sim_port.h"
