@@ -45,8 +45,7 @@ HeadOptions head_options(const SiteConfiguration& site) {
     const QString beside = QCoreApplication::applicationDirPath();
     options.shipped_folder =
         shipped_folder({beside + QStringLiteral("/../share/ampdesk"), QStringLiteral(AMPDESK_DATA_DIR)});
-    options.negative_words =
-        site.negative_words_signed ? NegativeWords::two_complement : NegativeWords::overflow;
+    options.negative_words = site.negative_words;
     options.model_capabilities.insert(site.models.begin(), site.models.end());
     options.identity_patterns = site.identity_patterns;
     return options;

@@ -263,7 +263,8 @@ class Reader {
     Taken amplifier(const std::string& key, std::string_view value) {
         const std::string word = lower(value);
         if (key == "negative_words") {
-            report_.values.negative_words_signed = word == "signed";
+            report_.values.negative_words =
+                word == "signed" ? NegativeWords::two_complement : NegativeWords::overflow;
             return good_if(word == "signed" || word == "error");
         }
         if (key == "reply_address") {

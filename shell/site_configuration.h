@@ -18,7 +18,7 @@ struct SiteConfiguration {
     std::vector<IdentityPattern> identity_patterns;
     double gauge_minimum = 30;  // dBm
     double gauge_maximum = 60;
-    bool negative_words_signed = false;
+    NegativeWords negative_words = NegativeWords::overflow;
     ReplyAddress reply_address = ReplyAddress::learned;
 };
 

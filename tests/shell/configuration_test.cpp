@@ -32,7 +32,7 @@ TEST(SiteConfiguration, TakesEveryKey) {
     EXPECT_EQ(site.identity_patterns[0].replacement, "Rev $1");
     EXPECT_EQ(site.gauge_minimum, -10.5);
     EXPECT_EQ(site.gauge_maximum, 60);
-    EXPECT_TRUE(site.negative_words_signed);
+    EXPECT_EQ(site.negative_words, NegativeWords::two_complement);
     EXPECT_EQ(site.reply_address, ReplyAddress::checked);
     EXPECT_EQ(read("[amplifier]\nreply_address=ignored\n").values.reply_address, ReplyAddress::ignored);
 }
@@ -82,7 +82,7 @@ TEST(SiteConfiguration, ReportsWhatItDoesNotTake) {
         EXPECT_EQ(site.crc, defaults.crc);
         EXPECT_EQ(site.gauge_minimum, defaults.gauge_minimum);
         EXPECT_EQ(site.gauge_maximum, defaults.gauge_maximum);
-        EXPECT_FALSE(site.negative_words_signed);
+        EXPECT_EQ(site.negative_words, NegativeWords::overflow);
         EXPECT_EQ(site.reply_address, ReplyAddress::learned);
         EXPECT_LE(site.models.size(), 8U);
     }

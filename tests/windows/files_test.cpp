@@ -218,7 +218,7 @@ class DamagedFiles : public Files {
     std::string configure() {
         const auto [site, warnings] = read_site_configuration("ampdesk.ini");
         for (const std::string& warning : warnings) told.push_back(warning);
-        return was(site.gauge_minimum == 35 && site.negative_words_signed);
+        return was(site.gauge_minimum == 35 && site.negative_words == NegativeWords::two_complement);
     }
     std::string help() {
         const HelpSection section = read_help(services.options, 1);
