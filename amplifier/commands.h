@@ -1,4 +1,4 @@
-// Everything that an amplifier is asked and told in binary frames, once and by name. The bytes are those of
+// What a control head asks of an amplifier and tells it, once and by name. The bytes are those of
 // docs/wire-format.md, sections 7 and 8.
 #pragma once
 
@@ -20,10 +20,8 @@ inline std::string event_request(int entry) {
     return {'\xA0', '\x1A', static_cast<char>(entry)};
 }
 
-// Requests in text frames.
+// A request in a text frame.
 inline constexpr std::string_view k_band_word = "RDBAND";
-inline constexpr std::string_view k_serial_number_word = "RDS/N";
-inline constexpr std::string_view k_identity_word = "*IDN?";
 
 // Settings.
 inline constexpr std::string_view k_set_hv_on{"\x10\x12", 2};

@@ -55,8 +55,8 @@ void draw_readout(Head& head) {
 
 void enter(Head& head) {
     take_attenuation(head);
-    const int shown = std::clamp<int>(head.attenuation.atten_value, 0, k_most);
-    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = k_most, .value = shown});
+    const int value = std::clamp<int>(head.attenuation.atten_value, 0, k_most);
+    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = k_most, .value = value});
     lite_service(head, 1, 1);
     head.left_marker = '>';
 }

@@ -39,7 +39,7 @@ void send(Head& head, std::string_view setting) {
 // more. False after a beep and a word in the status label.
 bool line_is_there(Head& head, const HardKey& key) {
     const SerialPort& port = head.services.bus.port();
-    if (port.is_open() && port.is_connected())
+    if (port.is_connected())
         return true;
     Operator& person = head.services.person;
     person.start_beep(k_refusal_beep);

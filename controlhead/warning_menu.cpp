@@ -77,7 +77,7 @@ void draw_first(Head& head) {
     ValueRows rows(head.panel);
     head.panel.set_line(1, "Warning level for ");
     head.panel.set_line(2, "over forward power: ");
-    rows.draw(3, [&] { return "    [" + tenths(shown(head.limits, k_levels[0].item)) + " dBm]"; });
+    rows.draw(3, [&] { return "    [" + value_text(head.limits, k_levels[0].item) + "]"; });
     head.panel.set_line(4, k_legend);
     rows.finish();
 }

@@ -79,7 +79,7 @@ class SerialPort {
     // True from a successful open() to close(), also while the line is unplugged.
     virtual bool is_open() const = 0;
 
-    // False while an open line is unplugged. Calls on a lost line try to open it again by the
+    // False on a closed port and while an open line is unplugged. Calls on a lost line try to open it again by the
     // same name, at most once every two seconds, and fail at once otherwise.
     virtual bool is_connected() const = 0;
 
