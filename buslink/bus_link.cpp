@@ -30,35 +30,100 @@ BusLink::BusLink(SerialPort& port, Clock& clock, Operator& person, BusOptions op
       crc_(options_.crc),
       addresses_(options_.reply_address) {}
 
+void BusLink::begin(BusCommand command) {
+    command_ = std::move(command);
+    reply_ = {};
+    cut_ = false;
+    binary_.reset();
+    text_.reset();
+    const auto unit = static_cast<std::uint8_t>(command_.address);
+    if (command_.form != CommandForm::binary) {
+        reply_.frame = build_text_frame(command_.address, command_.command);
+        if (command_.form == CommandForm::text) {
+            text_.emplace(reply_.frame);
+            unsettled_ = std::exchange(unanswered_text_, false) || unsettled_;
+        }
+    } else if (command_.command.size() <= k_longest_command) {
+        reply_.frame = build_command_frame(crc_, unit, command_.command);
+        binary_.emplace(crc_, reply_.frame, addresses_.looked_at(unit));
+    } else {
+        return end(BusFailure::not_sent);
+    }
+    stage_ = Stage::settling;
+    const Instant now = clock_.now();
+    settled_by_ = now + k_settle_limit;
+    due_ = unsettled_ ? now + k_quiet : now;
+}
+
+std::optional<BusReply> BusLink::poll() {
+    if (stage_ == Stage::settling)
+        settle();
+    if (stage_ == Stage::waiting) {
+        const std::string bytes = receive();
+        if (binary_)
+            take_binary(bytes);
+        else
+            take_text(bytes);
+    }
+    if (stage_ != Stage::resting || clock_.now() < due_)
+        return std::nullopt;
+    stage_ = Stage::none;
+    return std::move(reply_);
+}
+
+void BusLink::cut() {
+    cut_ = stage_ == Stage::waiting;
+}
+
+BusReply BusLink::carry_out(BusCommand command) {
+    const auto finish = [this] {
+        for (;;) {
+            if (auto reply = poll())
+                return *reply;
+            if (stage_ == Stage::resting)
+                clock_.sleep_until(due_);
+            else
+                port_.wait_readable(due_);
+        }
+    };
+    if (under_way())
+        finish();
+    begin(std::move(command));
+    return finish();
+}
+
 // After a failed exchange a late answer may still be under way: it is waited for and thrown away,
 // so that it is never taken for the next one.
 void BusLink::settle() {
-    const Instant limit = clock_.now() + k_settle_limit;
-    while (unsettled_ && clock_.now() < limit) {
-        const Instant quiet = std::min(limit, clock_.now() + k_quiet);
-        if (port_.wait_readable(quiet) != WaitResult::data)
-            break;
-        discard_input();
+    const Instant now = clock_.now();
+    const bool quiet = receive().empty();
+    if (unsettled_ && port_.is_connected() && now < settled_by_) {
+        if (!quiet)
+            due_ = std::min(settled_by_, now + k_quiet);
+        if (now < due_)
+            return;
     }
     unsettled_ = false;
-    discard_input();
+    send();
 }
 
-// A traffic view shows what nobody else wants, too: a late answer tells why there was none in time.
-void BusLink::discard_input() {
+void BusLink::send() {
+    const Instant now = clock_.now();
+    spoken_to_ = command_.address;
+    if (port_.write(reply_.frame, now + k_write_limit) != PortError::none) {
+        unsettled_ = command_.form != CommandForm::text_only;
+        return end(BusFailure::not_sent);
+    }
     if (on_traffic)
-        receive();
-    else
-        port_.discard_input();
-}
-
-bool BusLink::send(int address, std::string_view frame) {
-    spoken_to_ = address;
-    if (port_.write(frame, clock_.now() + k_write_limit) != PortError::none)
-        return false;
-    if (on_traffic)
-        on_traffic({.sent = true, .address = address, .bytes = frame});
-    return true;
+        on_traffic({.sent = true, .address = command_.address, .bytes = reply_.frame});
+    if (command_.form == CommandForm::text_only) {
+        unanswered_text_ = true;
+        return end(BusFailure::none);
+    }
+    unsettled_ = true;
+    sent_at_ = clock_.now();
+    due_ = sent_at_ + (binary_ ? command_.limit : seconds(text_reply_timeout));
+    stage_ = Stage::waiting;
 }
 
 std::string BusLink::receive() {
@@ -68,67 +133,64 @@ std::string BusLink::receive() {
     return bytes;
 }
 
+void BusLink::take_binary(std::string_view bytes) {
+    const auto unit = static_cast<std::uint8_t>(command_.address);
+    const ReplyParser::State state = binary_->feed(bytes);
+    if (state == ReplyParser::State::answered) {
+        reply_.bytes = binary_->reply();
+        addresses_.answered(unit, static_cast<std::uint8_t>(reply_.bytes[1]));
+        end(BusFailure::none);
+    } else if (state == ReplyParser::State::failed || clock_.now() >= due_ || cut_ || !port_.is_connected()) {
+        addresses_.failed(unit, binary_->other_address());
+        end(binary_->unsound() ? BusFailure::bad_crc : cut_ ? BusFailure::cut : BusFailure::silence);
+    }
+}
+
+void BusLink::take_text(std::string_view bytes) {
+    if (auto line = text_->feed(bytes)) {
+        reply_.bytes = std::move(*line);
+        end(BusFailure::none);
+    } else if (clock_.now() >= due_ || cut_ || !port_.is_connected()) {
+        end(cut_ ? BusFailure::cut : BusFailure::silence);
+    }
+}
+
+void BusLink::end(BusFailure failure) {
+    const Instant now = clock_.now();
+    reply_.failure = failure;
+    if (failure == BusFailure::none && stage_ == Stage::waiting) {
+        unsettled_ = false;
+        reply_.took = now - sent_at_;
+    }
+    due_ = now + (failure == BusFailure::not_sent ? Duration::zero() : command_.rest);
+    stage_ = Stage::resting;
+}
+
 std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command, std::string& reply,
                                   Duration limit) {
-    reply.clear();
-    last_bus_frame.clear();
-    failure_ = BusFailure::not_sent;
-    if (command.size() > k_longest_command)
-        return 0;
-    const auto unit = static_cast<std::uint8_t>(address);
-    last_bus_frame = build_command_frame(crc_, unit, command);
-    settle();
-    ReplyParser parser(crc_, last_bus_frame, addresses_.looked_at(unit));
-    unsettled_ = true;
-    ++unanswered_;
-    if (!send(address, last_bus_frame))
-        return 0;
-    const Instant start = clock_.now();
-    while (parser.state() == ReplyParser::State::waiting && clock_.now() <= start + limit &&
-           port_.wait_readable(start + limit) == WaitResult::data)
-        parser.feed(receive());
-    if (parser.state() != ReplyParser::State::answered) {
-        failure_ = parser.unsound() ? BusFailure::bad_crc : BusFailure::silence;
-        addresses_.failed(unit, parser.other_address());
-        return 0;
-    }
-    failure_ = BusFailure::none;
-    unsettled_ = false;
-    unanswered_ = 0;
-    last_reply_time = clock_.now() - start;
-    reply = parser.reply();
-    addresses_.answered(unit, static_cast<std::uint8_t>(reply[1]));
+    BusReply result = carry_out({.address = address, .command = std::string(command), .limit = limit});
+    failure_ = result.failure;
+    unanswered_ = failure_ == BusFailure::none ? 0 : unanswered_ + 1;
+    last_bus_frame = std::move(result.frame);
+    if (failure_ == BusFailure::none)
+        last_reply_time = result.took;
+    reply = std::move(result.bytes);
     return static_cast<std::int16_t>(reply.size());
 }
 
 std::int16_t BusLink::text_command(std::int16_t address, std::string_view command, std::string& reply) {
-    reply.clear();
-    const std::string frame = build_text_frame(address, command);
-    unsettled_ = std::exchange(unanswered_text_, false) || unsettled_;
+    BusReply result;
     for (int sending = 0; sending < 2; ++sending) {
-        settle();
-        TextReplyParser parser(frame);
-        unsettled_ = true;
-        if (!send(address, frame))
-            return 1;
-        const Instant limit = clock_.now() + seconds(text_reply_timeout);
-        while (clock_.now() <= limit && port_.wait_readable(limit) == WaitResult::data) {
-            const auto line = parser.feed(receive());
-            if (line) {
-                unsettled_ = false;
-                reply = *line;
-                return 0;
-            }
-        }
+        result = carry_out({.address = address, .command = std::string(command), .form = CommandForm::text});
+        if (result.failure != BusFailure::silence)
+            break;
     }
-    return 1;
+    reply = std::move(result.bytes);
+    return result.failure == BusFailure::none ? 0 : 1;
 }
 
 std::int16_t BusLink::text_send(std::int16_t address, std::string_view command) {
-    const std::string frame = build_text_frame(address, command);
-    settle();
-    send(address, frame);
-    unanswered_text_ = true;
+    carry_out({.address = address, .command = std::string(command), .form = CommandForm::text_only});
     return 0;
 }
 
@@ -139,7 +201,7 @@ std::int16_t BusLink::open_bus_port(std::string_view port_name, int baud, int pa
 
 std::int16_t BusLink::open_bus_port(const LineSettings& settings) {
     crc_ = Crc16(options_.crc);
-    port_.close();
+    close_bus_port();
     if (settings != settings_)  // on the same line stand the same amplifiers
         addresses_.forget();
     settings_ = settings;
@@ -173,8 +235,11 @@ std::string BusLink::give_back(const std::optional<LineSettings>& before) {
     return {};
 }
 
+// What is under way ends without an answer.
 void BusLink::close_bus_port() {
     port_.close();
+    if (stage_ == Stage::settling || stage_ == Stage::waiting)
+        end(stage_ == Stage::settling ? BusFailure::not_sent : BusFailure::silence);
 }
 
 void BusLink::delay_ms(float milliseconds_) {

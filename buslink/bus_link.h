@@ -1,5 +1,6 @@
 // The exchange with the amplifiers: one command out, one reply back, with a limit in time. Everybody
-// who speaks to an amplifier does it through one object of this class.
+// who speaks to an amplifier does it through one object of this class. An exchange is begun, fed and ended:
+// nobody has to wait within it.
 #pragma once
 
 #include <chrono>
@@ -11,7 +12,9 @@
 
 #include "buslink/line_settings.h"
 #include "buslink/reply_addresses.h"
+#include "buslink/wire/binary_frame.h"
 #include "buslink/wire/crc16.h"
+#include "buslink/wire/text_frame.h"
 #include "platform/clock.h"
 #include "platform/operator.h"
 #include "platform/serial_port.h"
@@ -31,12 +34,37 @@ struct BusTraffic {
     std::string_view bytes;
 };
 
-// Why a bus_command has no reply.
+// How a command goes over the line.
+enum class CommandForm {
+    binary,     // a frame with a CRC, answered by another one
+    text,       // a text frame, answered by a line of text
+    text_only,  // a text frame whose answer nobody waits for
+};
+
+struct BusCommand {
+    std::int16_t address = 0;
+    std::string command{};
+    CommandForm form = CommandForm::binary;
+    Duration limit = std::chrono::seconds(1);  // for a binary reply, from the sending; a text has its own
+    Duration rest{};                           // the line is left alone for that long after the end
+};
+
+// Why an exchange has no reply.
 enum class BusFailure {
     none,
     not_sent,  // no frame holds the command, the port is closed or lost, or it took no output
     silence,
     bad_crc,  // the reply came spoilt
+    cut,      // nobody waited any longer
+};
+
+struct BusReply {
+    BusFailure failure = BusFailure::none;
+    // The whole reply frame, ACK or NAK, of L + 5 bytes, or the text up to and including its first CR. Empty
+    // on any failure, and for a text that nobody waits for.
+    std::string bytes{};
+    std::string frame{};  // that went out; empty when no frame holds the command
+    Duration took{};      // from the sending to the whole reply
 };
 
 class BusLink {
@@ -44,6 +72,24 @@ class BusLink {
     static constexpr std::chrono::milliseconds k_reply_limit{1000};
 
     BusLink(SerialPort& port, Clock& clock, Operator& person, BusOptions options = {});
+
+    // Begins an exchange; none may be under way. After one that failed it first waits until the line is at
+    // rest, so that a late answer is never taken for the next one.
+    void begin(BusCommand command);
+    bool under_way() const { return stage_ != Stage::none; }
+
+    // Takes what has come and does what is due, without waiting. The reply when the exchange has just ended.
+    std::optional<BusReply> poll();
+
+    // When poll() has something to do though nothing comes in; any instant while none is under way.
+    Instant due() const { return due_; }
+
+    // Ends the exchange by the next poll(); what still comes of it is thrown away before the next one. Not
+    // before it has been sent, and not during its rest.
+    void cut();
+
+    // An exchange from its beginning to its end. What is under way comes to its end first. Blocks.
+    BusReply carry_out(BusCommand command);
 
     // Sends one binary frame and waits for its reply, at most `limit` from the sending. Returns
     // L + 5 with the whole reply, ACK or NAK; 0 with an empty reply on any failure. Callers treat
@@ -113,10 +159,14 @@ class BusLink {
     std::function<void(const BusTraffic&)> on_traffic;
 
   private:
+    enum class Stage { none, settling, waiting, resting };
+
     void settle();
-    void discard_input();
-    bool send(int address, std::string_view frame);
+    void send();
     std::string receive();
+    void take_binary(std::string_view bytes);
+    void take_text(std::string_view bytes);
+    void end(BusFailure failure);
 
     SerialPort& port_;
     Clock& clock_;
@@ -133,6 +183,17 @@ class BusLink {
     // Nobody waited for the answer to a text frame. A binary frame need not wait for it either, no text is
     // taken for its reply; the next text has to.
     bool unanswered_text_ = false;
+
+    // The exchange in hand, or the last one.
+    Stage stage_ = Stage::none;
+    BusCommand command_;
+    BusReply reply_;
+    std::optional<ReplyParser> binary_;
+    std::optional<TextReplyParser> text_;
+    Instant sent_at_{};
+    Instant settled_by_{};  // the latest that the line is taken for quiet
+    Instant due_{};
+    bool cut_ = false;
 };
 
 }  // namespace ampdesk

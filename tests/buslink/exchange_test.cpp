@@ -159,6 +159,40 @@ TEST_F(Exchange, TellsWhyThereIsNoReply) {
     EXPECT_EQ(bus.failure(), not_sent);
 }
 
+// A wait that cannot be cut; the answer of a cut exchange taken for the next one's; a line that is spoken on
+// during its rest; an exchange that outlives its line.
+TEST_F(Exchange, IsBegunFedAndEnded) {
+    const auto poll_at = [&](milliseconds after, const Instant& start) {
+        clock.sleep_until(start + after);
+        return bus.poll();
+    };
+    port.answer({{milliseconds(130), k_nak}});
+    Instant start = clock.now();
+    bus.begin({.address = 1, .command = "\x11"});
+    EXPECT_FALSE(poll_at(milliseconds(0), start));
+    EXPECT_FALSE(poll_at(milliseconds(99), start));
+    bus.cut();
+    EXPECT_EQ(poll_at(milliseconds(100), start)->failure, BusFailure::cut);
+
+    port.answer({{milliseconds(20), k_reply}});
+    bus.begin({.address = 1, .command = "\x11", .rest = milliseconds(200)});
+    bus.cut();  // not sent yet
+    for (const int after : {100, 149, 150, 199}) EXPECT_FALSE(poll_at(milliseconds(after), start)) << after;
+    EXPECT_EQ(port.written.size(), 2U) << "50 ms after the late answer";
+    for (const int after : {219, 418}) EXPECT_FALSE(poll_at(milliseconds(after), start)) << after;
+    const auto reply_after_rest = poll_at(milliseconds(419), start);
+    ASSERT_TRUE(reply_after_rest);
+    EXPECT_EQ(reply_after_rest->bytes, k_reply);
+
+    start = clock.now();
+    bus.begin({.address = 1, .command = "\x11"});
+    EXPECT_FALSE(bus.poll());
+    bus.close_bus_port();
+    EXPECT_EQ(bus.poll()->failure, BusFailure::silence);
+    bus.begin({.address = 1, .command = "\x11"});
+    EXPECT_EQ(bus.poll()->failure, BusFailure::not_sent);
+}
+
 // A second sending that is not waited for, and a wait that does not follow the baud rate.
 TEST_F(Exchange, SendsATextOnceMore) {
     port.silence();
