@@ -1,5 +1,5 @@
-// ampsim at work: a pseudo-terminal between a station and the simulated bus, fault commands from one
-// descriptor and their answers to another.
+// ampsim at work: a pseudo-terminal between a station and the simulated bus, fault commands from the
+// standard input and their answers on the standard output.
 #pragma once
 
 #include <string>
@@ -7,13 +7,14 @@
 
 #include "demo/sim_bus.h"
 #include "platform/clock.h"
+#include "platform/line_host.h"
 
 namespace ampdesk::demo {
 
 class AmpsimSession {
   public:
     AmpsimSession(SimBus& bus, const Clock& clock) : bus_(bus), clock_(clock) {}
-    ~AmpsimSession();  // closes the pseudo-terminal and removes the link
+    ~AmpsimSession();  // removes the link
     AmpsimSession(const AmpsimSession&) = delete;
     AmpsimSession& operator=(const AmpsimSession&) = delete;
 
@@ -23,24 +24,20 @@ class AmpsimSession {
     std::string open(const std::string& link);
 
     // The device that a station opens, for example "/dev/pts/3".
-    const std::string& device() const { return device_; }
+    const std::string& device() const { return host_.device(); }
 
-    // Runs until the "quit" command or until `stop` can be read; sleeps whenever nothing is due.
-    // The end of `commands` ends the commands only. Returns false when the terminal failed.
-    bool run(int commands, int answers, int stop);
+    // Runs until the "quit" command or until the program is asked to end; sleeps whenever nothing is due.
+    // The end of the standard input ends the commands only. Returns false when the terminal failed.
+    bool run();
 
   private:
     std::string make_link(const std::string& link);
-    void obey_input(int& commands, int answers);
-    void obey(std::string_view line, int answers);
-    bool hear_station();
-    void speak();
+    void obey_input(const LineHost::Heard& heard);
+    void obey(std::string_view line);
 
     SimBus& bus_;
     const Clock& clock_;
-    int master_ = -1;
-    int slave_ = -1;  // kept open, so that a station that hangs up does not hang up the terminal
-    std::string device_;
+    LineHost host_;
     std::string link_;
     std::string command_text_;  // an unfinished command line
     bool quit_ = false;

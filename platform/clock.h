@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 
 namespace ampdesk {
 
@@ -38,6 +39,9 @@ class Clock {
         return t.hour * 3600.0 + t.minute * 60.0 + t.second + t.millisecond / 1000.0;
     }
 };
+
+// The clock of the machine: steady time from boot, wall time in the local zone.
+std::unique_ptr<Clock> make_system_clock();
 
 // Seconds from `start` to `now` on the seconds-since-midnight clock; a clock that reads less than
 // the start has passed midnight once.

@@ -1,7 +1,6 @@
-// Owner of one operating-system file descriptor.
+// Owner of one handle of the operating system: a file, a line, a queue of signals. What can be done with
+// it is known in platform/posix/ only.
 #pragma once
-
-#include <unistd.h>
 
 #include <utility>
 
@@ -27,7 +26,7 @@ class Descriptor {
     int get() const { return fd_; }
 
     // 0, or -1 with errno. The descriptor is gone either way; closing nothing succeeds.
-    int close() { return fd_ < 0 ? 0 : ::close(std::exchange(fd_, -1)); }
+    int close();
 
   private:
     int fd_ = -1;

@@ -1,9 +1,10 @@
 // One serial line, as everything above it sees it: bytes out, bytes in, and waiting with a limit.
-// Implementations: the line on termios (platform/posix), the simulated bus (demo), the scripted
+// Implementations: the machine's lines (make_serial_port), the simulated bus (demo), the scripted
 // port of the tests.
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -79,8 +80,8 @@ class SerialPort {
     // True from a successful open() to close(), also while the line is unplugged.
     virtual bool is_open() const = 0;
 
-    // False on a closed port and while an open line is unplugged. Calls on a lost line try to open it again by the
-    // same name, at most once every two seconds, and fail at once otherwise.
+    // False on a closed port and while an open line is unplugged. Calls on a lost line try to open it again
+    // by the same name, at most once every two seconds, and fail at once otherwise.
     virtual bool is_connected() const = 0;
 
     // Writes all bytes or reports why not. Waits at most until the deadline for room.
@@ -118,5 +119,8 @@ class SerialPort {
     // Called once when an open line is lost (false) and once when it is back (true).
     std::function<void(bool connected)> on_connection_change;
 };
+
+// A closed port for the machine's own lines. Its deadlines are read on this clock.
+std::unique_ptr<SerialPort> make_serial_port(Clock& clock);
 
 }  // namespace ampdesk

@@ -11,12 +11,12 @@
 #include "demo/demonstration.h"
 #include "demo/sim_port.h"
 #include "demo/ui/frmFault.h"
-#include "platform/posix/posix_serial_port.h"
-#include "platform/posix/system_clock.h"
+#include "platform/clock.h"
 #include "platform/qt/list_names.h"
 #include "platform/qt/qt_operator.h"
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
+#include "platform/serial_port.h"
 #include "shell/command_line.h"
 #include "shell/site_configuration.h"
 #include "shell/station.h"
@@ -60,7 +60,7 @@ class BusPort {
             add_demonstration(bus_, *demo_amplifiers);
             port_ = std::make_unique<demo::SimPort>(bus_, clock);
         } else {
-            port_ = std::make_unique<PosixSerialPort>(clock);
+            port_ = make_serial_port(clock);
         }
     }
     SerialPort& port() { return *port_; }
@@ -86,7 +86,8 @@ std::vector<Message> notices(const SiteConfigurationReport& site, bool folder_lo
 
 // Runs in the program's folder, which is the current one and is this process's alone.
 int run_station(const CommandLine& line, QtOperator& person, bool locked) {
-    SystemClock clock;
+    const std::unique_ptr<Clock> system_clock = make_system_clock();
+    Clock& clock = *system_clock;
     const SiteConfigurationReport site = read_site_configuration("ampdesk.ini");
     BusPort bus_port(clock, site.values, line.demo);
     BusLink bus(bus_port.port(), clock, person, bus_options(site.values, line));
@@ -113,8 +114,8 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
                 faults->follow(unit_address);
         };
     }
-    PosixSerialPort MSComm1(clock);
-    TerminalLine terminal_line(line.demo ? nullptr : &MSComm1, clock);
+    const std::unique_ptr<SerialPort> MSComm1 = make_serial_port(clock);
+    TerminalLine terminal_line(line.demo ? nullptr : MSComm1.get(), clock);
     MDIForm1 form(station, bus, terminal_line, person, options);
     person.set_parent_window(&form);
     form.show();

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/clock.h"
-#include "platform/descriptor.h"
+#include "platform/log_file.h"
 #include "terminal/terminal_line.h"
 
 namespace ampdesk {
@@ -21,9 +21,9 @@ class SessionLog {
     void open(const std::string& path);
 
     // Throws when the last bytes could not be kept; the log is closed all the same.
-    void close();
-    bool is_open() const { return static_cast<bool>(file_); }
-    const std::string& path() const { return path_; }
+    void close() { file_.close(); }
+    bool is_open() const { return file_.is_open(); }
+    const std::string& path() const { return file_.path(); }
 
     // "12:34:56.789 sent     ATH<0D>": a byte that does not print, and "<" itself, as two hexadecimal
     // digits. When it cannot be written the log closes itself and on_failure is called once.
@@ -33,11 +33,9 @@ class SessionLog {
 
   private:
     std::string new_date(const CivilTime& now);
-    void write(std::string_view text);
 
     Clock& clock_;
-    Descriptor file_;
-    std::string path_;
+    LogFile file_;
     std::string date_;  // the heading that stands last in the file
 };
 

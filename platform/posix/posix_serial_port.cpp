@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "platform/posix/open_line.h"
+#include "platform/posix/time_span.h"
 
 namespace ampdesk {
 
@@ -19,13 +20,11 @@ constexpr std::chrono::milliseconds k_drain_step{10};
 constexpr std::size_t k_block = 4096;  // what a terminal driver holds at most
 constexpr int k_blocks_at_once = 16;   // so that an endless sender cannot hold the caller
 
-timespec time_left(Duration left) {
-    const auto positive = std::max(left, Duration::zero());
-    const auto whole = std::chrono::duration_cast<std::chrono::seconds>(positive);
-    return {.tv_sec = whole.count(), .tv_nsec = std::chrono::nanoseconds(positive - whole).count()};
-}
-
 }  // namespace
+
+std::unique_ptr<SerialPort> make_serial_port(Clock& clock) {
+    return std::make_unique<PosixSerialPort>(clock);
+}
 
 PortResult PosixSerialPort::open(const PortSettings& settings) {
     close();
@@ -71,7 +70,7 @@ void PosixSerialPort::lose() {
 PosixSerialPort::Ready PosixSerialPort::wait_for(short event, Instant deadline) {
     for (;;) {
         pollfd watched{.fd = line_.get(), .events = event, .revents = 0};
-        const timespec left = time_left(deadline - clock_.now());
+        const timespec left = time_span(deadline - clock_.now());
         const int count = ppoll(&watched, 1, &left, nullptr);
         if (count == 0)
             return Ready::timed_out;

@@ -1,5 +1,6 @@
-// The serial line on the operating system's terminal driver. Waits without using the processor,
-// notices an unplugged adapter at once and takes it back when it returns under the same name.
+// The port that make_serial_port makes: the line on the operating system's terminal driver. Waits without
+// using the processor, notices an unplugged adapter at once and takes it back when it returns under the same
+// name.
 #pragma once
 
 #include "platform/descriptor.h"

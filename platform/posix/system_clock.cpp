@@ -3,7 +3,13 @@
 #include <cerrno>
 #include <ctime>
 
+#include "platform/posix/time_span.h"
+
 namespace ampdesk {
+
+std::unique_ptr<Clock> make_system_clock() {
+    return std::make_unique<SystemClock>();
+}
 
 CivilTime SystemClock::local_time() const {
     timespec now{};
@@ -23,12 +29,7 @@ CivilTime SystemClock::local_time() const {
 // The steady clock of the library is CLOCK_MONOTONIC, so that its instants can be slept on as they
 // are and a signal in between costs nothing.
 void SystemClock::sleep_until(Instant instant) {
-    using namespace std::chrono;
-    const auto since_boot = instant.time_since_epoch();
-    if (since_boot <= Duration::zero())
-        return;
-    const auto whole = duration_cast<seconds>(since_boot);
-    const timespec until{.tv_sec = whole.count(), .tv_nsec = nanoseconds(since_boot - whole).count()};
+    const timespec until = time_span(instant.time_since_epoch());
     while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
     }
 }

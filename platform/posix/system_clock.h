@@ -1,4 +1,4 @@
-// The clock of the machine: steady time from boot, wall time in the local zone.
+// The clock that make_system_clock makes.
 #pragma once
 
 #include "platform/clock.h"

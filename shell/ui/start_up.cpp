@@ -1,16 +1,12 @@
 #include "shell/ui/start_up.h"
 
-#include <sys/signalfd.h>
-#include <unistd.h>
-
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QSocketNotifier>
 #include <QSysInfo>
-#include <cerrno>
-#include <csignal>
 
+#include "platform/process.h"
 #include "platform/qt/text.h"
 
 namespace ampdesk {
@@ -53,32 +49,18 @@ bool InstanceLock::holder_is_gone() const {
     QString machine;
     QString program;
     return file_.getLockInfo(&process, &machine, &program) &&
-           (machine.isEmpty() || machine == QSysInfo::machineHostName()) &&
-           kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH;
+           (machine.isEmpty() || machine == QSysInfo::machineHostName()) && process_is_gone(process);
 }
 
-QuitSignals::QuitSignals() {
-    sigset_t ending;
-    sigemptyset(&ending);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&ending, signal);
-    if (pthread_sigmask(SIG_BLOCK, &ending, nullptr) == 0)
-        descriptor_ = signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK);
-}
-
-QuitSignals::~QuitSignals() {
-    notifier_.reset();
-    if (descriptor_ >= 0)
-        close(descriptor_);
-}
+QuitSignals::QuitSignals() = default;
+QuitSignals::~QuitSignals() = default;
 
 void QuitSignals::listen() {
-    if (descriptor_ < 0)
+    if (!signals_)
         return;
-    notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
+    notifier_ = std::make_unique<QSocketNotifier>(signals_.watch_handle(), QSocketNotifier::Read);
     connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
-        signalfd_siginfo info{};
-        while (read(descriptor_, &info, sizeof info) > 0) {
-        }
+        signals_.take();
         QCoreApplication::exit(0);
     });
 }

@@ -9,6 +9,8 @@
 #include <memory>
 #include <string>
 
+#include "platform/stop_signals.h"
+
 class QSocketNotifier;
 
 namespace ampdesk {
@@ -41,7 +43,7 @@ class InstanceLock {
     QLockFile file_;
 };
 
-// Turns SIGTERM, SIGINT and SIGHUP into an ordinary end of the event loop, also of the nested ones
+// Turns the signals that ask a program to end into an ordinary end of the event loop, also of the nested ones
 // of open boxes. To be made before anything starts a thread.
 class QuitSignals : public QObject {
     Q_OBJECT
@@ -54,7 +56,7 @@ class QuitSignals : public QObject {
     void listen();
 
   private:
-    int descriptor_ = -1;
+    StopSignals signals_;
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 

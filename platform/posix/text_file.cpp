@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "platform/open_file.h"
+#include "platform/posix/open_file.h"
 #include "platform/run_time_error.h"
 
 namespace ampdesk {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "platform/open_file.h"
+#include "platform/posix/open_file.h"
 #include "platform/run_time_error.h"
 
 namespace ampdesk {

@@ -1,4 +1,4 @@
-#include "platform/open_file.h"
+#include "platform/posix/open_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
