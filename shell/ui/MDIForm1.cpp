@@ -59,6 +59,7 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
     build_menu();
     terminal_ = std::make_unique<TerminalControl>(*this, *Term_, line, bus, person,
                                                   [this](const QString& text) { show_status(text); });
+    modem_ = std::make_unique<ModemMenu>(*this, *terminal_, line, bus, person);
     resize(k_natural_size.boundedTo(screen()->availableSize() * 0.94));
     layout_.restore_main();
 
@@ -132,8 +133,8 @@ void MDIForm1::build_centre() {
 void MDIForm1::build_menu() {
     MenuHandlers handlers;
     handlers.mnuMachineItem_Click = [this](int index) { mnuMachineItem_Click(index); };
-    handlers.mnuModemItem_Click = [this](int index) { terminal_->mnuModemItem_Click(index); };
-    handlers.mnuModemOpt_Click = [this](int index) { terminal_->mnuModemOpt_Click(index); };
+    handlers.mnuModemItem_Click = [this](int index) { modem_->mnuModemItem_Click(index); };
+    handlers.mnuModemOpt_Click = [this](int index) { modem_->mnuModemOpt_Click(index); };
     handlers.mnuToolsItem_Click = [this](int index) { mnuToolsItem_Click(index); };
     handlers.mnuToolsScreen_Click = [this](int index) { mnuToolsScreen_Click(index); };
     handlers.mnuToolsSram_Click = [this](int index) { mnuToolsSram_Click(index); };
@@ -268,6 +269,7 @@ void MDIForm1::follow_bus_line() {
 void MDIForm1::shut_down() {
     TimerFileAutoOpen_.stop();
     terminal_->finish();
+    modem_->close_log();
     tools_.close();
     help_.reset();
     UnsavedFiles unsaved;

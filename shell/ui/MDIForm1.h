@@ -21,6 +21,7 @@
 #include "shell/ui/help_viewer.h"
 #include "shell/ui/layout_keeper.h"
 #include "shell/ui/main_menu.h"
+#include "shell/ui/modem_menu.h"
 #include "shell/ui/service_tools.h"
 #include "shell/ui/set_up.h"
 #include "shell/ui/terminal_control.h"
@@ -112,6 +113,7 @@ class MDIForm1 : public QMainWindow {
     TroubleLabel* trouble_ = nullptr;
     std::unique_ptr<MainMenu> menu_;
     std::unique_ptr<TerminalControl> terminal_;
+    std::unique_ptr<ModemMenu> modem_;
     HeadKeys* keys_ = nullptr;
     std::vector<frmMachine*> machines_;  // in the order in which they were opened
     std::optional<int> active_address_;

@@ -1,15 +1,49 @@
-// The Modem menu's part of TerminalControl.
-#include <QAction>
+#include "shell/ui/modem_menu.h"
 
-#include "platform/qt/text.h"
+#include <QAction>
+#include <QMenuBar>
+
 #include "platform/run_time_error.h"
-#include "shell/ui/terminal_control.h"
 #include "terminal/ui/ConfigScrn.h"
 #include "terminal/ui/volume_dialog.h"
 
 namespace ampdesk {
 
-void TerminalControl::mnuModemItem_Click(int index) {
+ModemMenu::ModemMenu(QMainWindow& window, TerminalControl& control, TerminalLine& line, BusLink& bus,
+                     QtOperator& person)
+    : window_(window),
+      control_(control),
+      line_(line),
+      bus_(bus),
+      person_(person),
+      log_(line.clock()),
+      transfers_(
+          window, line, bus, person, [this] { return line_free(); }, [this] { control_.take_line_back(); }) {
+    log_watcher_ = line_.add_watcher([this](const TerminalTraffic& traffic) { log_.note(traffic); });
+    log_.on_failure = [this](const std::string& cause) { log_failed(cause); };
+    control_.on_change = [this] { follow(); };
+    follow();
+}
+
+ModemMenu::~ModemMenu() {
+    control_.on_change = nullptr;
+    line_.remove_watcher(log_watcher_);
+}
+
+void ModemMenu::follow() {
+    menu_item("mnuModemItem", 0)
+        ->setText(control_.terminal().modem().answers() ? QStringLiteral("&No Auto Answer")
+                                                        : QStringLiteral("&Auto Answer"));
+    menu_item("mnuModemOpt", 1)->setEnabled(!log_.is_open());
+    menu_item("mnuModemOpt", 2)->setEnabled(log_.is_open());
+}
+
+QAction* ModemMenu::menu_item(const char* array, int index) const {
+    return window_.menuBar()->findChild<QAction*>(
+        QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index));
+}
+
+void ModemMenu::mnuModemItem_Click(int index) {
     switch (index) {
         case 0:
             auto_answer();
@@ -29,11 +63,10 @@ void TerminalControl::mnuModemItem_Click(int index) {
         default:
             break;
     }
-    follow_state();
-    arm();
+    control_.refresh();
 }
 
-void TerminalControl::mnuModemOpt_Click(int index) {
+void ModemMenu::mnuModemOpt_Click(int index) {
     switch (index) {
         case 0:
             set_volume();
@@ -53,76 +86,54 @@ void TerminalControl::mnuModemOpt_Click(int index) {
         default:
             break;
     }
-    follow_state();
-    arm();
+    control_.refresh();
 }
 
 // Whether a modem command can be sent now; if not, it has been told why.
-bool TerminalControl::line_free() {
+bool ModemMenu::line_free() {
     if (!line_.is_open())
         person_.notify("The terminal's port is not open", "Modem > Settings opens it.");
     else if (!line_.is_connected())
-        person_.notify("The terminal's port is not connected", port_name().toStdString());
+        person_.notify("The terminal's port is not connected", control_.port_name().toStdString());
     else if (line_.taken())
         person_.notify("The terminal's port is in use by a file transfer");
-    else if (terminal_.modem().hanging_up())
-        show_status_(QStringLiteral("Hanging up"));
+    else if (control_.terminal().modem().hanging_up())
+        person_.show_status("Hanging up");
     else
         return true;
     return false;
 }
 
-void TerminalControl::auto_answer() {
+void ModemMenu::auto_answer() {
     if (line_free())
-        terminal_.modem().auto_answer();
+        control_.terminal().modem().auto_answer();
 }
 
 // The line may have gone while the question was open.
-void TerminalControl::set_volume() {
+void ModemMenu::set_volume() {
     if (!line_free())
         return;
     VolumeDialog dialog(&window_);
     if (dialog.exec() == QDialog::Accepted && line_free())
-        terminal_.modem().set_volume(dialog.volume());
+        control_.terminal().modem().set_volume(dialog.volume());
 }
 
-void TerminalControl::hang_up() {
+void ModemMenu::hang_up() {
     if (line_free())
-        terminal_.hang_up();
+        control_.terminal().hang_up();
 }
 
-void TerminalControl::edit_settings() {
+void ModemMenu::edit_settings() {
     if (line_.taken()) {
         line_free();
         return;
     }
-    ConfigScrn dialog(settings_, bus_.ports(), bus_port_numbers(bus_), person_, &window_);
+    ConfigScrn dialog(control_.settings(), bus_.ports(), bus_port_numbers(bus_), person_, &window_);
     if (dialog.exec() == QDialog::Accepted)
-        use_settings(dialog.settings());
+        control_.use_settings(dialog.settings());
 }
 
-// The port is opened anew only when its own settings have changed: that would end a call.
-void TerminalControl::use_settings(const TerminalSettings& chosen) {
-    settings_ = chosen;
-    terminal_.echo = chosen.echo;
-    try {
-        write_terminal_settings(k_terminal_settings_file, chosen);
-    } catch (const RunTimeError& error) {
-        person_.notify(error.what(), k_terminal_settings_file);
-    }
-    const PortSettings wanted = port_settings(chosen, bus_.ports());
-    if (!chosen.port) {
-        line_.close();
-        return tell_line();
-    }
-    if (line_.is_open() && line_.settings() == wanted)
-        return tell_line();
-    const PortResult result = open_line(wanted);
-    if (!result.ok())
-        person_.notify("The terminal's port could not be opened", result.cause);
-}
-
-void TerminalControl::open_log() {
+void ModemMenu::open_log() {
     const auto path = person_.choose_file_to_save("Open Log", "Log Files (*.log)|*.log|All Files (*.*)|*.*",
                                                   "terminal.log");
     if (!path)
@@ -134,7 +145,7 @@ void TerminalControl::open_log() {
     }
 }
 
-void TerminalControl::close_log() {
+void ModemMenu::close_log() {
     try {
         log_.close();
     } catch (const RunTimeError& error) {
@@ -142,11 +153,15 @@ void TerminalControl::close_log() {
     }
 }
 
-void TerminalControl::log_failed(const std::string& cause) {
-    later([this, text = log_.path() + ": " + cause] {
-        follow_state();
-        person_.notify("The log has been closed", text);
-    });
+// The box is not opened from within the log's own call.
+void ModemMenu::log_failed(const std::string& cause) {
+    QMetaObject::invokeMethod(
+        this,
+        [this, text = log_.path() + ": " + cause] {
+            follow();
+            person_.notify("The log has been closed", text);
+        },
+        Qt::QueuedConnection);
 }
 
 }  // namespace ampdesk

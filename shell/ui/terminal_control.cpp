@@ -1,13 +1,11 @@
 #include "shell/ui/terminal_control.h"
 
 #include <QAction>
-#include <QMenuBar>
 #include <utility>
 
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
-#include "terminal/ui/ConfigScrn.h"
 
 namespace ampdesk {
 
@@ -29,14 +27,7 @@ TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine
       person_(person),
       show_status_(std::move(show_status)),
       terminal_(line, bus),
-      log_(line.clock()),
-      form2_(new Form2(&window)),
-      transfers_(
-          window, line, bus, person, [this] { return line_free(); },
-          [this] {
-              tell_line();
-              arm();
-          }) {
+      form2_(new Form2(&window)) {
     terminal_.is_visible = [this] { return Term_.isVisible(); };
     terminal_.may_exchange = [this] { return !person_.letting_events_run(); };
     terminal_.on_text = [this](std::string_view text) { Term_.ShowData(text); };
@@ -48,8 +39,6 @@ TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine
         return shown;
     };
     line_.on_change = [this] { line_changed(); };
-    log_watcher_ = line_.add_watcher([this](const TerminalTraffic& traffic) { log_.note(traffic); });
-    log_.on_failure = [this](const std::string& cause) { log_failed(cause); };
 
     auto* keep_in_sight = new QAction(QStringLiteral("&Keep the Port in Sight"), &Term_);
     keep_in_sight->setObjectName(QStringLiteral("mnuForm2"));
@@ -63,12 +52,11 @@ TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine
 }
 
 TerminalControl::~TerminalControl() {
-    line_.remove_watcher(log_watcher_);
     line_.on_change = nullptr;
     Term_.on_typed = nullptr;
 }
 
-// Boxes are never opened from within the port's or the log's own call.
+// Boxes are never opened from within the port's own call.
 void TerminalControl::later(std::function<void()> action) {
     QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
 }
@@ -77,11 +65,6 @@ void TerminalControl::load_settings() {
     if (file_exists(k_terminal_settings_file))
         settings_ = read_terminal_settings(k_terminal_settings_file);
     terminal_.echo = settings_.echo;
-}
-
-QAction* TerminalControl::menu_item(const char* array, int index) const {
-    return window_.menuBar()->findChild<QAction*>(
-        QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index));
 }
 
 QString TerminalControl::port_name() const {
@@ -100,6 +83,26 @@ void TerminalControl::open_at_start() {
         return;
     }
     open_line(wanted);
+}
+
+void TerminalControl::use_settings(const TerminalSettings& chosen) {
+    settings_ = chosen;
+    terminal_.echo = chosen.echo;
+    try {
+        write_terminal_settings(k_terminal_settings_file, chosen);
+    } catch (const RunTimeError& error) {
+        person_.notify(error.what(), k_terminal_settings_file);
+    }
+    const PortSettings wanted = port_settings(chosen, bus_.ports());
+    if (!chosen.port) {
+        line_.close();
+        return tell_line();
+    }
+    if (line_.is_open() && line_.settings() == wanted)
+        return tell_line();
+    const PortResult result = open_line(wanted);
+    if (!result.ok())
+        person_.notify("The terminal's port could not be opened", result.cause);
 }
 
 PortResult TerminalControl::open_line(const PortSettings& wanted) {
@@ -124,6 +127,16 @@ void TerminalControl::tell_line() {
         show_status_(line_name_ + QStringLiteral(" connection lost, trying again"));
 }
 
+void TerminalControl::take_line_back() {
+    tell_line();
+    arm();
+}
+
+void TerminalControl::refresh() {
+    follow_state();
+    arm();
+}
+
 void TerminalControl::pump() {
     line_.pump();
     arm();
@@ -131,8 +144,7 @@ void TerminalControl::pump() {
 
 void TerminalControl::tick() {
     terminal_.tick();
-    follow_state();
-    arm();
+    refresh();
 }
 
 void TerminalControl::arm() {
@@ -147,8 +159,7 @@ void TerminalControl::line_changed() {
     terminal_.line_changed();
     tell_line();
     watch_descriptor();
-    follow_state();
-    arm();
+    refresh();
 }
 
 // A lost line has no descriptor; the timer looks for it. A notifier may be on the stack here.
@@ -165,14 +176,8 @@ void TerminalControl::watch_descriptor() {
     connect(notifier_, &QSocketNotifier::activated, this, &TerminalControl::pump);
 }
 
-// What the menus offer and what Form2 shows.
+// What Form2 shows, and whoever else follows the terminal.
 void TerminalControl::follow_state() {
-    menu_item("mnuModemItem", 0)
-        ->setText(terminal_.modem().answers() ? QStringLiteral("&No Auto Answer")
-                                              : QStringLiteral("&Auto Answer"));
-    menu_item("mnuModemOpt", 1)->setEnabled(!log_.is_open());
-    menu_item("mnuModemOpt", 2)->setEnabled(log_.is_open());
-
     QString state = port_name() + QStringLiteral("  ");
     if (!line_.is_open())
         state += QStringLiteral("closed");
@@ -189,6 +194,8 @@ void TerminalControl::follow_state() {
         state += QStringLiteral("\nCTS %1   DSR %2   CD %3   RI %4")
                      .arg(on(lines->cts), on(lines->dsr), on(lines->carrier), on(lines->ring));
     form2_->set_state(state);
+    if (on_change)
+        on_change();
 }
 
 void TerminalControl::tell_error(std::string_view text) {
@@ -241,7 +248,6 @@ void TerminalControl::finish() {
     }
     gave_up_ = false;
     line_.close();
-    close_log();
 }
 
 }  // namespace ampdesk

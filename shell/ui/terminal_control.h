@@ -1,17 +1,14 @@
-// The terminal's part of the main window: the Modem menu, the watching of the port's descriptor, the
-// timers of the terminal, its boxes, and what happens to its output when the window closes.
+// The terminal's part of the main window: its port and settings, the watching of the port's descriptor,
+// the timers of the terminal, its boxes, and what happens to its output when the window closes.
 #pragma once
 
 #include <QMainWindow>
 #include <QSocketNotifier>
 #include <QTimer>
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "platform/qt/qt_operator.h"
-#include "shell/ui/transfer_menu.h"
-#include "terminal/session_log.h"
 #include "terminal/terminal.h"
 #include "terminal/terminal_settings.h"
 #include "terminal/ui/Form2.h"
@@ -26,8 +23,7 @@ class TerminalControl : public QObject {
     // How long closing the main window waits for output to leave.
     static constexpr std::chrono::seconds k_finish_limit{3};
 
-    // `window` holds the menu bar with its menus. Takes the line's callbacks and those of the box
-    // until its end.
+    // Takes the line's callbacks and those of the box until its end.
     TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, BusLink& bus, QtOperator& person,
                     std::function<void(const QString&)> show_status);
     ~TerminalControl() override;
@@ -40,14 +36,26 @@ class TerminalControl : public QObject {
     // that the amplifiers use is left to them.
     void open_at_start();
 
-    void mnuModemItem_Click(int index);
-    void mnuModemOpt_Click(int index);
+    // Keeps the settings. The port is opened anew only when its own have changed, as that ends a call.
+    // Failures are told.
+    void use_settings(const TerminalSettings& chosen);
+
+    // "COM2:", or "No port".
+    QString port_name() const;
+
+    // To be called when something has been asked of the terminal, and when a transfer has given its
+    // line back.
+    void refresh();
+    void take_line_back();
+
+    // Called whenever the state of the terminal may have changed.
+    std::function<void()> on_change;
 
     // False while output has not left: the window is then closed from here, at most k_finish_limit
     // later and with a message when the output could not be sent.
     bool ready_to_close();
 
-    // Ends the terminal: waits for what ready_to_close has not, then closes the port and the log.
+    // Ends the terminal: waits for what ready_to_close has not, then closes the port.
     void finish();
 
     Terminal& terminal() { return terminal_; }
@@ -59,19 +67,8 @@ class TerminalControl : public QObject {
     void line_changed();
     void watch_descriptor();
     void follow_state();
-    QAction* menu_item(const char* array, int index) const;
-    QString port_name() const;
     PortResult open_line(const PortSettings& wanted);
     void tell_line();
-    bool line_free();
-    void edit_settings();
-    void use_settings(const TerminalSettings& chosen);
-    void auto_answer();
-    void set_volume();
-    void hang_up();
-    void open_log();
-    void close_log();
-    void log_failed(const std::string& cause);
     void tell_error(std::string_view text);
     void step_close();
     void later(std::function<void()> action);
@@ -84,10 +81,7 @@ class TerminalControl : public QObject {
     std::function<void(const QString&)> show_status_;
     Terminal terminal_;
     TerminalSettings settings_;
-    SessionLog log_;
-    int log_watcher_ = 0;
     Form2* form2_;
-    TransferMenu transfers_;
     QSocketNotifier* notifier_ = nullptr;
     QTimer timer_;
     QTimer close_timer_;
