@@ -33,6 +33,10 @@ using std::chrono::milliseconds;
 constexpr int k_exit = 4;
 constexpr int k_more = 3;
 
+void choose(MDIForm1& form, const char* item) {
+    form.findChild<QAction*>(QLatin1String(item))->trigger();
+}
+
 class Studio {
   public:
     explicit Studio(const QDir& folder) : folder_(folder) {
@@ -116,7 +120,7 @@ class Studio {
 
     // With the answer to a request for the status.
     void take_console(const char* name) {
-        form_.mnuToolsItem_Click(3);
+        choose(form_, "mnuToolsItem(3)");
         for (QWidget* window : QApplication::topLevelWidgets()) {
             if (window->windowTitle() != u"INTERACTIVE CONTROL")
                 continue;
@@ -210,9 +214,9 @@ void take_all(const QDir& folder) {
     studio.take_panel(1, "communication-error");
     studio.fault("@1 silent off");
 
-    studio.take_dialog("frm-setup", [](MDIForm1& form) { form.mnuMachineItem_Click(0); });
-    studio.take_dialog("frm-serial", [](MDIForm1& form) { form.mnuToolsItem_Click(2); });
-    studio.take_dialog("frm-color", [](MDIForm1& form) { form.mnuToolsScreen_Click(0); });
+    studio.take_dialog("frm-setup", [](MDIForm1& form) { choose(form, "mnuMachineItem(0)"); });
+    studio.take_dialog("frm-serial", [](MDIForm1& form) { choose(form, "mnuToolsItem(2)"); });
+    studio.take_dialog("frm-color", [](MDIForm1& form) { choose(form, "mnuToolsScreen(0)"); });
     studio.take_dialog("frm-band", [](MDIForm1& form) { frmBand({}, &form).exec(); });
     studio.take_dialog("config-scrn", [](MDIForm1& form) {
         QtOperator person;

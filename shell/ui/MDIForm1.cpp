@@ -12,7 +12,6 @@
 
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
-#include "shell/ui/arrange.h"
 
 namespace ampdesk {
 
@@ -56,10 +55,9 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
     setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
                                           : QStringLiteral("JEX Remote Control"));
     build_centre();
-    build_menu();
     terminal_ = std::make_unique<TerminalControl>(*this, *Term_, line, bus, person,
                                                   [this](const QString& text) { show_status(text); });
-    modem_ = std::make_unique<ModemMenu>(*this, *terminal_, line, bus, person);
+    build_menu(line);
     resize(k_natural_size.boundedTo(screen()->availableSize() * 0.94));
     layout_.restore_main();
 
@@ -130,18 +128,77 @@ void MDIForm1::build_centre() {
     });
 }
 
-void MDIForm1::build_menu() {
-    MenuHandlers handlers;
-    handlers.mnuMachineItem_Click = [this](int index) { mnuMachineItem_Click(index); };
-    handlers.mnuModemItem_Click = [this](int index) { modem_->mnuModemItem_Click(index); };
-    handlers.mnuModemOpt_Click = [this](int index) { modem_->mnuModemOpt_Click(index); };
-    handlers.mnuToolsItem_Click = [this](int index) { mnuToolsItem_Click(index); };
-    handlers.mnuToolsScreen_Click = [this](int index) { mnuToolsScreen_Click(index); };
-    handlers.mnuToolsSram_Click = [this](int index) { mnuToolsSram_Click(index); };
-    handlers.mnuWinItem_Click = [this](int index) { mnuWinItem_Click(index); };
-    handlers.mnuHelpItem_Click = [this](int index) { mnuHelpItem_Click(index); };
-    handlers.can_make_faults = options_.make_fault != nullptr;
-    menu_ = std::make_unique<MainMenu>(*menuBar(), handlers);
+void MDIForm1::build_menu(TerminalLine& line) {
+    using enum Live;
+    using Mode = NvramTransfer::Mode;
+    using Page = HelpViewer::Page;
+    menu_ = std::make_unique<MainMenu>(*menuBar(), options_.make_fault != nullptr);
+    menu_->add(
+        {.name = "mnuMachine",
+         .caption = "&Amplifier",
+         .array = "mnuMachineItem",
+         .rows = {{"&New", [this] { set_up_.new_amplifier(); }},
+                  {"&Open", [this] { station_.open_amplifier_file(); }},
+                  {"&Close",
+                   with_head([this](const auto& head) { station_.close_window(head->identity().slot); }),
+                   with_amplifier},
+                  {"-"},
+                  {"&Save", with_head([this](const auto& head) { station_.save(*head); }), with_amplifier},
+                  {"Save &As", with_head([this](const auto& head) { station_.save_as(*head); }),
+                   with_amplifier},
+                  {"Sa&ve All", [this] { station_.save_all(); }, with_amplifier},
+                  {"-"},
+                  {"E&xit", [this] { close(); }}},
+         .after = [this] { follow_bus_line(); }});
+    modem_ = std::make_unique<ModemMenu>(*menu_, *this, *terminal_, line, bus_, person_);
+    const std::vector<MenuRow> screen = {
+        {"&Screen Settings", with_head([this](const auto& head) { set_up_.screen(head); }), with_amplifier},
+        {"Make A &Fault",
+         with_head([this](const auto& head) { options_.make_fault(*this, head->identity().unit_address); }),
+         with_simulated}};
+    const std::vector<MenuRow> nvram = {
+        {"&Read nvRam", [this] { tools_.transfer_nvram(Mode::read); }, without_transfer},
+        {"&Set nvRam", [this] { tools_.transfer_nvram(Mode::set); }, without_transfer}};
+    menu_->add({.name = "mnuTools",
+                .caption = "&Tools",
+                .array = "mnuToolsItem",
+                .rows = {{.caption = "&Amplifier Setup",
+                          .live = with_amplifier,
+                          .array = "mnuToolsScreen",
+                          .rows = screen},
+                         {"-"},
+                         {"&Setup_422", [this] { set_up_.line(); }},
+                         {"&Interactive_422", [this] { tools_.interactive(); }},
+                         {.caption = "nv&Ram Transfer", .array = "mnuToolsSram", .rows = nvram}},
+                .after = [this] { follow_bus_line(); }});
+    menu_->add({.name = "mnuWin",
+                .caption = "&Window",
+                .array = "mnuWinItem",
+                .rows = {{"Tile &Horizontally", [this] { arrange_heads(Arrangement::tile_horizontally); },
+                          with_amplifier},
+                         {"&Tile Vertically", [this] { arrange_heads(Arrangement::tile_vertically); },
+                          with_amplifier},
+                         {"&Cascade", [this] { arrange_heads(Arrangement::cascade); }, with_amplifier},
+                         {"Arrange &Icons", [this] { arrange_heads(Arrangement::icons); }, with_amplifier},
+                         {"-"},
+                         {"&Close All", [this] { station_.close_all(); }, with_amplifier}}});
+    menu_->add({.name = "mnuHelp",
+                .caption = "&Help",
+                .array = "mnuHelpItem",
+                .rows = {{"&Contents", [this] { show_help(Page::contents); }},
+                         {"&Index", [this] { show_help(Page::index); }},
+                         {"&Search For Help On", [this] { show_help(Page::search); }},
+                         {"-"},
+                         {"&About", [this] { show_about(); }}}});
+}
+
+std::function<void()> MDIForm1::with_head(
+    std::function<void(const std::shared_ptr<ControlHead>&)> action) const {
+    return [this, action = std::move(action)] {
+        const frmMachine* machine = active_machine();
+        if (const auto head = machine != nullptr ? machine->head() : nullptr)
+            action(head);
+    };
 }
 
 // Without an open amplifier the tools speak to the one that was last spoken to by name.
@@ -290,79 +347,11 @@ void MDIForm1::show_status(const QString& text) {
     status_->setText(text);
 }
 
-void MDIForm1::mnuMachineItem_Click(int index) {
-    const frmMachine* machine = active_machine();
-    const auto head = machine != nullptr ? machine->head() : nullptr;
-    switch (index) {
-        case 0:
-            set_up_.new_amplifier();
-            break;
-        case 1:
-            station_.open_amplifier_file();
-            break;
-        case 2:
-            if (head)
-                station_.close_window(head->identity().slot);
-            break;
-        case 4:
-            if (head)
-                station_.save(*head);
-            break;
-        case 5:
-            if (head)
-                station_.save_as(*head);
-            break;
-        case 6:
-            station_.save_all();
-            break;
-        case 8:
-            close();
-            break;
-        default:
-            break;
-    }
-    follow_bus_line();
-}
-
-void MDIForm1::mnuToolsItem_Click(int index) {
-    if (index == 2)
-        set_up_.line();
-    if (index == 3)
-        tools_.interactive();
-    follow_bus_line();
-}
-
-void MDIForm1::mnuToolsSram_Click(int index) {
-    tools_.mnuToolsSram_Click(index);
-}
-
-void MDIForm1::mnuToolsScreen_Click(int index) {
-    const frmMachine* machine = active_machine();
-    if (index == 0 && machine != nullptr)
-        set_up_.screen(machine->head());
-    if (index == 1 && machine != nullptr && options_.make_fault)
-        options_.make_fault(*this, machine->head()->identity().unit_address);
-}
-
-void MDIForm1::mnuWinItem_Click(int index) {
-    if (index == 5) {
-        station_.close_all();
-        return;
-    }
-    constexpr Arrangement k_order[] = {Arrangement::tile_horizontally, Arrangement::tile_vertically,
-                                       Arrangement::cascade, Arrangement::icons};
+void MDIForm1::arrange_heads(Arrangement how) {
     QList<QMdiSubWindow*> windows;
     for (const frmMachine* machine : machines_)
         windows << qobject_cast<QMdiSubWindow*>(machine->parentWidget());
-    if (index >= 0 && index < 4)
-        arrange(*area_, windows, k_order[index]);
-}
-
-void MDIForm1::mnuHelpItem_Click(int index) {
-    if (index >= 0 && index <= 2)
-        show_help(static_cast<HelpViewer::Page>(index));
-    if (index == 4)
-        show_about();
+    arrange(*area_, windows, how);
 }
 
 void MDIForm1::show_help(HelpViewer::Page page) {

@@ -17,6 +17,7 @@
 #include "controlhead/ui/frmMachine.h"
 #include "platform/qt/qt_operator.h"
 #include "shell/station.h"
+#include "shell/ui/arrange.h"
 #include "shell/ui/head_keys.h"
 #include "shell/ui/help_viewer.h"
 #include "shell/ui/layout_keeper.h"
@@ -63,13 +64,6 @@ class MDIForm1 : public QMainWindow {
     // Waits up to three seconds for the terminal's output to leave.
     void shut_down();
 
-    void mnuMachineItem_Click(int index);
-    void mnuToolsItem_Click(int index);
-    void mnuToolsScreen_Click(int index);
-    void mnuToolsSram_Click(int index);
-    void mnuWinItem_Click(int index);
-    void mnuHelpItem_Click(int index);
-
     // The control head that keys and menu items mean: that of the current sub-window.
     frmMachine* active_machine() const;
 
@@ -83,7 +77,10 @@ class MDIForm1 : public QMainWindow {
 
   private:
     void build_centre();
-    void build_menu();
+    void build_menu(TerminalLine& line);
+    // The action on the head that menu items mean; nothing while there is none.
+    std::function<void()> with_head(std::function<void(const std::shared_ptr<ControlHead>&)> action) const;
+    void arrange_heads(Arrangement how);
     ServiceTools::Hooks tool_hooks();
     frmMachine* keyboard_target() const;
     void window_created(const std::shared_ptr<ControlHead>& head);

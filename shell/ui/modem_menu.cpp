@@ -1,16 +1,13 @@
 #include "shell/ui/modem_menu.h"
 
-#include <QAction>
-#include <QMenuBar>
-
 #include "platform/run_time_error.h"
 #include "terminal/ui/ConfigScrn.h"
 #include "terminal/ui/volume_dialog.h"
 
 namespace ampdesk {
 
-ModemMenu::ModemMenu(QMainWindow& window, TerminalControl& control, TerminalLine& line, BusLink& bus,
-                     QtOperator& person)
+ModemMenu::ModemMenu(MainMenu& menu, QMainWindow& window, TerminalControl& control, TerminalLine& line,
+                     BusLink& bus, QtOperator& person)
     : window_(window),
       control_(control),
       line_(line),
@@ -21,6 +18,7 @@ ModemMenu::ModemMenu(QMainWindow& window, TerminalControl& control, TerminalLine
           window, line, bus, person, [this] { return line_free(); }, [this] { control_.take_line_back(); }) {
     log_watcher_ = line_.add_watcher([this](const TerminalTraffic& traffic) { log_.note(traffic); });
     log_.on_failure = [this](const std::string& cause) { log_failed(cause); };
+    add_to(menu);
     control_.on_change = [this] { follow(); };
     follow();
 }
@@ -30,63 +28,38 @@ ModemMenu::~ModemMenu() {
     line_.remove_watcher(log_watcher_);
 }
 
+void ModemMenu::add_to(MainMenu& menu) {
+    const std::vector<MenuRow> options = {
+        {"&Volume", [this] { set_volume(); }},
+        {.caption = "&Open_log", .click = [this] { open_log(); }, .item = &open_log_},
+        {.caption = "&Close_Log", .click = [this] { close_log(); }, .item = &close_log_},
+        {.caption = "&Show Debug",
+         .click = [this] { transfers_.toggle_debug(show_debug_); },
+         .checkable = true,
+         .item = &show_debug_},
+        {"-"},
+        {"&Null Modem Test", [this] { transfers_.test_null_modem(); }},
+    };
+    menu.add({.name = "mnuModem",
+              .caption = "Mo&dem",
+              .array = "mnuModemItem",
+              .rows = {{.caption = "&Auto Answer", .click = [this] { auto_answer(); }, .item = &auto_answer_},
+                       {"-"},
+                       {"&Settings", [this] { edit_settings(); }},
+                       {.caption = "&Options", .array = "mnuModemOpt", .rows = options},
+                       {"-"},
+                       {"Sen&d File", [this] { transfers_.open_dialog(TransferDirection::send); }},
+                       {"&Receive File", [this] { transfers_.open_dialog(TransferDirection::receive); }},
+                       {"-"},
+                       {"&Hang Up Phone", [this] { hang_up(); }}},
+              .after = [this] { control_.refresh(); }});
+}
+
 void ModemMenu::follow() {
-    menu_item("mnuModemItem", 0)
-        ->setText(control_.terminal().modem().answers() ? QStringLiteral("&No Auto Answer")
-                                                        : QStringLiteral("&Auto Answer"));
-    menu_item("mnuModemOpt", 1)->setEnabled(!log_.is_open());
-    menu_item("mnuModemOpt", 2)->setEnabled(log_.is_open());
-}
-
-QAction* ModemMenu::menu_item(const char* array, int index) const {
-    return window_.menuBar()->findChild<QAction*>(
-        QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index));
-}
-
-void ModemMenu::mnuModemItem_Click(int index) {
-    switch (index) {
-        case 0:
-            auto_answer();
-            break;
-        case 2:
-            edit_settings();
-            break;
-        case 5:
-            transfers_.open_dialog(TransferDirection::send);
-            break;
-        case 6:
-            transfers_.open_dialog(TransferDirection::receive);
-            break;
-        case 8:
-            hang_up();
-            break;
-        default:
-            break;
-    }
-    control_.refresh();
-}
-
-void ModemMenu::mnuModemOpt_Click(int index) {
-    switch (index) {
-        case 0:
-            set_volume();
-            break;
-        case 1:
-            open_log();
-            break;
-        case 2:
-            close_log();
-            break;
-        case 3:
-            transfers_.toggle_debug(menu_item("mnuModemOpt", 3));
-            break;
-        case 5:
-            transfers_.test_null_modem();
-            break;
-        default:
-            break;
-    }
-    control_.refresh();
+    auto_answer_->setText(control_.terminal().modem().answers() ? QStringLiteral("&No Auto Answer")
+                                                                : QStringLiteral("&Auto Answer"));
+    open_log_->setEnabled(!log_.is_open());
+    close_log_->setEnabled(log_.is_open());
 }
 
 // Whether a modem command can be sent now; if not, it has been told why.

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/qt/qt_operator.h"
+#include "shell/ui/main_menu.h"
 #include "shell/ui/terminal_control.h"
 #include "shell/ui/transfer_menu.h"
 #include "terminal/session_log.h"
@@ -16,20 +17,18 @@ class ModemMenu : public QObject {
     Q_OBJECT
 
   public:
-    // `window` holds the menu bar with its menus. Takes the control's on_change until its end.
-    ModemMenu(QMainWindow& window, TerminalControl& control, TerminalLine& line, BusLink& bus,
+    // Adds the Modem menu to `menu`; dialogs stand in front of `window`. Takes the control's on_change until
+    // its end.
+    ModemMenu(MainMenu& menu, QMainWindow& window, TerminalControl& control, TerminalLine& line, BusLink& bus,
               QtOperator& person);
     ~ModemMenu() override;
-
-    void mnuModemItem_Click(int index);
-    void mnuModemOpt_Click(int index);
 
     // When its end may not have been kept, the operator is told.
     void close_log();
 
   private:
+    void add_to(MainMenu& menu);
     void follow();
-    QAction* menu_item(const char* array, int index) const;
     bool line_free();
     void auto_answer();
     void edit_settings();
@@ -46,6 +45,10 @@ class ModemMenu : public QObject {
     SessionLog log_;
     int log_watcher_ = 0;
     TransferMenu transfers_;
+    QAction* auto_answer_ = nullptr;
+    QAction* open_log_ = nullptr;
+    QAction* close_log_ = nullptr;
+    QAction* show_debug_ = nullptr;
 };
 
 }  // namespace ampdesk

@@ -12,13 +12,10 @@ ServiceTools::~ServiceTools() {
     delete intact_.data();
 }
 
-void ServiceTools::mnuToolsSram_Click(int index) {
-    if (index < 0 || index > 1)
-        return;
+void ServiceTools::transfer_nvram(NvramTransfer::Mode mode) {
     if (!hooks_.rs422_mode())
         hooks_.set_up_line();
     hooks_.enable_nvram_items(false);
-    const auto mode = index == 1 ? NvramTransfer::Mode::set : NvramTransfer::Mode::read;
     auto transfer = start_nvram_transfer(mode, hooks_.unit_address(), bus_, operator_);
     if (!transfer) {
         hooks_.enable_nvram_items(true);

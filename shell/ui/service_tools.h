@@ -26,8 +26,8 @@ class ServiceTools {
     ServiceTools(const ServiceTools&) = delete;
     ServiceTools& operator=(const ServiceTools&) = delete;
 
-    // Index 0 reads, 1 sets, any other does nothing.
-    void mnuToolsSram_Click(int index);
+    // Tools > nvRam Transfer.
+    void transfer_nvram(NvramTransfer::Mode mode);
 
     // Tools > Interactive_422; a console that is open comes to the front.
     void interactive();

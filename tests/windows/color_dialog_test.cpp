@@ -35,7 +35,7 @@ class ColorDialog : public Desk {
             steps();
             opened.reject();
         });
-        form.mnuToolsScreen_Click(0);
+        pick("mnuToolsScreen(0)");
     }
 
     // Presses the button and, once its dialog is open, lets `act` choose there.
@@ -163,8 +163,6 @@ TEST_F(ColorDialog, ColoursAndSizeReachTheHeadWithOkOnly) {
         EXPECT_EQ(head->panel().look(), QLatin1String(end) == u"Command1(0)" ? expected : first);
     }
     EXPECT_EQ(other->panel().look(), ScreenSettings{});
-    station.close_all();
-    form.mnuToolsScreen_Click(0);  // no head, no dialog
 }
 
 }  // namespace

@@ -105,6 +105,9 @@ class Desk : public ::testing::Test {
         QApplication::processEvents();
     }
 
+    // Picks an item of the menus by its object name.
+    void pick(const char* item) { child<QAction>(form, item)->trigger(); }
+
     void key(Qt::Key code, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(QApplication::focusWidget(), code, modifiers);
         QApplication::processEvents();

@@ -53,7 +53,7 @@ class Files : protected Modem, public Desk {
     void menu(const char* item, const char* dialog = nullptr, const char* button = nullptr) {
         if (dialog != nullptr)
             when_dialog_opens(dialog, [button](QDialog& opened) { click(opened, button); });
-        child<QAction>(form, item)->trigger();
+        pick(item);
     }
 
     Texts told;

@@ -122,7 +122,7 @@ TEST_F(HeadWindow, KeysReachNoHeadFromElsewhereOrAnIcon) {
     key(Qt::Key_F6);
     key(Qt::Key_F4);
     EXPECT_EQ(head.menu_ptr, 2);
-    child<QAction>(form, "mnuModemOpt(3)")->trigger();
+    pick("mnuModemOpt(3)");
     child(form, "txtTraffic")->setFocus();
     key(Qt::Key_F4);
     key(Qt::Key_1, Qt::ControlModifier);

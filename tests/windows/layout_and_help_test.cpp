@@ -67,7 +67,7 @@ TEST_F(Help, ShowsTheManualOrTellsWhy) {
         EXPECT_EQ(box.text(), QStringLiteral("The manual cannot be opened"));
         EXPECT_TRUE(box.informativeText().contains(QStringLiteral("ampdesk.hlp")));
     });
-    form.mnuHelpItem_Click(0);
+    pick("mnuHelpItem(0)");
 
     person.on_ask = [](const Message& message) {
         ADD_FAILURE() << message.text << ": " << message.detail;
@@ -77,7 +77,7 @@ TEST_F(Help, ShowsTheManualOrTellsWhy) {
     folder.put("ampdesk.hlp", "");
     std::filesystem::copy(MANUAL_FOLDER "/ampdesk.hlp", "shipped");
     std::filesystem::copy(MANUAL_FOLDER "/ampdesk.qch", "shipped");
-    form.mnuHelpItem_Click(1);
+    pick("mnuHelpItem(1)");
     QWidget* viewer = nullptr;
     for (QWidget* window : QApplication::topLevelWidgets())
         if (window->windowTitle() == u"JEX Remote Control - Help")

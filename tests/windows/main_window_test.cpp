@@ -31,7 +31,7 @@ TEST_F(MainWindow, MenuItemsLiveWhileTheyCanAct) {
     EXPECT_EQ(asleep(), without);
     open(1);
     EXPECT_EQ(asleep(), QStringLiteral("mnuModemOpt(2) mnuToolsScreen(1)"));
-    form.mnuWinItem_Click(5);
+    pick("mnuWinItem(5)");
     EXPECT_EQ(asleep(), without);
 }
 
@@ -40,16 +40,18 @@ TEST_F(MainWindow, MenuItemsLiveWhileTheyCanAct) {
 TEST_F(MainWindow, ABoxHoldsTheMenu) {
     QMenuBar bar;
     int calls = 0;
-    MenuHandlers handlers;
-    handlers.can_make_faults = true;
-    for (auto* handler :
-         {&handlers.mnuMachineItem_Click, &handlers.mnuModemItem_Click, &handlers.mnuModemOpt_Click,
-          &handlers.mnuToolsItem_Click, &handlers.mnuToolsScreen_Click, &handlers.mnuToolsSram_Click,
-          &handlers.mnuWinItem_Click, &handlers.mnuHelpItem_Click})
-        *handler = [&](int) { ++calls; };
-    MainMenu menu(bar, handlers);
-    menu.set_amplifier_open(true);
-    const auto* debug = child<QAction>(bar, "mnuModemOpt(3)");
+    MainMenu menu(bar, false);
+    const auto count = [&] { ++calls; };
+    QAction* debug = nullptr;
+    menu.add(
+        {.name = "mnuHelp",
+         .caption = "&Help",
+         .array = "mnuHelpItem",
+         .rows = {{"&About", count},
+                  {.caption = "&Options",
+                   .array = "mnuModemOpt",
+                   .rows = {{.caption = "&Show Debug", .click = count, .checkable = true, .item = &debug}}}},
+         .after = [&] { calls += 10; }});
     const auto trigger_all = [&] {
         calls = 0;
         for (QAction* item : bar.findChildren<QAction*>())
@@ -57,11 +59,11 @@ TEST_F(MainWindow, ABoxHoldsTheMenu) {
                 item->trigger();
         return calls;
     };
-    EXPECT_EQ(trigger_all(), 32);
+    EXPECT_EQ(trigger_all(), 22);
     EXPECT_TRUE(debug->isChecked());
     QDialog tool(&form);
     tool.show();
-    EXPECT_EQ(trigger_all(), 32);
+    EXPECT_EQ(trigger_all(), 22);
     EXPECT_FALSE(debug->isChecked());
     when_box_opens([&](QMessageBox& box) {
         EXPECT_EQ(trigger_all(), 0);
@@ -84,7 +86,7 @@ TEST_F(MainWindow, ArrangesTheHeads) {
     auto* area = child<QMdiArea>(form, "MdiArea");
     const int width = area->viewport()->width();
 
-    form.mnuWinItem_Click(0);
+    pick("mnuWinItem(0)");
     EXPECT_EQ(windows[0]->pos(), QPoint(0, 0));
     EXPECT_EQ(windows[0]->width(), width);
     EXPECT_EQ(windows[2]->geometry().top(), windows[0]->geometry().bottom() + 1);
@@ -92,17 +94,17 @@ TEST_F(MainWindow, ArrangesTheHeads) {
     EXPECT_EQ(windows[1]->geometry().bottom() + 1, area->viewport()->height());
     EXPECT_LE(windows[2]->geometry().bottom(), windows[1]->geometry().top());
 
-    form.mnuWinItem_Click(1);
+    pick("mnuWinItem(1)");
     EXPECT_EQ(windows[2]->x(), windows[0]->geometry().right() + 1);
     EXPECT_EQ(windows[2]->geometry().right() + 1, width);
     EXPECT_EQ(windows[2]->y(), 0);
 
-    form.mnuWinItem_Click(2);
+    pick("mnuWinItem(2)");
     EXPECT_EQ(windows[0]->pos(), QPoint(0, 0));
     EXPECT_GT(windows[2]->x(), 0);
     EXPECT_EQ(windows[0]->size(), windows[2]->size());
 
-    form.mnuWinItem_Click(5);
+    pick("mnuWinItem(5)");
     EXPECT_EQ(station.open_count(), 0);
     EXPECT_TRUE(area->subWindowList().isEmpty() || area->currentSubWindow() == nullptr);
 }
@@ -163,7 +165,7 @@ TEST_F(MainWindow, PollingGoesOnBesideABoxOpenedWhileEventsRun) {
         const int before = frames_sent[1];
         EXPECT_TRUE(comes([&] { return frames_sent[1] > before; }));
     });
-    QTimer::singleShot(0, &form, [&] { form.mnuHelpItem_Click(4); });
+    QTimer::singleShot(0, &form, [&] { pick("mnuHelpItem(4)"); });
     person.let_events_run();
     EXPECT_EQ(told, "JEX REMOTE CONTROL PROGRAM\nVersion: 1.2.3\nMay 14, 2008");
 

@@ -61,7 +61,7 @@ TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
         EXPECT_EQ(exchanges, 4);
         link.on_traffic = nullptr;
     });
-    form.mnuMachineItem_Click(0);
+    pick("mnuMachineItem(0)");
     ASSERT_EQ(station.open_count(), 1);
     const HeadIdentity& found = form.active_machine()->head()->identity();
     EXPECT_EQ(found.unit_address, 5);
@@ -77,7 +77,7 @@ TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
         click(dialog, "cmdOk");
         dialog.reject();
     });
-    form.mnuMachineItem_Click(0);
+    pick("mnuMachineItem(0)");
     EXPECT_EQ(told, "This Address Is Used, Please Pick Up Another One.");
     EXPECT_EQ(link.settings()->port_name, "COM3:");
     EXPECT_EQ(station.open_count(), 1);
@@ -89,7 +89,7 @@ TEST_F(SetUpMenu, Setup422OpensTheLineAnewAndKeepsItsSettings) {
         when_box_opens();
         click(dialog, "cmdOk");
     });
-    form.mnuToolsItem_Click(2);
+    pick("mnuToolsItem(2)");
     EXPECT_EQ(told, "Com Settings Are Probably Not Right, Select Settings Again When Not Communicating");
     EXPECT_EQ(link.settings()->port_name, "COM4:");
     EXPECT_EQ(read_text_lines("rs422.dat"),
@@ -104,7 +104,7 @@ TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
             link.open_bus_port("COM9:", 1200, 0, 8, 1);  // there is none
             dialog.reject();
         });
-        new_amplifier ? form.mnuMachineItem_Click(0) : form.mnuToolsItem_Click(2);
+        new_amplifier ? pick("mnuMachineItem(0)") : pick("mnuToolsItem(2)");
         EXPECT_EQ(link.settings(), (LineSettings{"COM1:", 9600, 0, 8, 1}));
     }
     link.close_bus_port();
@@ -112,7 +112,7 @@ TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
         link.open_bus_port("COM2:", 1200, 0, 8, 1);
         dialog.reject();
     });
-    form.mnuMachineItem_Click(0);
+    pick("mnuMachineItem(0)");
     EXPECT_FALSE(link.bus_link_on());
 
     // An amplifier was found, but its panel closes again.
@@ -128,7 +128,7 @@ TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
         enter(dialog, "cboAddress", "5");
         click(dialog, "cmdOk");
     });
-    form.mnuMachineItem_Click(0);
+    pick("mnuMachineItem(0)");
     person.on_ask = nullptr;
     EXPECT_EQ(told, "File set4711.dat or band_set.dat corrupted.");
     EXPECT_EQ(link.settings(), (LineSettings{"COM3:", 1200, 0, 8, 1}));

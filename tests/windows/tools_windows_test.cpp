@@ -35,7 +35,7 @@ class ToolWindows : public Desk {
                 name_it();
                 click(dialog, "cmdOk");
             });
-        form.mnuToolsSram_Click(index);
+        pick(index == 0 ? "mnuToolsSram(0)" : "mnuToolsSram(1)");
         return block();
     }
 
@@ -209,10 +209,10 @@ TEST_F(ToolWindows, StaysInFrontOfTheMainWindow) {
 TEST_F(ToolWindows, Console) {
     open(2);
     open(1);
-    form.mnuToolsItem_Click(3);
+    pick("mnuToolsItem(3)");
     auto* window = form.findChild<frmIntact*>();
     ASSERT_TRUE(window != nullptr && QTest::qWaitForWindowActive(window));
-    form.mnuToolsItem_Click(3);
+    pick("mnuToolsItem(3)");
     EXPECT_EQ(form.findChildren<frmIntact*>().size(), 1);
     expect_spoken(*window, QStringLiteral("INTERACTIVE CONTROL"));
     EXPECT_FALSE(child<QWidget>(*window, "cmdRepeat")->isVisible());
