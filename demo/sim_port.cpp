@@ -37,4 +37,8 @@ WaitResult SimPort::wait_readable(Instant deadline) {
     return WaitResult::timed_out;
 }
 
+std::optional<Instant> SimPort::input_due() const {
+    return open_ ? bus_.next_due() : std::nullopt;
+}
+
 }  // namespace ampdesk::demo

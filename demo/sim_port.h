@@ -21,6 +21,7 @@ class SimPort : public SerialPort {
     PortError write(std::string_view bytes, Instant deadline) override;
     std::string read_waiting() override;
     WaitResult wait_readable(Instant deadline) override;
+    std::optional<Instant> input_due() const override;
 
   private:
     SimBus& bus_;

@@ -116,6 +116,10 @@ class SerialPort {
     // when the line is lost and when it is back.
     virtual int watch_handle() const { return -1; }
 
+    // For a port without such a descriptor: when input that is on its way will be there, an instant that
+    // has passed when some is waiting already; nothing when none is known to come.
+    virtual std::optional<Instant> input_due() const { return std::nullopt; }
+
     // Called once when an open line is lost (false) and once when it is back (true).
     std::function<void(bool connected)> on_connection_change;
 };

@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "demo/faults.h"
 #include "demo/sim_port.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/manual_line_wait.h"
 
 namespace ampdesk::demo {
 namespace {
@@ -141,6 +144,28 @@ TEST_F(PortTest, FaultsDelayAndSilenceReplies) {
     EXPECT_EQ(port.read_waiting().size(), 1U);
     only("silent on");
     EXPECT_EQ(exchange(1000ms), "nothing 1000 ");
+}
+
+// A wait over lines that sleeps past the answer, ends before it, or is held up by one that is closed.
+TEST_F(PortTest, AnswersEndAWaitOverSeveralLines) {
+    ManualLineWait line_wait(clock);
+    SimBus other_bus(clock);
+    SimPort closed(other_bus, clock);
+    const std::array<SerialPort*, 2> ports{&closed, &port};
+    const auto waited = [&] {
+        const Instant start = clock.now();
+        line_wait.wait(ports, start + 1s);
+        return clock.now() - start;
+    };
+    EXPECT_EQ(waited(), 1s);
+    make_fault(bus, "delay 700");
+    port.write(hex_bytes(k_ask_1), clock.now());
+    line_wait.wake();
+    EXPECT_EQ(waited(), 0s);
+    EXPECT_EQ(waited(), 700ms);
+    EXPECT_EQ(waited(), 0s);  // nobody has read it yet
+    EXPECT_EQ(to_hex(port.read_waiting()), k_status_1);
+    EXPECT_EQ(waited(), 1s);
 }
 
 // A closed port that still speaks, or an answer from before that greets the next opener.

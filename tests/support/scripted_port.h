@@ -61,6 +61,9 @@ class ScriptedPort : public SerialPort {
         clock_.sleep_until(arrives ? due_.begin()->first : deadline);
         return arrives ? WaitResult::data : WaitResult::timed_out;
     }
+    std::optional<Instant> input_due() const override {
+        return is_connected() && !due_.empty() ? std::optional(due_.begin()->first) : std::nullopt;
+    }
 
     // The answer to the next write that has none yet; an empty one is silence.
     void answer(Answer arrivals) { answers_.push_back(std::move(arrivals)); }
