@@ -13,9 +13,9 @@ endif()
 if(AMPDESK_SANITIZE)
   # -Wmaybe-uninitialized sees ghosts in the library's headers (std::regex) under the sanitizers.
   target_compile_options(ampdesk_options INTERFACE
-    -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer
+    -fsanitize=${AMPDESK_SANITIZE} -fno-sanitize-recover=undefined -fno-omit-frame-pointer
     -Wno-maybe-uninitialized)
-  target_link_options(ampdesk_options INTERFACE -fsanitize=address,undefined)
+  target_link_options(ampdesk_options INTERFACE -fsanitize=${AMPDESK_SANITIZE})
 endif()
 if(AMPDESK_FUZZ)
   # The assertions see what no sanitizer does: an index past the end of a string_view.
@@ -69,8 +69,11 @@ function(ampdesk_use_moc name)
   endif()
 endfunction()
 
-# ampdesk_windows(NAME FOLDER folder [LINK lib…])
+# ampdesk_windows(NAME FOLDER folder [LINK lib…]); nothing in a build without windows.
 function(ampdesk_windows name)
+  if(NOT AMPDESK_WINDOWS)
+    return()
+  endif()
   ampdesk_logic(${name} ${ARGN})
   get_target_property(type ${name} TYPE)
   if(type STREQUAL "STATIC_LIBRARY")
@@ -84,7 +87,8 @@ endfunction()
 
 include(GoogleTest)
 
-# ampdesk_test(NAME FOLDER folder [LINK lib…]): a GoogleTest program, one ctest entry a case.
+# ampdesk_test(NAME FOLDER folder [LINK lib…]): a GoogleTest program, one ctest entry a case, labelled with the
+# folder.
 function(ampdesk_test name)
   cmake_parse_arguments(ARG "" "FOLDER" "LINK" ${ARGN})
   ampdesk_sources(sources ${ARG_FOLDER})
@@ -92,12 +96,15 @@ function(ampdesk_test name)
     add_executable(${name} ${sources})
     target_link_libraries(${name} PRIVATE test_support ${ARG_LINK} GTest::gtest GTest::gtest_main)
     target_compile_definitions(${name} PRIVATE TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 LABELS ${ARG_FOLDER})
   endif()
 endfunction()
 
 # As ampdesk_test, with windows on the offscreen platform; brings its own main().
 function(ampdesk_widget_test name)
+  if(NOT AMPDESK_WINDOWS)
+    return()
+  endif()
   cmake_parse_arguments(ARG "" "FOLDER" "LINK" ${ARGN})
   ampdesk_sources(sources ${ARG_FOLDER})
   if(sources)
@@ -106,6 +113,6 @@ function(ampdesk_widget_test name)
     target_link_libraries(${name} PRIVATE test_support ${ARG_LINK} Qt6::Test Qt6::Widgets GTest::gtest)
     set(offscreen "QT_QPA_PLATFORM=offscreen;QT_ACCESSIBILITY=0")
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
-      PROPERTIES TIMEOUT 120 ENVIRONMENT "${offscreen}")
+      PROPERTIES TIMEOUT 120 LABELS ${ARG_FOLDER} ENVIRONMENT "${offscreen}")
   endif()
 endfunction()
