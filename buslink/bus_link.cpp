@@ -162,6 +162,8 @@ void BusLink::end(BusFailure failure) {
         unsettled_ = false;
         reply_.took = now - sent_at_;
     }
+    if (binary_ && failure != BusFailure::cut)
+        unanswered_ = failure == BusFailure::none ? 0 : unanswered_ + 1;
     due_ = now + (failure == BusFailure::not_sent ? Duration::zero() : command_.rest);
     stage_ = Stage::resting;
 }
@@ -170,7 +172,6 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
                                   Duration limit) {
     BusReply result = carry_out({.address = address, .command = std::string(command), .limit = limit});
     failure_ = result.failure;
-    unanswered_ = failure_ == BusFailure::none ? 0 : unanswered_ + 1;
     last_bus_frame = std::move(result.frame);
     if (failure_ == BusFailure::none)
         last_reply_time = result.took;

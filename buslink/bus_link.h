@@ -148,7 +148,7 @@ class BusLink {
     // Of the last bus_command, whoever made it: to be asked before events run again.
     BusFailure failure() const { return failure_; }
 
-    // How many times in a row bus_command got no reply, from whomever.
+    // How many binary commands in a row got no reply, from whomever.
     int unanswered_in_a_row() const { return unanswered_; }
 
     // Whether a reply with another second header byte is not taken for that amplifier's.
