@@ -84,6 +84,10 @@ void ServiceEngineer::begin() {
 void ServiceEngineer::turn() {
     if (clock_.now() < due_)
         return;
+    if (telling_) {
+        due_ = clock_.now() + milliseconds(100);
+        return;
+    }
     if (!transfer_)
         begin();
     if (!transfer_->nvram_running && transfer_->panel().start_enabled)
@@ -92,19 +96,17 @@ void ServiceEngineer::turn() {
         transfer_->exit();
     else if (chance_.one_in(500))
         transfer_->pause();
-    const bool outermost = !std::exchange(running_, true);
     const Turn turn(line_, Speaker::nvram);
-    const auto wait = transfer_->nvram_transfer_run();
-    if (!outermost) {
-        due_ = clock_.now() + wait.value_or(milliseconds(100));
+    telling_ = true;
+    exchange_once(bus_, *transfer_);
+    telling_ = false;
+    const auto next = transfer_->due();
+    if (next || (transfer_->panel().start_enabled && !transfer_->nvram_abort)) {
+        due_ = next ? *next : clock_.now() + milliseconds(chance_.number(0, 20'000));
         return;
     }
-    running_ = false;
-    due_ = clock_.now() + wait.value_or(milliseconds(chance_.number(0, 20'000)));
-    if (transfer_->nvram_abort || !(wait || transfer_->panel().start_enabled)) {
-        judge();
-        due_ = clock_.now() + milliseconds(chance_.number(0, 120'000));
-    }
+    judge();
+    due_ = clock_.now() + milliseconds(chance_.number(0, 120'000));
 }
 
 void ServiceEngineer::leave() {

@@ -66,7 +66,7 @@ class ServiceEngineer {
     const std::string path_;
 
     std::unique_ptr<NvramTransfer> transfer_;
-    bool running_ = false;  // a step is on the stack
+    bool telling_ = false;  // a message of the transfer is open
     int address_ = 0;
     Blocks before_;                   // the memory as it was when the transfer began
     std::vector<NvramBlock> wanted_;  // what the file to be written holds, as far as it is sound

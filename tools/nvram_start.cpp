@@ -34,16 +34,17 @@ std::optional<std::string> choose_file_to_read_into(Operator& person) {
 
 }  // namespace
 
-std::unique_ptr<NvramTransfer> start_nvram_transfer(NvramTransfer::Mode mode, std::int16_t unit_address,
-                                                    BusLink& bus, Operator& person) {
-    const auto path =
-        mode == NvramTransfer::Mode::set ? choose_file_to_set(person) : choose_file_to_read_into(person);
-    if (!path)
-        return nullptr;
+std::optional<std::string> choose_nvram_file(NvramTransfer::Mode mode, Operator& person) {
+    return mode == NvramTransfer::Mode::set ? choose_file_to_set(person) : choose_file_to_read_into(person);
+}
+
+std::unique_ptr<NvramTransfer> make_nvram_transfer(NvramTransfer::Mode mode, const std::string& path,
+                                                   std::int16_t unit_address, BusLink& bus,
+                                                   Operator& person) {
     try {
-        return std::make_unique<NvramTransfer>(mode, *path, unit_address, bus, person);
+        return std::make_unique<NvramTransfer>(mode, path, unit_address, bus, person);
     } catch (const RunTimeError& error) {
-        person.notify(error.what(), *path);
+        person.notify(error.what(), path);
         return nullptr;
     }
 }

@@ -51,68 +51,77 @@ NvramTransfer::NvramTransfer(Mode mode, const std::string& path, std::int16_t un
 }
 
 void NvramTransfer::start() {
+    if (ended_ || nvram_abort)
+        return;
     nvram_running = true;
-    under_way_ = true;
+    panel_.under_way = true;
     panel_.start_caption = "Continue";
     panel_.start_enabled = false;
     panel_.pause_enabled = true;
+    tell_panel();
 }
 
 void NvramTransfer::pause() {
+    if (ended_ || nvram_abort)
+        return;
     nvram_running = false;
     panel_.pause_enabled = false;
     panel_.start_enabled = true;
+    tell_panel();
+}
+
+void NvramTransfer::exit() {
+    nvram_abort = true;
+    if (const std::string cause = close_files(); !cause.empty())
+        operator_.notify(cause, path_);
 }
 
 void NvramTransfer::unload() {
-    nvram_abort = true;
-    under_way_ = false;
-    close_files();
+    exit();
     nvram_block = 0;
+    panel_.under_way = false;
     panel_.start_caption = "Start";
+    tell_panel();
 }
 
-std::optional<Duration> NvramTransfer::nvram_transfer_run() {
-    if (stepping_)
-        return BusLink::k_reply_limit;
-    if (nvram_abort)
-        close_files();
-    if (nvram_abort || (!nvram_running && stage_ == Stage::none))
+std::optional<Instant> NvramTransfer::due() const {
+    if (over() || stage_ == Stage::asked)
         return std::nullopt;
-    const Instant now = bus_.clock().now();
-    if (stage_ == Stage::announced && now < next_attempt_)
-        return next_attempt_ - now;
-    stepping_ = true;
+    return stage_ == Stage::announced ? next_attempt_ : Instant{};
+}
+
+std::optional<BusCommand> NvramTransfer::next() {
+    if (over())
+        return std::nullopt;
     try {
-        nvram_transfer_step();
+        if (stage_ == Stage::none)
+            begin();
     } catch (const RunTimeError& error) {
         fail(error.what());
     }
-    stepping_ = false;
-    if (nvram_abort || (!nvram_running && stage_ == Stage::none))
+    const Instant now = bus_.clock().now();
+    if (stage_ != Stage::announced || now < next_attempt_ || !is_on_its_line())
         return std::nullopt;
-    return Duration::zero();
+    stage_ = Stage::asked;
+    asked_at_ = now;
+    return BusCommand{.address = unit_address_,
+                      .command = reading_back_ ? nvram_read_command(block_.number) : command_};
 }
 
-void NvramTransfer::nvram_transfer_step() {
-    switch (stage_) {
-        case Stage::none:
-            begin();
-            break;
-        case Stage::announced:
-            exchange();
-            break;
-        case Stage::exchanged:
-            take_reply();
-            break;
-        case Stage::shown:
-            if (nvram_mode == Mode::read)
-                judge_read();
-            else if (reading_back_)
-                judge_read_back();
-            else
-                judge_set();
-            break;
+void NvramTransfer::ended(const BusReply& reply) {
+    if (nvram_abort)
+        return;
+    stage_ = Stage::announced;
+    if (reply.failure == BusFailure::cut)
+        return;
+    next_attempt_ = bus_.port().is_connected() ? asked_at_ : asked_at_ + k_unplugged_pace;
+    reply_ = reply.bytes;
+    status_ = reply_.size();
+    spoilt_ = reply.failure == BusFailure::bad_crc;
+    try {
+        take_reply();
+    } catch (const RunTimeError& error) {
+        fail(error.what());
     }
 }
 
@@ -166,22 +175,17 @@ void NvramTransfer::attempt(Duration rest) {
                                              : "Setting block #" + block + "   Errors:" + errors +
                                                    "  Status:" + std::to_string(status_);
     stage_ = Stage::announced;
+    tell_panel();
 }
 
-void NvramTransfer::exchange() {
+bool NvramTransfer::is_on_its_line() {
     const auto line = bus_.settings();
     if (!line_)
         line_ = line;
-    if (line && *line != *line_) {
-        fail("Another line has been opened during the transfer");
-        return;
-    }
-    const Instant begun = bus_.clock().now();
-    const std::string command = reading_back_ ? nvram_read_command(block_.number) : command_;
-    status_ = static_cast<std::size_t>(bus_.bus_command(unit_address_, command, reply_));
-    spoilt_ = bus_.failure() == BusFailure::bad_crc;
-    next_attempt_ = bus_.port().is_connected() ? begun : begun + k_unplugged_pace;
-    stage_ = Stage::exchanged;
+    if (!line || *line == *line_)
+        return true;
+    fail("Another line has been opened during the transfer");
+    return false;
 }
 
 void NvramTransfer::take_reply() {
@@ -199,7 +203,13 @@ void NvramTransfer::take_reply() {
     }
     silent_ = 0;
     panel_.output = hex_listing(reply_);
-    stage_ = Stage::shown;
+    tell_panel();
+    if (nvram_mode == Mode::read)
+        judge_read();
+    else if (reading_back_)
+        judge_read_back();
+    else
+        judge_set();
 }
 
 // The amplifier's answer to an earlier question may come when this one is open, and be sound. One that
@@ -247,7 +257,6 @@ void NvramTransfer::judge_set() {
         return;
     }
     reading_back_ = true;
-    stage_ = Stage::announced;
 }
 
 // An amplifier that lets nobody read is believed when it says the same twice, with a vain wait of a
@@ -282,9 +291,10 @@ void NvramTransfer::set_is_over(bool refused) {
 }
 
 void NvramTransfer::end() {
+    ended_ = true;
     stage_ = Stage::none;
     nvram_running = false;
-    under_way_ = false;
+    panel_.under_way = false;
     if (on_end)
         on_end();
 }
@@ -293,8 +303,11 @@ void NvramTransfer::finish(const std::string& status, bool keep_file) {
     end();
     panel_.start_enabled = false;
     panel_.pause_enabled = false;
-    const bool whole = keep_file || close_files();
-    panel_.status = whole ? status : "nvRam Transfer failed";
+    const std::string cause = keep_file ? std::string() : close_files();
+    panel_.status = cause.empty() ? status : "nvRam Transfer failed";
+    tell_panel();
+    if (!cause.empty())
+        operator_.notify(cause, path_);
 }
 
 // The file failed in the middle: what has been written stays.
@@ -306,22 +319,31 @@ void NvramTransfer::fail(const std::string& cause) {
 
 void NvramTransfer::connection_error() {
     end();
-    operator_.notify("Cmd Receiving Error, Check Connection");
-    close_files();
     nvram_abort = true;
+    const std::string cause = close_files();
+    tell_panel();
+    operator_.notify("Cmd Receiving Error, Check Connection");
+    if (!cause.empty())
+        operator_.notify(cause, path_);
 }
 
-// False, after a message, when what was written may not have reached the disk.
-bool NvramTransfer::close_files() {
+// Empty, or why what was written may not have reached the disk.
+std::string NvramTransfer::close_files() {
     reader_.reset();
+    std::string cause;
     try {
         if (writer_)
             writer_->close();
-        return true;
     } catch (const RunTimeError& error) {
-        operator_.notify(error.what(), path_);
-        return false;
+        cause = error.what();
     }
+    writer_.reset();
+    return cause;
+}
+
+void NvramTransfer::tell_panel() {
+    if (on_panel)
+        on_panel();
 }
 
 }  // namespace ampdesk

@@ -7,14 +7,14 @@
 #include <optional>
 #include <string>
 
-#include "buslink/bus_link.h"
+#include "buslink/bus_guest.h"
 #include "platform/line_file.h"
 #include "platform/operator.h"
 #include "tools/nvram_file.h"
 
 namespace ampdesk {
 
-// What frmBlock shows; Latin-1.
+// What frmBlock shows and has to know; Latin-1.
 struct NvramPanel {
     std::string caption;
     std::string status_label;
@@ -24,10 +24,11 @@ struct NvramPanel {
     std::string start_caption = "Start";
     bool start_enabled = true;
     bool pause_enabled = false;
+    bool under_way = false;  // begun, and not at its end; a pause does not end it
     bool operator==(const NvramPanel&) const = default;
 };
 
-class NvramTransfer {
+class NvramTransfer : public BusGuest {
   public:
     enum class Mode : std::int16_t {
         read = 0,  // amplifier to file
@@ -39,25 +40,25 @@ class NvramTransfer {
     NvramTransfer(Mode mode, const std::string& path, std::int16_t unit_address, BusLink& bus,
                   Operator& person);
 
-    // The three buttons. Pause lets the block in hand come to its end.
+    // The three buttons. Pause lets the block in hand come to its end. Exit ends it and closes the file. Once
+    // it has ended the first two do nothing: they may be pressed before the end is seen.
     void start();
     void pause();
-    void exit() { nvram_abort = true; }
+    void exit();
 
-    // Goes on by at most one exchange and returns how long to wait before the next call; nothing
-    // when there is none to make before start(), or ever when nvram_abort is set (the file is then
-    // closed). Called from the event loop, which so has its turn before and after every exchange.
-    // A call while a message box of the transfer is open does nothing.
-    std::optional<Duration> nvram_transfer_run();
+    // One exchange at a time; nothing before start(), during a pause or ever again once nvram_abort is set.
+    std::optional<Instant> due() const override;
+    std::optional<BusCommand> next() override;
+    void ended(const BusReply& reply) override;
 
     // What the window does when it closes.
     void unload();
 
-    // Begun, and not at its end; a pause does not end it.
-    bool under_way() const { return under_way_; }
-
     // It has come to its end by itself. What there is to tell is told after this.
     std::function<void()> on_end;
+
+    // The panel has changed: every state of it is told once, and in its turn.
+    std::function<void()> on_panel;
 
     const NvramPanel& panel() const { return panel_; }
     std::int16_t unit_address() const { return unit_address_; }
@@ -68,17 +69,16 @@ class NvramTransfer {
     bool nvram_abort = false;
 
   private:
-    // Where the step in hand stands. Between any two of them events run.
+    // Where the step in hand stands.
     enum class Stage {
         none,       // no step in hand
         announced,  // the panel tells what goes out next
-        exchanged,  // the exchange is over
-        shown,      // the panel shows the reply
+        asked,      // it goes out
     };
-    void nvram_transfer_step();
+    bool over() const { return nvram_abort || (!nvram_running && stage_ == Stage::none); }
     void begin();
     void attempt(Duration rest = {});
-    void exchange();
+    bool is_on_its_line();
     void take_reply();
     void judge_read();
     void judge_set();
@@ -89,7 +89,8 @@ class NvramTransfer {
     void finish(const std::string& status, bool keep_file = false);
     void fail(const std::string& cause);
     void connection_error();
-    bool close_files();
+    std::string close_files();
+    void tell_panel();
 
     BusLink& bus_;
     Operator& operator_;
@@ -100,8 +101,7 @@ class NvramTransfer {
     NvramPanel panel_;
 
     Stage stage_ = Stage::none;
-    bool stepping_ = false;
-    bool under_way_ = false;
+    bool ended_ = false;
     int attempts_ = -1;
     int silent_ = 0;       // attempts without an answer since the last answer
     std::string command_;  // of the step in hand
@@ -117,9 +117,10 @@ class NvramTransfer {
     bool refused_ = false;             // what the reply said that is checked by it
     bool can_read_back_ = false;       // the amplifier has answered such a question
     std::size_t status_ = 0;           // the number that the panel shows of a line that is being set
+    Instant asked_at_{};
     Instant next_attempt_{};
-    std::optional<LineSettings>
-        line_;  // of the first exchange: the same address elsewhere is another amplifier
+    // Of the first exchange: the same address elsewhere is another amplifier.
+    std::optional<LineSettings> line_;
 };
 
 }  // namespace ampdesk

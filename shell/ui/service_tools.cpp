@@ -16,13 +16,14 @@ void ServiceTools::transfer_nvram(NvramTransfer::Mode mode) {
     if (!hooks_.rs422_mode())
         hooks_.set_up_line();
     hooks_.enable_nvram_items(false);
-    auto transfer = start_nvram_transfer(mode, hooks_.unit_address(), bus_, operator_);
+    const auto path = choose_nvram_file(mode, operator_);
+    auto transfer = path ? make_nvram_transfer(mode, *path, hooks_.unit_address(), bus_, operator_) : nullptr;
     if (!transfer) {
         hooks_.enable_nvram_items(true);
         return;
     }
     block_ = new frmBlock(
-        std::move(transfer), [this] { return operator_.letting_events_run(); }, &window_);
+        std::move(transfer), bus_, [this] { return operator_.letting_events_run(); }, &window_);
     block_->on_unload = [this] { hooks_.enable_nvram_items(true); };
     block_->show();
 }

@@ -150,8 +150,10 @@ TEST(Station, PollsOnBesideATransfer) {
             rig.clock.advance(1ms);  // a turn of the event loop
             if (rig.clock.now() >= visit)
                 visit = rig.clock.now() + rig.station.poll_windows();
-            if (transfer && transfer->nvram_transfer_run())
+            if (transfer && transfer->due()) {
+                exchange_once(rig.bus, *transfer);
                 continue;
+            }
             transfers += transfer ? 1 : 0;
             transfer = std::make_unique<NvramTransfer>(NvramTransfer::Mode::read, rig.folder / "nv.txt", 2,
                                                        rig.bus, rig.person);

@@ -113,8 +113,9 @@ class NvramLine : public LineLife {
     }
     void run(NvramTransfer& transfer, bool put_back = false) {
         transfer.start();
-        while (const auto wait = transfer.nvram_transfer_run()) {
-            clock.skip(*wait);
+        while (const auto due = transfer.due()) {
+            clock.sleep_until(*due);
+            exchange_once(link, transfer);
             if (put_back && !port.is_connected() && line) {
                 line->unplug();
                 plug_in();

@@ -38,23 +38,27 @@ class NvramTransferTest : public testing::Test {
 
     NvramTransfer& begin(Mode mode) {
         transfer = std::make_unique<NvramTransfer>(mode, path, 1, bus, person);
+        transfer->on_panel = [this] {
+            if (shown.empty() || shown.back() != transfer->panel().status)
+                shown.push_back(transfer->panel().status);
+        };
         return *transfer;
     }
 
-    // One call and everything that it was asked to wait for; false when there is nothing to do.
+    // An exchange at most, when it is due; false when there is nothing to do.
     bool turn() {
-        const auto wait = transfer->nvram_transfer_run();
-        if (wait)
-            clock.advance(*wait);
-        if (shown.empty() || shown.back() != transfer->panel().status)
-            shown.push_back(transfer->panel().status);
-        return wait.has_value();
+        const auto due = transfer->due();
+        if (due) {
+            clock.sleep_until(*due);
+            exchange_once(bus, *transfer);
+        }
+        return due.has_value();
     }
 
     // Runs until there is nothing to do; gives what lblStatus showed on the way.
     Texts run() {
-        shown.clear();
         transfer->start();
+        shown.clear();
         for (int turns = 0; turn(); ++turns)
             if (turns > 2000) {
                 ADD_FAILURE() << "the transfer does not end";
@@ -168,7 +172,7 @@ TEST_F(NvramTransferTest, SixSilentAttemptsEndIt) {
     bool open = false;
     person.on_ask = [&](const Message&) {
         open = true;
-        EXPECT_TRUE(transfer->nvram_transfer_run().has_value());  // its timer goes on beside the box
+        EXPECT_EQ(transfer->due(), std::nullopt);  // the bus goes on beside the box
     };
     EXPECT_EQ(run().back(), "Read block #1   Errs:5");
     EXPECT_TRUE(open);
@@ -210,7 +214,7 @@ TEST_F(NvramTransferTest, PauseContinueExit) {
     begin(Mode::read).start();
     EXPECT_EQ(transfer->panel().start_caption, "Continue");
     EXPECT_TRUE(transfer->panel().pause_enabled && !transfer->panel().start_enabled);
-    ASSERT_TRUE(turn() && turn());  // announced and exchanged
+    ASSERT_TRUE(turn());
     transfer->pause();
     EXPECT_TRUE(!transfer->panel().pause_enabled && transfer->panel().start_enabled);
     while (turn()) {
@@ -219,9 +223,13 @@ TEST_F(NvramTransferTest, PauseContinueExit) {
     EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
     port.answer(k_block_1);
     transfer->start();
-    ASSERT_TRUE(turn() && turn());
+    const auto asked = transfer->next();
+    ASSERT_TRUE(asked);
     EXPECT_EQ(shown.back(), "Read block #1   Errs:0");
     transfer->exit();
+    transfer->ended(bus.carry_out(*asked));
+    EXPECT_FALSE(turn());
+    transfer->start();
     EXPECT_FALSE(turn());
     transfer->unload();
     EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
@@ -424,7 +432,8 @@ TEST_F(NvramTransferTest, AsksForTheFile) {
         person.choices = c.choices;
         person.answers = c.answers;
         const std::string before = file_bytes(there);
-        const auto begun = start_nvram_transfer(c.mode, 1, bus, person);
+        const auto file = choose_nvram_file(c.mode, person);
+        const auto begun = file ? make_nvram_transfer(c.mode, *file, 1, bus, person) : nullptr;
         EXPECT_EQ(begun != nullptr, c.begun);
         EXPECT_EQ(person.take_texts(), c.told);
         EXPECT_EQ(person.prompts, Texts(c.choices.size(), c.mode == Mode::set ? "Open nvSram File To Read"

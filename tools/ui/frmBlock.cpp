@@ -33,16 +33,19 @@ void set_enabled_in_turn(QPushButton& first, bool first_enabled, QPushButton& se
 
 }  // namespace
 
-frmBlock::frmBlock(std::unique_ptr<NvramTransfer> transfer, std::function<bool()> must_wait, QWidget* parent)
-    : QDialog(parent), transfer_(std::move(transfer)), must_wait_(std::move(must_wait)) {
+frmBlock::frmBlock(std::unique_ptr<NvramTransfer> transfer, BusLink& bus, std::function<bool()> must_wait,
+                   QWidget* parent)
+    : QDialog(parent), transfer_(std::move(transfer)), bus_(bus), must_wait_(std::move(must_wait)) {
     build();
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &frmBlock::nvram_transfer_run);
     transfer_->on_end = [this] { withdraw_question(); };
+    transfer_->on_panel = [this] { refresh(); };
     refresh();
 }
 
 frmBlock::~frmBlock() {
+    transfer_->on_panel = nullptr;
     transfer_->unload();
 }
 
@@ -93,21 +96,19 @@ void frmBlock::refresh() {
     lblOutput_->label().setAccessibleDescription(lblOutputLbl_->text());
     cmdOk_->setText(from_latin1(panel.start_caption));
     set_enabled_in_turn(*cmdOk_, panel.start_enabled, *cmdCancel_, panel.pause_enabled);
+    repaint();  // the exchange that it announces may take a second
 }
 
 void frmBlock::cmdOk_Click() {
     transfer_->start();
-    refresh();
-    timer_.start(0);
+    arm();
 }
 
 void frmBlock::cmdCancel_Click() {
     transfer_->pause();
-    refresh();
 }
 
 void frmBlock::CmdExit_Click() {
-    transfer_->exit();
     Form_Unload();
 }
 
@@ -116,14 +117,18 @@ void frmBlock::nvram_transfer_run() {
         timer_.start(k_look_again);
         return;
     }
-    const std::optional<Duration> wait = transfer_->nvram_transfer_run();
-    if (transfer_->nvram_abort) {
+    exchange_once(bus_, *transfer_);
+    if (transfer_->nvram_abort)
         Form_Unload();
-        return;
-    }
-    refresh();
-    if (wait)
-        timer_.start(std::chrono::ceil<milliseconds>(*wait));
+    else
+        arm();
+}
+
+void frmBlock::arm() {
+    const auto due = transfer_->due();
+    if (due)
+        timer_.start(
+            std::chrono::ceil<milliseconds>(std::max<Duration>(*due - bus_.clock().now(), Duration::zero())));
 }
 
 void frmBlock::Form_Unload() {
@@ -143,7 +148,7 @@ void frmBlock::Form_Unload() {
 // question: a slip costs nothing, and no amplifier is left half set by a box that nobody sees. The end
 // takes the question back and stays to be read.
 void frmBlock::ask_to_leave() {
-    if (!transfer_->under_way()) {
+    if (!transfer_->panel().under_way) {
         CmdExit_Click();
         return;
     }
@@ -169,7 +174,7 @@ void frmBlock::withdraw_question() {
 }
 
 void frmBlock::closeEvent(QCloseEvent* event) {
-    event->setAccepted(unloaded_ || !transfer_->under_way());
+    event->setAccepted(unloaded_ || !transfer_->panel().under_way);
     ask_to_leave();
 }
 

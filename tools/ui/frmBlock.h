@@ -24,7 +24,8 @@ class frmBlock : public QDialog {
   public:
     // `must_wait` tells that the transfer has to leave the bus alone just now: somebody lets events
     // run between his own exchanges. The window deletes itself when it has closed.
-    frmBlock(std::unique_ptr<NvramTransfer> transfer, std::function<bool()> must_wait, QWidget* parent);
+    frmBlock(std::unique_ptr<NvramTransfer> transfer, BusLink& bus, std::function<bool()> must_wait,
+             QWidget* parent);
     ~frmBlock() override;
 
     void cmdOk_Click();
@@ -48,10 +49,12 @@ class frmBlock : public QDialog {
     void ask_to_leave();
     void withdraw_question();
     void nvram_transfer_run();
+    void arm();
     void refresh();
     void Form_Deactivate();
 
     std::unique_ptr<NvramTransfer> transfer_;
+    BusLink& bus_;
     std::function<bool()> must_wait_;
     QTimer timer_;
     bool unloaded_ = false;
