@@ -250,10 +250,9 @@ void BusLink::delay_ms(float milliseconds_) {
 std::int16_t BusLink::probe_link() {
     operator_.set_busy_pointer(true);
     std::string reply;
-    probe_failed = bus_command(bus_address, k_probe_command, reply) < 6 ? 1 : 0;
-    probe_marker = probe_failed != 0 ? "" : std::string(k_probe_command);
+    const bool answered = bus_command(bus_address, k_probe_command, reply) >= 6;
     operator_.set_busy_pointer(false);
-    return probe_failed;
+    return answered ? 0 : 1;
 }
 
 }  // namespace ampdesk

@@ -139,8 +139,6 @@ class BusLink {
     float text_reply_timeout = 0.394F;  // seconds; open_bus_port sets it from the baud rate
     std::string last_bus_frame;         // the last binary frame sent
     std::int16_t bus_address = 0;       // whom probe_link speaks to
-    std::int16_t probe_failed = 0;      // 1 when the last probe got no valid reply
-    std::string probe_marker;           // the probe command after a successful probe, else empty
 
     // How long the last answered bus_command took, from the sending to the whole reply.
     Duration last_reply_time{};

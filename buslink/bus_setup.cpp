@@ -1,9 +1,6 @@
 // The setup dialogs' rules, files and OK procedures.
 #include "buslink/bus_setup.h"
 
-#include <utility>
-
-#include "buslink/identity.h"
 #include "buslink/settings_files.h"
 #include "platform/numbers.h"
 #include "platform/run_time_error.h"
@@ -24,11 +21,6 @@ bool open_line(BusLink& bus, Operator& person, const BusChoices& choices) {
         return true;
     person.notify("Com Settings Are Not Valid, Select Settings Again.", bus.open_failure());
     return false;
-}
-
-bool answers(BusLink& bus, std::int16_t address) {
-    bus.bus_address = address;
-    return bus.probe_link() == 0;
 }
 
 }  // namespace
@@ -96,18 +88,23 @@ void save_bus_choices(const std::string& path, const BusChoices& choices, Operat
 }
 
 std::optional<SetupResult> AmplifierSetup::step(const BusChoices& choices) {
-    switch (std::exchange(stage_, Stage::find)) {
-        case Stage::number:
-            return read_number();
-        case Stage::model:
-            return read_model_name();
-        case Stage::find:
-            break;
+    if (!asking_) {
+        if (const auto refused = begin(choices))
+            return refused;
+        operator_.set_busy_pointer(true);
+        exchange_once(bus_, *asking_);
+        operator_.set_busy_pointer(false);
+    } else {
+        exchange_once(bus_, *asking_);
     }
-    return find(choices);
+    ask_person();
+    const auto found = result();
+    if (found)
+        asking_.reset();
+    return found;
 }
 
-std::optional<SetupResult> AmplifierSetup::find(const BusChoices& choices) {
+std::optional<SetupResult> AmplifierSetup::begin(const BusChoices& choices) {
     if (!hooks_.bus_in_use() && !open_line(bus_, operator_, choices))
         return SetupResult{};
     const std::int16_t address = address_value(choices);
@@ -116,43 +113,49 @@ std::optional<SetupResult> AmplifierSetup::find(const BusChoices& choices) {
             {.text = "This Address Is Used, Please Pick Up Another One.", .detail = {}, .icon = Icon::none});
         return SetupResult{};
     }
-    if (!answers(bus_, address)) {
-        operator_.notify("Read Status Failed, Check the Settings");
-        return SetupResult{};
-    }
-    found_ = {.outcome = Outcome::add, .unit_address = address};
-    line_ = bus_.settings();
-    stage_ = Stage::number;
+    asking_.emplace(bus_, address);
     return std::nullopt;
 }
 
-std::optional<SetupResult> AmplifierSetup::read_number() {
-    std::string serial_number = read_serial_number(bus_, found_.unit_address);
-    if (serial_number.empty())
-        serial_number = trimmed(operator_.input_box("Input amplifier serial number:").value_or(""));
-    if (serial_number.empty())
-        return SetupResult{.outcome = Outcome::close};
-    try {
-        found_.number = amplifier_number(serial_number);
-    } catch (const RunTimeError& error) {
-        operator_.notify(error.what());
-        return SetupResult{};
-    }
-    stage_ = Stage::model;
-    return std::nullopt;
+void AmplifierSetup::ask_person() {
+    if (asking_->state() == Identification::State::needs_number)
+        asking_->give_serial_number(operator_.input_box("Input amplifier serial number:").value_or(""));
+    if (asking_->state() != Identification::State::needs_band)
+        return;
+    const std::string band = hooks_.ask_band();
+    if (band.empty())
+        asking_->give_up();
+    else
+        asking_->give_band(band);
 }
 
-SetupResult AmplifierSetup::read_model_name() {
-    const std::optional<std::string> reported = read_model(bus_, found_.unit_address);
-    found_.model = reported ? *reported : hooks_.ask_band();
-    if (!reported && found_.model.empty())
-        return {.outcome = Outcome::close};
-    // A question may have stood for long, and a remote station may have opened another line meanwhile.
-    if (bus_.settings() != line_) {
-        operator_.notify("Read Status Failed, Check the Settings", "Another line has been opened meanwhile");
-        return {};
+// Nothing while there is more to be asked. What has failed is told.
+std::optional<SetupResult> AmplifierSetup::result() {
+    constexpr std::string_view k_status_failed = "Read Status Failed, Check the Settings";
+    using State = Identification::State;
+    switch (asking_->state()) {
+        case State::working:
+        case State::needs_number:
+        case State::needs_band:
+            return std::nullopt;
+        case State::done:
+            return SetupResult{.outcome = Outcome::add,
+                               .unit_address = static_cast<std::int16_t>(asking_->address()),
+                               .number = asking_->number(),
+                               .model = asking_->model()};
+        case State::given_up:
+            return SetupResult{.outcome = Outcome::close};
+        case State::no_status:
+            operator_.notify(k_status_failed);
+            break;
+        case State::another_line:
+            operator_.notify(k_status_failed, "Another line has been opened meanwhile");
+            break;
+        case State::number_too_large:
+            operator_.notify(asking_->failure());
+            break;
     }
-    return found_;
+    return SetupResult{};
 }
 
 std::optional<SetupResult> LineSetup::step(const BusChoices& choices) {
@@ -168,7 +171,10 @@ std::optional<SetupResult> LineSetup::step(const BusChoices& choices) {
     } catch (const RunTimeError& error) {
         operator_.notify(error.what(), rs422_path_);
     }
-    if (!answers(bus_, address_value(choices)))
+    operator_.set_busy_pointer(true);
+    const bool answered = answers_probe(bus_.carry_out(status_probe(address_value(choices))));
+    operator_.set_busy_pointer(false);
+    if (!answered)
         operator_.notify("Com Settings Are Probably Not Right, Select Settings Again When Not Communicating");
     return SetupResult{.outcome = Outcome::close};
 }

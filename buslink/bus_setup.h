@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "buslink/bus_link.h"
+#include "buslink/identity.h"
 #include "buslink/line_settings.h"
 #include "platform/operator.h"
 
@@ -83,17 +84,14 @@ class AmplifierSetup : public BusSetup {
     std::optional<SetupResult> step(const BusChoices& choices) override;
 
   private:
-    enum class Stage { find, number, model };
-    std::optional<SetupResult> find(const BusChoices& choices);
-    std::optional<SetupResult> read_number();
-    SetupResult read_model_name();
+    std::optional<SetupResult> begin(const BusChoices& choices);
+    void ask_person();
+    std::optional<SetupResult> result();
 
     BusLink& bus_;
     Operator& operator_;
     Hooks hooks_;
-    Stage stage_ = Stage::find;
-    SetupResult found_;
-    std::optional<LineSettings> line_;  // where it was found
+    std::optional<Identification> asking_;
 };
 
 // OK of frmSerial: opens the line anew, keeps its settings in "rs422.dat" and looks whether the
