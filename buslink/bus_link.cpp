@@ -172,7 +172,6 @@ std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command
                                   Duration limit) {
     BusReply result = carry_out({.address = address, .command = std::string(command), .limit = limit});
     failure_ = result.failure;
-    last_bus_frame = std::move(result.frame);
     if (failure_ == BusFailure::none)
         last_reply_time = result.took;
     reply = std::move(result.bytes);

@@ -137,7 +137,6 @@ class BusLink {
     Clock& clock() { return clock_; }
 
     float text_reply_timeout = 0.394F;  // seconds; open_bus_port sets it from the baud rate
-    std::string last_bus_frame;         // the last binary frame sent
     std::int16_t bus_address = 0;       // whom probe_link speaks to
 
     // How long the last answered bus_command took, from the sending to the whole reply.

@@ -1,7 +1,5 @@
 #include "tools/console.h"
 
-#include <utility>
-
 #include "buslink/wire/binary_frame.h"
 #include "platform/numbers.h"
 #include "tools/hex_text.h"
@@ -39,91 +37,79 @@ std::string readable(std::string_view bytes) {
     return text;
 }
 
-void CommandHistory::add(const std::string& command) {
-    if (commands_.empty() || commands_.back() != command)
-        commands_.push_back(command);
-    if (commands_.size() > k_length)
-        commands_.erase(commands_.begin());
-    at_ = commands_.size() - 1;  // the entry still shows it
-    draft_.clear();
-}
-
-bool CommandHistory::recalled(const std::string& shown) const {
-    return at_ < commands_.size() && commands_[at_] == shown;
-}
-
-std::string CommandHistory::older(const std::string& shown) {
-    if (!recalled(shown)) {
-        draft_ = shown;
-        at_ = commands_.size();
-    }
-    if (at_ > 0)
-        --at_;
-    return commands_.empty() ? shown : commands_[at_];
-}
-
-std::string CommandHistory::newer(const std::string& shown) {
-    if (!recalled(shown))
-        return shown;
-    ++at_;
-    return at_ < commands_.size() ? commands_[at_] : draft_;
-}
-
-std::optional<Console::Result> Console::send(std::int16_t unit_address, const std::string& text) {
-    if (!text.empty())
-        history.add(text);
+bool Console::begin(std::int16_t unit_address, const std::string& text) {
+    if (waiting_.size() >= k_most_waiting)
+        return false;
     const bool in_hex = console_mode == k_hex_mode;
     const std::optional<std::string> payload = in_hex ? parse_hex_command(text) : text;
     if (!payload) {
         operator_.notify("Invalid command format, the command has to be in hex byte format");
-        return std::nullopt;
+        return false;
     }
     if (payload->size() > k_longest_command) {
         operator_.notify("The command is too long", "A frame holds 255 bytes at most.");
-        return std::nullopt;
+        return false;
     }
+    waiting_.push_back({.unit_address = unit_address, .payload = *payload, .in_hex = in_hex});
     if (on_sending)
         on_sending();
+    return true;
+}
+
+std::optional<Instant> Console::due() const {
+    return waiting_.empty() || asked_ ? std::nullopt : std::optional(Instant{});
+}
+
+std::optional<BusCommand> Console::next() {
+    if (waiting_.empty())
+        return std::nullopt;
+    const Typed& typed = waiting_.front();
+    if (bus_.bus_link_on()) {
+        asked_ = true;
+        return BusCommand{.address = typed.unit_address, .command = typed.payload};
+    }
+    tell({.unit_address = typed.unit_address, .output = why_not_sent()});
+    return std::nullopt;
+}
+
+void Console::ended(const BusReply& reply) {
+    asked_ = false;
+    const Typed& typed = waiting_.front();
+    if (reply.failure == BusFailure::not_sent)
+        tell({.unit_address = typed.unit_address, .output = why_not_sent()});
+    else
+        tell(result_of(typed, reply));
+}
+
+void Console::tell(const Result& result) {
+    waiting_.pop_front();
+    if (on_result)
+        on_result(result);
+}
+
+std::string Console::why_not_sent() const {
     if (!bus_.bus_link_on())
-        return not_sent();
-    return in_hex ? exchange_hex(unit_address, *payload) : exchange_text(unit_address, *payload);
+        return "The port is not open";
+    return bus_.port().is_connected() ? "The line does not take the command" : "The line is lost";
 }
 
-Console::Result Console::not_sent() const {
-    if (!bus_.bus_link_on())
-        return {.output = "The port is not open"};
-    return {.output = bus_.port().is_connected() ? "The line does not take the command" : "The line is lost"};
-}
-
-Console::Result Console::exchange_hex(std::int16_t unit_address, const std::string& payload) {
-    std::string reply;
-    const auto count = static_cast<std::size_t>(bus_.bus_command(unit_address, payload, reply));
-    const std::string sent = std::exchange(bus_.last_bus_frame, {});
-    if (bus_.failure() == BusFailure::not_sent)
-        return not_sent();
-    if (count == 0)
-        reply = "There is no response";
-    std::string text_line;
-    if (payload[0] == k_text_answer)
-        text_line = "Asc Answer: " + (reply.size() > k_text_begins ? reply.substr(k_text_begins) : "") + " ";
-    return {.sent = true,
-            .answered = count > 0,
-            .output = "Data Sent(Hex): " + hex_listing(sent) + "\r\nData Recv(Hex): " +
-                      hex_listing(std::string_view(reply).substr(0, count)) + "\r\n" + text_line};
-}
-
-// A reply is not shown in this mode, and the blanks that wait for one are shown when there is none:
-// its readers know it so.
-Console::Result Console::exchange_text(std::int16_t unit_address, const std::string& payload) {
-    std::string reply;
-    const bool answered = bus_.bus_command(unit_address, payload, reply) != 0;
-    if (bus_.failure() == BusFailure::not_sent)
-        return not_sent();
-    reply.assign(answered ? 0 : k_reply_blanks, ' ');
-    return {.sent = true,
-            .answered = answered,
-            .output = left_aligned("Data Sent: " + readable(bus_.last_bus_frame), k_sent_width) +
-                      "        Data Recv: " + readable(reply)};
+// In text mode a reply is not shown, and the blanks that wait for one are shown when there is none: its
+// readers know it so.
+Console::Result Console::result_of(const Typed& typed, const BusReply& reply) const {
+    Result result{
+        .unit_address = typed.unit_address, .sent = true, .answered = reply.failure == BusFailure::none};
+    if (!typed.in_hex) {
+        result.output = left_aligned("Data Sent: " + readable(reply.frame), k_sent_width) +
+                        "        Data Recv: " + std::string(result.answered ? 0 : k_reply_blanks, ' ');
+        return result;
+    }
+    result.output = "Data Sent(Hex): " + hex_listing(reply.frame) +
+                    "\r\nData Recv(Hex): " + hex_listing(reply.bytes) + "\r\n";
+    const std::string text = result.answered ? reply.bytes : "There is no response";
+    if (typed.payload[0] == k_text_answer)
+        result.output +=
+            "Asc Answer: " + (text.size() > k_text_begins ? text.substr(k_text_begins) : "") + " ";
+    return result;
 }
 
 }  // namespace ampdesk

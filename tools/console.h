@@ -3,13 +3,13 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "buslink/bus_link.h"
+#include "buslink/bus_guest.h"
 #include "platform/operator.h"
 
 namespace ampdesk {
@@ -22,55 +22,50 @@ std::optional<std::string> parse_hex_command(std::string_view text);
 // Printable characters as they are, every other one as "[" + two upper-case hexadecimal digits + "h]".
 std::string readable(std::string_view bytes);
 
-// The last twenty commands. A command like the one before it is kept once.
-class CommandHistory {
-  public:
-    static constexpr std::size_t k_length = 20;
-
-    void add(const std::string& command);
-
-    // What the entry shows after the up or down key, given what it shows now. Up leads to older
-    // commands and stays at the oldest; down leads back, in the end to the text that was there first.
-    std::string older(const std::string& shown);
-    std::string newer(const std::string& shown);
-
-  private:
-    bool recalled(const std::string& shown) const;
-
-    std::vector<std::string> commands_;
-    std::size_t at_ = 0;  // the command that is shown; one past the last for none
-    std::string draft_;   // what was typed before the first up key
-};
-
-class Console {
+class Console : public BusGuest {
   public:
     static constexpr std::int16_t k_hex_mode = 7;
+    static constexpr std::size_t k_most_waiting = 20;  // commands that have not gone out
 
     Console(BusLink& bus, Operator& person) : bus_(bus), operator_(person) {}
 
     struct Result {
+        std::int16_t unit_address = 0;  // whom the command was for
         bool sent = false;
         bool answered = false;
         std::string output{};  // what LblOutput shows
     };
 
-    // Sends the command and waits for the reply. Nothing, after a message, for a text that is no
-    // command or longer than a frame holds; nothing is sent then. Both are kept in the history.
-    std::optional<Result> send(std::int16_t unit_address, const std::string& text);
+    // Takes a command that is to be sent behind those that wait. False, after a message, for a text that is
+    // no command or longer than a frame holds; false without one while too many wait.
+    bool begin(std::int16_t unit_address, const std::string& text);
 
-    // The command is sound and goes out now.
+    std::optional<Instant> due() const override;
+    std::optional<BusCommand> next() override;
+    void ended(const BusReply& reply) override;
+
+    // The command is sound and will be sent.
     std::function<void()> on_sending;
 
-    CommandHistory history;
+    // What came of a command; once for each that was taken.
+    std::function<void(const Result&)> on_result;
+
     std::int16_t console_mode = k_hex_mode;  // any other value is text mode
 
   private:
-    Result not_sent() const;
-    Result exchange_hex(std::int16_t unit_address, const std::string& payload);
-    Result exchange_text(std::int16_t unit_address, const std::string& payload);
+    struct Typed {
+        std::int16_t unit_address = 0;
+        std::string payload;
+        bool in_hex = true;
+    };
+    Result result_of(const Typed& typed, const BusReply& reply) const;
+    std::string why_not_sent() const;
+    void tell(const Result& result);
 
     BusLink& bus_;
     Operator& operator_;
+    std::deque<Typed> waiting_;  // the first one is under way when asked_ is true
+    bool asked_ = false;
 };
 
 }  // namespace ampdesk

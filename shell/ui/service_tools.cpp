@@ -30,7 +30,7 @@ void ServiceTools::transfer_nvram(NvramTransfer::Mode mode) {
 
 void ServiceTools::interactive() {
     if (!intact_)
-        intact_ = new frmIntact(console_, hooks_.unit_address, &window_);
+        intact_ = new frmIntact(console_, history_, bus_, hooks_.unit_address, &window_);
     intact_->show();
     intact_->raise();
     intact_->activateWindow();

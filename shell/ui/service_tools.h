@@ -41,6 +41,7 @@ class ServiceTools {
     QtOperator& operator_;
     Hooks hooks_;
     Console console_;
+    CommandHistory history_;  // from one opening of its window to the next
     QPointer<frmBlock> block_;
     QPointer<frmIntact> intact_;
 };

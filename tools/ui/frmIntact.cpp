@@ -16,15 +16,26 @@ namespace {
 constexpr int k_output_lines = 14;
 }
 
-frmIntact::frmIntact(Console& console, std::function<std::int16_t()> unit_address, QWidget* parent)
-    : QDialog(parent), console_(console), unit_address_(std::move(unit_address)) {
+frmIntact::frmIntact(Console& console, CommandHistory& history, BusLink& bus,
+                     std::function<std::int16_t()> unit_address, QWidget* parent)
+    : QDialog(parent),
+      console_(console),
+      history_(history),
+      bus_(bus),
+      unit_address_(std::move(unit_address)) {
     setAttribute(Qt::WA_DeleteOnClose);
     build();
     console_.on_sending = [this] {
         LblOutput_->set_text({});
         LblOutput_->label().repaint();
     };
+    console_.on_result = [this](const Console::Result& result) { show_result(result); };
     Form_Load();
+}
+
+frmIntact::~frmIntact() {
+    console_.on_sending = nullptr;
+    console_.on_result = nullptr;
 }
 
 void frmIntact::build() {
@@ -88,12 +99,16 @@ void frmIntact::show_state() {
 
 void frmIntact::cmdOk_Click() {
     show_state();
-    const auto result =
-        console_.send(static_cast<std::int16_t>(address_), TxtInput_->text().toLatin1().toStdString());
-    if (!result)
-        return;
-    LblOutput_->set_text(result->output);
-    no_response_ = result->sent && !result->answered;
+    const std::string text = TxtInput_->text().toLatin1().toStdString();
+    if (!text.empty())
+        history_.add(text);
+    if (console_.begin(static_cast<std::int16_t>(address_), text))
+        carry_out(bus_, console_);
+}
+
+void frmIntact::show_result(const Console::Result& result) {
+    LblOutput_->set_text(result.output);
+    no_response_ = result.sent && !result.answered && result.unit_address == address_;
     show_state();
 }
 
@@ -111,8 +126,7 @@ bool frmIntact::eventFilter(QObject* watched, QEvent* event) {
     if (key != Qt::Key_Up && key != Qt::Key_Down)
         return false;
     const std::string shown = TxtInput_->text().toLatin1().toStdString();
-    TxtInput_->setText(
-        from_latin1(key == Qt::Key_Up ? console_.history.older(shown) : console_.history.newer(shown)));
+    TxtInput_->setText(from_latin1(key == Qt::Key_Up ? history_.older(shown) : history_.newer(shown)));
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <functional>
 
+#include "tools/command_history.h"
 #include "tools/console.h"
 
 class QLabel;
@@ -18,11 +19,11 @@ class frmIntact : public QDialog {
     Q_OBJECT
 
   public:
-    // `console` outlives the window and keeps the history from one opening to the next; the window
-    // takes its on_sending.
+    // `console` and `history` outlive the window, which takes the console's callbacks.
     // `unit_address` gives the current amplifier, asked anew for every command.
-    frmIntact(Console& console, std::function<std::int16_t()> unit_address, QWidget* parent);
-    ~frmIntact() override { console_.on_sending = nullptr; }
+    frmIntact(Console& console, CommandHistory& history, BusLink& bus,
+              std::function<std::int16_t()> unit_address, QWidget* parent);
+    ~frmIntact() override;
 
     void cmdOk_Click();
     void CmdExit_Click() { close(); }
@@ -35,8 +36,11 @@ class frmIntact : public QDialog {
     void build();
     void Form_Load();
     void show_state();
+    void show_result(const Console::Result& result);
 
     Console& console_;
+    CommandHistory& history_;
+    BusLink& bus_;
     std::function<std::int16_t()> unit_address_;
     bool no_response_ = false;
     int address_ = -1;  // whom the window shows
