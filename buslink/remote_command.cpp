@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <utility>
 
 #include "buslink/settings_files.h"
-#include "buslink/wire/control_characters.h"
 #include "platform/numbers.h"
 #include "platform/text_file.h"
 
@@ -13,7 +13,7 @@ namespace ampdesk {
 
 namespace {
 
-constexpr float k_text_pause_ms = 200;  // what an amplifier takes to carry out a text command
+constexpr std::chrono::milliseconds k_text_rest{200};  // an amplifier takes that long to carry it out
 constexpr std::string_view k_no_response =
     "No response from amplifier, check 422/485 connection to the amplifier";
 constexpr std::string_view k_wrong_command = "No message from amplifier, wrong command";
@@ -66,16 +66,57 @@ RemoteCommands::RemoteCommands(BusLink& bus, std::function<void(std::string_view
     : bus_(bus), output_(std::move(output)), folder_(std::move(folder)) {}
 
 void RemoteCommands::commCommandProc(std::string_view line) {
-    try {
-        if (orders_nothing(line))
-            answer_wrong_command();
-        else if (!contains(line, port_command_marker))
-            exchange(line, contains(line, status_command_marker));
-        else if (contains(line, "RS422"))
-            open_port();
-    } catch (const std::exception& error) {
-        answer(error.what());
+    if (orders_nothing(line))
+        return answer_wrong_command();
+    if (contains(line, port_command_marker)) {
+        stage_ = contains(line, "RS422") ? Stage::port : Stage::idle;
+        return;
     }
+    const Order order = *parse_order(line, status_command_marker);
+    command_ = {.address = order.address, .command = std::string(order.command)};
+    stage_ = contains(line, status_command_marker) ? Stage::text : Stage::binary;
+    line_ = std::nullopt;
+}
+
+std::optional<Instant> RemoteCommands::due() const {
+    return stage_ == Stage::idle || asked_ ? std::nullopt : std::optional(Instant{});
+}
+
+std::optional<BusCommand> RemoteCommands::next() {
+    if (stage_ == Stage::port) {
+        stage_ = Stage::idle;
+        try {
+            open_port();
+        } catch (const std::exception& error) {
+            answer(error.what());
+        }
+    }
+    // Behind a text frame another line may have been opened: another amplifier has the address there.
+    if (!bus_.bus_link_on() || (line_ && line_ != bus_.settings()))
+        stage_ = Stage::idle;
+    if (stage_ == Stage::idle)
+        return std::nullopt;
+    asked_ = true;
+    if (stage_ == Stage::binary)
+        return command_;
+    line_ = bus_.settings();
+    BusCommand text = command_;
+    text.form = CommandForm::text_only;
+    text.rest = k_text_rest;
+    return text;
+}
+
+void RemoteCommands::ended(const BusReply& reply) {
+    asked_ = false;
+    if (stage_ == Stage::text) {
+        command_.command = "RDSTAT";
+        stage_ = Stage::binary;
+        return;
+    }
+    // The sense is on purpose, and what remote stations are used to: a good reply is answered by
+    // the words of a failure, a failed exchange by an empty line.
+    if (std::exchange(stage_, Stage::idle) == Stage::binary && bus_.bus_link_on())
+        answer(reply.failure == BusFailure::none ? k_no_response : std::string_view());
 }
 
 bool RemoteCommands::orders_nothing(std::string_view line) const {
@@ -89,8 +130,6 @@ void RemoteCommands::answer_wrong_command() {
 }
 
 void RemoteCommands::open_port() {
-    serial_initialised = 0;
-    bus_mode = 9;
     const std::string path = folder_ + "/rs422.dat";
     if (!file_exists(path))
         return answer("No default settings for serial port");
@@ -99,37 +138,12 @@ void RemoteCommands::open_port() {
         return answer("Default settings for serial port corrupted");
     const auto settings = line_settings(*file);
     const auto before = bus_.settings();
-    if (settings && bus_.open_bus_port(*settings) == 0) {
-        serial_initialised = 1;
+    if (settings && bus_.open_bus_port(*settings) == 0)
         return;
-    }
     const std::string lost = bus_.give_back(before);
     answer("Serial Initialization Failed");
     if (!lost.empty())
         answer(lost);
-}
-
-void RemoteCommands::exchange(std::string_view line, bool as_text) {
-    const Order order = *parse_order(line, status_command_marker);
-    terminal_address = order.address;
-    if (!bus_.bus_link_on())
-        return;
-    std::string_view command = order.command;
-    if (as_text) {
-        last_bus_result = bus_.text_send(terminal_address, command);
-        bus_.delay_ms(k_text_pause_ms);
-        if (!bus_.bus_link_on())
-            return;
-        command = "RDSTAT";
-    }
-    std::string reply;
-    last_bus_result = bus_.bus_command(terminal_address, command, reply);
-    // The sense is on purpose, and what remote stations are used to: a good reply is answered by
-    // the words of a failure, a failed exchange by an empty line.
-    if (last_bus_result != 0)
-        reply = k_no_response;
-    if (bus_.bus_link_on())
-        answer(std::string_view(reply).substr(0, reply.find(k_cr)));
 }
 
 void RemoteCommands::answer(std::string_view text) {

@@ -4,27 +4,38 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "buslink/bus_link.h"
+#include "buslink/bus_guest.h"
 
 namespace ampdesk {
 
-class RemoteCommands {
+class RemoteCommands : public BusGuest {
   public:
     // `output` takes every line that is answered, CR LF included: the terminal port and, when the
     // terminal is visible, its text box. "rs422.dat" is looked for in `folder`.
     RemoteCommands(BusLink& bus, std::function<void(std::string_view)> output, std::string folder = ".");
 
-    // Executes one command line. Blocks for the exchanges it makes. Never throws: a run-time error
-    // on the way is answered by its text.
+    // Takes one command line to be carried out; not while busy(). Never throws: a run-time error on the way
+    // is answered by its text.
     //
     // A line with the port command marker and "RS422" opens the bus port from "rs422.dat". One with
     // the status command marker sends its command as a text frame and then asks for "RDSTAT"; any
-    // other line sends its command in a binary frame. The answer is the reply up to its first CR.
+    // other line sends its command in a binary frame. The answer tells whether there was a reply.
     // While bus_link_on is 0 nothing is sent and nothing is answered.
     void commCommandProc(std::string_view line);
+
+    // A line is being carried out.
+    bool busy() const { return stage_ != Stage::idle || asked_; }
+
+    // Whoever asked is gone: what is left of the line is not done, and nothing of it is answered.
+    void forget() { stage_ = Stage::idle; }
+
+    std::optional<Instant> due() const override;
+    std::optional<BusCommand> next() override;
+    void ended(const BusReply& reply) override;
 
     // Whether commCommandProc would send nothing and answer that the command is wrong: more than 50
     // characters, no ",", an address that is no number or rounds to none from 0 to 99, or a command that
@@ -35,19 +46,23 @@ class RemoteCommands {
     std::string port_command_marker = "\x02\x02";
     std::string status_command_marker = "\x03\x03";
 
-    std::int16_t serial_initialised = 0;
-    std::int16_t bus_mode = 0;  // 9 once the port was opened from "rs422.dat"
-    std::int16_t terminal_address = 0;
-    std::int16_t last_bus_result = 0;
-
   private:
+    enum class Stage {
+        idle,
+        port,  // to be opened
+        text,  // a text frame, with a status behind it
+        binary,
+    };
     void open_port();
-    void exchange(std::string_view line, bool as_text);
     void answer(std::string_view text);
 
     BusLink& bus_;
     std::function<void(std::string_view)> output_;
     std::string folder_;
+    Stage stage_ = Stage::idle;
+    bool asked_ = false;                // an exchange is under way
+    BusCommand command_;                // of the line in hand
+    std::optional<LineSettings> line_;  // that its text frame went out on
 };
 
 }  // namespace ampdesk

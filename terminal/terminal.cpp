@@ -15,6 +15,7 @@ constexpr std::chrono::milliseconds k_ask_again{100};  // while the bus is not f
 
 Terminal::Terminal(TerminalLine& line, BusLink& bus, std::string folder)
     : line_(line),
+      bus_(bus),
       clock_(line.clock()),
       modem_(line),
       remote_(
@@ -72,7 +73,9 @@ void Terminal::received(std::string_view chunk) {
     }
 }
 
+// The answer to the one in hand would go to the next caller, or into the modem's escape.
 void Terminal::forget_requests() {
+    remote_.forget();
     requests_.clear();
     wrong_behind_.reset();
 }
@@ -110,23 +113,38 @@ void Terminal::tick() {
 }
 
 bool Terminal::request_waits() const {
-    return !requests_.empty() && !line_.taken() && !modem_.hanging_up();
+    return !requests_.empty() && !remote_.busy() && !line_.taken() && !modem_.hanging_up();
 }
 
 // Behind the lines that came before it, as long as that second lets it: none of them waits for it.
 bool Terminal::wrong_waits() const {
-    return wrong_behind_ == 0U && !line_.taken() && !modem_.hanging_up();
+    return wrong_behind_ == 0U && !remote_.busy() && !line_.taken() && !modem_.hanging_up();
+}
+
+std::optional<Instant> Terminal::due() const {
+    return request_waits() ? std::optional(Instant{}) : remote_.due();
+}
+
+std::optional<BusCommand> Terminal::next() {
+    if (request_waits())
+        take_request();
+    return remote_.next();
+}
+
+void Terminal::take_request() {
+    const std::string request = std::move(requests_.front());
+    requests_.pop_front();
+    if (wrong_behind_.value_or(0) > 0)
+        --*wrong_behind_;
+    remote_.commCommandProc(request);
 }
 
 // Requests to an amplifier that does not answer take more than a second each; as long again passes
 // before the next one, in which every control head is visited.
 void Terminal::carry_out_request() {
-    const std::string request = std::move(requests_.front());
-    requests_.pop_front();
-    if (wrong_behind_.value_or(0) > 0)
-        --*wrong_behind_;
     const Instant start = clock_.now();
-    remote_.commCommandProc(request);
+    take_request();
+    carry_out(bus_, remote_);
     const Instant end = clock_.now();
     next_request_ = end + (end - start);
 }
@@ -211,8 +229,9 @@ void Terminal::status(std::string_view text) {
         on_status(text);
 }
 
+// A transfer that has begun meanwhile must not find it among its blocks.
 void Terminal::answer(std::string_view text) {
-    if (!line_.send(text) && line_.is_connected())
+    if (!line_.taken() && !line_.send(text) && line_.is_connected())
         report(k_event_transmit_full);
     show(text);
 }

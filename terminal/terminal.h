@@ -17,7 +17,7 @@
 
 namespace ampdesk {
 
-class Terminal {
+class Terminal : public BusGuest {
   public:
     static constexpr std::chrono::milliseconds k_wait_before_hang_up{500};
     static constexpr std::chrono::milliseconds k_look{250};         // at modem lines and counts
@@ -29,7 +29,7 @@ class Terminal {
 
     // Takes the line's on_received until its end. "rs422.dat" is looked for in `folder`.
     Terminal(TerminalLine& line, BusLink& bus, std::string folder = ".");
-    ~Terminal();
+    ~Terminal() override;
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
@@ -43,11 +43,17 @@ class Terminal {
     // Ends the call. False when it cannot: no line, or a transfer holds it.
     bool hang_up();
 
-    // Does what is due: at most one remote request, which blocks for its exchanges.
+    // Does what is due: at most one remote request, which blocks for its exchanges where may_exchange lets
+    // it.
     void tick();
 
     // How long until tick() is wanted; nothing while only input can bring anything.
     std::optional<Duration> next_tick();
+
+    // The requests of a remote station, one after another, for whoever asks the guests of the bus in turn.
+    std::optional<Instant> due() const override;
+    std::optional<BusCommand> next() override;
+    void ended(const BusReply& reply) override { remote_.ended(reply); }
 
     // To be called when the line was opened, closed, lost or found again.
     void line_changed();
@@ -63,7 +69,7 @@ class Terminal {
 
     // All unset ones count as not there, is_visible as yes, may_exchange as yes.
     std::function<bool()> is_visible;                 // whether the text box can be seen
-    std::function<bool()> may_exchange;               // whether the bus is free for a request
+    std::function<bool()> may_exchange;               // whether tick() may carry out a request
     std::function<void(std::string_view)> on_text;    // for ShowData
     std::function<void(std::string_view)> on_status;  // for the status label
     std::function<void(std::string_view)> on_error;   // for a box; must not open it at once
@@ -76,6 +82,7 @@ class Terminal {
     void look();
     void watch_cts(Instant now);
     void step_manual_hang_up(Instant now);
+    void take_request();
     void carry_out_request();
     bool request_waits() const;
     bool wrong_waits() const;
@@ -84,6 +91,7 @@ class Terminal {
     bool visible() const { return !is_visible || is_visible(); }
 
     TerminalLine& line_;
+    BusLink& bus_;
     Clock& clock_;
     Modem modem_;
     RemoteCommands remote_;

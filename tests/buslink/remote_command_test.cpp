@@ -80,11 +80,13 @@ TEST(RemoteCommand, SendsAndAnswers) {
         }
         RemoteCommands commands(line.bus, [&](std::string_view text) { line.output += text; });
         commands.commCommandProc(row.line);
+        EXPECT_TRUE(line.port.written.empty());  // the line may be somebody else's just now
+        carry_out(line.bus, commands);
+        EXPECT_FALSE(commands.busy());
         std::vector<std::string> frames;
         for (const std::string& frame : line.port.written) frames.push_back(to_hex(frame));
         EXPECT_EQ(frames, row.frames);
         EXPECT_EQ(line.output, row.output);
-        EXPECT_EQ(commands.last_bus_result, row.answered ? 9 : 0);
     }
 }
 
@@ -98,12 +100,38 @@ TEST(RemoteCommand, PausesBehindTheTextFrame) {
         sent.push_back(line.clock.now());
         return ScriptedPort::Answer{{std::chrono::milliseconds(210), sent.size() == 1 ? "RDSTAT\x03\r" : ""}};
     };
-    RemoteCommands commands(line.bus, {});
+    RemoteCommands commands(line.bus, [&](std::string_view text) { line.output += text; });
     commands.commCommandProc("\x03\x03>07,RFON");
+    carry_out(line.bus, commands);
     ASSERT_EQ(sent.size(), 2U);
     EXPECT_EQ(sent[1] - sent[0], std::chrono::milliseconds(200));
-    EXPECT_EQ(commands.last_bus_result, 0);
-    EXPECT_EQ(commands.terminal_address, 7);
+    EXPECT_EQ(line.output, "\r\n");
+}
+
+// What somebody does between the exchanges of a line: an amplifier on another line is asked for its status,
+// or the next caller gets an answer that is not his.
+TEST(RemoteCommand, EndsWhenItsLineOrItsCallerIsGone) {
+    for (const bool forgotten : {false, true}) {
+        SCOPED_TRACE(forgotten);
+        Line line;
+        line.bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+        RemoteCommands commands(line.bus, [&](std::string_view text) { line.output += text; });
+        commands.commCommandProc("\x03\x03>05,RFON");
+        ASSERT_TRUE(exchange_once(line.bus, commands));
+        if (forgotten) {
+            const auto status = commands.next();
+            ASSERT_TRUE(status);
+            commands.forget();
+            EXPECT_TRUE(commands.busy());  // the exchange is
+            commands.ended(line.bus.carry_out(*status));
+        } else {
+            line.bus.open_bus_port("COM1:", 9600, 0, 8, 1);
+            EXPECT_FALSE(exchange_once(line.bus, commands));
+        }
+        EXPECT_FALSE(commands.busy());
+        EXPECT_EQ(line.port.written.size(), forgotten ? 2U : 1U);
+        EXPECT_EQ(line.output, "");
+    }
 }
 
 // The port is opened with the file's own values; every failure is told to the remote station, although
@@ -119,19 +147,19 @@ TEST(RemoteCommand, OpensThePortFromItsFile) {
         std::string folder;
         bool port_there;
         std::string output;
-        std::int16_t initialised;
+        bool opened;
         bool line_open = false;  // and so again after a failure
         bool all_gone = false;
     } table[] = {
-        {"good", data + "/rs422/good", true, "", 1},
-        {"good, in place of another line", data + "/rs422/good", true, "", 1, true},
-        {"no device", data + "/rs422/good", false, failed, 0},
-        {"no device, the line stays closed", data + "/rs422/good", false, failed, 0, true},
+        {"good", data + "/rs422/good", true, "", true},
+        {"good, in place of another line", data + "/rs422/good", true, "", true, true},
+        {"no device", data + "/rs422/good", false, failed, false},
+        {"no device, the line stays closed", data + "/rs422/good", false, failed, false, true},
         {"no device, and the line that was open is gone, too", data + "/rs422/good", false,
-         failed + "The line on COM2: with 1200,o,7,2 could not be opened again\r\n", 0, true, true},
-        {"no file", data + "/rs422", true, "No default settings for serial port\r\n", 0, true},
-        {"wrong title", data + "/rs422/title", true, "Default settings for serial port corrupted\r\n", 0},
-        {"baud code 8", data + "/rs422/baud", true, failed, 0, true},
+         failed + "The line on COM2: with 1200,o,7,2 could not be opened again\r\n", false, true, true},
+        {"no file", data + "/rs422", true, "No default settings for serial port\r\n", false, true},
+        {"wrong title", data + "/rs422/title", true, "Default settings for serial port corrupted\r\n", false},
+        {"baud code 8", data + "/rs422/baud", true, failed, false, true},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.fault);
@@ -144,12 +172,10 @@ TEST(RemoteCommand, OpensThePortFromItsFile) {
             line.port.open_result = {PortError::not_found, "gone"};
         RemoteCommands commands(
             line.bus, [&](std::string_view text) { line.output += text; }, row.folder);
-        commands.serial_initialised = 1;
         commands.commCommandProc("\x02\x02RS422");
+        carry_out(line.bus, commands);
         EXPECT_EQ(line.output, row.output);
-        EXPECT_EQ(commands.serial_initialised, row.initialised);
-        EXPECT_EQ(commands.bus_mode, 9);
-        if (row.initialised == 1) {
+        if (row.opened) {
             EXPECT_TRUE(line.bus.bus_link_on());
             EXPECT_EQ(line.port.opened.back(), good);
         } else {

@@ -289,6 +289,44 @@ TEST_F(TerminalTest, AnswersWrongRequestsOnceASecond) {
     EXPECT_EQ(take_sent(), "");
 }
 
+// Whoever asks the guests of the bus in turn gets two requests at once or out of their order, or the answer
+// to one goes where nobody has asked for it.
+TEST_F(TerminalTest, RequestsAreAGuestOfTheBus) {
+    terminal.may_exchange = [] { return false; };
+    const std::string wrong = "No message from amplifier, wrong command\r\n";
+    const std::string request = "\x06\x06>05,RDSTAT\r";
+    enum class Meanwhile { nothing, hang_up, transfer };
+    for (const Meanwhile meanwhile : {Meanwhile::nothing, Meanwhile::hang_up, Meanwhile::transfer}) {
+        SCOPED_TRACE(static_cast<int>(meanwhile));
+        open();
+        EXPECT_EQ(terminal.due(), std::nullopt);
+        receive(request + request + "\x06\x06>5 RDSTAT\r");
+        EXPECT_TRUE(terminal.due());
+        const auto asked = terminal.next();
+        ASSERT_TRUE(asked);
+        EXPECT_EQ(terminal.due(), std::nullopt);
+        if (meanwhile == Meanwhile::hang_up)
+            terminal.hang_up();
+        if (meanwhile == Meanwhile::transfer)
+            line.take({});
+        take_sent();
+        terminal.ended(bus.carry_out(*asked));
+        EXPECT_EQ(take_sent(), meanwhile == Meanwhile::nothing ? "\r\n" : "");
+        EXPECT_EQ(terminal.due().has_value(), meanwhile == Meanwhile::nothing);
+        if (meanwhile == Meanwhile::nothing) {
+            const auto second = terminal.next();
+            ASSERT_TRUE(second);
+            terminal.tick();
+            EXPECT_EQ(take_sent(), "");
+            terminal.ended(bus.carry_out(*second));
+            terminal.tick();
+            EXPECT_EQ(take_sent(), "\r\n" + wrong);
+        }
+        line.release();
+        line.close();
+    }
+}
+
 // A request that is lost, goes to the bus though it is none or half of one, or whose answer the remote
 // station or the operator does not get.
 TEST_F(TerminalTest, CarriesOutRequests) {

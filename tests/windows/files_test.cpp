@@ -189,6 +189,7 @@ class DamagedFiles : public Files {
         remote.port_command_marker = "\x02\x02";
         link.close_bus_port();
         remote.commCommandProc("\x02\x02RS422");
+        carry_out(link, remote);
         const bool opened = link.bus_link_on();
         const bool right = link.settings() == LineSettings{"COM4:", 1200, 2, 7, 2};
         link.open_bus_port("COM1:", 9600, 0, 8, 1);
