@@ -189,11 +189,6 @@ std::int16_t BusLink::text_command(std::int16_t address, std::string_view comman
     return result.failure == BusFailure::none ? 0 : 1;
 }
 
-std::int16_t BusLink::text_send(std::int16_t address, std::string_view command) {
-    carry_out({.address = address, .command = std::string(command), .form = CommandForm::text_only});
-    return 0;
-}
-
 std::int16_t BusLink::open_bus_port(std::string_view port_name, int baud, int parity_code, int data_bits,
                                     int stop_bits) {
     return open_bus_port(LineSettings{std::string(port_name), baud, parity_code, data_bits, stop_bits});
@@ -240,10 +235,6 @@ void BusLink::close_bus_port() {
     port_.close();
     if (stage_ == Stage::settling || stage_ == Stage::waiting)
         end(stage_ == Stage::settling ? BusFailure::not_sent : BusFailure::silence);
-}
-
-void BusLink::delay_ms(float milliseconds_) {
-    clock_.sleep_until(clock_.now() + seconds(milliseconds_ / 1000.0F));
 }
 
 std::int16_t BusLink::probe_link() {

@@ -102,9 +102,6 @@ class BusLink {
     // an empty reply on time-out.
     std::int16_t text_command(std::int16_t address, std::string_view command, std::string& reply);
 
-    // Sends one text frame and does not wait. Returns 0.
-    std::int16_t text_send(std::int16_t address, std::string_view command);
-
     // Closes the bus port when it is open and opens it anew. Returns 0 for success; on failure the
     // port is closed and open_failure() tells the cause in one line.
     std::int16_t open_bus_port(std::string_view port_name, int baud, int parity_code, int data_bits,
@@ -112,9 +109,6 @@ class BusLink {
     std::int16_t open_bus_port(const LineSettings& settings);
     void close_bus_port();
     const std::string& open_failure() const { return open_failure_; }
-
-    // Blocks for that long.
-    void delay_ms(float milliseconds);
 
     // Asks the amplifier at bus_address for its status, with the busy pointer shown. Returns 1 when
     // it did not answer, 0 when it did.

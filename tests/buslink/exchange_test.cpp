@@ -206,7 +206,8 @@ TEST_F(Exchange, SendsATextOnceMore) {
     port.answer({{milliseconds(1170), "RDBAND=1\x03\r"}});
     EXPECT_EQ(bus.text_command(1, "RDBAND", reply), 0);
     EXPECT_EQ(port.written.size(), 1U);
-    EXPECT_EQ(took([&] { EXPECT_EQ(bus.text_send(1, "RDBAND"), 0); }), 0);
+    const BusCommand unawaited{.address = 1, .command = "RDBAND", .form = CommandForm::text_only};
+    EXPECT_EQ(took([&] { EXPECT_EQ(bus.carry_out(unawaited).failure, BusFailure::none); }), 0);
     EXPECT_EQ(port.written.size(), 2U);
 
     // The answer that nobody waited for comes between a binary frame, which does not wait for it, and its
@@ -214,7 +215,7 @@ TEST_F(Exchange, SendsATextOnceMore) {
     port.answer({{milliseconds(20), "RDBAND=7\x03\r"}, {milliseconds(30), k_reply}});
     EXPECT_EQ(took([&] { EXPECT_EQ(status(), 9); }), 30);
     port.answer({{milliseconds(20), "RDBAND=8\x03\r"}});
-    bus.text_send(1, "RDBAND");
+    bus.carry_out(unawaited);
     port.answer({{milliseconds(30), "RDBAND=1\x03\r"}});
     EXPECT_EQ(bus.text_command(1, "RDBAND", reply), 0);
     EXPECT_EQ(reply, "RDBAND=1\x03\r");
