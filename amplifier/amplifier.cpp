@@ -1,23 +1,69 @@
 #include "amplifier/amplifier.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "amplifier/commands.h"
 #include "buslink/wire/control_characters.h"
 #include "platform/numbers.h"
-#include "platform/run_time_error.h"
 
 namespace ampdesk {
 
 namespace {
 
+using std::chrono::milliseconds;
+
 constexpr std::size_t k_header = 3;  // ACK or NAK, second byte, length
 constexpr std::size_t k_check = 2;   // CRC
+
+std::string bytes_of(const Request& request) {
+    using enum Request::Kind;
+    switch (request.kind) {
+        case status:
+            return std::string(k_status_request);
+        case analog:
+            return std::string(k_analog_request);
+        case alarm_state:
+            return std::string(k_alarm_request);
+        case shutdown:
+            return std::string(k_shutdown_request);
+        case limits:
+            return std::string(k_limits_request);
+        case identity:
+            return std::string(k_identity_request);
+        case event:
+            return event_request(request.entry);
+        case band:
+            break;
+    }
+    return std::string(k_band_word);
+}
 
 // What follows the echo of the command, check bytes included; empty for a reply that is too short.
 std::string_view behind_echo(std::string_view reply, std::string_view command) {
     const std::size_t front = k_header + command.size();
     return reply.size() > front ? reply.substr(front) : std::string_view{};
+}
+
+// Nothing for a reply that is none. The exchange compares the first two bytes of the command with their echo;
+// a late reply to the request for another event differs in the third byte only.
+std::optional<std::string_view> payload_of(std::string_view reply, std::string_view command,
+                                           bool whole_echo) {
+    constexpr std::size_t k_shortest = 2;
+    const std::string_view rest = behind_echo(reply, command);
+    if (reply.empty() || reply[0] != k_ack || rest.size() < k_shortest + k_check)
+        return std::nullopt;
+    if (whole_echo && reply.substr(k_header, command.size()) != command)
+        return std::nullopt;
+    return rest.substr(0, rest.size() - k_check);
+}
+
+// The text behind the first "=" of a text reply, or all of it when there is none.
+std::string text_of(std::string_view reply) {
+    reply = reply.substr(0, reply.find(k_etx));
+    if (reply.starts_with(k_stx))
+        reply.remove_prefix(1);
+    return std::string(trimmed(reply.substr(reply.find('=') + 1)));  // npos + 1 is 0
 }
 
 // The refusal code of a NAK reply in the operator's words; empty when the reply carries no code.
@@ -38,108 +84,117 @@ std::string refusal_text(std::string_view reply, std::string_view command) {
     }
 }
 
+template <class T>
+void put(Reading& reading, std::optional<T> value) {
+    if (value)
+        reading.value = *std::move(value);
+}
+
+void parse(Reading& reading, std::string_view payload, NegativeWords negative) {
+    using enum Request::Kind;
+    switch (reading.request.kind) {
+        case status:
+            return put(reading, Status::parse(payload));
+        case analog:
+            return put(reading, Analog::parse(payload, negative));
+        case alarm_state:
+            return put(reading, AlarmState::parse(payload));
+        case shutdown:
+            return put(reading, Shutdown::parse(payload));
+        case limits:
+            return put(reading, Limits::parse(payload, negative));
+        case identity:
+            return put(reading, Identity::parse(payload));
+        case event:
+        case band:
+            reading.value = std::string(payload);
+    }
+}
+
+Reading::Outcome outcome_of(BusFailure failure) {
+    switch (failure) {
+        case BusFailure::not_sent:
+            return Reading::Outcome::not_sent;
+        case BusFailure::bad_crc:
+            return Reading::Outcome::bad_crc;
+        default:
+            return Reading::Outcome::silence;
+    }
+}
+
 }  // namespace
 
-Status Amplifier::read_status() {
-    return *Status::parse(read_itemAll(k_status_request));
+BusCommand Amplifier::command_of(const Request& request) const {
+    return {.address = unit_address,
+            .command = bytes_of(request),
+            .form = request.kind == Request::Kind::band ? CommandForm::text : CommandForm::binary,
+            .limit = read_limit(request.guess)};
 }
 
-Analog Amplifier::read_analog() {
-    return *Analog::parse(read_itemAll(k_analog_request), negative_);
+BusCommand Amplifier::command_of(std::string_view setting) const {
+    return {.address = unit_address, .command = std::string(setting)};
 }
 
-Limits Amplifier::read_limits() {
-    return *Limits::parse(read_itemAll(k_limits_request), negative_);
-}
-
-AlarmState Amplifier::read_alarm_state() {
-    return *AlarmState::parse(read_itemAll(k_alarm_request));
-}
-
-Shutdown Amplifier::read_shutdown() {
-    return *Shutdown::parse(read_itemAll(k_shutdown_request));
-}
-
-std::optional<Identity> Amplifier::read_identity() {
-    return Identity::parse(read_itemAll(k_identity_request));
-}
-
-// With a dead line every head would go on showing its last values until it had waited for six replies of
-// its own, one head after the other.
-bool Amplifier::only_looks() const {
-    constexpr int k_dead_line = 8;  // no single head gets there without its error screen
-    return look_only_ || bus_.unanswered_in_a_row() >= k_dead_line;
-}
-
-// One try of a read. A payload has two bytes at least.
-bool Amplifier::exchange(std::string_view command, std::string& payload, bool whole_echo) {
-    std::string reply;
-    const bool look = only_looks();
-    const Duration limit = look ? look_limit() : Duration(BusLink::k_reply_limit);
-    looks_ = look ? looks_ + 1 : 0;
-    const std::int16_t length = bus_.bus_command(unit_address, command, reply, limit);
-    if (length > 0)
-        longest_reply_ = std::max(longest_reply_, bus_.last_reply_time);
-    const std::string_view rest = behind_echo(reply, command);
-    const bool ours =
-        !whole_echo || std::string_view(reply).substr(0, k_header + command.size()).ends_with(command);
-    const bool good = length > 6 && reply[0] == k_ack && rest.size() >= 2 + k_check && ours;
-    payload = good ? rest.substr(0, rest.size() - k_check) : std::string_view{};
-    comm_error = good ? 0 : 1;
-    return good;
-}
-
-std::string Amplifier::read_itemAll(std::string_view command, bool whole_echo) {
-    std::string payload;
-    const bool good =
-        exchange(command, payload, whole_echo) || (!only_looks() && exchange(command, payload, whole_echo));
-    if (!good)
-        throw RunTimeError::no_answer();
-    return payload;
-}
-
-std::string Amplifier::read_item(std::string_view word) {
-    std::string reply;
-    for (int attempt = 0; attempt < (look_only_ ? 1 : 2); ++attempt) {
-        comm_error = bus_.text_command(unit_address, word, reply);
-        reply.erase(std::min(reply.find(k_etx), reply.size()));
-        if (comm_error == 0 && reply.find('=') != std::string::npos)
-            break;
+Reading Amplifier::take(const Try& tried, const BusReply& reply) {
+    const Request& request = tried.request;
+    Reading reading{.unit_address = unit_address,
+                    .request = request,
+                    .asked_at = tried.asked_at,
+                    .last_try = tried.last,
+                    .at = clock_.now(),
+                    .wall = clock_.local_time()};
+    const bool answered = reply.failure == BusFailure::none;
+    if (!answered) {
+        reading.outcome = outcome_of(reply.failure);
+    } else if (request.kind == Request::Kind::band) {
+        reading.outcome = Reading::Outcome::good;
+        reading.value = text_of(reply.bytes);
+    } else if (const auto payload =
+                   payload_of(reply.bytes, bytes_of(request), request.kind == Request::Kind::event)) {
+        reading.outcome = Reading::Outcome::good;
+        parse(reading, *payload, negative_);
+    } else {
+        reading.outcome = Reading::Outcome::unusable;
     }
-    if (comm_error != 0)
-        throw RunTimeError::no_answer();
-    if (reply.starts_with(k_stx))
-        reply.erase(0, 1);
-    return std::string(trimmed(std::string_view(reply).substr(reply.find('=') + 1)));  // npos + 1 is 0
-}
-
-std::int16_t Amplifier::set_item(std::string_view command) {
-    try {
-        std::string reply;
-        const std::int16_t length = bus_.bus_command(unit_address, command, reply);
-        if (length > 6 && reply[0] == k_ack)
-            return 0;
-        const bool refused = length > 0 && reply[0] == k_nak;
-        if (const std::string text = refused ? refusal_text(reply, command) : ""; !text.empty())
-            tell_refusal(text);
-    } catch (const RunTimeError&) {
-        tell_refusal("Cannot set the parameter");
+    if (answered) {
+        silences_ = 0;
+        if (request.kind != Request::Kind::band)  // a text takes its own time
+            longest_reply_ = std::max(longest_reply_, reply.took);
+    } else if (reading.outcome != Reading::Outcome::bad_crc) {
+        ++silences_;
     }
-    return 1;
+    readings.publish(reading);
+    return reading;
 }
 
-void Amplifier::tell_refusal(const std::string& text) const {
-    if (on_refusal)
-        on_refusal(text);
+Setting Amplifier::take(std::string_view setting, Origin origin, const BusReply& reply) {
+    constexpr std::size_t k_shortest_ack = 7;
+    Setting sent{.unit_address = unit_address,
+                 .origin = origin,
+                 .command = std::string(setting),
+                 .at = clock_.now(),
+                 .wall = clock_.local_time()};
+    if (reply.failure == BusFailure::not_sent) {
+        sent.outcome = Setting::Outcome::not_sent;
+    } else if (reply.bytes.size() >= k_shortest_ack && reply.bytes[0] == k_ack) {
+        sent.outcome = Setting::Outcome::taken;
+    } else if (!reply.bytes.empty() && reply.bytes[0] == k_nak) {
+        sent.outcome = Setting::Outcome::refused;
+        sent.refusal = refusal_text(reply.bytes, setting);
+    }
+    settings.publish(sent);
+    return sent;
 }
 
-Duration Amplifier::look_limit() const {
+Duration Amplifier::read_limit(bool guess) const {
     constexpr int k_patient_look = 12;
-    constexpr Duration k_shortest = std::chrono::milliseconds(300);
     const Duration longest = BusLink::k_reply_limit;
-    if (looks_ % k_patient_look == k_patient_look - 1)
-        return longest;
-    return std::clamp(3 * longest_reply_, k_shortest, longest);
+    const bool patient = !guess && silences_ % k_patient_look == 0 && (silences_ > 0 || !line_suspected_);
+    return patient ? longest : std::clamp<Duration>(3 * longest_reply_, milliseconds(300), longest);
+}
+
+Duration Amplifier::patience_before_order() const {
+    return std::clamp<Duration>(3 * longest_reply_, milliseconds(100), milliseconds(300));
 }
 
 }  // namespace ampdesk

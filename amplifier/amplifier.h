@@ -1,68 +1,111 @@
-// One amplifier on the bus: what is asked of it comes back as a reading, what it is told is sent once.
+// One amplifier on the bus: what goes over the line to ask it or to set it, what comes back as values, and
+// everybody who wants to know told of both. It does not wait: who drives the line carries its commands out.
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <optional>
 #include <string>
-#include <string_view>
+#include <variant>
 
 #include "amplifier/readings.h"
+#include "amplifier/request.h"
 #include "buslink/bus_link.h"
+#include "platform/clock.h"
+#include "platform/signal.h"
 
 namespace ampdesk {
 
+// What came of a request.
+struct Reading {
+    enum class Outcome : std::uint8_t {
+        good,
+        unusable,  // an answer, but a NAK or none that could be read
+        silence,
+        bad_crc,
+        not_sent,
+    };
+
+    std::int16_t unit_address = 0;
+    Request request;
+    Instant asked_at{};    // the first time, where this is the second try
+    bool last_try = true;  // no second one follows if it failed
+    Instant at{};          // when the answer was there, or its wait had ended
+    CivilTime wall{};      // the same on the wall
+    Outcome outcome = Outcome::silence;
+
+    // Of a good one. A std::string is an event's or the band's text; nothing for an identity that does not
+    // say who it is.
+    std::variant<std::monostate, Status, Analog, AlarmState, Shutdown, Limits, Identity, std::string> value{};
+
+    bool good() const { return outcome == Outcome::good; }
+
+    // Null when the value is of another kind.
+    template <class T>
+    const T* get() const {
+        return std::get_if<T>(&value);
+    }
+};
+
+enum class Origin : std::uint8_t { key, remote_line, console, nvram, network };
+
+// A setting that went out, once, and what became of it.
+struct Setting {
+    enum class Outcome : std::uint8_t { taken, refused, unanswered, not_sent };
+
+    std::int16_t unit_address = 0;
+    Origin origin = Origin::key;
+    std::string command;  // its bytes, see commands.h
+    Instant at{};
+    CivilTime wall{};
+    Outcome outcome = Outcome::unanswered;
+    std::string refusal{};  // in words, of a refusal that carries a code
+};
+
+// A request that is under way.
+struct Try {
+    Request request;
+    Instant asked_at{};  // the first time
+    bool last = false;
+};
+
 class Amplifier {
   public:
-    Amplifier(BusLink& bus, std::int16_t address, NegativeWords negative)
-        : unit_address(address), bus_(bus), negative_(negative) {}
+    Amplifier(const Clock& clock, std::int16_t address, NegativeWords negative)
+        : unit_address(address), clock_(clock), negative_(negative) {}
 
-    // Each asks, once more when the first reply is bad. All throw error 100 when both fail.
-    Status read_status();
-    Analog read_analog();
-    Limits read_limits();
-    AlarmState read_alarm_state();
-    Shutdown read_shutdown();
-    // Nothing for an amplifier that answers, but does not say who it is.
-    std::optional<Identity> read_identity();
+    // The command of a request, to be waited for as long as this amplifier is worth: a full second as long as
+    // it answers, three times its longest answer, 0.3 s to 1.0 s, once it does not, and every twelfth time
+    // the full second again.
+    BusCommand command_of(const Request& request) const;
 
-    // Sends the command, once more when the first reply is bad, and returns the payload, two bytes at least.
-    // Throws error 100 when both fail. The exchange compares the first two bytes of the command with their
-    // echo; with `whole_echo` a reply that does not echo all of it is bad too.
-    std::string read_itemAll(std::string_view command, bool whole_echo = false);
+    // A setting is waited for a full second.
+    BusCommand command_of(std::string_view setting) const;
 
-    // Sends the word as a text command, once more when it fails or the reply holds no "=", and returns the
-    // text after the first "=", or all of it when the second reply has none either. Throws error 100.
-    std::string read_item(std::string_view word);
+    // Takes what came of a request, or of a setting, and publishes it. A cut exchange is none.
+    Reading take(const Try& tried, const BusReply& reply);
+    Setting take(std::string_view setting, Origin origin, const BusReply& reply);
 
-    // Sends the setting exactly once. Returns 0 when the amplifier took it; tells a refusal by
-    // on_refusal and returns 1. Never throws.
-    std::int16_t set_item(std::string_view command);
+    // How long a read of it is waited for when an order is to go out: three times its longest answer, 100 to
+    // 300 ms.
+    Duration patience_before_order() const;
 
-    // Gets the words for a refused setting. Opens no box itself: the caller is in the middle of its work.
-    std::function<void(const std::string& text)> on_refusal;
+    // Reads in a row that it left unanswered.
+    int silences() const { return silences_; }
 
-    // While set, a read is tried once and for no longer than look_limit(): how a silent amplifier is
-    // looked for without holding up the others. After eight exchanges in a row that nobody has answered
-    // all reads are like that until somebody does.
-    void look_for_only(bool on) { look_only_ = on; }
+    // The line may be dead: none of it is to be waited for as long as if it were the only one that is silent.
+    void suspect_line(bool suspected) { line_suspected_ = suspected; }
 
-    // How long a look for this silent amplifier may wait: three times the longest answer seen of
-    // it, 0.3 s to 1.0 s. Every twelfth look waits the full second.
-    Duration look_limit() const;
+    Signal<Reading> readings;
+    Signal<Setting> settings;
 
     const std::int16_t unit_address;
-    std::int16_t comm_error = 0;  // 1 when the last read failed
 
   private:
-    void tell_refusal(const std::string& text) const;
-    bool only_looks() const;
-    bool exchange(std::string_view command, std::string& payload, bool whole_echo);
+    Duration read_limit(bool guess) const;
 
-    BusLink& bus_;
+    const Clock& clock_;
     NegativeWords negative_;
-    bool look_only_ = false;
-    int looks_ = 0;
+    int silences_ = 0;
+    bool line_suspected_ = false;
     Duration longest_reply_{};
 };
 

@@ -1,7 +1,7 @@
 // What a flood on the terminal's port does to the amplifiers: three control heads are polled while a
 // pseudo-terminal delivers bytes as fast as they are taken. The event loop is a plain poll(), the text
-// box a string: no window is drawn. Prints the visits' intervals, the bytes taken, what went to the
-// amplifiers for them, and the memory.
+// box a string: no window is drawn. Prints how often each is asked for its status, the bytes taken, what went
+// to the amplifiers for them, and the memory.
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
@@ -94,32 +94,30 @@ class Desk : public WatchedStation {
             shown += text.insert;
             longest = std::max(longest, shown.size());
         };
-        bus.on_traffic = [this](const BusTraffic& t) { sent += t.sent && ticking_ ? 1 : 0; };
+        station.add_guest(guest_);
         if (const PortResult result = line_.open({.device = device}); !result.ok())
             std::exit((std::fprintf(stderr, "bench_flood: %s\n", result.cause.c_str()), 1));
     }
 
-    // As the main window's event loop does it: at most one read, one tick and one visit a turn.
+    ~Desk() { station.remove_guest(guest_); }
+
+    // As the main window's event loop does it: at most one read, one tick and one step a turn.
     void run(double seconds) {
         const Instant end = clock.now() + std::chrono::duration_cast<Duration>(Seconds(seconds));
-        Instant visit = clock.now();
+        Instant step{};
         std::optional<Instant> tick;
         while (clock.now() < end) {
-            const Duration wait =
-                std::max(Duration::zero(), std::min(visit, tick.value_or(visit)) - clock.now());
+            const Instant next = std::min({step, tick.value_or(step), bus.port().input_due().value_or(step)});
+            const Duration wait = std::max(Duration::zero(), next - clock.now());
             pollfd watched{.fd = line_.watch_handle(), .events = POLLIN, .revents = 0};
             poll(&watched, 1, static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(wait).count()));
             if (watched.revents != 0)
                 line_.pump();
-            if (tick && clock.now() >= *tick) {
-                ticking_ = true;
+            if (tick && clock.now() >= *tick)
                 terminal_.tick();
-                ticking_ = false;
-            }
-            if (clock.now() >= visit)
-                visit = station.poll_windows() + clock.now();
-            const auto next = terminal_.next_tick();
-            tick = next ? std::optional(clock.now() + *next) : std::nullopt;
+            step = station.step();
+            const auto next_tick = terminal_.next_tick();
+            tick = next_tick ? std::optional(clock.now() + *next_tick) : std::nullopt;
         }
     }
 
@@ -132,7 +130,23 @@ class Desk : public WatchedStation {
     PosixSerialPort port_{clock};
     TerminalLine line_{&port_, clock};
     Terminal terminal_{line_, bus};
-    bool ticking_ = false;
+
+    // The terminal, whose frames are counted.
+    class Guest : public BusGuest {
+      public:
+        explicit Guest(Desk& desk) : desk_(desk) {}
+        std::optional<Instant> due() const override { return desk_.terminal_.due(); }
+        std::optional<BusCommand> next() override {
+            auto command = desk_.terminal_.next();
+            desk_.sent += command ? 1 : 0;
+            return command;
+        }
+        void ended(const BusReply& reply) override { desk_.terminal_.ended(reply); }
+
+      private:
+        Desk& desk_;
+    };
+    Guest guest_{*this};
 };
 
 long memory_kib() {
@@ -141,8 +155,7 @@ long memory_kib() {
     return usage.ru_maxrss;
 }
 
-// Every visit begins with the status.
-Intervals visit_intervals(Desk& desk) {
+Intervals status_intervals(Desk& desk) {
     Intervals intervals;
     for (const auto& [address, at] : desk.asked(k_status_request))
         for (std::size_t i = 1; i < at.size(); ++i) intervals.add(at[i] - at[i - 1]);
@@ -159,9 +172,9 @@ void measure(Desk& desk, Flood& flood, const char* what, const std::string& byte
     desk.run(seconds);
     if (!bytes.empty())
         flood.stop();
-    const Intervals visits = visit_intervals(desk);
+    const Intervals status = status_intervals(desk);
     std::printf("%-42s mean %6.1f ms   least %6.1f ms   most %6.1f ms   (%zu intervals)\n", what,
-                visits.mean(), visits.least, visits.most, visits.count);
+                status.mean(), status.least, status.most, status.count);
     std::printf(
         "%-42s %.1f MB taken, %ld frames sent for it, %zu characters shown at most, %ld KiB more memory\n",
         "", static_cast<double>(desk.taken) / 1e6, desk.sent, desk.longest, memory_kib() - memory);

@@ -9,6 +9,7 @@
 #include "bench/watched_station.h"
 #include "platform/posix/system_clock.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/turn.h"
 
 using namespace ampdesk;
 using namespace std::chrono_literals;
@@ -43,44 +44,31 @@ class EventClock : public ManualClock {
     std::function<void()> event_;
 };
 
-// The station as the main window drives it: a visit, the rest behind it, a key wherever events run.
+// The station as its loop drives it, a key at any time.
 class Desk : public WatchedStation {
   public:
     Desk(EventClock& event_clock, const std::string& folder, int heads, Duration byte_time)
         : WatchedStation(event_clock, folder, heads, byte_time, k_turn_around), events_(event_clock) {
-        on_events = [this] {
-            if (std::exchange(pressed_, false))
-                head(k_active).press_hard_key(1);
-        };
+        station.set_active(k_active);
     }
 
     // Returns whether it was done before the limit.
     template <class Done>
     bool run(Duration limit, Done done) {
         const Instant end = clock.now() + limit;
-        while (clock.now() < end && !done()) {
-            const Instant start = clock.now();
-            const Duration wait = station.poll_windows();
-            const Duration rest = std::min<Duration>((clock.now() - start) / 10, 100ms);
-            const Instant next = clock.now() + std::max(wait, rest);
-            on_events();
-            while (clock.now() < next) {
-                clock.sleep_until(std::min(next, events_.next_event()));
-                on_events();
-            }
-        }
+        while (clock.now() < end && !done())
+            turn(station, sim_, clock, [&] { return std::min(end, events_.next_event()); });
         return done();
     }
     void run(Duration length) {
         run(length, [] { return false; });
     }
     void happen(Instant at, std::function<void()> event) { events_.happen(at, std::move(event)); }
-    void press_hv_off() { pressed_ = true; }
+    void press_hv_off() { head(k_active).press_hard_key(1); }
     ControlHead& head(int address) { return *station.open_heads().at(static_cast<std::size_t>(address - 1)); }
 
   private:
     EventClock& events_;
-    bool pressed_ = false;
 };
 
 struct Figures {
@@ -258,7 +246,7 @@ void measure_processor_time(const std::string& folder, int heads) {
     WatchedStation idle(clock, folder, heads);
     const auto run = [&](Duration length) {
         for (const Instant end = clock.now() + length; clock.now() < end;)
-            clock.sleep_until(clock.now() + idle.station.poll_windows());
+            clock.sleep_until(idle.station.step());
     };
     run(1s);
     const double before = processor_seconds();

@@ -1,11 +1,12 @@
-// A day of bad weather in minutes: four control heads of a real station, the terminal with a remote
-// station, and nvRam transfers, all on simulated amplifiers whose values change all the time, over a
-// line that spoils one reply in ten, on a clock that only waits move. Keys are pressed, amplifiers fall
-// silent, shut down and are switched by hand. Checks that nothing was shown, told or written to a file
+// A day of bad weather in minutes: four control heads of a real station, the terminal with a remote station,
+// and nvRam transfers, all on simulated amplifiers whose values change all the time, over a line that spoils
+// one reply in ten, on a clock that only waits move. Keys are pressed in the middle of exchanges, amplifiers
+// fall silent, shut down and are switched by hand. Checks that nothing was shown, told or written to a file
 // that the amplifier had not said, and nothing was set that nobody had asked for.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,6 +24,7 @@ using namespace ampdesk::bench;
 namespace {
 
 constexpr int k_heads = 4;
+constexpr std::chrono::seconds k_opening{20};
 constexpr std::chrono::microseconds k_byte_time{1042};  // 9600 baud, ten bits a byte
 
 struct Options {
@@ -47,26 +49,27 @@ class Soak {
         demo::add_demonstration(line_.bus(), k_heads);
         services_.options.folder = folder_.path();
         services_.options.negative_words = NegativeWords::two_complement;
-        line_.on_request = [this](const Order& order) { request(order); };
+        line_.on_request = [this](const LineRequest& order) { request(order); };
         person_.on_box = [this] { box_open(); };
-        person_.on_events = [this] { events(); };
         station_.on_window_created = [this](const std::shared_ptr<ControlHead>& head) {
-            watches_.push_back(std::make_unique<DisplayWatch>(*head, line_, bus_, clock_, outcome_.display));
-            head->panel().on_change = [watch = watches_.back().get()] { watch->changed(); };
+            auto& watch = watches_[head->identity().unit_address];
+            watch = std::make_unique<DisplayWatch>(station_, *head, line_, bus_, clock_, outcome_.display);
+            head->panel().on_change = [&watch = *watch] { watch.changed(); };
         };
         write_rs422(folder_ / "rs422.dat", {.port_name = "COM1:"});
         station_.auto_open_dat_files(demo::write_demonstration_files(folder_.path(), k_heads));
-        outcome_.heads = station_.open_count();
+        for (const Instant end = clock_.now() + k_opening; clock_.now() < end && !all_started();) turn();
+        outcome_.heads = all_started() ? station_.open_count() : 0;
     }
 
     Outcome run();
 
   private:
+    bool all_started() const;
     void turn();
-    void poll();
-    void request(const Order& order);
+    void look();
+    void request(const LineRequest& order);
     void box_open();
-    void events();
 
     const Options options_;
     const ScratchFolder folder_;
@@ -79,20 +82,22 @@ class Soak {
     BusLink bus_;
     HeadServices services_{bus_, clock_, person_, {}};
     Station station_{services_};
-    Finger finger_{station_, line_, chance_};
-    RemoteStation remote_{bus_, line_, chance_, clock_, folder_.path()};
-    ServiceEngineer engineer_{bus_, person_, line_, chance_, clock_, folder_.path()};
-    std::vector<std::unique_ptr<DisplayWatch>> watches_;
+    Finger finger_{station_, line_, chance_, clock_};
+    RemoteStation remote_{station_, bus_, line_, chance_, clock_, folder_.path()};
+    ServiceEngineer engineer_{station_, bus_, person_, line_, chance_, clock_, folder_.path()};
+    std::map<int, std::unique_ptr<DisplayWatch>> watches_;  // by unit address
     Outcome outcome_;
-    Instant next_poll_{};
+    Instant next_look_{};
     int boxes_open_ = 0;
-    bool letting_events_run_ = false;  // nobody else may use the bus then
+    bool running_ = false;  // the heads are open
 };
 
-void Soak::request(const Order& order) {
+void Soak::request(const LineRequest& order) {
     weather_.set_values(order.address);
     switch (order.speaker) {
         case Speaker::head:
+            if (const auto watch = watches_.find(order.address); watch != watches_.end())
+                watch->second->watch(order);
             return finger_.watch(order);
         case Speaker::remote:
             return remote_.watch(order);
@@ -101,66 +106,62 @@ void Soak::request(const Order& order) {
     }
 }
 
+bool Soak::all_started() const {
+    const auto heads = station_.open_heads();
+    return heads.size() == k_heads &&
+           std::all_of(heads.begin(), heads.end(), [](const auto& head) { return head->started(); });
+}
+
 // While a box is open the windows behind it take no keys; all the rest goes on.
 void Soak::box_open() {
     constexpr int k_most_boxes = 3;
     constexpr std::chrono::seconds k_longest{5};
-    const bool letting = std::exchange(letting_events_run_, false);
-    const Turn speaker(line_, Speaker::head);
-    const Instant end = clock_.now() + k_longest;
+    const Instant end = clock_.now() + chance_.number(0, 10) * k_longest / 10;
     if (++boxes_open_ <= k_most_boxes)
-        for (int turns = chance_.number(0, 40); turns > 0 && clock_.now() < end; --turns) turn();
+        while (clock_.now() < end) turn();
     --boxes_open_;
-    letting_events_run_ = letting;
 }
 
-void Soak::events() {
-    const bool outer = std::exchange(letting_events_run_, true);
-    if (boxes_open_ == 0 && chance_.one_in(40))
-        finger_.press();
-    remote_.turn(false);
-    letting_events_run_ = outer;
-}
-
-void Soak::poll() {
-    if (clock_.now() < next_poll_)
+void Soak::look() {
+    constexpr std::chrono::milliseconds k_between_looks{125};
+    if (clock_.now() < next_look_)
         return;
-    const Duration wait = station_.poll_windows();
-    next_poll_ = clock_.now() + wait;
+    next_look_ = clock_.now() + k_between_looks;
     weather_.turn();
-    if (boxes_open_ > 0)
-        return;
-    finger_.forget_permits();
-    for (const auto& watch : watches_) watch->look();
-    if (chance_.one_in(10)) {
-        finger_.press();
-        finger_.forget_permits();
-    }
+    for (const auto& [address, watch] : watches_) watch->look();
 }
 
-// What is due, in any order, then the wait for what comes next.
+// Everybody else does what is due, at any time in an exchange; then the station takes its step, and what
+// comes next is waited for. An event loop hears of input a little late.
 void Soak::turn() {
-    const bool polled_first = chance_.one_in(2);
-    if (polled_first)
-        poll();
-    remote_.turn(true);
-    engineer_.turn();
-    if (!polled_first)
-        poll();
-    const Instant next = std::min({next_poll_, remote_.due(), engineer_.due()});
-    clock_.advance(std::max<Duration>(next - clock_.now(), std::chrono::milliseconds(1)));
+    if (running_) {
+        look();
+        finger_.turn(boxes_open_ > 0);
+        remote_.turn();
+        engineer_.turn();
+    }
+    Instant next = station_.step();
+    if (running_)
+        next = std::min({next, next_look_, finger_.due(), remote_.next_turn(), engineer_.next_turn()});
+    if (const auto input = line_.input_due())
+        next = std::min(next, *input + chance_.number(0, 5) * std::chrono::milliseconds(1));
+    clock_.sleep_until(std::max<Instant>(next, clock_.now() + std::chrono::microseconds(100)));
 }
 
 Outcome Soak::run() {
+    running_ = true;
     line_.exchanges = 0;
     faults_.counts = {};
     faults_.set_percent(options_.percent);
     const Instant start = clock_.now();
-    while (line_.exchanges < options_.exchanges / 10) turn();
-    engineer_.leave();
+    const auto run_to = [&](long exchanges) {
+        while (line_.exchanges < exchanges) turn();
+        engineer_.leave();
+        while (engineer_.under_way()) turn();
+    };
+    run_to(options_.exchanges / 10);
     outcome_.start = Footprint::now();
-    while (line_.exchanges < options_.exchanges) turn();
-    engineer_.leave();
+    run_to(options_.exchanges);
     outcome_.end = Footprint::now();
     outcome_.exchanges = line_.exchanges;
     outcome_.hours = std::chrono::duration<double, std::ratio<3600>>(clock_.now() - start).count();

@@ -11,14 +11,14 @@ namespace ampdesk::bench {
 
 namespace {
 
-// A row is drawn right after its read. The answer to the first try of a read may be accepted by the
-// second; then the band may be asked for, twice, before the row is drawn.
+// A row is drawn when its reading has come; the late answer to the first try of a read may be accepted by the
+// second. A screen that is entered draws what came within the last second.
 constexpr std::chrono::seconds k_drawn_within{4};
 constexpr std::string_view k_event_request = "\xA0\x1A";
 constexpr int k_hv_on = 4;  // bits of a status reply
 constexpr int k_rf_on = 8;
-constexpr std::chrono::seconds k_list_drawn_within{10};  // four entries are read before the first is drawn
-// A lamp follows the status, then the alarm state, each asked for twice of an amplifier that falls silent.
+constexpr std::chrono::seconds k_list_drawn_within{30};  // four entries are read before the first is drawn
+// Status and alarm state set the lamps when either has come.
 constexpr std::chrono::seconds k_lamp_drawn_within{6};
 constexpr std::chrono::seconds k_shown_within{30};
 
@@ -81,7 +81,23 @@ constexpr std::string_view k_fixed_rows[] = {"",
 }  // namespace
 
 bool DisplayWatch::dark_screen() const {
-    return head_.panel().line(1).starts_with("RS485 Communication") || in_shutdown(head_.state());
+    return shows_error() || in_shutdown(head_.state());
+}
+
+bool DisplayWatch::shows_error() const {
+    return head_.panel().line(1).starts_with("RS485 Communication");
+}
+
+bool DisplayWatch::shows_status_screen() const {
+    return head_.state().menu_ptr != 0 && !dark_screen() &&
+           !head_.panel().line(1).starts_with("System Shutdown");
+}
+
+bool DisplayWatch::shows_values() const {
+    bool values = false;
+    for (int row = 1; row <= 3; ++row)
+        values = values || !claims_of_row(row, head_.panel().line(row)).empty();
+    return values && shows_status_screen();
 }
 
 DisplayWatch::Claims DisplayWatch::claims_of_alarm_row(const std::string& text) {
@@ -198,7 +214,8 @@ void DisplayWatch::judge(const Claims& claims, const std::string& what, Duration
     ++counts_.values;
     const int own = head_.identity().unit_address;
     if (const Said* said = found(own, claims, within)) {
-        counts_.oldest_drawn = std::max(counts_.oldest_drawn, clock_.now() - said->at);
+        if (within <= k_drawn_within)
+            counts_.oldest_drawn = std::max(counts_.oldest_drawn, clock_.now() - said->at);
         return;
     }
     int other = 0;
@@ -224,44 +241,95 @@ void DisplayWatch::judge_event(const Claims& claims) {
         found(head_.identity().unit_address, claims, k_list_drawn_within) == nullptr ? 1 : 0;
 }
 
-// The label names the band that the amplifier said last.
+// The label names a band that the amplifier said; when it was read the display may have shown something else.
 void DisplayWatch::judge_label(const std::string& label) {
     if (label == label_ || label == "Fwd Power  ")
         return;
     label_ = label;
     ++counts_.labels;
     const char number = label.starts_with("Ku") ? '0' : label.starts_with("X ") ? '1' : '2';
-    const Claim claim{"RDBAND",
-                      [number](const std::string& text) { return text == std::string("RDBAND=") + number; }};
-    if (found(head_.identity().unit_address, {claim}, k_drawn_within) == nullptr)
-        ++counts_.wrong_labels;
+    counts_.wrong_labels += bands_said_.contains(number) ? 0 : 1;
+}
+
+// A band that has come is one of those that the amplifier said lately, whatever the station made of it.
+void DisplayWatch::take(const Reading& reading) {
+    const int own = head_.identity().unit_address;
+    if (reading.unit_address != own)
+        return;
+    const bool event = reading.request.kind == Request::Kind::event;
+    if (reading.good())
+        failed_in_a_row_ = 0;
+    else if (!reading.request.guess && !event)
+        ++failed_in_a_row_;
+    if (shows_values())
+        counts_.failed_in_a_row = std::max(counts_.failed_in_a_row, failed_in_a_row_);
+    if (reading.request.kind != Request::Kind::band || !reading.good())
+        return;
+    constexpr std::size_t k_reads = 4;  // of one check of the band
+    for (const char number : {'0', '1', '2'})
+        if (found(own,
+                  {{"RDBAND", [&](const std::string& t) { return t == std::string("RDBAND=") + number; }}},
+                  k_drawn_within) != nullptr)
+            bands_.push_back(number);
+    while (bands_.size() > 2 * k_reads) bands_.pop_front();
+    bands_said_ = {bands_.begin(), bands_.end()};
+}
+
+// What of the row stands for a reading. Markers blink, and the output switch, the band's label and a blinking
+// alarm come and go, while the value beside them stays as it was.
+std::string DisplayWatch::value_in_row(int row, const std::string& text) const {
+    std::string value = text;
+    for (char& c : value)
+        if (std::string_view("<>[]").find(c) != std::string_view::npos)
+            c = ' ';
+    if (head_.state().menu_ptr == 1 && row == 1)
+        return padded(value, 20).substr(11);
+    if (head_.state().menu_ptr == 1 && row == 3 && !value.starts_with("Helix Current"))
+        return value.substr(0, 16);
+    return value;
+}
+
+void DisplayWatch::look_at_row(int row) {
+    const auto i = static_cast<std::size_t>(row - 1);
+    const std::string& text = head_.panel().line(row);
+    if (rows_[i] == text)
+        return;
+    rows_[i] = text;
+    const bool alarm_blinks = row == 3 && head_.state().gain_mode && text == padded("", 20);
+    const bool readout_begins = row == 4 && head_.state().gain_mode && contains(text, "    dB ");
+    const std::string value = value_in_row(row, text);
+    if (alarm_blinks || readout_begins || values_[i] == value)
+        return;
+    values_[i] = value;
+    drawn_[i] = clock_.now();
+    const Claims claims = claims_of_row(row, text);
+    if (claims.empty())
+        return;
+    const bool comes_back = text.starts_with("Helix Current");  // in the place of an alarm
+    if (claims.front().command.starts_with(k_event_request))
+        judge_event(claims);
+    else
+        judge(claims, "row " + std::to_string(row) + " \"" + text + "\"",
+              comes_back ? k_shown_within : k_drawn_within);
 }
 
 void DisplayWatch::changed() {
     Panel& panel = head_.panel();
-    for (int row = 1; row <= 4; ++row) {
-        std::string& seen = rows_[static_cast<std::size_t>(row - 1)];
-        if (seen == panel.line(row))
-            continue;
-        seen = panel.line(row);
-        drawn_[static_cast<std::size_t>(row - 1)] = clock_.now();
-        const Claims claims = claims_of_row(row, seen);
-        if (claims.empty())
-            continue;
-        if (claims.front().command.starts_with(k_event_request))
-            judge_event(claims);
-        else
-            judge(claims, "row " + std::to_string(row) + " \"" + seen + "\"", k_drawn_within);
-        if (row == 1 && head_.state().menu_ptr == 1 && seen.ends_with(" dBm"))
-            judge_label(seen.substr(0, 11));
-    }
+    for (int row = 1; row <= 4; ++row) look_at_row(row);
+    if (head_.state().menu_ptr == 1 && panel.line(1).ends_with(" dBm"))
+        judge_label(panel.line(1).substr(0, 11));
     for (int lamp = 5; lamp <= 8; ++lamp) {
         LampColour& seen = lamps_[static_cast<std::size_t>(lamp - 1)];
         if (seen == panel.lamp(lamp))
             continue;
         seen = panel.lamp(lamp);
-        if (seen == LampColour::dark && dark_screen())
+        Instant& out = put_out_[static_cast<std::size_t>(lamp - 1)];
+        if (seen == LampColour::dark && dark_screen()) {
+            out = clock_.now();
             continue;
+        }
+        if (out == clock_.now())
+            continue;  // a shutdown's display has put it out and lit it again
         if (const Claims claims = claims_of_lamp(lamp, seen); !claims.empty())
             judge(claims, "lamp " + std::to_string(lamp), k_lamp_drawn_within);
     }
@@ -276,10 +344,10 @@ void DisplayWatch::changed() {
 
 void DisplayWatch::look() {
     const Head& head = head_.state();
-    if (head.menu_ptr == 0 || dark_screen() || head_.panel().line(1).starts_with("System Shutdown")) {
-        wrong_band_since_.reset();
+    look_for_answers();
+    look_at_band();
+    if (!shows_status_screen())
         return;
-    }
     for (int row = 1; row <= 3; ++row) {
         const Claims claims = claims_of_row(row, head_.panel().line(row));
         if (claims.empty())
@@ -288,10 +356,25 @@ void DisplayWatch::look() {
         const Instant from = said != nullptr ? said->at : drawn_[static_cast<std::size_t>(row - 1)];
         counts_.oldest_shown = std::max(counts_.oldest_shown, clock_.now() - from);
     }
-    if (head.menu_ptr != 1 || head.band.band_count == 0 || !head_.panel().line(1).ends_with(" dBm"))
+}
+
+// A status screen without an answer behind it is to become the communication error screen.
+void DisplayWatch::look_for_answers() {
+    const Instant now = clock_.now();
+    if (!shows_values()) {
+        values_since_ = now;
         return;
-    const int band = line_.bus().find(head.identity.unit_address)->band();
+    }
+    const Instant from = std::max(values_since_, line_.last_answer(head_.identity().unit_address));
+    counts_.unanswered = std::max(counts_.unanswered, now - from);
+}
+
+void DisplayWatch::look_at_band() {
+    const Head& head = head_.state();
     const std::string& row = head_.panel().line(1);
+    if (!shows_status_screen() || head.menu_ptr != 1 || head.band.band_count == 0 || !row.ends_with(" dBm"))
+        return wrong_band_since_.reset();
+    const int band = line_.bus().find(head.identity.unit_address)->band();
     const int shown = row.starts_with("Ku") ? 0 : row.starts_with("X ") ? 1 : 2;
     if (shown == band)
         wrong_band_since_.reset();
@@ -299,6 +382,20 @@ void DisplayWatch::look() {
         wrong_band_since_ = clock_.now();
     else
         counts_.wrong_band = std::max(counts_.wrong_band, clock_.now() - *wrong_band_since_);
+}
+
+void DisplayWatch::watch(const LineRequest& request) {
+    if (request.text || request.command != k_status_request)
+        return;
+    if (head_.silent()) {
+        status_asked_.reset();
+        return;
+    }
+    if (status_asked_) {
+        ++counts_.status_intervals;
+        counts_.status_time += clock_.now() - *status_asked_;
+    }
+    status_asked_ = clock_.now();
 }
 
 }  // namespace ampdesk::bench

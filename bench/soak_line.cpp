@@ -1,6 +1,7 @@
 #include "bench/soak_line.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "buslink/bus_link.h"
 #include "buslink/wire/control_characters.h"
@@ -13,8 +14,14 @@ constexpr std::chrono::seconds k_memory{30};
 constexpr std::chrono::seconds k_late{5};               // after that nothing of a reply is under way any more
 constexpr std::chrono::milliseconds k_text_limit{394};  // of the station at 9600 baud
 
+// With such a fault it is no reply of its own any more.
+bool comes_through(LineFault fault) {
+    using enum LineFault;
+    return fault != silence && fault != bad_crc && fault != truncated && fault != wrong_echo;
+}
+
 // The station's own frames are sound; this only takes them apart.
-Order taken_apart(std::string_view frame) {
+LineRequest taken_apart(std::string_view frame) {
     if (frame[0] == k_soh)
         return {static_cast<unsigned char>(frame[1]), false, std::string(frame.substr(3, frame.size() - 5))};
     return {(frame[2] - '0') * 10 + frame[3] - '0', true, std::string(frame.substr(5, frame.size() - 9))};
@@ -31,8 +38,8 @@ PortResult SoakLine::open(const PortSettings&) {
 PortError SoakLine::write(std::string_view bytes, Instant) {
     if (!open_)
         return PortError::failed;
-    Order order = taken_apart(bytes);
-    order.speaker = speaker;
+    LineRequest order = taken_apart(bytes);
+    order.speaker = std::exchange(next_speaker, Speaker::head);
     ++exchanges;
     if (on_request)
         on_request(order);
@@ -53,7 +60,7 @@ PortError SoakLine::write(std::string_view bytes, Instant) {
     return PortError::none;
 }
 
-void SoakLine::remember(const Order& order, const std::string& reply, LineFault fault) {
+void SoakLine::remember(const LineRequest& order, const std::string& reply, LineFault fault) {
     const std::size_t front = order.text ? 1 : 3 + order.command.size();
     const std::size_t end = order.text ? reply.find(k_etx) : reply.size() - 2;
     std::deque<Said>& all = said_[order.address];
@@ -66,14 +73,20 @@ void SoakLine::remember(const Order& order, const std::string& reply, LineFault 
                    .number = exchanges,
                    .speaker = order.speaker});
     while (all.front().at < clock_.now() - k_memory) all.pop_front();
+    if (order.speaker == Speaker::head && comes_through(fault))
+        last_answer_[order.address] = clock_.now();
+}
+
+Instant SoakLine::last_answer(int address) const {
+    const auto at = last_answer_.find(address);
+    return at == last_answer_.end() ? Instant{} : at->second;
 }
 
 bool SoakLine::may_have_answered(int address, std::string_view command) {
     const std::deque<Said>& all = said_[address];
     return std::any_of(all.rbegin(), all.rend(), [&](const Said& one) {
-        const bool arrives = one.fault != LineFault::silence && one.fault != LineFault::bad_crc &&
-                             one.fault != LineFault::truncated && one.fault != LineFault::wrong_echo;
-        return arrives && clock_.now() - one.at <= k_late && one.command.starts_with(command.substr(0, 2));
+        return comes_through(one.fault) && clock_.now() - one.at <= k_late &&
+               one.command.starts_with(command.substr(0, 2));
     });
 }
 
@@ -83,6 +96,10 @@ std::string SoakLine::read_waiting() {
     for (auto it = under_way_.begin(); it != end; ++it) bytes += it->second;
     under_way_.erase(under_way_.begin(), end);
     return bytes;
+}
+
+std::optional<Instant> SoakLine::input_due() const {
+    return under_way_.empty() ? std::nullopt : std::optional(under_way_.begin()->first);
 }
 
 WaitResult SoakLine::wait_readable(Instant deadline) {

@@ -5,9 +5,8 @@
 #include <deque>
 #include <functional>
 #include <map>
-#include <set>
+#include <optional>
 #include <string>
-#include <utility>
 
 #include "bench/line_faults.h"
 #include "demo/sim_bus.h"
@@ -15,7 +14,7 @@
 
 namespace ampdesk::bench {
 
-// Whose turn it is on the station's side.
+// Whose request it is.
 enum class Speaker { head, remote, nvram };
 
 // One reply as it left the amplifier.
@@ -30,7 +29,7 @@ struct Said {
     Speaker speaker = Speaker::head;
 };
 
-struct Order {
+struct LineRequest {
     int address = 0;
     bool text = false;
     std::string command;
@@ -51,23 +50,27 @@ class SoakLine : public SerialPort {
     PortError write(std::string_view bytes, Instant deadline) override;
     std::string read_waiting() override;
     WaitResult wait_readable(Instant deadline) override;
+    std::optional<Instant> input_due() const override;
 
     // What the amplifier at that address said during the last half minute, oldest first.
     const std::deque<Said>& said(int address) { return said_[address]; }
 
     // Called for every request, before the amplifier hears it.
-    std::function<void(const Order&)> on_request;
+    std::function<void(const LineRequest&)> on_request;
 
     // Whether that amplifier lately sent a reply to such a command that can have come through: one with
     // the same echo, which is the command's first two bytes.
     bool may_have_answered(int address, std::string_view command);
 
+    // When it last sent an answer to its head that can have come through.
+    Instant last_answer(int address) const;
+
     demo::SimBus& bus() { return bus_; }
     long exchanges = 0;
-    Speaker speaker = Speaker::head;
+    Speaker next_speaker = Speaker::head;  // of the next request alone; a guest of the station marks its own
 
   private:
-    void remember(const Order& order, const std::string& reply, LineFault fault);
+    void remember(const LineRequest& order, const std::string& reply, LineFault fault);
 
     Clock& clock_;
     FaultyLine& faults_;
@@ -76,19 +79,7 @@ class SoakLine : public SerialPort {
     bool open_ = false;
     std::multimap<Instant, char> under_way_;
     std::map<int, std::deque<Said>> said_;
-};
-
-// From its making to its end it is that speaker's turn.
-class Turn {
-  public:
-    Turn(SoakLine& line, Speaker speaker) : line_(line), before_(std::exchange(line.speaker, speaker)) {}
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
-    ~Turn() { line_.speaker = before_; }
-
-  private:
-    SoakLine& line_;
-    Speaker before_;
+    std::map<int, Instant> last_answer_;
 };
 
 }  // namespace ampdesk::bench

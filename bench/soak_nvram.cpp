@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <utility>
 
 #include "tests/support/hex_bytes.h"
 #include "tests/support/scratch_folder.h"
@@ -79,45 +80,68 @@ void ServiceEngineer::begin() {
     transfer_ =
         std::make_unique<NvramTransfer>(mode, path_, static_cast<std::int16_t>(address_), bus_, person_);
     transfer_->start();
+    station_.add_guest(*this);
+}
+
+std::optional<Instant> ServiceEngineer::due() const {
+    return transfer_ && !busy_ ? transfer_->due() : std::nullopt;
+}
+
+std::optional<BusCommand> ServiceEngineer::next() {
+    busy_ = true;
+    auto command = transfer_->next();
+    busy_ = false;
+    asked_ = command.has_value();
+    if (asked_)
+        line_.next_speaker = Speaker::nvram;
+    return command;
+}
+
+void ServiceEngineer::ended(const BusReply& reply) {
+    asked_ = false;
+    went_on_ = true;
+    busy_ = true;
+    transfer_->ended(reply);
+    busy_ = false;
+}
+
+// Nothing more comes of it.
+bool ServiceEngineer::over() const {
+    const bool paused = transfer_->panel().start_enabled && !transfer_->nvram_abort;
+    return !asked_ && !transfer_->due() && !paused;
 }
 
 void ServiceEngineer::turn() {
-    if (clock_.now() < due_)
+    constexpr milliseconds k_look{100};
+    if (busy_ || clock_.now() < next_turn_)
         return;
-    if (telling_) {
-        due_ = clock_.now() + milliseconds(100);
-        return;
-    }
-    if (!transfer_)
+    next_turn_ = clock_.now() + k_look;
+    if (!transfer_) {
         begin();
-    if (!transfer_->nvram_running && transfer_->panel().start_enabled)
-        transfer_->start();  // it was paused
-    else if (chance_.one_in(2000))
-        transfer_->exit();
-    else if (chance_.one_in(500))
-        transfer_->pause();
-    const Turn turn(line_, Speaker::nvram);
-    telling_ = true;
-    exchange_once(bus_, *transfer_);
-    telling_ = false;
-    const auto next = transfer_->due();
-    if (next || (transfer_->panel().start_enabled && !transfer_->nvram_abort)) {
-        due_ = next ? *next : clock_.now() + milliseconds(chance_.number(0, 20'000));
+    } else if (over()) {
+        judge();
+        next_turn_ = clock_.now() + milliseconds(chance_.number(0, 120'000));
+    } else if (!transfer_->nvram_running && transfer_->panel().start_enabled) {
+        if (clock_.now() >= go_on_)
+            transfer_->start();
+    } else if (!std::exchange(went_on_, false)) {
         return;
+    } else if (chance_.one_in(2000)) {
+        transfer_->exit();
+    } else if (chance_.one_in(500)) {
+        transfer_->pause();
+        go_on_ = clock_.now() + milliseconds(chance_.number(0, 20'000));
     }
-    judge();
-    due_ = clock_.now() + milliseconds(chance_.number(0, 120'000));
 }
 
 void ServiceEngineer::leave() {
-    if (!transfer_)
-        return;
-    transfer_->exit();
-    judge();
+    if (transfer_)
+        transfer_->exit();
 }
 
-// After every command goes the reply to it or the same once more.
-void ServiceEngineer::watch(const Order& order) {
+// After every command goes the reply to it, the same once more or, of a set, the question what the block
+// holds.
+void ServiceEngineer::watch(const LineRequest& order) {
     bool asked = order.address == address_ && !order.text;
     if (reading()) {
         asked = asked && order.command == command('\x20', transfer_->nvram_block);
@@ -127,7 +151,8 @@ void ServiceEngineer::watch(const Order& order) {
                                                               wanted_[i].data + wanted_[i].trailing;
         };
         const bool next = is(sent_) && static_cast<std::size_t>(transfer_->nvram_block) == sent_;
-        asked = asked && (next || (sent_ > 0 && is(sent_ - 1)));
+        const bool read_back = sent_ > 0 && order.command == command('\x20', wanted_[sent_ - 1].number);
+        asked = asked && (next || read_back || (sent_ > 0 && is(sent_ - 1)));
         sent_ += next ? 1 : 0;
     }
     counts.unasked += asked ? 0 : 1;
@@ -140,6 +165,7 @@ void ServiceEngineer::judge() {
     const bool read = reading();
     const std::string status = transfer_->panel().status;
     const bool done = status == (read ? "nvRam Transfer was Successful" : "end of nvRam file");
+    station_.remove_guest(*this);
     transfer_->unload();
     transfer_.reset();
     if (read) {

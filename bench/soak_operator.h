@@ -1,7 +1,9 @@
 // The soak's operator: presses keys at random and holds the station to what was asked for.
 #pragma once
 
+#include <deque>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,7 +11,7 @@
 #include "bench/line_faults.h"
 #include "bench/nobody.h"
 #include "bench/soak_line.h"
-#include "shell/station.h"
+#include "station/station.h"
 
 namespace ampdesk::bench {
 
@@ -23,21 +25,17 @@ class SoakOperator : public Nobody {
         return message.buttons == Buttons::ok || message.buttons == Buttons::ok_cancel ? Answer::ok
                                                                                        : Answer::yes;
     }
-    void let_events_run() override {
-        if (on_events)
-            on_events();
-    }
 
     std::function<void()> on_box;  // while a box is open
-    std::function<void()> on_events;
     long boxes = 0;
 };
 
 struct SettingCounts {
     long presses = 0;
     long sent = 0;
-    long unasked = 0;  // sent without a key whose legend offers it
+    long unasked = 0;  // sent without a key whose legend offered it when the operator looked
     long twice = 0;
+    long stale = 0;    // On-keys sent long after the press
     long lost = 0;     // carried out, but the station saw no reply
     long misread = 0;  // refused or never heard, but the station took it for carried out
     std::string first_unasked;
@@ -45,17 +43,20 @@ struct SettingCounts {
 
 class Finger {
   public:
-    Finger(Station& station, SoakLine& line, FaultyLine& chance)
-        : station_(station), line_(line), chance_(chance) {}
+    Finger(Station& station, SoakLine& line, FaultyLine& chance, const Clock& clock)
+        : station_(station), line_(line), chance_(chance), clock_(clock) {
+        settings_ = station.settings.subscribe([this](const Setting& setting) { account(setting); });
+    }
 
-    // Does one thing to one panel: a soft key, a hard key, a lamp or the scroll bar.
-    void press();
+    // Looks at a panel, and a little later does one thing to it: a soft key, a hard key, a lamp or the scroll
+    // bar. Nothing while a box locks the windows.
+    void turn(bool locked);
 
-    // Called for every request on the line.
-    void watch(const Order& order);
+    // When there is something to do again.
+    Instant due() const { return next_; }
 
-    // What was asked for has been sent by now, or never will be.
-    void forget_permits() { permits_.clear(); }
+    // Called for every request of a head on the line.
+    void watch(const LineRequest& order);
 
     SettingCounts counts;
 
@@ -64,17 +65,35 @@ class Finger {
     struct Permit {
         int address = 0;
         std::string begins;
+        bool on_key = false;
+        Instant pressed{};
+        std::optional<Instant> left{};  // the head's orders
         bool used = false;
     };
+    // What the operator has made up his mind to do by what he saw.
+    struct Intent {
+        std::shared_ptr<ControlHead> head;
+        std::optional<Permit> permit;
+        std::function<void()> act;
+    };
     static std::optional<std::string> asked_by_soft_key(const Panel& panel, int key);
-    void act(ControlHead& head);
-    void account(const ControlHead& head, const Permit& permit);
+    Intent look();
+    Intent soft_key(const std::shared_ptr<ControlHead>& head, int key, bool by_lamp);
+    void act(const Intent& intent);
+    void account(const Setting& setting);
+    void forget_dropped();
+    void forget_replaced(int address, const std::vector<std::string>& before,
+                         const std::vector<std::string>& after);
 
     Station& station_;
     SoakLine& line_;
     FaultyLine& chance_;
-    std::vector<Permit> permits_;
-    std::string pressed_;  // what the panel showed at the last press
+    const Clock& clock_;
+    Subscription settings_;
+    std::optional<Intent> intent_;
+    Instant next_{};
+    std::deque<Permit> permits_;  // in the order of the presses
+    std::string seen_;            // on the panel of the last intent
 };
 
 }  // namespace ampdesk::bench

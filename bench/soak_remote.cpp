@@ -21,7 +21,7 @@ constexpr std::string_view k_replied =
     "No response from amplifier, check 422/485 connection to the amplifier";
 constexpr std::string_view k_malformed = "No message from amplifier, wrong command";
 constexpr std::size_t k_remembered = 200;  // lines that may still be carried out
-constexpr seconds k_answer_limit{60};      // a burst to silent amplifiers waits for itself
+constexpr seconds k_answer_limit{120};     // a burst on a bad line waits for itself
 constexpr std::string_view k_manual_hang_up = "manually hang up";
 
 constexpr std::string_view k_reads[] = {"RDBAND"sv, "RDS/N"sv, "RDSTAT"sv, "*IDN?"sv, "NOSUCH"sv};
@@ -42,9 +42,10 @@ double address_in(const std::string& text, std::size_t start, std::size_t comma)
 
 }  // namespace
 
-RemoteStation::RemoteStation(BusLink& bus, SoakLine& line, FaultyLine& chance, Clock& clock,
+RemoteStation::RemoteStation(Station& station, BusLink& bus, SoakLine& line, FaultyLine& chance, Clock& clock,
                              std::string folder)
-    : bus_line_(line),
+    : station_(station),
+      bus_line_(line),
       chance_(chance),
       clock_(clock),
       port_(clock, chance),
@@ -52,11 +53,12 @@ RemoteStation::RemoteStation(BusLink& bus, SoakLine& line, FaultyLine& chance, C
       terminal_(line_, bus, std::move(folder)) {
     line_.open({});
     terminal_.line_changed();
+    station_.add_guest(*this);
     terminal_.on_text = [this](std::string_view text) { breaking_ = breaking_ || text == k_manual_hang_up; };
 }
 
 // Address and command of the text are those of the order.
-bool RemoteStation::Asked::orders(const Order& order) const {
+bool RemoteStation::Asked::orders(const LineRequest& order) const {
     const std::size_t start = text.find('>');
     const std::size_t comma = text.find(',', start);
     return !malformed() && order.text == (text.find(k_text_marker) != std::string::npos) &&
@@ -160,13 +162,13 @@ void RemoteStation::speak() {
     give_up_ = clock_.now() + k_answer_limit;
 }
 
-void RemoteStation::turn(bool bus_is_free) {
+void RemoteStation::turn() {
     const Instant now = clock_.now();
     if (now >= next_call_ && (awaited_ + awaited_wrong_ == 0 || now >= give_up_))
         speak();
-    if (port_.next() && now >= *port_.next())
+    if (port_.input_due() && now >= *port_.input_due())
         line_.pump();
-    carry_out(bus_is_free);
+    terminal_.tick();
     hear();
     if (breaking_ && terminal_.modem().hanging_up())
         hung_up();
@@ -175,6 +177,8 @@ void RemoteStation::turn(bool bus_is_free) {
 // After noise without a line end the terminal ends the call; what it was asked before is forgotten.
 void RemoteStation::hung_up() {
     breaking_ = false;
+    forgotten_ = under_way_;
+    orders_.clear();
     ++counts.hang_ups;
     awaited_ = awaited_wrong_ = 0;
     expected_.clear();
@@ -183,19 +187,30 @@ void RemoteStation::hung_up() {
     next_call_ = clock_.now() + seconds(10);
 }
 
-void RemoteStation::carry_out(bool bus_is_free) {
-    terminal_.may_exchange = [bus_is_free] { return bus_is_free; };
-    orders_.clear();
-    const Turn turn(bus_line_, Speaker::remote);
-    terminal_.tick();
-    if (!orders_.empty()) {
-        const bool setting_sent =
-            std::any_of(orders_.begin(), orders_.end(), [](auto& o) { return o.setting(); });
-        expected_.push_back(expected(orders_.back(), setting_sent));
-    }
+std::optional<BusCommand> RemoteStation::next() {
+    auto command = terminal_.next();
+    under_way_ = command.has_value();
+    if (under_way_)
+        bus_line_.next_speaker = Speaker::remote;
+    return command;
 }
 
-void RemoteStation::watch(const Order& order) {
+// Behind a text comes a question, which decides the answer.
+void RemoteStation::ended(const BusReply& reply) {
+    under_way_ = false;
+    const bool forgotten = std::exchange(forgotten_, false);
+    const bool answer_comes = !orders_.empty() && !orders_.back().text;
+    if (answer_comes && !forgotten) {
+        const bool setting_sent =
+            std::any_of(orders_.begin(), orders_.end(), [](auto& o) { return o.setting(); });
+        expected_.push_back(expected(orders_.back(), setting_sent, reply.failure == BusFailure::cut));
+    }
+    if (answer_comes || forgotten)
+        orders_.clear();
+    terminal_.ended(reply);
+}
+
+void RemoteStation::watch(const LineRequest& order) {
     const bool second = !orders_.empty() && orders_.back().text && !order.text &&
                         order.address == orders_.back().address && order.command == "RDSTAT";
     orders_.push_back(order);
@@ -220,7 +235,7 @@ void RemoteStation::watch(const Order& order) {
 }
 
 // Asked at the end of the exchange that decides the answer.
-RemoteStation::Expected RemoteStation::expected(const Order& order, bool setting_sent) {
+RemoteStation::Expected RemoteStation::expected(const LineRequest& order, bool setting_sent, bool cut) {
     Expected result{.replied = bus_line_.may_have_answered(order.address, order.command),
                     .silence = true,
                     .what = "amplifier " + std::to_string(order.address) + ", exchange " +
@@ -232,7 +247,7 @@ RemoteStation::Expected RemoteStation::expected(const Order& order, bool setting
     const std::deque<Said>& said = bus_line_.said(order.address);
     if (said.empty() || said.back().number != bus_line_.exchanges)
         return result;
-    result.silence = said.back().fault != LineFault::none || !said.back().alone;
+    result.silence = cut || said.back().fault != LineFault::none || !said.back().alone;
     result.lost = setting_sent && said.back().accepted;
     return result;
 }
@@ -284,10 +299,10 @@ void RemoteStation::wrong(const std::string& what) {
         counts.first_wrong = what;
 }
 
-Instant RemoteStation::due() {
+Instant RemoteStation::next_turn() {
     Instant next = std::max(next_call_, awaited_ + awaited_wrong_ == 0 ? next_call_ : give_up_);
-    if (port_.next())
-        next = std::min(next, *port_.next());
+    if (const auto piece = port_.input_due())
+        next = std::min(next, *piece);
     if (const auto tick = terminal_.next_tick())
         next = std::min(next, clock_.now() + *tick);
     return next;

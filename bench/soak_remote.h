@@ -10,6 +10,7 @@
 
 #include "bench/soak_line.h"
 #include "bench/soak_terminal_port.h"
+#include "station/station.h"
 #include "terminal/terminal.h"
 
 namespace ampdesk::bench {
@@ -30,19 +31,26 @@ struct RemoteCounts {
     std::string first_unasked;
 };
 
-class RemoteStation {
+class RemoteStation : public BusGuest {
   public:
     // "rs422.dat" is looked for in the folder.
-    RemoteStation(BusLink& bus, SoakLine& line, FaultyLine& chance, Clock& clock, std::string folder);
+    RemoteStation(Station& station, BusLink& bus, SoakLine& line, FaultyLine& chance, Clock& clock,
+                  std::string folder);
+    ~RemoteStation() override { station_.remove_guest(*this); }
 
-    // Lets the station speak and the terminal work, when it is time.
-    void turn(bool bus_is_free);
+    // Lets the remote station speak and the terminal work, when it is time.
+    void turn();
 
     // When there is something to do again.
-    Instant due();
+    Instant next_turn();
+
+    // The terminal as the station's guest; its requests are marked, its answers held to what came of them.
+    std::optional<Instant> due() const override { return terminal_.due(); }
+    std::optional<BusCommand> next() override;
+    void ended(const BusReply& reply) override;
 
     // Called for every command that the terminal sends to an amplifier.
-    void watch(const Order& order);
+    void watch(const LineRequest& order);
 
     RemoteCounts counts;
 
@@ -59,7 +67,7 @@ class RemoteStation {
     struct Asked {
         std::string text;
         bool used = false;
-        bool orders(const Order& order) const;
+        bool orders(const LineRequest& order) const;
         bool malformed() const;
     };
     void speak();
@@ -68,13 +76,13 @@ class RemoteStation {
     std::string command_line();
     void say(std::string_view bytes, Duration pause = {});
     void remember_requests(std::string_view bytes);
-    void carry_out(bool bus_is_free);
-    Expected expected(const Order& order, bool setting_sent);
+    Expected expected(const LineRequest& order, bool setting_sent, bool cut);
     void hear();
     void judge(const std::string& answer);
     void wrong(const std::string& what);
     void hung_up();
 
+    Station& station_;
     SoakLine& bus_line_;
     FaultyLine& chance_;
     Clock& clock_;
@@ -84,7 +92,9 @@ class RemoteStation {
 
     std::deque<Asked> asked_;
     std::string said_since_line_end_;
-    std::deque<Order> orders_;  // that the terminal has sent during the tick in hand
+    std::deque<LineRequest> orders_;  // that have gone out for the line in hand
+    bool under_way_ = false;          // an exchange is under way …
+    bool forgotten_ = false;          // … for a line whose answer nobody gets any more
     std::deque<Expected> expected_;
     std::string heard_;      // of the answer that is coming in
     int awaited_ = 0;        // answers to the lines of this call that have not come

@@ -1,5 +1,6 @@
 #include "bench/soak_report.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +12,10 @@ namespace ampdesk::bench {
 namespace {
 
 using O = const Outcome&;
+
+// The third read that fails after its second try puts up the error screen; first tries of other kinds may
+// have failed between them.
+constexpr long k_most_failed = 9;
 
 // One line of the table, a column an outcome.
 class Table {
@@ -79,6 +84,12 @@ void report_display(Table& table) {
                                 [](O o) { return o.display.others_early; });
     table.row("age of a value at most, when drawn", [](O o) { return o.display.oldest_drawn; });
     table.row("  … while it stood on a status screen", [](O o) { return o.display.oldest_shown; });
+    table.row("  … while its amplifier answered nothing", [](O o) { return o.display.unanswered; });
+    table.most_row(
+        "  … reads that failed in a row meanwhile", [](O o) { return o.display.failed_in_a_row; },
+        k_most_failed);
+    table.row("a live amplifier's status is asked every, on average",
+              [](O o) { return o.display.status_time / std::max(o.display.status_intervals, 1L); });
     table.row("rows of the event list drawn", [](O o) { return o.display.events; });
     table.zero_when_checked_row("  with another entry's text", [](O o) { return o.display.wrong_events; });
     table.row("band labels drawn", [](O o) { return o.display.labels; });
@@ -92,6 +103,7 @@ void report_settings(Table& table) {
     table.row("settings sent for them", [](O o) { return o.settings.sent; });
     table.zero_row("  that nobody had asked for", [](O o) { return o.settings.unasked; });
     table.zero_row("  sent twice", [](O o) { return o.settings.twice; });
+    table.zero_row("  of an On-key, long after it was pressed", [](O o) { return o.settings.stale; });
     table.zero_row("  refused, but taken for carried out", [](O o) { return o.settings.misread; });
     table.row("  lost: carried out, but the reply did not arrive", [](O o) { return o.settings.lost; });
 }

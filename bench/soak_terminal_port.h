@@ -42,6 +42,9 @@ class TerminalPort : public SerialPort {
         return bytes;
     }
     WaitResult wait_readable(Instant) override { return WaitResult::timed_out; }
+    std::optional<Instant> input_due() const override {
+        return arriving_.empty() ? std::nullopt : std::optional(arriving_.begin()->first);
+    }
 
     // The remote station's side. The bytes arrive in one piece, behind what was said before and after
     // that pause.
@@ -51,11 +54,6 @@ class TerminalPort : public SerialPort {
         arriving_.emplace(last_, bytes);
     }
     std::string heard() { return std::exchange(to_remote_, {}); }
-
-    // When the next piece reaches the terminal.
-    std::optional<Instant> next() const {
-        return arriving_.empty() ? std::nullopt : std::optional(arriving_.begin()->first);
-    }
 
   private:
     Clock& clock_;

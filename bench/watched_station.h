@@ -17,7 +17,7 @@
 #include "demo/demonstration.h"
 #include "demo/faults.h"
 #include "demo/sim_port.h"
-#include "shell/station.h"
+#include "station/station.h"
 
 namespace ampdesk {
 
@@ -88,23 +88,13 @@ class WatchedStation {
 
     Clock& clock;
 
-  private:
+  protected:
     demo::SimBus sim_;
+
+  private:
     NotingPort port_{sim_, clock};
 
-  protected:
-    // Called wherever the program lets events run.
-    std::function<void()> on_events;
-
-  private:
-    struct Absent : Nobody {
-        explicit Absent(const std::function<void()>& event_loop) : events(event_loop) {}
-        void let_events_run() override {
-            if (events)
-                events();
-        }
-        const std::function<void()>& events;
-    } person_{on_events};
+    Nobody person_;
 
   public:
     BusLink bus{port_, clock, person_};

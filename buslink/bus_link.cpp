@@ -56,6 +56,8 @@ void BusLink::begin(BusCommand command) {
 }
 
 std::optional<BusReply> BusLink::poll() {
+    if (kept_ && stage_ == Stage::none)
+        return std::exchange(kept_, std::nullopt);
     if (stage_ == Stage::settling)
         settle();
     if (stage_ == Stage::waiting) {
@@ -86,10 +88,13 @@ BusReply BusLink::carry_out(BusCommand command) {
                 port_.wait_readable(due_);
         }
     };
-    if (under_way())
-        finish();
+    if (stage_ != Stage::none)
+        kept_ = finish();
     begin(std::move(command));
-    return finish();
+    std::optional<BusReply> kept = std::exchange(kept_, std::nullopt);
+    BusReply reply = finish();
+    kept_ = std::move(kept);
+    return reply;
 }
 
 // After a failed exchange a late answer may still be under way: it is waited for and thrown away,

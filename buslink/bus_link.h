@@ -76,7 +76,7 @@ class BusLink {
     // Begins an exchange; none may be under way. After one that failed it first waits until the line is at
     // rest, so that a late answer is never taken for the next one.
     void begin(BusCommand command);
-    bool under_way() const { return stage_ != Stage::none; }
+    bool under_way() const { return stage_ != Stage::none || kept_; }
 
     // Takes what has come and does what is due, without waiting. The reply when the exchange has just ended.
     std::optional<BusReply> poll();
@@ -84,11 +84,17 @@ class BusLink {
     // When poll() has something to do though nothing comes in; any instant while none is under way.
     Instant due() const { return due_; }
 
+    // Since when a reply is waited for; nothing while none is.
+    std::optional<Instant> waiting_since() const {
+        return stage_ == Stage::waiting ? std::optional(sent_at_) : std::nullopt;
+    }
+
     // Ends the exchange by the next poll(); what still comes of it is thrown away before the next one. Not
     // before it has been sent, and not during its rest.
     void cut();
 
-    // An exchange from its beginning to its end. What is under way comes to its end first. Blocks.
+    // An exchange from its beginning to its end. What is under way comes to its end first; its reply waits
+    // for poll(). Blocks.
     BusReply carry_out(BusCommand command);
 
     // Sends one binary frame and waits for its reply, at most `limit` from the sending. Returns
@@ -177,6 +183,7 @@ class BusLink {
 
     // The exchange in hand, or the last one.
     Stage stage_ = Stage::none;
+    std::optional<BusReply> kept_;  // somebody else's, who has not asked for it yet
     BusCommand command_;
     BusReply reply_;
     std::optional<ReplyParser> binary_;

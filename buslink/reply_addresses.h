@@ -35,7 +35,9 @@ class ReplyAddresses {
         int failures = 0;  // in a row for that byte alone
     };
     static constexpr int k_enough = 8;
-    static constexpr int k_replaced = 3;  // another amplifier stands there, and does not send its address
+    // Another amplifier stands there, and does not send its address. Fewer are seen beside a silent one: the
+    // late replies of those that were asked right before it.
+    static constexpr int k_replaced = 5;
 
     ReplyAddress rule_;
     std::map<std::uint8_t, Known> known_;

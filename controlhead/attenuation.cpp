@@ -9,7 +9,6 @@
 #include "controlhead/status_screens.h"
 #include "controlhead/value_rows.h"
 #include "platform/numbers.h"
-#include "platform/run_time_error.h"
 
 namespace ampdesk {
 
@@ -18,10 +17,6 @@ namespace {
 constexpr std::int16_t k_most = 300;  // tenths of a dB
 constexpr int k_tenths = 10;
 
-void take_attenuation(Head& head) {
-    head.attenuation.atten_value = round_to_int16(shown(head.analog, Analog::attenuation) * k_tenths);
-}
-
 // Two digits at least before the point: "03.5".
 std::string two_digits_one_decimal(double value) {
     const std::string figures = fixed_point(std::abs(value), 1);
@@ -29,49 +24,39 @@ std::string two_digits_one_decimal(double value) {
     return (negative ? "-" : "") + std::string(figures.size() < 4 ? 4 - figures.size() : 0, '0') + figures;
 }
 
-// An active alarm blinks at the rate of the refreshes.
+// An active alarm blinks at the rate of the ticks.
 void draw_helix_or_alarm(Head& head) {
-    read_alarm_state(head);
-    if (head.alarm.active) {
-        head.attenuation.alarm_blink = !head.attenuation.alarm_blink;
-        head.panel.set_line(3, head.attenuation.alarm_blink ? "" : head.alarm.text);
-    } else {
-        const double milliamperes = shown(head.analog, Analog::helix_current);
-        head.panel.set_line(3,
-                            "Helix Current" + right_aligned(two_digits_one_decimal(milliamperes), 5) + "ma");
-    }
+    if (head.alarm && head.alarm->active)
+        return head.panel.set_line(3, head.attenuation.alarm_blink ? "" : head.alarm->text);
+    ValueRows rows(head.panel, head.alarm && head.analog);
+    rows.draw(3, [&] {
+        const double milliamperes = shown(*head.analog, Analog::helix_current);
+        return "Helix Current" + right_aligned(two_digits_one_decimal(milliamperes), 5) + "ma";
+    });
+    rows.finish();
 }
 
-// From the analog block in hand.
+// From the analog block in hand. Without a value the readout is blank, and the mode can be left all the same.
 void draw_readout(Head& head) {
     if (head.menu_ptr != 1 && head.menu_ptr != 4)
         return;
-    const std::string decibels = plain_number(shown(head.analog, Analog::attenuation));
-    head.panel.set_line(4,
-                        std::string("ATTN") + head.left_marker + right_aligned(decibels, 4) + "dB     MORE");
+    lite_service(head, 1, 1);  // the communication error screen may have put it out
+    const auto readout = [&](const std::string& decibels) {
+        head.panel.set_line(
+            4, std::string("ATTN") + head.left_marker + right_aligned(decibels, 4) + "dB     MORE");
+    };
+    readout("");
+    if (head.analog)
+        readout(plain_number(shown(*head.analog, Analog::attenuation)));
     if (head.menu_ptr == 1)
         draw_helix_or_alarm(head);
 }
 
-void enter(Head& head) {
-    take_attenuation(head);
-    const int value = std::clamp<int>(head.attenuation.atten_value, 0, k_most);
-    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = k_most, .value = value});
-    lite_service(head, 1, 1);
-    head.left_marker = '>';
-}
-
-// The amplifier did not take the value: the bar goes back to where the amplifier is, or was when
-// last heard of.
-void put_bar_back(Head& head) {
-    try {
-        read_analog(head);
-        take_attenuation(head);
-    } catch (const RunTimeError&) {
-        assign_potValue(head, head.attenuation.atten_value);
-        throw;
-    }
-    assign_potValue(head, head.attenuation.atten_value);
+void leave(Head& head) {
+    head.attenuation.follow_amplifier = false;
+    head.panel.hide_scroll();
+    lite_service(head, 1, 0);
+    head.left_marker = '[';
 }
 
 }  // namespace
@@ -82,31 +67,54 @@ void assign_potValue(Head& head, int value) {
     head.panel.set_scroll(scroll);
 }
 
+void place_bar(Head& head) {
+    const bool another_move_waits = std::any_of(head.orders.begin(), head.orders.end(),
+                                                [](const Order& order) { return order.replaceable; });
+    if (!head.gain_mode || !head.attenuation.follow_amplifier || !head.analog || another_move_waits)
+        return;
+    head.attenuation.follow_amplifier = false;
+    const Quantity& attenuation = (*head.analog)[Analog::attenuation];
+    if (attenuation.kind == Quantity::Kind::overflowed) {  // without its scroll bar the mode is of no use
+        head.gain_mode = false;
+        leave(head);
+        return draw_fixed_rows(head);  // its readout stands in the legend's place
+    }
+    head.attenuation.atten_value = round_to_int16(attenuation.value * k_tenths);
+    head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = k_most, .value = 0});
+    assign_potValue(head, head.attenuation.atten_value);
+}
+
+// When the amplifier does not take the value the bar goes back to where the amplifier was when last heard of,
+// then to where it is.
 void set_attenuation(Head& head, std::int16_t value) {
     if (value < 0 || value > k_most)
         return;
-    head.last_command_status = head.amplifier.set_item(set_attenuation_command(value));
-    if (head.last_command_status == 0)
-        head.attenuation.atten_value = value;
-    else
-        put_bar_back(head);
-    read_analog(head);
-    draw_readout(head);
+    while (!head.orders.empty() && head.orders.back().replaceable) head.orders.pop_back();
+    head.order({.command = set_attenuation_command(value),
+                .then =
+                    [value](Head& then, const Setting& setting) {
+                        if (setting.outcome == Setting::Outcome::taken) {
+                            then.attenuation.atten_value = value;
+                        } else if (then.gain_mode) {
+                            assign_potValue(then, then.attenuation.atten_value);
+                            then.attenuation.follow_amplifier = true;
+                        }
+                        then.want({Request::Kind::analog});
+                    },
+                .replaceable = true});
 }
 
 void set_gain(Head& head, std::int16_t key) {
     switch (key) {
         case k_key_leave:
-            head.panel.hide_scroll();
-            lite_service(head, 1, 0);
-            head.left_marker = '[';
-            return;
+            return leave(head);
         case k_key_enter:
-            read_analog(head);
-            enter(head);
-            return draw_readout(head);
+            head.left_marker = '>';
+            head.attenuation.follow_amplifier = true;
+            if (head.analog)
+                place_bar(head);
+            return head.gain_mode ? draw_readout(head) : void();
         case k_key_refresh:
-            read_analog(head);
             return draw_readout(head);
         default:
             return set_attenuation(head, static_cast<std::int16_t>(key - 1));

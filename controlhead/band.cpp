@@ -37,22 +37,19 @@ const Band* band_of(std::int16_t number, std::int16_t capability) {
     }
 }
 
-// Nothing protects a text reply: with one digit damaged it names another band. What would change the
-// label has to come twice in a row, and be a number: any other text would count as band 0. False when
-// none of the reads brought that.
-bool read_band(Head& head) {
-    constexpr int k_reads = 4;
-    std::string before;
-    for (int read = 0; read < k_reads; ++read) {
-        before = std::exchange(head.band.band_reply, head.amplifier.read_item(k_band_word));
-        if (head.band.band_reply.find_first_of("+-.0123456789") != 0)
-            continue;
-        const bool stands =
-            !head.band.band_name.empty() && lenient_number(head.band.band_reply) == head.band.band_index;
-        if (stands || head.band.band_reply == before)
-            return true;
+bool is_number(const std::string& text) {
+    return text.find_first_of("+-.0123456789") == 0;
+}
+
+void use_band(Head& head) {
+    const double value = lenient_number(head.band.band_reply);
+    if (value < -0.5 || value > 2.5)  // halves round to even ones
+        return head.tell("Read Band Error");
+    head.band.band_index = round_to_int16(value);
+    if (const Band* band = band_of(head.band.band_index, head.band.band_count)) {
+        head.band.band_name = band->name;
+        head.band.fwd_label = band->fwd_label;
     }
-    return false;
 }
 
 }  // namespace
@@ -67,20 +64,34 @@ std::int16_t band_capability(const HeadOptions& options, std::string_view model)
                                                           : static_cast<std::int16_t>(configured->second);
 }
 
-std::int16_t find_band(Head& head) {
-    if (!read_band(head) && !head.band.band_name.empty())
-        return 1;  // the label that stands is the best that is known
-    const std::int16_t number = round_to_int16(lenient_number(head.band.band_reply));
-    if (number < 0 || number > 2) {
-        head.tell("Read Band Error");
-        return 0;
+void find_band(Head& head) {
+    constexpr int k_reads = 4;
+    if (head.band.reads_left == 0 || !head.wants({Request::Kind::band}))
+        head.band.reads_left = k_reads;
+    head.want({Request::Kind::band});
+}
+
+// Nothing protects a text reply: with one digit damaged it names another band. What would change the
+// label has to come twice in a row, and be a number: any other text would count as band 0.
+void take_band(Head& head, const Reading& reading) {
+    BandState& band = head.band;
+    if (band.reads_left == 0)
+        return;
+    const std::string* text = reading.get<std::string>();
+    if (text == nullptr) {
+        band.reads_left = 0;  // the label that stands is the best that is known
+        return;
     }
-    head.band.band_index = number;
-    if (const Band* band = band_of(number, head.band.band_count)) {
-        head.band.band_name = band->name;
-        head.band.fwd_label = band->fwd_label;
-    }
-    return 1;
+    const std::string before = std::exchange(band.band_reply, *text);
+    const bool known = !band.band_name.empty();
+    const bool stands = known && is_number(*text) && lenient_number(*text) == band.band_index;
+    const bool twice = is_number(*text) && *text == before;
+    --band.reads_left;
+    if (!stands && !twice && band.reads_left > 0)
+        return head.want({Request::Kind::band});
+    if (stands || twice || !known)
+        use_band(head);
+    band.reads_left = 0;
 }
 
 std::string next_band_command(const Head& head) {

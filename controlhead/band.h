@@ -13,10 +13,12 @@ namespace ampdesk {
 // configured for the designation, else 0.
 std::int16_t band_capability(const HeadOptions& options, std::string_view model);
 
-// Asks the amplifier for its band and sets band name, index and forward-power label; a change has to
-// be read twice in a row, else what stands is left. Returns 1 for a known band, 0 after "Read Band Error".
-// Throws error 100, or Overflow for a number that no 16-bit integer holds.
-std::int16_t find_band(Head& head);
+// Asks the amplifier for its band, unless it is being asked already. What it says sets band name, index and
+// forward-power label; a change has to be read twice in a row, else what stands is left.
+void find_band(Head& head);
+
+// A reply to that has come, or none has.
+void take_band(Head& head, const Reading& reading);
 
 // The command that steps to the next band, empty when the capability offers none.
 std::string next_band_command(const Head& head);

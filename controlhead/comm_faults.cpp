@@ -23,25 +23,24 @@ void DispCommError(Head& head, std::int16_t kind) {
     lite_service(head, 0, 0);
     head.panel.hide_scroll();
     head.panel.set_gauge(std::nullopt);
+    head.requests.clear();  // the screen makes them anew when it comes back
     head.shutdown_shown = false;
     head.comm_error_shown = true;
 }
 
 void Error_handler_local(Head& head, const RunTimeError& error) {
     constexpr std::int16_t k_silent_failures = 2;
-    if (++head.link_fail_count <= k_silent_failures)
-        return;
     if (error.number() == RunTimeError::k_no_answer) {
-        DispCommError(head, 1);
+        if (++head.link_fail_count <= k_silent_failures)
+            return;
         head.link_fail_count = k_silent_failures + 1;
+        if (!head.comm_error_shown)
+            DispCommError(head, 1);
         return;
     }
-    head.link_fail_count = 0;
-    if (head.comm_error_shown) {  // it answers again, if not as it should
-        show_lines(head, {"", "", "", ""});
-        head.comm_error_shown = false;
-        head.redraw_request = true;
-    }
+    if (++head.overflow_count <= k_silent_failures)
+        return;
+    head.overflow_count = 0;
     const ToldError told{head.menu_ptr, head.sub_menu, error.what(), error.detail()};
     if (head.told_error == told)
         return;

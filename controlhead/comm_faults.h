@@ -12,9 +12,9 @@ namespace ampdesk {
 // keeps the last kind.
 void DispCommError(Head& head, std::int16_t kind);
 
-// Counts the failure. The first two in a row pass silently; from the third on an amplifier that
-// did not answer gets the communication error screen, any other error a message box, once a screen and
-// until a display tick has come to its end without one.
+// Counts the failure: of a request after its second try, or of a tick that could not draw a value. The first
+// two in a row pass silently; from the third on an amplifier that did not answer gets the communication error
+// screen, any other error a message box, once a screen and until a tick has come to its end without one.
 void Error_handler_local(Head& head, const RunTimeError& error);
 
 // Runs the action; a run-time error in it ends in Error_handler_local. Returns whether the action
@@ -30,8 +30,8 @@ bool guarded(Head& head, Action action) {
     }
 }
 
-// Runs one statement of a key handler; a run-time error in it is dropped and the handler goes on.
-// Returns whether the statement came to its end.
+// Runs one statement; a run-time error in it is dropped, as the next tick meets it too. Returns whether the
+// statement came to its end.
 template <class Statement>
 bool attempted(Statement statement) {
     try {

@@ -4,9 +4,11 @@
 #include <filesystem>
 #include <utility>
 
+#include "controlhead/comm_faults.h"
 #include "controlhead/keypad.h"
-#include "controlhead/lamps.h"
 #include "controlhead/menu_engine.h"
+#include "controlhead/readings_in.h"
+#include "controlhead/screens.h"
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
 
@@ -14,19 +16,13 @@ namespace ampdesk {
 
 namespace {
 
+constexpr std::chrono::milliseconds k_dropped_beep{100};
+
 std::string settings_path(const Head& head) {
     return head.services.options.folder + "/" + screen_settings_name(head.identity.number);
 }
 
-bool wants_restore(Head& head) {
-    Message question;
-    question.text = "The settings for this HPA already exist, do you want to restore ? ";
-    question.icon = Icon::question;
-    question.buttons = Buttons::yes_no;
-    return head.services.person.ask(question) == Answer::yes;
-}
-
-// Why the window has to close again; without a text when the first screen is up.
+// Why the window has to close again; without a text when it has not.
 struct Failure {
     std::string text{};
     std::string cause{};
@@ -34,7 +30,7 @@ struct Failure {
 
 // Out of the way of the next opening, and kept for whoever wants to look at it. Where it cannot be moved the
 // head opens without it, or it never would.
-Failure set_aside(Head& head, const std::string& path, const std::string& corrupted) {
+Failure set_aside(const Head& head, const std::string& path, const std::string& corrupted) {
     const std::string aside = path + ".bad";
     std::error_code failure;
     std::filesystem::rename(path, aside, failure);
@@ -46,10 +42,8 @@ Failure set_aside(Head& head, const std::string& path, const std::string& corrup
 }
 
 // A file that holds no settings or cannot be read is a failure.
-Failure restore_look(Head& head, bool ask_before_restore) {
+Failure restore_look(Head& head) {
     const std::string path = settings_path(head);
-    if (!file_exists(path) || (ask_before_restore && !wants_restore(head)))
-        return {};
     const std::string corrupted = "File set" + head.identity.number + ".dat or band_set.dat corrupted.";
     try {
         const auto settings = read_screen_settings(path);
@@ -62,98 +56,141 @@ Failure restore_look(Head& head, bool ask_before_restore) {
     }
 }
 
-Failure start(Head& head, bool ask_before_restore, const bool& closed) {
-    try {
-        Failure failure = restore_look(head, ask_before_restore);
-        if (closed || !failure.text.empty())
-            return failure;
-        head.menu_ptr = 1;
-        set_menu(head);
-        return {};
-    } catch (const RunTimeError& error) {
-        if (error.number() == RunTimeError::k_no_answer)
-            return {"Some remote commands are absent in Amplifier"};
-        return {error.what(), error.detail()};
-    }
-}
-
 }  // namespace
 
 ControlHead::ControlHead(HeadServices& services, HeadIdentity identity)
     : head_(services, std::move(identity)) {
     head_.on_tell = [this](const std::string& text, const std::string& detail) {
-        const Told told{text, detail};
-        if (std::find(to_tell_.begin(), to_tell_.end(), told) == to_tell_.end())
-            to_tell_.push_back(told);
+        const Message message{.text = text, .detail = about(detail)};
+        const auto same = [&](const Message& m) {
+            return m.text == message.text && m.detail == message.detail;
+        };
+        if (std::none_of(to_tell_.begin(), to_tell_.end(), same))
+            to_tell_.push_back(message);
     };
     Form_Load(head_);
 }
 
-bool ControlHead::machine_init(bool ask_before_restore) {
-    const Failure failure = start(head_, ask_before_restore, closed_);
-    if (!failure.text.empty() && !closed_)
-        head_.services.person.notify(failure.text, about(failure.cause));
-    started_ = failure.text.empty() && !closed_;
-    tell_all();
-    return live();
+bool ControlHead::has_screen_settings() const {
+    return file_exists(settings_path(head_));
 }
 
-// Runs a handler, then tells what came up in it. A closed head does nothing any more.
+void ControlHead::machine_init(bool restore) {
+    if (life_ != Life::created)
+        return;
+    const Failure failure = restore && has_screen_settings() ? restore_look(head_) : Failure{};
+    if (!failure.text.empty())
+        return fail(failure.text, failure.cause);
+    life_ = Life::opening;
+    head_.menu_ptr = 1;
+    act([&] { set_menu(head_); });
+}
+
+void ControlHead::fail(const std::string& text, const std::string& cause) {
+    head_.tell(text, cause);
+    life_ = Life::failed;
+}
+
+// The first screen has to be there as a whole; then it is a head like any other.
+void ControlHead::follow_opening(const Reading& reading) {
+    if (!reading.good() && reading.last_try)
+        return fail("Some remote commands are absent in Amplifier", {});
+    if (!head_.analog || !head_.alarm || head_.band.reads_left > 0)
+        return;
+    life_ = Life::live;
+    if (in_shutdown(head_))
+        return;
+    try {
+        update_menu(head_);
+    } catch (const RunTimeError& error) {
+        fail(error.what(), error.detail());
+    }
+}
+
+// Runs a handler. A head that closes does nothing any more.
 template <class Action>
 void ControlHead::act(Action action) {
-    if (closed_)
+    if (life_ == Life::failed || life_ == Life::closed)
         return;
     action();
-    tell_all();
+    for (int key = 0; key < 4; ++key) head_.panel.set_key_name(key, key_name(head_, key));
 }
 
-void ControlHead::press_key(std::int16_t index) {
-    if (started_)
-        act([&] { cmdKey_Click(head_, index); });
+// What was on the panel when the operator acted may have gone before his act arrived: MORE must not become
+// OK.
+bool ControlHead::is_what_was_seen(std::int16_t index, const std::optional<std::string>& did) {
+    if (!did || index > 3 || *did == key_name(head_, index))
+        return true;
+    head_.services.person.start_beep(k_dropped_beep);
+    return false;
+}
+
+void ControlHead::press_key(std::int16_t index, const std::optional<std::string>& did) {
+    if (started())
+        act([&] {
+            if (is_what_was_seen(index, did))
+                cmdKey_Click(head_, index);
+        });
 }
 
 void ControlHead::press_hard_key(std::int16_t index) {
     act([&] { cmdHardkey_Click(head_, index); });
 }
 
-void ControlHead::click_lamp(std::int16_t index) {
+void ControlHead::click_lamp(std::int16_t index, const std::optional<std::string>& did) {
     constexpr std::int16_t k_first_hard_key = 4;
-    if (started_ || index >= k_first_hard_key)
+    if (index >= k_first_hard_key)
         act([&] { picLight_Click(head_, index); });
+    else
+        press_key(index, did);
 }
 
-void ControlHead::move_scroll_bar(int value) {
-    act([&] { VScroll1_Change(head_, value); });
+void ControlHead::move_scroll_bar(int value, const std::optional<ScrollBar>& range) {
+    const ScrollBar& bar = head_.panel.scroll();
+    const bool same = !range || (range->visible == bar.visible && range->minimum == bar.minimum &&
+                                 range->maximum == bar.maximum);
+    act([&] {
+        if (same)
+            VScroll1_Change(head_, value);
+        else
+            head_.services.person.start_beep(k_dropped_beep);
+    });
 }
 
-void ControlHead::updateLogic() {
-    if (!live())
-        return;
-    bool go_on = false;
-    act([&] { go_on = poll_status(head_); });
-    // Not within a handler: what is opened here may stand for hours, and the head is visited on meanwhile.
-    if (go_on && live() && shutdown_waits(head_))
-        head_.services.person.let_events_run();
-    if (go_on)
-        act([&] { show_state(head_); });
+void ControlHead::take(const Reading& reading) {
+    act([&] {
+        take_reading(head_, reading);
+        if (life_ == Life::opening)
+            follow_opening(reading);
+    });
 }
 
-void ControlHead::updateDisplay() {
-    if (live())
-        act([&] { ampdesk::updateDisplay(head_); });
+void ControlHead::take(const Order& order, const Setting& setting) {
+    act([&] { take_setting(head_, order, setting); });
 }
 
-// A box may stand for hours, and visits beside it bring the same fault again and again: once is enough.
-void ControlHead::tell_all() {
-    if (telling_)
-        return;
-    telling_ = true;
-    while (!closed_ && !to_tell_.empty()) {
-        const Told told = to_tell_.front();
-        head_.services.person.notify(told.text, about(told.detail));
-        to_tell_.pop_front();
-    }
-    telling_ = false;
+void ControlHead::tick() {
+    if (started())
+        act([&] { updateDisplay(head_); });
+}
+
+unsigned ControlHead::needs() const {
+    return screen_of(head_).needs;
+}
+
+void ControlHead::line_is_dead() {
+    if (started())
+        act([&] {
+            while (!head_.comm_error_shown) Error_handler_local(head_, RunTimeError::no_answer());
+        });
+}
+
+std::optional<Message> ControlHead::take_message() {
+    if (to_tell_.empty())
+        return std::nullopt;
+    Message message = std::move(to_tell_.front());
+    to_tell_.pop_front();
+    return message;
 }
 
 // Which amplifier a box is about, and what else there is to say below its text.

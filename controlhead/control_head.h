@@ -1,10 +1,10 @@
-// One amplifier's control head as the window and the polling loop see it: keys in, visits in, panel
-// out. No handler of a head opens a box or lets window events run, so none is ever entered while another
-// one is still running.
+// One amplifier's control head as the window and the station see it: keys, readings and ticks in, panel out.
+// No handler of a head waits for anything, opens a box or lets window events run.
 #pragma once
 
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 
 #include "controlhead/head.h"
@@ -15,34 +15,59 @@ class ControlHead {
   public:
     ControlHead(HeadServices& services, HeadIdentity identity);
 
-    // Restores colours, resets the state and shows the first screen. With `ask_before_restore` the
-    // operator is asked first. False when the window has to close again; the operator was told.
-    bool machine_init(bool ask_before_restore);
+    // Whether there are colours of an earlier time to be restored.
+    bool has_screen_settings() const;
 
-    // Operator's actions. What they bring to be told is told after them, one box at a time; the head is
-    // visited on beside it. Before machine_init has shown a screen only the hard keys act.
-    void press_key(std::int16_t index);
+    // Restores them when told so and shows the first screen. Damaged ones are told and set aside, and the
+    // head fails. It is live once the first screen's values have come.
+    void machine_init(bool restore);
+    enum class Life {
+        created,
+        opening,  // what the first screen needs is being read
+        live,
+        failed,  // the window has to close again; the operator was told
+        closed,
+    };
+    Life life() const { return life_; }
+
+    // Operator's actions. A soft key or lamp comes with what the key did when it was pressed, a move of the
+    // scroll bar with the range that the bar had: if that has changed since, it is dropped with a beep.
+    // Before the head is live only the hard keys act.
+    void press_key(std::int16_t index, const std::optional<std::string>& did = std::nullopt);
     void press_hard_key(std::int16_t index);
-    void click_lamp(std::int16_t index);
-    void move_scroll_bar(int value);
+    void click_lamp(std::int16_t index, const std::optional<std::string>& did = std::nullopt);
+    void move_scroll_bar(int value, const std::optional<ScrollBar>& range = std::nullopt);
 
-    // The two halves of a visit by the polling loop; nothing before machine_init has shown a screen. The
-    // first lets window events run before it shows a shutdown.
-    void updateLogic();
-    void updateDisplay();
+    // What came of a request; what became of an order, which has left the queue.
+    void take(const Reading& reading);
+    void take(const Order& order, const Setting& setting);
 
-    // machine_init has shown the first screen.
-    bool started() const { return started_; }
+    // To be called every half second.
+    void tick();
 
-    // The communication error screen is up; the loop then only looks for the amplifier.
+    // The next order goes before every request.
+    std::deque<Order>& orders() { return head_.orders; }
+    const std::deque<Request>& requests() const { return head_.requests; }
+    // Whether it is still wanted: who has left a screen has given its requests up.
+    bool wants(const Request& request) const { return head_.wants(request); }
+    // What the screen needs all the time, of enum Needs.
+    unsigned needs() const;
+
+    // The communication error screen is up; the amplifier is only looked for.
     bool silent() const { return head_.comm_error_shown; }
+    // It will not answer, as nobody on the line does.
+    void line_is_dead();
 
     // The window has closed; nothing runs any more.
     void close() {
-        closed_ = true;
+        life_ = Life::closed;
         head_.panel.on_change = nullptr;
     }
-    bool closed() const { return closed_; }
+    bool closed() const { return life_ == Life::closed; }
+    bool started() const { return life_ == Life::live; }
+
+    // What there is to tell the operator of it, in turn and each once; called by who can wait for him.
+    std::optional<Message> take_message();
 
     // Keeps colours and font size in the amplifier's settings file. Throws what writing throws.
     void save_screen_settings() const;
@@ -55,22 +80,16 @@ class ControlHead {
     const Head& state() const { return head_; }
 
   private:
-    struct Told {
-        std::string text;
-        std::string detail;
-        bool operator==(const Told&) const = default;
-    };
-    bool live() const { return started_ && !closed_; }
     template <class Action>
     void act(Action action);
-    void tell_all();
+    bool is_what_was_seen(std::int16_t index, const std::optional<std::string>& did);
+    void follow_opening(const Reading& reading);
+    void fail(const std::string& text, const std::string& cause);
     std::string about(const std::string& detail) const;
 
     Head head_;
-    bool started_ = false;
-    bool closed_ = false;
-    std::deque<Told> to_tell_;  // the first one is on the screen while telling_
-    bool telling_ = false;
+    Life life_ = Life::created;
+    std::deque<Message> to_tell_;
 };
 
 }  // namespace ampdesk

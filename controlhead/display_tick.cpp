@@ -1,12 +1,11 @@
 // The display tick: what a head shows is kept up to date here, about twice a second.
-#include <string>
+#include <utility>
 
 #include "controlhead/comm_faults.h"
 #include "controlhead/keypad.h"
 #include "controlhead/lamps.h"
 #include "controlhead/menu_engine.h"
 #include "controlhead/screens.h"
-#include "controlhead/status_screens.h"
 
 namespace ampdesk {
 
@@ -28,9 +27,8 @@ void sound_alarm(Head& head) {
     HeadServices& services = head.services;
     if (in_shutdown(head))
         return services.person.start_beep(k_beep);
-    read_alarm_state(head);
     const double now = services.clock.seconds_since_midnight();
-    if (!head.alarm.active || !beep_is_due(head, now))
+    if (!head.alarm || !head.alarm->active || !beep_is_due(head, now))
         return;
     services.person.start_beep(k_beep);
     head.last_beep_time = now + k_beep_seconds;
@@ -41,38 +39,32 @@ void blink(Head& head) {
         head.left_marker = head.left_marker == '>' ? ' ' : '>';
     if (head.right_marker != ']')
         head.right_marker = head.right_marker == '<' ? ' ' : '<';
-}
-
-void refresh(Head& head) {
-    if (head.comm_error_shown)
-        return redraw_display(head);
-    if (head.menu_ptr != 0)
-        return head.redraw_request ? set_menu(head) : update_menu(head);
-    read_analog(head);  // the gauge lives on beside a sub-menu
-    const SubMenuRow* row = sub_menu_row(head.sub_menu);
-    if (row != nullptr && row->tick != nullptr)
-        row->tick(head);
+    const bool alarm = head.alarm && head.alarm->active;
+    head.attenuation.alarm_blink = head.gain_mode && alarm && !head.attenuation.alarm_blink;
 }
 
 void tick(Head& head) {
     sound_alarm(head);
-    const bool shutdown = in_shutdown(head);  // its display stays as it is
     blink(head);
-    if (!shutdown)
-        refresh(head);
+    if (in_shutdown(head))
+        return;                                     // its display stays as it is
+    if (head.redraw_request && head.menu_ptr != 0)  // no page is touched by it
+        redraw_display(head);
+    if (const auto tick_screen = screen_of(head).tick)
+        tick_screen(head);
+    update_menu(head);
     head.told_error.reset();
-    // In a shutdown nothing is read here: what counts then is the status read of this visit.
-    if (head.amplifier.comm_error == 0 && !head.comm_error_shown)
-        head.link_fail_count = 0;
+    head.overflow_count = 0;
 }
 
 }  // namespace
 
 void updateDisplay(Head& head) {
-    const bool still_silent = head.comm_error_shown && head.amplifier.comm_error != 0;
-    if (!still_silent)
+    if (!head.comm_error_shown)
         guarded(head, [&] { tick(head); });
-    head.key_activity = false;
+    const bool was_pressed = std::exchange(head.key_activity, false);
+    if (was_pressed && !head.comm_error_shown)
+        updateLogic(head);
 }
 
 void Form_Load(Head& head) {

@@ -1,18 +1,14 @@
 // The event list: four entries of the amplifier's own log, moved through by soft keys and scroll
 // bar. How long the log is shows only when an entry is missing or blank.
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "amplifier/commands.h"
-#include "controlhead/comm_faults.h"
 #include "controlhead/head.h"
 #include "controlhead/menu_engine.h"
 #include "controlhead/screens.h"
 #include "platform/numbers.h"
-#include "platform/run_time_error.h"
 
 namespace ampdesk {
 
@@ -26,118 +22,130 @@ constexpr int k_usual_last = 99;
 
 // The entry number is one byte and the fourth line has one too.
 constexpr int k_utmost_first = 255 - (k_lines - 1);
+constexpr int k_entries = 256;
 
-// Nothing when the amplifier has no such entry. Throws error 100 when it does not answer at all,
-// which looks the same until it is asked for something that it always has.
-std::optional<std::string> read_entry(Head& head, int number) {
-    try {
-        // A late reply to the request for another entry differs in the third byte only.
-        return head.amplifier.read_itemAll(event_request(number), true);
-    } catch (const RunTimeError& error) {
-        if (error.number() != RunTimeError::k_no_answer)
-            throw;
-    }
-    head.amplifier.look_for_only(true);
-    const bool answers = attempted([&] { head.amplifier.read_status(); });
-    head.amplifier.look_for_only(false);
-    if (!answers)
-        throw RunTimeError::no_answer();
-    return std::nullopt;
+Request entry_request(int number, bool guess = false) {
+    return {.kind = Request::Kind::event, .entry = number, .guess = guess};
 }
 
 bool is_blank(const std::string& text) {
     return trimmed(text).empty();
 }
 
-// Up to four entries; fewer at the end of the log, behind which an amplifier may answer with blanks.
-// What is known to be missing is not asked for.
-std::vector<std::string> read_page(Head& head, int first, int missing = 256) {
-    std::vector<std::string> page;
-    for (int n = first; n < std::min(first + k_lines, missing); ++n) {
-        std::optional<std::string> text = read_entry(head, n);
-        if (!text)
-            break;
-        page.push_back(std::move(*text));
-    }
-    while (!page.empty() && is_blank(page.back())) page.pop_back();
-    return page;
+bool is_reading(const Head& head) {
+    return std::any_of(head.requests.begin(), head.requests.end(),
+                       [](const Request& r) { return r.kind == Request::Kind::event; });
 }
 
-// A look is enough for a guess: an amplifier that says nothing past its end would hold up the others
-// for two seconds a guess.
-bool seems_to_have(Head& head, int number) {
-    bool there = false;
-    head.amplifier.look_for_only(true);
-    attempted([&] { there = !is_blank(head.amplifier.read_itemAll(event_request(number), true)); });
-    head.amplifier.look_for_only(false);
-    return there;
-}
-
-// How many entries there are before one that is missing.
-int count_before(Head& head, int missing) {
-    int there = -1;
-    int end = missing;
-    while (end - there > 1) {
-        const int middle = (there + end) / 2;
-        (seems_to_have(head, middle) ? there : end) = middle;
-        if (end - there > 1 || end == missing)
-            continue;
-        // Where the guesses end a lost reply may have been taken for the end.
-        const std::optional<std::string> text = read_entry(head, end);
-        if (text && !is_blank(*text))
-            there = std::exchange(end, missing);
-    }
-    return end;
+// What was being read for another page is not read any more. What is known to be missing is not asked for.
+void read_page(Head& head, int first, int missing = k_entries) {
+    EventState& events = head.events;
+    std::erase_if(head.requests, [](const Request& r) { return r.kind == Request::Kind::event; });
+    events.target = std::clamp(first, 0, k_utmost_first);
+    events.missing = missing;
+    events.searched_from = 0;
+    events.page.clear();
+    events.event_refresh = false;
+    if (events.target < missing)
+        head.want(entry_request(events.target));
 }
 
 void show_scroll_bar(Head& head, int maximum) {
     head.panel.set_scroll({.visible = true, .minimum = 0, .maximum = maximum, .value = head.events.position});
 }
 
-void draw(Head& head, int first) {
-    first = std::clamp(first, 0, k_utmost_first);
-    std::vector<std::string> page = read_page(head, first);
-    if (page.empty() && first > 0) {
-        const int there = count_before(head, first);
-        first = std::max(there - 1, 0);
-        page = read_page(head, first, there);
-    }
-    const int count = static_cast<int>(page.size());
+void show_page(Head& head) {
+    EventState& events = head.events;
+    const int first = events.target;
+    const int count = static_cast<int>(events.page.size());
     for (int i = 0; i < k_lines; ++i) {
         std::string line;
         if (i < count)
             line = right_aligned(std::to_string(first + i), 3) + ' ' +
-                   page[static_cast<std::size_t>(i)].substr(0, k_text_width);
+                   events.page[static_cast<std::size_t>(i)].substr(0, k_text_width);
         head.panel.set_line(i + 1, line);
     }
-
     int maximum = head.panel.scroll().maximum;
     if (count < k_lines)
         maximum = first + std::max(count, 1) - 1;
     else if (first + k_lines - 1 > maximum)
         maximum = first + k_lines - 1 < k_usual_last ? k_usual_last : k_utmost_first;
-    head.events.position = static_cast<std::int16_t>(first);
+    events.position = static_cast<std::int16_t>(first);
     show_scroll_bar(head, maximum);
 }
 
-// A page that could not be read is tried again by the next display tick.
-void draw_or_ask_again(Head& head, int first) {
-    try {
-        draw(head, first);
-    } catch (const RunTimeError&) {
-        head.events.event_refresh = true;
-        throw;
-    }
+// A guess is not worth the wait of a read: an amplifier that says nothing past its end would hold up the
+// others for two seconds a guess.
+void guess(Head& head) {
+    head.want(entry_request((head.events.there + head.events.missing) / 2, true));
+}
+
+// Behind the last entry an amplifier may answer with blanks.
+void end_page(Head& head) {
+    EventState& events = head.events;
+    while (!events.page.empty() && is_blank(events.page.back())) events.page.pop_back();
+    if (!events.page.empty() || events.target == 0)
+        return show_page(head);
+    events.searched_from = events.missing = events.target;
+    events.there = -1;
+    guess(head);
+}
+
+// How many entries there are before one that is missing. Where the guesses end a lost reply may have been
+// taken for the end, so that entry is read once more.
+void take_guess(Head& head, int number, bool there) {
+    EventState& events = head.events;
+    const bool last_word = number == events.missing;  // the entry where the log seemed to end
+    if (last_word && there)
+        events.missing = events.searched_from;
+    if (there)
+        events.there = number;
+    else
+        events.missing = number;
+    if (events.missing - events.there > 1)
+        return guess(head);
+    if (!last_word && events.missing != events.searched_from)
+        return head.want(entry_request(events.missing));
+    read_page(head, std::max(events.missing - 1, 0), events.missing);
+    if (events.missing == 0)
+        end_page(head);
 }
 
 void enter(Head& head) {
     for (int line = 1; line <= k_lines; ++line) head.panel.set_line(line, "");
     head.events.position = 0;
     show_scroll_bar(head, k_usual_last);
-    draw_or_ask_again(head, 0);
+    read_page(head, 0);
 }
 
 }  // namespace
+
+void take_event(Head& head, const Reading& reading) {
+    EventState& events = head.events;
+    const int number = reading.request.entry;
+    if (reading.request.kind != Request::Kind::event)
+        return;
+    const std::string* text = reading.get<std::string>();
+    if (events.searched_from > 0)
+        return take_guess(head, number, text != nullptr && !is_blank(*text));
+    if (number != events.target + static_cast<int>(events.page.size()))
+        return;
+    // Silence is the end of the log only for an amplifier that answers something else.
+    const bool answers = reading.outcome == Reading::Outcome::unusable || head.status_at > reading.asked_at;
+    if (text == nullptr && !answers) {
+        events.event_refresh = true;
+        return;
+    }
+    if (text != nullptr)
+        events.page.push_back(*text);
+    const int next = number + 1;
+    if (text == nullptr || static_cast<int>(events.page.size()) == k_lines || next >= events.missing) {
+        if (text == nullptr)
+            events.missing = number;
+        return end_page(head);
+    }
+    head.want(entry_request(next));
+}
 
 void attach_event(Head& head, std::int16_t key) {
     static constexpr int k_steps[] = {0, -1, 1, -k_lines, k_lines};
@@ -145,18 +153,24 @@ void attach_event(Head& head, std::int16_t key) {
         return enter(head);
     if (key < k_key_refresh || key >= k_key_exit)
         return leave_sub_menu(head);
-    const int last = std::max<int>(head.panel.scroll().maximum, head.events.position);
-    draw_or_ask_again(head, std::clamp(head.events.position + k_steps[key], 0, last));
+    if (key == k_key_refresh)  // after the communication error screen
+        for (int line = 1; line <= k_lines; ++line) head.panel.set_line(line, "");
+    // Keys pressed before their page has come add up.
+    const int from = is_reading(head) ? head.events.target : head.events.position;
+    const int last = std::max(head.panel.scroll().maximum, from);
+    show_scroll_bar(head, head.panel.scroll().maximum);
+    read_page(head, std::clamp(from + k_steps[key], 0, last));
 }
 
 void scroll_events(Head& head, int value) {
+    read_page(head, value);
     head.events.event_refresh = true;
-    draw_or_ask_again(head, value);
 }
 
+// A page that could not be read, or that the bar was moved to, is read once more.
 void tick_events(Head& head) {
-    if (std::exchange(head.events.event_refresh, false))
-        draw_or_ask_again(head, head.panel.scroll().value);
+    if (head.events.event_refresh && !is_reading(head))
+        read_page(head, head.panel.scroll().value);
 }
 
 }  // namespace ampdesk

@@ -1,8 +1,12 @@
 // The state of one control head. The screens are free functions over it, one file a screen; see
-// menu_engine.h for how they hang together.
+// screens.h for how they hang together. Nothing here reads the amplifier: what a head wants to be read or set
+// stands in it until the station has seen to it, and readings come in as they come.
 #pragma once
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
@@ -25,11 +29,16 @@ enum SubMenu : std::int16_t {
     k_event_list = 5,
 };
 
+struct Head;
+
 // Key arguments of the sub-menu procedures: 1..5 are soft keys 0..4.
 inline constexpr std::int16_t k_key_refresh = 0;
 inline constexpr std::int16_t k_key_exit = 5;
 inline constexpr std::int16_t k_key_leave = 88;
 inline constexpr std::int16_t k_key_enter = 99;
+
+// A screen that is entered draws no value that is older.
+inline constexpr std::chrono::seconds k_oldest_drawn{1};
 
 enum class LinkKind { none = 0, rs485 = 1, modem = 2 };
 
@@ -55,27 +64,37 @@ struct BandState {
     std::string fwd_label = "Fwd Power  ";
     std::int16_t band_count = 0;  // capability 0..4
     std::int16_t band_index = 0;  // 0, 1 or 2
+    int reads_left = 0;           // of the check that is under way
 };
 
 struct AttenuationState {
     std::int16_t atten_value = 0;  // tenths of a dB
     bool alarm_blink = false;
+    bool follow_amplifier = false;  // the bar goes to the value of the next analog block
 };
 
 struct SetupState {
     std::int16_t setup_page = 0;
     std::int16_t setup_page_count = 4;
     std::int16_t switch_mode = 0;  // 0 off, 1 manual, 2 auto
+    std::int16_t mode_asked = 0;   // by the last key; the orders may still be waiting
+    bool status_awaited = false;   // the page is drawn from it
 };
 
 struct WarningState {
     std::int16_t warn_page = 0;
     std::int16_t warn_page_count = 6;
     bool warn_editing = false;
+    bool entered = false;  // the page still stands as it was drawn first
 };
 
 struct EventState {
-    std::int16_t position = 0;   // number of the entry on the first line
+    std::int16_t position = 0;  // number of the entry on the first line
+    int target = 0;             // of the page that is being read
+    std::vector<std::string> page;
+    int missing = 256;      // no entry from here on
+    int there = -1;         // the search for the end of the log stands between this entry, which is there …
+    int searched_from = 0;  // … and `missing`; 0 while there is no search
     bool event_refresh = false;  // to be read once more by the next display tick
 };
 
@@ -85,13 +104,21 @@ struct HelpState {
     std::int16_t position = 0;  // index of the stored line on the first display line
 };
 
+// A setting on its way to the amplifier.
+struct Order {
+    std::string command;  // see commands.h
+    // What the head does about it, once it is known what has become of it.
+    std::function<void(Head&, const Setting&)> then{};
+    Instant made_at{};
+    const char* key = nullptr;  // the hard key, for what is said of it
+    bool only_fresh = false;    // an On-key that has waited too long is not carried out any more
+    bool urgent = false;        // an Off-key: no other wait is in its way
+    bool replaceable = false;   // by a later one of its kind that follows it: a move of the scroll bar
+};
+
 struct Head {
     Head(HeadServices& head_services, HeadIdentity head_identity)
-        : services(head_services),
-          identity(std::move(head_identity)),
-          amplifier(services.bus, identity.unit_address, services.options.negative_words) {
-        amplifier.on_refusal = [this](const std::string& text) { tell(text); };
-    }
+        : services(head_services), identity(std::move(head_identity)) {}
     Head(const Head&) = delete;
     Head& operator=(const Head&) = delete;
 
@@ -107,7 +134,21 @@ struct Head {
 
     HeadServices& services;
     HeadIdentity identity;
-    Amplifier amplifier;
+
+    // What is to go over the line for this head.
+    std::deque<Order> orders;  // in the order of the keys
+    void order(Order order) {
+        order.made_at = services.clock.now();
+        orders.push_back(std::move(order));
+    }
+    std::deque<Request> requests;  // reads beside those that the screen needs all the time
+    void want(const Request& request) {
+        if (!wants(request))
+            requests.push_back(request);
+    }
+    bool wants(const Request& request) const {
+        return std::find(requests.begin(), requests.end(), request) != requests.end();
+    }
 
     Panel panel;
     FaultLog faults;
@@ -120,21 +161,26 @@ struct Head {
     char left_marker = '[';
     char right_marker = ']';
 
-    // The last reply of each kind.
+    // The last reply of each kind. What may not be shown as live any more is let go of.
     Status status;
-    Analog analog;
-    Limits limits;
-    AlarmState alarm;
+    std::optional<Analog> analog;
+    std::optional<Limits> limits;
+    std::optional<AlarmState> alarm;
+    Instant status_at{};
+    Instant analog_at{};
+    Instant limits_at{};
+    Instant alarm_at{};
     std::int16_t last_command_status = 0;
 
-    // Requests to the next display tick, and what the ticks keep.
-    std::int16_t link_fail_count = 0;
-    bool key_activity = false;
-    bool redraw_request = false;  // to draw from scratch; locks no key
+    // What the ticks keep.
+    std::int16_t link_fail_count = 0;  // requests in a row that failed after their second try
+    std::int16_t overflow_count = 0;   // ticks in a row that could not draw a value
+    bool key_activity = false;         // a key was pressed since the last tick
+    bool redraw_request = false;       // to draw from scratch; locks no key
     bool comm_error_shown = false;
     std::optional<ToldError> told_error;  // until a tick meets none
-    std::int16_t page_misses = 0;         // visits in a row that could not draw a page over that screen
     bool shutdown_shown = false;          // this shutdown is on the display and locks the keys
+    bool acknowledging = false;           // the OK is on its way: a second one would meet what comes then
     bool first_draw = true;               // no status screen has been drawn yet
     LinkKind link_kind = LinkKind::none;
     double last_beep_time = -86400;  // seconds since midnight when the alarm beep ended last

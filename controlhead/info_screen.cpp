@@ -1,6 +1,5 @@
 // The information screen: maker, model, serial number and revision of the amplifier, from its
 // identity block.
-#include <optional>
 #include <regex>
 #include <string>
 #include <vector>
@@ -9,7 +8,6 @@
 #include "controlhead/menu_engine.h"
 #include "controlhead/screens.h"
 #include "platform/numbers.h"
-#include "platform/run_time_error.h"
 
 namespace ampdesk {
 
@@ -28,37 +26,36 @@ std::string arranged(std::string revision, const std::vector<IdentityPattern>& p
     return revision;
 }
 
-// Nothing when the amplifier did not answer: the screen then says what is known without it.
-std::optional<Identity> read_identity(Head& head) {
-    try {
-        return head.amplifier.read_identity();
-    } catch (const RunTimeError&) {
-        return std::nullopt;
-    }
-}
+constexpr const char* k_serial = "  Serial#   ";
 
-void draw(Head& head) {
-    static constexpr const char* k_serial = "  Serial#   ";
+// The amplifier is asked again by whoever comes again: another one may stand there.
+void enter(Head& head) {
     head.panel.set_line(1, "JEX Quorvalitics Inc");
     for (const int line : {2, 4}) head.panel.set_line(line, "");
-    head.panel.set_line(3, std::string(k_serial) + "----");
+    head.panel.set_line(3, k_serial);
+    head.want({Request::Kind::identity});
+}
 
-    const std::optional<Identity> identity = read_identity(head);
-    if (!identity)
+}  // namespace
+
+void take_info(Head& head, const Reading& reading) {
+    if (reading.request.kind != Request::Kind::identity)
+        return;
+    const Identity* identity = reading.get<Identity>();
+    const bool numbered = identity != nullptr && identity->serial_number;
+    head.panel.set_line(
+        3, k_serial + (numbered ? plain_number(lenient_number(*identity->serial_number)) : "----"));
+    if (identity == nullptr)
         return;
     head.panel.set_line(2, ("   Model " + identity->model + " BAND").substr(0, Panel::k_columns));
-    if (identity->serial_number)
-        head.panel.set_line(3, k_serial + plain_number(lenient_number(*identity->serial_number)));
     if (identity->revision)
         head.panel.set_line(4, arranged(*identity->revision, head.services.options.identity_patterns)
                                    .substr(0, Panel::k_columns));
 }
 
-}  // namespace
-
 void attach_info(Head& head, std::int16_t key) {
     if (key == k_key_enter || key == k_key_refresh)
-        draw(head);
+        enter(head);
     else
         leave_sub_menu(head);
 }

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "amplifier/commands.h"
 #include "controlhead/band.h"
@@ -9,7 +10,6 @@
 #include "controlhead/lamps.h"
 #include "controlhead/menu_engine.h"
 #include "controlhead/screens.h"
-#include "controlhead/status_screens.h"
 
 namespace ampdesk {
 
@@ -21,9 +21,12 @@ constexpr std::int16_t k_exit = 4;
 struct HardKey {
     const char* name;
     std::string_view setting;
+    bool off;
 };
-constexpr HardKey k_hard_keys[] = {
-    {"HV On", k_set_hv_on}, {"HV Off", k_set_hv_off}, {"RF On", k_set_rf_on}, {"RF Off", k_set_rf_off}};
+constexpr HardKey k_hard_keys[] = {{"HV On", k_set_hv_on, false},
+                                   {"HV Off", k_set_hv_off, true},
+                                   {"RF On", k_set_rf_on, false},
+                                   {"RF Off", k_set_rf_off, true}};
 
 constexpr std::chrono::milliseconds k_refusal_beep{100};
 
@@ -31,49 +34,57 @@ bool keys_dead(const Head& head) {
     return head.link_fail_count > 2;
 }
 
-void send(Head& head, std::string_view setting) {
-    head.last_command_status = head.amplifier.set_item(setting);
+void send(Head& head, std::string_view command, std::function<void(Head&, const Setting&)> then) {
+    head.order({.command = std::string(command), .then = std::move(then)});
 }
 
 // A hard key without a line is refused at once and never kept: it must not act when nobody expects it any
 // more. False after a beep and a word in the status label.
-bool line_is_there(Head& head, const HardKey& key) {
+bool line_is_there(const Head& head, const char* key) {
     const SerialPort& port = head.services.bus.port();
     if (port.is_connected())
         return true;
     Operator& person = head.services.person;
     person.start_beep(k_refusal_beep);
-    person.show_status("JEX Amplifier " + head.identity.number + ": " + key.name + " not sent, " +
+    person.show_status("JEX Amplifier " + head.identity.number + ": " + key + " not sent, " +
                        (port.is_open() ? "the line is lost" : "the port is not open"));
     return false;
 }
 
-// Goes to a status screen. When it could not be drawn, its header and legend stand alone until the
-// next display tick, so that no key acts under the legend of another screen.
+// The lamps follow a hard key at once. Whoever did not answer the key on the error screen will hardly answer
+// a question.
+void look_at_lamps(Head& head, const Setting& setting) {
+    if (head.comm_error_shown && setting.outcome == Setting::Outcome::unanswered)
+        return;
+    head.want({Request::Kind::status});
+    head.want({Request::Kind::alarm_state});
+}
+
 void show_screen(Head& head, std::int16_t screen) {
     head.menu_ptr = screen;
     rest_markers(head);
-    if (!attempted([&] { set_menu(head); }))
-        draw_outline(head);
+    set_menu(head);
 }
 
+// The status goes on telling of the shutdown until it has been read again.
 void acknowledge_shutdown(Head& head) {
-    send(head, k_acknowledge_shutdown);
-    if (head.last_command_status != 0)
+    if (std::exchange(head.acknowledging, true))
         return;
-    head.shutdown_shown = false;
-    show_screen(head, 1);
-    head.redraw_request = true;  // drawn again once the status says that it is over
+    send(head, k_acknowledge_shutdown, [](Head& then, const Setting& setting) {
+        then.acknowledging = false;
+        if (setting.outcome != Setting::Outcome::taken)
+            return;
+        then.status.in_shutdown = false;
+        then.shutdown_shown = false;
+        show_screen(then, 1);
+        look_at_lamps(then, setting);
+    });
 }
 
 void adjust_attenuation(Head& head) {
     head.gain_mode = true;
-    if (attempted([&] { set_gain(head, k_key_enter); }))
-        return;
-    head.gain_mode = false;  // without its scroll bar the mode is of no use
-    set_gain(head, k_key_leave);
-    draw_fixed_rows(head);  // its readout may already stand in the legend's place
-    head.redraw_request = true;
+    let_go_of_old_values(head);
+    attempted([&] { set_gain(head, k_key_enter); });
 }
 
 // What the display does not offer is not sent: a status read may just have unlocked the output switch
@@ -86,30 +97,13 @@ void change_band(Head& head) {
     const std::string command = next_band_command(head);
     if (command.empty() || !offered(head, 1, "BAND"))
         return show_screen(head, head.menu_ptr);
-    send(head, command);
     // The label of the forward power follows the band, which may have changed though no reply came.
-    head.redraw_request = true;
+    send(head, command, [](Head& then, const Setting&) { then.redraw_request = true; });
 }
 
 void throw_switch(Head& head) {
     if (offered(head, 2, "ANT") && head.status.switch_positions > 0 && !head.status.switch_locked)
-        send(head, k_throw_switch);
-}
-
-// What a sub-menu could not draw the next display tick draws; one that has left itself leaves the
-// outline of the status screen.
-template <class Statement>
-void in_sub_menu(Head& head, Statement statement) {
-    if (attempted(statement))
-        return;
-    if (head.menu_ptr != 0)
-        draw_outline(head);
-    else
-        head.events.event_refresh = true;
-}
-
-void enter(Head& head, SubMenu sub_menu) {
-    in_sub_menu(head, [&] { enter_sub_menu(head, sub_menu); });
+        send(head, k_throw_switch, [](Head& then, const Setting&) { then.want({Request::Kind::status}); });
 }
 
 void press_status_key(Head& head, std::int16_t index) {
@@ -124,8 +118,8 @@ void press_status_key(Head& head, std::int16_t index) {
         return change_band(head);
     if (index == 2 && screen == 1 && head.status.has_switch)
         return throw_switch(head);
-    if (const SubMenuRow* row = sub_menu_behind(screen, index))
-        enter(head, row->number);
+    if (const Screen* sub_menu = sub_menu_behind(screen, index))
+        enter_sub_menu(head, sub_menu->sub_menu);
 }
 
 }  // namespace
@@ -143,7 +137,7 @@ void cmdKey_Click(Head& head, std::int16_t index) {
         set_gain(head, k_key_leave);
         show_screen(head, head.menu_ptr);
     } else if (head.sub_menu != k_no_sub_menu) {
-        in_sub_menu(head, [&] { attach_sub_menu(head, static_cast<std::int16_t>(index + 1)); });
+        attempted([&] { attach_sub_menu(head, static_cast<std::int16_t>(index + 1)); });
     } else if (head.menu_ptr != 0) {
         press_status_key(head, index);
     } else {
@@ -157,27 +151,26 @@ void cmdHardkey_Click(Head& head, std::int16_t index) {
     if (index < 0 || index > 3 || head.shutdown_shown)
         return;
     const HardKey& key = k_hard_keys[index];
-    if (!line_is_there(head, key))
+    if (!line_is_there(head, key.name))
         return;
     head.key_activity = true;
-    send(head, key.setting);
-    const bool answered = head.services.bus.failure() == BusFailure::none;
-    if (!answered)
-        line_is_there(head, key);  // it may have gone with the frame
-    // Whoever did not answer the key will hardly answer a question, and each wait holds up the next key.
-    if (!answered && head.comm_error_shown)
-        return;
-    head.amplifier.look_for_only(!answered || head.comm_error_shown);
-    attempted([&] {
-        take_status(head, head.amplifier.read_status());
-        lite_service(head, 5, head.status.hv_on);
-    });
-    attempted([&] {
-        read_alarm_state(head);
-        lite_service(head, 6, head.alarm.standby);
-        lite_service(head, 8, head.alarm.rf_off);
-    });
-    head.amplifier.look_for_only(false);
+    head.order({.command = std::string(key.setting),
+                .then = look_at_lamps,
+                .key = key.name,
+                .only_fresh = !key.off,
+                .urgent = key.off});
+}
+
+void take_setting(Head& head, const Order& order, const Setting& setting) {
+    head.last_command_status = setting.outcome == Setting::Outcome::taken ? 0 : 1;
+    if (!setting.refusal.empty())
+        head.tell(setting.refusal);
+    const bool answered =
+        setting.outcome == Setting::Outcome::taken || setting.outcome == Setting::Outcome::refused;
+    if (order.key != nullptr && !answered)
+        line_is_there(head, order.key);  // it may have gone with the frame
+    if (order.then)
+        attempted([&] { order.then(head, setting); });
 }
 
 void picLight_Click(Head& head, std::int16_t index) {
@@ -201,9 +194,8 @@ void VScroll1_Change(Head& head, int value) {
     attempted([&] {
         if (head.gain_mode)
             return set_attenuation(head, static_cast<std::int16_t>(value));
-        const SubMenuRow* row = sub_menu_row(head.sub_menu);
-        if (row != nullptr && row->scroll != nullptr)
-            row->scroll(head, value);
+        if (const auto move = screen_of(head).scroll)
+            move(head, value);
     });
 }
 

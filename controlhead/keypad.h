@@ -19,7 +19,10 @@ void picLight_Click(Head& head, std::int16_t index);
 // The scroll bar stands at a new value.
 void VScroll1_Change(Head& head, int value);
 
-// One display tick: alarm beep, blinking markers, refresh of the screen. Errors end in
+// Something has become of an order of this head.
+void take_setting(Head& head, const Order& order, const Setting& setting);
+
+// One display tick: alarm beep, blinking markers, the screen drawn from what is in hand. Errors end in
 // Error_handler_local.
 void updateDisplay(Head& head);
 

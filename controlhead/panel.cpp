@@ -35,6 +35,14 @@ std::string Panel::legend(int key) const {
         trimmed(std::string_view(line(4)).substr(static_cast<std::size_t>(key) * k_field, k_field)));
 }
 
+void Panel::set_key_name(int key, const std::string& name) {
+    std::string& kept = key_names_.at(static_cast<std::size_t>(key));
+    if (kept == name)
+        return;
+    kept = name;
+    changed();
+}
+
 void Panel::set_lamp(int lamp, LampColour colour) {
     if (lamp < 1 || lamp > 8 || lamps_[static_cast<std::size_t>(lamp - 1)] == colour)
         return;

@@ -34,6 +34,10 @@ class Panel {
     // The legend of soft key 0..3: its five columns of line 4, trimmed.
     std::string legend(int key) const;
 
+    // What soft key 0..3 does now: its legend, or in words where line 4 is no legend; may be empty.
+    void set_key_name(int key, const std::string& name);
+    const std::string& key_name(int key) const { return key_names_.at(static_cast<std::size_t>(key)); }
+
     // Lamp 1..8; other numbers do nothing.
     void set_lamp(int lamp, LampColour colour);
     LampColour lamp(int lamp) const { return lamps_.at(static_cast<std::size_t>(lamp - 1)); }
@@ -61,6 +65,7 @@ class Panel {
 
     std::array<std::string, 4> lines_ = {std::string(k_columns, ' '), std::string(k_columns, ' '),
                                          std::string(k_columns, ' '), std::string(k_columns, ' ')};
+    std::array<std::string, 4> key_names_;
     std::array<LampColour, 8> lamps_{};
     ScrollBar scroll_;
     std::optional<double> gauge_;

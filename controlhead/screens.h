@@ -1,7 +1,6 @@
-// The screens of the head beside the four status screens: one file each, and one row of the table of
-// sub-menus. A sub-menu takes a key argument: k_key_enter draws the first page, 1..5 are soft keys 0..4,
-// k_key_refresh redraws the page in hand. All of them throw error 100 or Overflow; the caller's guard deals
-// with it.
+// The screens of the head: one file each, and one row of the table of screens. A screen draws from the
+// readings that the head holds; what it needs is read for it. How a new one is written: README.md, "How to
+// write a screen".
 #pragma once
 
 #include <cstdint>
@@ -10,38 +9,73 @@
 
 namespace ampdesk {
 
-struct SubMenuRow {
-    SubMenu number;
-    std::int16_t screen;  // the status screen with the key that enters it; 0 for all of them
-    std::int16_t key;     // soft key 0..3
-    void (*attach)(Head& head, std::int16_t key);
-    void (*scroll)(Head& head, int value) = nullptr;  // the operator has moved the scroll bar there
-    void (*tick)(Head& head) = nullptr;               // at every display tick; without it the page stands
+// What a screen is drawn from beside the status, and so is read all the time while it is shown.
+enum Needs : std::uint8_t { k_needs_nothing = 0, k_needs_analog = 1, k_needs_alarm = 2, k_needs_limits = 4 };
+
+struct Screen {
+    std::int16_t menu_ptr = 0;  // status screen 1..4
+    SubMenu sub_menu = k_no_sub_menu;
+    std::uint8_t needs = k_needs_nothing;
+
+    // Rewrites the rows with live values from what is in hand, at every tick and reading; a row whose value
+    // is not there is blank. Throws Overflow, with the row blank. Null: the page stands as it is.
+    void (*draw)(Head& head) = nullptr;
+
+    // What changes with time alone, at every display tick before it is drawn.
+    void (*tick)(Head& head) = nullptr;
+
+    // Of a sub-menu: takes a key argument. k_key_enter draws the first page, 1..5 are soft keys 0..4,
+    // k_key_refresh draws the page in hand from scratch.
+    void (*attach)(Head& head, std::int16_t key) = nullptr;
+    std::int16_t from = 0;  // the status screen with the key that enters it; 0 for all of them
+    std::int16_t key = 0;   // that soft key, 0..3
+
+    // The operator has moved the scroll bar there.
+    void (*scroll)(Head& head, int value) = nullptr;
+
+    // What came of a request that the screen has made itself; a failed one after its second try, a guess at
+    // once.
+    void (*take)(Head& head, const Reading& reading) = nullptr;
+
+    // What the soft keys do, where line 4 is no legend.
+    const char* keys[4] = {};
 };
 
-// Null for a number that no sub-menu has.
-const SubMenuRow* sub_menu_row(std::int16_t number);
+// The screen that is shown, or comes back when shutdown or communication error screen go.
+const Screen& screen_of(const Head& head);
 
 // The sub-menu behind a soft key of a status screen; null where there is none.
-const SubMenuRow* sub_menu_behind(std::int16_t screen, std::int16_t key);
+const Screen* sub_menu_behind(std::int16_t screen, std::int16_t key);
 
-// setup_menu.cpp. An error while handling a key shows a box and leaves the menus; one at a refresh is
-// thrown.
+// What soft key 0..3 does now: its legend, or in words; empty when there is nothing to say.
+std::string key_name(const Head& head, int key);
+
+// status_screens.cpp
+void draw_powers(Head& head);
+void draw_hours(Head& head);
+void draw_temperatures(Head& head);
+void draw_tube(Head& head);
+
+// setup_menu.cpp. A status that cannot be read after a key is told, and the menus are left.
 void attach_setup(Head& head, std::int16_t key);
+void take_setup(Head& head, const Reading& reading);
 
 // warning_menu.cpp. The bar runs upside down: its top is the last value.
 void attach_warnings(Head& head, std::int16_t key);
 void scroll_warnings(Head& head, int value);
+void draw_warnings(Head& head);
 void tick_warnings(Head& head);
 
-// info_screen.cpp. An identity that cannot be read shows as "----" and is not thrown.
+// info_screen.cpp. An identity that cannot be read shows as "----".
 void attach_info(Head& head, std::int16_t key);
+void take_info(Head& head, const Reading& reading);
 
 // event_screen.cpp. The bar's value is the number of the entry on the first line; one behind the last entry
-// shows the last one. A page that could not be read is tried again by the next tick.
+// shows the last one. What is on the display stays until the next page has been read.
 void attach_event(Head& head, std::int16_t key);
 void scroll_events(Head& head, int value);
 void tick_events(Head& head);
+void take_event(Head& head, const Reading& reading);
 
 // help_screen.cpp. The bar's value is the index, from 0, of the section's line on line 1.
 void attach_help(Head& head, std::int16_t key);
@@ -52,5 +86,8 @@ void scroll_help(Head& head, int value);
 void set_gain(Head& head, std::int16_t key);
 void set_attenuation(Head& head, std::int16_t value);
 void assign_potValue(Head& head, int value);
+
+// An analog block has come: the bar goes where it was to follow the amplifier.
+void place_bar(Head& head);
 
 }  // namespace ampdesk

@@ -1,10 +1,10 @@
 // The setup menus: the amplifier's settings a page at a time. Only the mode of the redundant switch
 // can be changed from here.
 #include <string>
+#include <utility>
 
 #include "amplifier/commands.h"
 #include "controlhead/head.h"
-#include "controlhead/lamps.h"
 #include "controlhead/menu_engine.h"
 #include "controlhead/screens.h"
 #include "platform/run_time_error.h"
@@ -17,6 +17,8 @@ constexpr std::int16_t k_set = 1;
 constexpr std::int16_t k_more = 4;
 constexpr std::int16_t k_fixed_pages = 4;
 constexpr const char* k_switch_title = "Redundant switch";
+constexpr const char* k_set_more = "SET             MORE";
+constexpr const char* k_only_more = "                MORE";
 
 enum class Page { power_save, redundant_switch, remote, temperature, forward_power, reverse_power };
 
@@ -60,13 +62,8 @@ std::string unit_line(bool in_watts) {
     return std::string("in:  [") + (in_watts ? "Watts" : "dBm  ") + "]";
 }
 
-// Reads the status anew, since the pages show it. Throws error 100; the display then stays.
 void draw_page(Head& head) {
     static constexpr const char* k_modes[] = {"Mode:[Off   ]", "Mode:[Manual]", "Mode:[Auto  ]"};
-    static constexpr const char* k_set_more = "SET             MORE";
-    static constexpr const char* k_only_more = "                MORE";
-
-    take_status(head, head.amplifier.read_status());
     count_pages(head);
     switch (page_in_hand(head)) {
         case Page::power_save:
@@ -101,34 +98,55 @@ bool switch_page_shown(const Head& head) {
     return page_in_hand(head) == Page::redundant_switch && head.panel.line(1).starts_with(k_switch_title);
 }
 
-// Sends the next mode. A mode that the amplifier refused is not shown as if it held.
+// A mode that the amplifier refused is not shown as if it held.
 void step_switch_mode(Head& head) {
-    const auto next = static_cast<std::int16_t>(head.setup.switch_mode >= 2 ? 0 : head.setup.switch_mode + 1);
-    head.last_command_status = head.amplifier.set_item(set_switch_mode_command(next));
-    if (head.last_command_status == 0)
-        head.setup.switch_mode = next;
+    const auto next = static_cast<std::int16_t>(head.setup.mode_asked >= 2 ? 0 : head.setup.mode_asked + 1);
+    head.setup.mode_asked = next;
+    head.order({.command = set_switch_mode_command(next), .then = [next](Head& then, const Setting& setting) {
+                    if (setting.outcome == Setting::Outcome::taken)
+                        then.setup.switch_mode = next;
+                    else
+                        then.setup.mode_asked = then.setup.switch_mode;
+                    if (then.sub_menu == k_setup_menus && !then.comm_error_shown)
+                        draw_page(then);
+                }});
+}
+
+// The pages show the status. What is in hand is drawn at once when it is of now, and again when it has been
+// read anew.
+void show_page(Head& head) {
+    head.setup.status_awaited = true;
+    head.want({Request::Kind::status});
+    if (head.services.clock.now() - head.status_at <= k_oldest_drawn)
+        return draw_page(head);
+    for (const int line : {1, 2, 3}) head.panel.set_line(line, "");
+    head.panel.set_line(4, k_only_more);
 }
 
 }  // namespace
 
 void attach_setup(Head& head, std::int16_t key) {
-    if (key == k_key_exit)
+    if (key == k_key_exit) {
+        head.setup.status_awaited = false;
         return leave_sub_menu(head);
-    if (key == k_key_refresh)
-        return draw_page(head);
-    try {
-        if (key == k_key_enter)
-            head.setup.setup_page = 0;
-        else if (key == k_more)
-            head.setup.setup_page =
-                static_cast<std::int16_t>((head.setup.setup_page + 1) % head.setup.setup_page_count);
-        else if (key == k_set && switch_page_shown(head))
-            step_switch_mode(head);
-        draw_page(head);
-    } catch (const RunTimeError& error) {
-        head.tell(error.what());
-        leave_sub_menu(head);
     }
+    if (key == k_key_enter)
+        head.setup.setup_page = 0;
+    else if (key == k_more)
+        head.setup.setup_page =
+            static_cast<std::int16_t>((head.setup.setup_page + 1) % head.setup.setup_page_count);
+    else if (key == k_set && switch_page_shown(head))
+        step_switch_mode(head);
+    show_page(head);
+}
+
+void take_setup(Head& head, const Reading& reading) {
+    if (reading.request.kind != Request::Kind::status || !std::exchange(head.setup.status_awaited, false))
+        return;
+    if (reading.good())
+        return draw_page(head);
+    head.tell(RunTimeError::no_answer().what());
+    leave_sub_menu(head);
 }
 
 }  // namespace ampdesk

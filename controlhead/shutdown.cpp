@@ -21,6 +21,7 @@ void end_modes(Head& head) {
     rest_markers(head);
     head.panel.hide_scroll();
     head.panel.set_gauge(std::nullopt);  // nothing is measured meanwhile
+    give_up_page_requests(head);
     head.comm_error_shown = false;
     head.shutdown_shown = true;
     head.redraw_request = true;
@@ -28,8 +29,7 @@ void end_modes(Head& head) {
 
 }  // namespace
 
-void show_shutdown(Head& head) {
-    const Shutdown shutdown = head.amplifier.read_shutdown();
+void show_shutdown(Head& head, const Shutdown& shutdown) {
     lite_service(head, 0, 0);
     if (shutdown.number) {
         head.panel.set_line(1, "System Shutdown, #" + *shutdown.number);
@@ -40,6 +40,7 @@ void show_shutdown(Head& head) {
     lite_service(head, 4, 1);
     head.faults.log_fault(head.services.clock.local_time(), shutdown.reason);
     end_modes(head);
+    show_state_lamps(head);
 }
 
 }  // namespace ampdesk

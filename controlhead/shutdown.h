@@ -5,8 +5,8 @@
 
 namespace ampdesk {
 
-// Reads the reason and shows it on all four lines; ends sub-menu and attenuation mode, so that
-// nothing but the acknowledgement is left. Throws error 100; nothing is changed then.
-void show_shutdown(Head& head);
+// Shows the reason on all four lines; ends sub-menu and attenuation mode, so that nothing but the
+// acknowledgement is left.
+void show_shutdown(Head& head, const Shutdown& shutdown);
 
 }  // namespace ampdesk

@@ -12,19 +12,19 @@ namespace {
 constexpr char k_degree = '\xB0';
 
 std::string dbm(const Head& head, Analog::Item item) {
-    return right_aligned(plain_number(shown(head.analog, item)), 5) + " dBm";
+    return right_aligned(plain_number(shown(*head.analog, item)), 5) + " dBm";
 }
 
 std::string fixed(const Head& head, Analog::Item item, int decimals, std::size_t width) {
-    return right_aligned(fixed_point(shown(head.analog, item), decimals), width);
+    return right_aligned(fixed_point(shown(*head.analog, item), decimals), width);
 }
 
 std::string running_time(const Head& head, Analog::Item hours, Analog::Item minutes) {
-    return zero_padded(shown(head.analog, hours), 5) + ":" + zero_padded(shown(head.analog, minutes), 2);
+    return zero_padded(shown(*head.analog, hours), 5) + ":" + zero_padded(shown(*head.analog, minutes), 2);
 }
 
 std::string celsius(const Head& head, Analog::Item item) {
-    return right_aligned(plain_number(shown(head.analog, item)), 3) + k_degree + "C";
+    return right_aligned(plain_number(shown(*head.analog, item)), 3) + k_degree + "C";
 }
 
 std::string screen_1_legend(const Head& head) {
@@ -35,35 +35,35 @@ std::string screen_1_legend(const Head& head) {
            (head.status.switch_positions >= 1 && !head.status.switch_locked ? " ANT  MORE" : "      MORE");
 }
 
-void draw_attenuation(Head& head) {
-    lite_service(head, 1, 1);
-    set_gain(head, 0);
-}
-
 void draw_alarm_row(Head& head) {
-    read_alarm_state(head);
-    const std::string& text = head.alarm.text;
+    if (!head.alarm)
+        return head.panel.set_line(3, "");
+    const std::string& text = head.alarm->text;
     const Status& status = head.status;
-    if (!head.alarm.active && status.has_switch && status.switch_positions >= 1)
+    if (!head.alarm->active && status.has_switch && status.switch_positions >= 1)
         head.panel.set_line(3,
                             left_aligned(text.substr(0, 16), 16) + (status.switch_locked ? "LOAD" : " ANT"));
     else
         head.panel.set_line(3, text);
 }
 
+}  // namespace
+
 void draw_powers(Head& head) {
-    ValueRows rows(head.panel);
-    rows.draw(1, [&] { return head.band.fwd_label + dbm(head, Analog::forward_power); });
+    ValueRows rows(head.panel, head.analog.has_value());
+    const bool label_is_known = head.band.reads_left == 0 || !head.band.band_name.empty();
+    if (label_is_known)
+        rows.draw(1, [&] { return head.band.fwd_label + dbm(head, Analog::forward_power); });
     rows.draw(2, [&] { return "Rev Power  " + dbm(head, Analog::reverse_power); });
     if (head.gain_mode)
-        draw_attenuation(head);
+        set_gain(head, k_key_refresh);
     else
         draw_alarm_row(head);
     rows.finish();
 }
 
 void draw_hours(Head& head) {
-    ValueRows rows(head.panel);
+    ValueRows rows(head.panel, head.analog.has_value());
     rows.draw(2, [&] {
         return running_time(head, Analog::console_hours, Analog::console_minutes) + head.right_marker +
                "Console";
@@ -76,7 +76,7 @@ void draw_hours(Head& head) {
 }
 
 void draw_temperatures(Head& head) {
-    ValueRows rows(head.panel);
+    ValueRows rows(head.panel, head.analog.has_value());
     rows.draw(2, [&] { return celsius(head, Analog::cabinet) + "<Inside Cabinet"; });
     rows.draw(3, [&] { return celsius(head, Analog::baseplate) + "<TWT Baseplate"; });
     rows.finish();
@@ -84,7 +84,7 @@ void draw_temperatures(Head& head) {
 
 // The amplifier reports If, Eb and Ek as negative numbers; they are shown positive.
 void draw_tube(Head& head) {
-    ValueRows rows(head.panel);
+    ValueRows rows(head.panel, head.analog.has_value());
     rows.draw(1, [&] {
         return "Ef" + fixed(head, Analog::filament_voltage, 2, 6) + "v  If" +
                fixed(head, Analog::filament_current, 2, 5) + (head.status.filament_in_ma ? "ma" : "A");
@@ -95,21 +95,14 @@ void draw_tube(Head& head) {
                fixed(head, Analog::helix_current, 1, 5) + "ma";
     });
     if (head.gain_mode)
-        draw_attenuation(head);
+        set_gain(head, k_key_refresh);
     rows.finish();
 }
 
-}  // namespace
-
-void read_analog(Head& head) {
-    head.analog = head.amplifier.read_analog();
-    const Quantity& forward = head.analog[Analog::forward_power];
+void show_gauge(Head& head) {
+    const Quantity& forward = (*head.analog)[Analog::forward_power];
     const bool known = forward.kind != Quantity::Kind::overflowed;
     head.panel.set_gauge(known ? std::optional(forward.value) : std::nullopt);
-}
-
-void read_alarm_state(Head& head) {
-    head.alarm = head.amplifier.read_alarm_state();
 }
 
 void draw_fixed_rows(Head& head) {
@@ -122,21 +115,6 @@ void draw_fixed_rows(Head& head) {
     const std::string legends[] = {screen_1_legend(head), "SETUP INFO HELP MORE", "WARNINGS   HELP MORE",
                                    "ATTN EVENT HELP MORE"};
     head.panel.set_line(4, legends[head.menu_ptr - 1]);
-}
-
-void draw_value_rows(Head& head) {
-    switch (head.menu_ptr) {
-        case 1:
-            return draw_powers(head);
-        case 2:
-            return draw_hours(head);
-        case 3:
-            return draw_temperatures(head);
-        case 4:
-            return draw_tube(head);
-        default:
-            return;
-    }
 }
 
 void draw_outline(Head& head) {

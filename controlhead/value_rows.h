@@ -22,15 +22,18 @@ double shown(const Block& block, typename Block::Item item) {
     return quantity.value;
 }
 
-// A row whose value cannot be shown is blank, because what stood there is no longer so; the rows behind it
-// are drawn all the same.
+// A row whose value is not there or cannot be shown is blank, because what stood there is no longer so; the
+// rows behind it are drawn all the same.
 class ValueRows {
   public:
-    explicit ValueRows(Panel& panel) : panel_(panel) {}
+    // `known`: the block that the rows are made of is there.
+    ValueRows(Panel& panel, bool known) : panel_(panel), known_(known) {}
 
     // Line 1..4 gets what `text` returns; blank when it throws a RunTimeError.
     template <class Text>
     void draw(int line, Text text) {
+        if (!known_)
+            return panel_.set_line(line, "");
         try {
             panel_.set_line(line, text());
         } catch (const RunTimeError& error) {
@@ -48,6 +51,7 @@ class ValueRows {
 
   private:
     Panel& panel_;
+    bool known_;
     std::optional<RunTimeError> first_error_;
 };
 

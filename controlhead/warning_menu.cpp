@@ -72,27 +72,29 @@ void leave_adjust_state(Head& head) {
     head.panel.hide_scroll();
 }
 
+// In the adjust state; the ends are ends, as those of the scroll bar.
+void step_page(Head& head, int step) {
+    head.warnings.warn_page = static_cast<std::int16_t>(
+        std::clamp(head.warnings.warn_page + step, 0, head.warnings.warn_page_count - 1));
+}
+
+// As the page stands from when it was entered until the first tick with a level in hand.
 void draw_first(Head& head) {
-    head.limits = head.amplifier.read_limits();
-    ValueRows rows(head.panel);
+    ValueRows rows(head.panel, head.limits.has_value());
     head.panel.set_line(1, "Warning level for ");
     head.panel.set_line(2, "over forward power: ");
-    rows.draw(3, [&] { return "    [" + value_text(head.limits, k_levels[0].item) + "]"; });
+    rows.draw(3, [&] { return "    [" + value_text(*head.limits, k_levels[0].item) + "]"; });
     head.panel.set_line(4, k_legend);
     rows.finish();
 }
 
-// Throws error 100, and the display stays as it was, or Overflow, and the value is blank.
 void draw_page(Head& head) {
-    if (head.warnings.warn_page < 0 || head.warnings.warn_page >= head.warnings.warn_page_count)
-        return leave_sub_menu(head);
     const Level& level = k_levels.at(static_cast<std::size_t>(head.warnings.warn_page));
-    head.limits = head.amplifier.read_limits();
-    ValueRows rows(head.panel);
+    ValueRows rows(head.panel, head.limits.has_value());
     head.panel.set_line(1, "Warning level for");
     head.panel.set_line(2, head.band.band_count != 0 ? level.band_title : level.title);
     rows.draw(3, [&] {
-        const std::string value = value_text(head.limits, level.item);
+        const std::string value = value_text(*head.limits, level.item);
         return head.left_marker + ("    " + value) + head.right_marker;
     });
     head.panel.set_line(4, k_legend);
@@ -104,23 +106,30 @@ void draw_page(Head& head) {
     rows.finish();
 }
 
-// In the adjust state; the ends are ends, as those of the scroll bar.
-void step_page(Head& head, int step) {
-    head.warnings.warn_page = static_cast<std::int16_t>(
-        std::clamp(head.warnings.warn_page + step, 0, head.warnings.warn_page_count - 1));
-}
-
 }  // namespace
 
+void draw_warnings(Head& head) {
+    if (head.warnings.warn_page < 0 || head.warnings.warn_page >= head.warnings.warn_page_count)
+        return leave_sub_menu(head);
+    if (head.warnings.entered)
+        draw_first(head);
+    else
+        draw_page(head);
+}
+
+void tick_warnings(Head& head) {
+    if (head.limits)
+        head.warnings.entered = false;
+}
+
 void attach_warnings(Head& head, std::int16_t key) {
+    head.warnings.entered = key == k_key_enter;
     if (key == k_key_enter) {
         head.warnings.warn_page = 0;
         head.warnings.warn_editing = false;
         head.warnings.warn_page_count = static_cast<std::int16_t>(k_levels.size());
         rest_markers(head);
-        return draw_first(head);
-    }
-    if (head.warnings.warn_editing) {
+    } else if (head.warnings.warn_editing) {
         if (key == k_adjust || key == k_key_exit)
             leave_adjust_state(head);
         else if (key == k_back || key == k_forth)
@@ -134,16 +143,13 @@ void attach_warnings(Head& head, std::int16_t key) {
             head.warnings.warn_page =
                 static_cast<std::int16_t>((head.warnings.warn_page + 1) % head.warnings.warn_page_count);
     }
-    draw_page(head);
+    draw_warnings(head);
 }
 
 void scroll_warnings(Head& head, int value) {
     head.warnings.warn_page = static_cast<std::int16_t>(head.panel.scroll().maximum - value);
-    draw_page(head);
-}
-
-void tick_warnings(Head& head) {
-    draw_page(head);
+    head.warnings.entered = false;
+    draw_warnings(head);
 }
 
 }  // namespace ampdesk

@@ -1,8 +1,9 @@
-// A control head whose amplifier answers anything: no reply may throw out of a handler, spoil the
-// display or make the head send a setting that no key asked for.
+// A control head whose amplifier answers anything, in any order, with keys in between: no reply may throw out
+// of a handler, spoil the display or make the head want a setting that no key asked for.
 //
 // input: flags (1 negative words are signed, 2 C/KU/X amplifier, 4 KU/DBS), then steps, each a number
-// that chooses one of the kinds below; every request takes its answer from the same bytes.
+// that chooses one of the kinds below and one that says which; every exchange takes its answer from the same
+// bytes.
 #include "controlhead/control_head.h"
 
 #include "buslink/wire/binary_frame.h"
@@ -43,24 +44,41 @@ ScriptedPort::Answer answer(const std::string& frame, fuzz::Input& input) {
     return {{std::chrono::milliseconds(choice), bytes}};
 }
 
-void step(ControlHead& head, unsigned choice, unsigned value) {
-    enum Kind { logic, display, soft_key, hard_key, lamp, scroll, kinds };
-    const auto index = static_cast<std::int16_t>(value % 10) - 1;
-    switch (choice % kinds) {
-        case logic:
-            return head.updateLogic();
+// What the station does next: the first order, else something that is read all the time or once.
+void exchange(ControlHead& head, Amplifier& amplifier, BusLink& bus, unsigned value) {
+    constexpr Request::Kind k_periodic[] = {Request::Kind::status, Request::Kind::analog,
+                                            Request::Kind::alarm_state, Request::Kind::limits};
+    if (!head.orders().empty()) {
+        const Order order = head.orders().front();
+        head.orders().pop_front();
+        const BusReply reply = bus.carry_out(amplifier.command_of(order.command));
+        return head.take(order, amplifier.take(order.command, Origin::key, reply));
+    }
+    const auto& wanted = head.requests();
+    const bool once = value % 2 == 1 && !wanted.empty();
+    const Request request = once ? wanted[value / 2 % wanted.size()] : Request{k_periodic[value / 2 % 4]};
+    const Try attempt{request, bus.clock().now(), request.guess || (value & 64U) != 0};
+    head.take(amplifier.take(attempt, bus.carry_out(amplifier.command_of(request))));
+}
+
+enum Kind { reading, display, soft_key, hard_key, lamp, scroll, dead_line, kinds };
+
+void act(ControlHead& head, unsigned kind, unsigned value) {
+    const auto index = static_cast<std::int16_t>(static_cast<int>(value % 10) - 1);
+    const auto did = value < 128 ? std::nullopt : std::optional(head.panel().legend(index));
+    switch (kind) {
         case display:
-            return head.updateDisplay();
+            return head.tick();
         case soft_key:
-            return head.press_key(static_cast<std::int16_t>(index));
+            return head.press_key(index, did);
         case hard_key:
-            return head.press_hard_key(static_cast<std::int16_t>(index));
+            return head.press_hard_key(index);
         case lamp:
-            return head.click_lamp(static_cast<std::int16_t>(index));
+            return head.click_lamp(index, did);
         case scroll:
             return head.move_scroll_bar(static_cast<int>(2 * value) - 10);
         default:
-            return;
+            return head.line_is_dead();
     }
 }
 
@@ -101,14 +119,20 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
     const char* model = (flags & 2U) != 0 ? "C/KU/X" : (flags & 4U) != 0 ? "KU/DBS" : "KU";
     ControlHead head(services, {.slot = 1, .unit_address = 7, .number = "1234", .model = model});
-    if (!head.machine_init(false))
-        return 0;
-    while (!input.empty()) {
-        const unsigned choice = input.number();
-        const std::size_t before = settings;
-        step(head, choice, input.number());
-        check(settings == before || choice % 6 > 1, "no setting without a key");
-        check(settings <= before + 1, "no setting twice");
+    Amplifier amplifier(clock, 7, services.options.negative_words);
+    head.machine_init(false);
+    while (!input.empty() && head.life() != ControlHead::Life::failed) {
+        const unsigned kind = input.number() % kinds;
+        const std::size_t orders = head.orders().size();
+        const std::size_t sent = settings;
+        if (kind == reading)
+            exchange(head, amplifier, bus, input.number());
+        else
+            act(head, kind, input.number());
+        const bool key = kind >= soft_key && kind <= scroll;
+        check(head.orders().size() <= orders + (key ? 1 : 0), "no setting without a key, none twice");
+        check(settings <= sent + std::min<std::size_t>(orders, 1), "what is sent was ordered");
+        check(head.requests().size() <= 16, "what is wanted has an end");
         check_panel(head.panel());
         clock.advance(std::chrono::milliseconds(100));
         port.written.clear();

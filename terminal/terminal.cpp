@@ -9,13 +9,11 @@ namespace {
 
 constexpr char k_end_of_file = 26;
 constexpr std::string_view k_hang_up_text = "manually hang up";
-constexpr std::chrono::milliseconds k_ask_again{100};  // while the bus is not free
 
 }  // namespace
 
 Terminal::Terminal(TerminalLine& line, BusLink& bus, std::string folder)
     : line_(line),
-      bus_(bus),
       clock_(line.clock()),
       modem_(line),
       remote_(
@@ -108,8 +106,6 @@ void Terminal::tick() {
         next_wrong_answer_ = now + k_between_wrong_answers;
         remote_.answer_wrong_command();
     }
-    if (request_waits() && now >= next_request_ && (!may_exchange || may_exchange()))
-        carry_out_request();
 }
 
 bool Terminal::request_waits() const {
@@ -139,16 +135,6 @@ void Terminal::take_request() {
     remote_.commCommandProc(request);
 }
 
-// Requests to an amplifier that does not answer take more than a second each; as long again passes
-// before the next one, in which every control head is visited.
-void Terminal::carry_out_request() {
-    const Instant start = clock_.now();
-    take_request();
-    carry_out(bus_, remote_);
-    const Instant end = clock_.now();
-    next_request_ = end + (end - start);
-}
-
 std::optional<Duration> Terminal::next_tick() {
     const Instant now = clock_.now();
     std::optional<Instant> next;
@@ -156,8 +142,6 @@ std::optional<Duration> Terminal::next_tick() {
         if (at && (!next || *at < *next))
             next = at;
     };
-    if (request_waits())
-        want(!may_exchange || may_exchange() ? next_request_ : now + k_ask_again);
     if (wrong_waits())
         want(next_wrong_answer_);
     if (line_.waiting() > 0)

@@ -43,8 +43,7 @@ class Terminal : public BusGuest {
     // Ends the call. False when it cannot: no line, or a transfer holds it.
     bool hang_up();
 
-    // Does what is due: at most one remote request, which blocks for its exchanges where may_exchange lets
-    // it.
+    // Does what is due.
     void tick();
 
     // How long until tick() is wanted; nothing while only input can bring anything.
@@ -67,9 +66,8 @@ class Terminal : public BusGuest {
 
     bool echo = true;  // typed characters are shown
 
-    // All unset ones count as not there, is_visible as yes, may_exchange as yes.
+    // All unset ones count as not there, is_visible as yes.
     std::function<bool()> is_visible;                 // whether the text box can be seen
-    std::function<bool()> may_exchange;               // whether tick() may carry out a request
     std::function<void(std::string_view)> on_text;    // for ShowData
     std::function<void(std::string_view)> on_status;  // for the status label
     std::function<void(std::string_view)> on_error;   // for a box; must not open it at once
@@ -83,7 +81,6 @@ class Terminal : public BusGuest {
     void watch_cts(Instant now);
     void step_manual_hang_up(Instant now);
     void take_request();
-    void carry_out_request();
     bool request_waits() const;
     bool wrong_waits() const;
     void forget_requests();
@@ -91,13 +88,11 @@ class Terminal : public BusGuest {
     bool visible() const { return !is_visible || is_visible(); }
 
     TerminalLine& line_;
-    BusLink& bus_;
     Clock& clock_;
     Modem modem_;
     RemoteCommands remote_;
     LineBuffer buffer_;
     std::deque<std::string> requests_;
-    Instant next_request_{};  // not before: half of the time belongs to the amplifiers' polling
     // A wrong request waits for its answer until that many of requests_ are done. There is one answer a
     // second at most, whatever a bad line brings; what comes before it is due shares it.
     std::optional<std::size_t> wrong_behind_;

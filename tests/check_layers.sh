@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "${1:-$(dirname "$0")/..}"
 
-folders=(platform buslink amplifier controlhead terminal tools demo shell tests bench fuzz docs)
+folders=(platform buslink amplifier controlhead terminal tools station demo shell tests bench fuzz docs)
 existing=()
 for folder in "${folders[@]}"; do
     [[ -d $folder ]] && existing+=("$folder")
@@ -21,8 +21,9 @@ find "${existing[@]}" -type f \( -name '*.cpp' -o -name '*.h' \) -print0 | sort 
         split("controlhead/ amplifier/ buslink/ platform/", panel); allow("controlhead", panel)
         split("terminal/ buslink/ platform/", four); allow("terminal", four)
         split("tools/ amplifier/ buslink/ platform/", five); allow("tools", five)
+        split("station/ controlhead/ terminal/ tools/ amplifier/ buslink/ platform/", desk); allow("station", desk)
         split("demo/ buslink/wire/ platform/", six); allow("demo", six)
-        all = "shell/ amplifier/ controlhead/ terminal/ tools/ demo/ buslink/ platform/"
+        all = "shell/ station/ amplifier/ controlhead/ terminal/ tools/ demo/ buslink/ platform/"
         split(all, seven); allow("shell", seven)
         split(all " tests/", eight); allow("tests", eight)
         split(all " tests/support/ bench/", nine); allow("bench", nine)

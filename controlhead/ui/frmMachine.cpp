@@ -49,28 +49,43 @@ void frmMachine::let_go() {
     head_.reset();
 }
 
-// A key may open a message box or close the window; the copy keeps the head until its handler is
-// done.
+// What the key did when it was pressed is what the panel shows.
+std::string frmMachine::did(int key) const {
+    return key >= 0 && key < 4 ? painted_.key_name(key) : std::string();
+}
+
+void frmMachine::acted() {
+    if (on_act)
+        on_act();
+}
+
 void frmMachine::cmdKey_Click(int index) {
-    if (const auto head = head_; head && ok_is_seen(index))
-        head->press_key(static_cast<std::int16_t>(index));
+    if (!head_ || !ok_is_seen(index))
+        return;
+    head_->press_key(static_cast<std::int16_t>(index), did(index));
+    acted();
 }
 
 void frmMachine::cmdHardkey_Click(int index) {
-    if (const auto head = head_)
-        head->press_hard_key(static_cast<std::int16_t>(index));
+    if (!head_)
+        return;
+    head_->press_hard_key(static_cast<std::int16_t>(index));
+    acted();
 }
 
 void frmMachine::picLight_Click(int index) {
-    if (const auto head = head_; head && ok_is_seen(index))
-        head->click_lamp(static_cast<std::int16_t>(index));
+    if (!head_ || !ok_is_seen(index))
+        return;
+    head_->click_lamp(static_cast<std::int16_t>(index), did(index));
+    acted();
 }
 
 void frmMachine::VScroll1_Change(int value) {
-    if (const auto head = head_) {
-        head->move_scroll_bar(value);
-        refresh_soon();  // the bar goes back when the head did not take the move
-    }
+    if (!head_)
+        return;
+    head_->move_scroll_bar(value, painted_.scroll());
+    acted();
+    refresh_soon();  // the bar goes back when the head did not take the move
 }
 
 void frmMachine::refresh_soon() {
@@ -84,7 +99,9 @@ void frmMachine::refresh() {
     refresh_pending_ = false;
     if (!head_)
         return;
-    view_->show_panel(head_->panel());
+    painted_ = head_->panel();
+    painted_.on_change = nullptr;
+    view_->show_panel(painted_);
     follow_shutdown();
 }
 

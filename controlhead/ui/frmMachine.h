@@ -36,6 +36,9 @@ class frmMachine : public QWidget {
     PanelView& panel_view() { return *view_; }
     QSize sizeHint() const override;
 
+    // The operator has done something to the head.
+    std::function<void()> on_act;
+
     // The operator closes the window.
     std::function<void(ControlHead&)> on_close;
 
@@ -48,10 +51,13 @@ class frmMachine : public QWidget {
     void refresh();
     void follow_shutdown();
     bool ok_is_seen(int key);
+    std::string did(int key) const;
+    void acted();
     void Form_Resize();
 
     std::shared_ptr<ControlHead> head_;
     PanelView* view_;
+    Panel painted_;
     bool refresh_pending_ = false;
     bool shutdown_painted_ = false;
     bool ok_seen_ = false;  // the OK of a shutdown has been there for the operator to see

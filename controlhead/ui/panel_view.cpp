@@ -164,12 +164,12 @@ void PanelView::show_panel(const Panel& panel) {
         show_look(panel.look());
     for (int i = 0; i < 4; ++i) {
         lblDisplayA_[static_cast<std::size_t>(i)]->show_text(panel.line(i + 1));
-        QString legend = from_latin1(panel.legend(i));
-        if (legend.isEmpty())
-            legend = QStringLiteral("Key %1").arg(i + 1);
+        QString name = from_latin1(panel.key_name(i));
+        if (name.isEmpty())
+            name = QStringLiteral("Key %1").arg(i + 1);
         auto* key = cmdKey_[static_cast<std::size_t>(i)];
-        if (key->accessibleName() != legend)
-            key->setAccessibleName(legend);
+        if (key->accessibleName() != name)
+            key->setAccessibleName(name);
     }
     for (int i = 0; i < 8; ++i) picLight_[static_cast<std::size_t>(i)]->show_colour(panel.lamp(i + 1));
     Picture1_->show_power(panel.gauge());

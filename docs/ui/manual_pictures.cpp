@@ -22,6 +22,7 @@
 #include "shell/ui/program_icon.h"
 #include "terminal/ui/ConfigScrn.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/turn.h"
 #include "tools/ui/frmBlock.h"
 
 using namespace ampdesk;
@@ -57,17 +58,17 @@ class Studio {
             throw std::runtime_error("the heads did not open");
     }
 
-    // Half-second visits of all heads.
+    // Half seconds.
     void steps(int count) {
         for (int i = 0; i < count; ++i) {
             QApplication::processEvents();
-            for (std::size_t n = 0; n <= 2 * station_.open_heads().size(); ++n) station_.poll_windows();
-            clock_.advance(milliseconds(500));
+            const Instant end = clock_.now() + milliseconds(500);
+            while (clock_.now() < end) turn(station_, bus_, clock_, [end] { return end; });
         }
         QApplication::processEvents();
     }
 
-    // Presses keys of that amplifier's head, 0..3 and EXIT, each followed by a visit.
+    // Presses keys of that amplifier's head, 0..3 and EXIT, each followed by a second.
     void keys(int amplifier, std::initializer_list<int> pressed) {
         for (const int key : pressed) {
             station_.open_heads()
@@ -127,6 +128,7 @@ class Studio {
             auto* input = window->findChild<QLineEdit*>(QStringLiteral("TxtInput"));
             input->setText(QStringLiteral("11"));
             window->findChild<QPushButton*>(QStringLiteral("CmdOk"))->click();
+            steps(2);
             save(*window, name);
             window->close();
         }
@@ -135,14 +137,17 @@ class Studio {
     // After the first blocks of a read.
     void take_transfer(int amplifier, const char* name) {
         const QTemporaryDir folder;
-        auto* window = new frmBlock(
-            std::make_unique<NvramTransfer>(NvramTransfer::Mode::read,
-                                            folder.filePath(QStringLiteral("1001.txt")).toStdString(),
-                                            static_cast<std::int16_t>(amplifier), link_, person_),
-            [] { return false; }, &form_);
+        auto transfer = std::make_unique<NvramTransfer>(
+            NvramTransfer::Mode::read, folder.filePath(QStringLiteral("1001.txt")).toStdString(),
+            static_cast<std::int16_t>(amplifier), link_, person_);
+        NvramTransfer& guest = *transfer;
+        station_.add_guest(guest);
+        auto* window = new frmBlock(std::move(transfer), &form_);
+        window->on_unload = [&] { station_.remove_guest(guest); };
         window->show();
         window->cmdOk_Click();
-        while (!window->findChild<QLabel*>(QStringLiteral("lblStatus"))->text().contains(u"#12")) steps(1);
+        while (!window->findChild<QLabel*>(QStringLiteral("lblStatus"))->text().contains(u"#12"))
+            turn(station_, bus_, clock_, [this] { return clock_.now() + milliseconds(1); });
         save(*window, name);
         window->Form_Unload();
     }

@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDockWidget>
-#include <QElapsedTimer>
 #include <QProxyStyle>
 #include <QScreen>
 #include <QStatusBar>
@@ -22,10 +21,8 @@ using std::chrono::milliseconds;
 // A visit that opens a message box does not return for a while; the next call comes all the same.
 constexpr milliseconds k_poll_again{250};
 
-// On a busy line visit follows visit. What comes in meanwhile is drawn and answered between them; a
-// screen reader asks its questions one after another and would get one answer a visit.
-constexpr milliseconds k_longest_rest{100};
-constexpr qint64 k_visit_to_rest = 10;  // a tenth of the time that the visit has taken
+// The longest that a reply is waited for before the windows have their turn.
+constexpr milliseconds k_slice{5};
 
 constexpr QSize k_natural_size(1300, 860);  // room for four control heads
 constexpr int k_terminal_height = 96;
@@ -49,14 +46,15 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
       options_(std::move(options)),
       layout_(*this, "layout.dat"),
       set_up_(*this, station, bus, person, options_.gauge, options_.models),
-      tools_(*this, bus, person, tool_hooks()),
+      tools_(*this, station, bus, person, tool_hooks()),
       icon_style_(new IconStyle) {
     setObjectName(QStringLiteral("MDIForm1"));
     setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
                                           : QStringLiteral("JEX Remote Control"));
     build_centre();
-    terminal_ = std::make_unique<TerminalControl>(*this, *Term_, line, bus, person,
+    terminal_ = std::make_unique<TerminalControl>(*this, *Term_, line, station, bus, person,
                                                   [this](const QString& text) { show_status(text); });
+    terminal_->line_wanted = [this] { poll_timer_.start(0); };
     build_menu(line);
     resize(k_natural_size.boundedTo(screen()->availableSize() * 0.94));
     layout_.restore_main();
@@ -210,7 +208,8 @@ ServiceTools::Hooks MDIForm1::tool_hooks() {
                 },
             .rs422_mode = [this] { return set_up_.rs422_mode(); },
             .set_up_line = [this] { set_up_.line(); },
-            .enable_nvram_items = [this](bool enabled) { menu_->enable_nvram_items(enabled); }};
+            .enable_nvram_items = [this](bool enabled) { menu_->enable_nvram_items(enabled); },
+            .line_wanted = [this] { poll(); }};
 }
 
 void MDIForm1::load() {
@@ -253,6 +252,7 @@ void MDIForm1::window_created(const std::shared_ptr<ControlHead>& head) {
     machine->on_close = [this](const ControlHead& closing) {
         station_.close_window(closing.identity().slot);
     };
+    machine->on_act = [this] { poll(); };
     connect(&machine->panel_view(), &PanelView::scroll_shown, keys_, &HeadKeys::follow);
     QMdiSubWindow* window = area_->addSubWindow(machine);
     window->setAttribute(Qt::WA_DeleteOnClose);
@@ -299,18 +299,21 @@ void MDIForm1::follow_active() {
 
 void MDIForm1::poll() {
     poll_timer_.start(k_poll_again);
-    if (person_.letting_events_run())
-        return;
-    QElapsedTimer visit;
-    visit.start();
-    const auto wait = std::chrono::ceil<milliseconds>(station_.poll_windows());
-    const milliseconds rest(visit.elapsed() / k_visit_to_rest);
+    const frmMachine* machine = active_machine();
+    station_.set_active(machine != nullptr ? machine->head()->identity().slot : 0);
+    const Instant next = station_.step();
     trouble_->follow(station_);
     follow_bus_line();
-    if (machines_.empty())
-        poll_timer_.stop();
-    else
-        poll_timer_.start(std::max(wait, std::min(rest, k_longest_rest)));
+    if (station_.idle())
+        return poll_timer_.stop();
+    Clock& clock = bus_.clock();
+    if (bus_.under_way())
+        bus_.port().wait_readable(std::min<Instant>(next, clock.now() + k_slice));
+    poll_timer_.start(
+        std::max(milliseconds(0),
+                 std::min<milliseconds>(
+                     bus_.under_way() ? milliseconds(0) : std::chrono::ceil<milliseconds>(next - clock.now()),
+                     k_poll_again)));
 }
 
 // A lost line that has been given up for another one, or closed, says nothing of that itself.

@@ -16,7 +16,6 @@
 
 #include "controlhead/ui/frmMachine.h"
 #include "platform/qt/qt_operator.h"
-#include "shell/station.h"
 #include "shell/ui/arrange.h"
 #include "shell/ui/head_keys.h"
 #include "shell/ui/help_viewer.h"
@@ -27,6 +26,7 @@
 #include "shell/ui/set_up.h"
 #include "shell/ui/terminal_control.h"
 #include "shell/ui/trouble_label.h"
+#include "station/station.h"
 
 namespace ampdesk {
 

@@ -4,12 +4,20 @@
 
 namespace ampdesk {
 
-ServiceTools::ServiceTools(QWidget& window, BusLink& bus, QtOperator& person, Hooks hooks)
-    : window_(window), bus_(bus), operator_(person), hooks_(std::move(hooks)), console_(bus, person) {}
+ServiceTools::ServiceTools(QWidget& window, Station& station, BusLink& bus, QtOperator& person, Hooks hooks)
+    : window_(window),
+      station_(station),
+      bus_(bus),
+      operator_(person),
+      hooks_(std::move(hooks)),
+      console_(bus, person) {
+    station_.add_guest(console_);
+}
 
 ServiceTools::~ServiceTools() {
     delete block_.data();
     delete intact_.data();
+    station_.remove_guest(console_);
 }
 
 void ServiceTools::transfer_nvram(NvramTransfer::Mode mode) {
@@ -22,15 +30,21 @@ void ServiceTools::transfer_nvram(NvramTransfer::Mode mode) {
         hooks_.enable_nvram_items(true);
         return;
     }
-    block_ = new frmBlock(
-        std::move(transfer), bus_, [this] { return operator_.letting_events_run(); }, &window_);
-    block_->on_unload = [this] { hooks_.enable_nvram_items(true); };
+    NvramTransfer& guest = *transfer;
+    station_.add_guest(guest);
+    block_ = new frmBlock(std::move(transfer), &window_);
+    block_->on_start = hooks_.line_wanted;
+    block_->on_unload = [this, &guest] {
+        station_.remove_guest(guest);
+        hooks_.enable_nvram_items(true);
+    };
     block_->show();
 }
 
 void ServiceTools::interactive() {
     if (!intact_)
-        intact_ = new frmIntact(console_, history_, bus_, hooks_.unit_address, &window_);
+        intact_ = new frmIntact(console_, history_, hooks_.unit_address, &window_);
+    intact_->on_send = hooks_.line_wanted;
     intact_->show();
     intact_->raise();
     intact_->activateWindow();

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "platform/qt/qt_operator.h"
+#include "station/station.h"
 #include "tools/console.h"
 #include "tools/ui/frmBlock.h"
 #include "tools/ui/frmIntact.h"
@@ -18,10 +19,11 @@ class ServiceTools {
         std::function<bool()> rs422_mode;              // the bus line was set up by Setup_422
         std::function<void()> set_up_line;             // shows that dialog
         std::function<void(bool)> enable_nvram_items;  // both items of mnuToolsSram
+        std::function<void()> line_wanted;             // the station has something to do
     };
 
     // `window` is the main window, in front of which the tools stand.
-    ServiceTools(QWidget& window, BusLink& bus, QtOperator& person, Hooks hooks);
+    ServiceTools(QWidget& window, Station& station, BusLink& bus, QtOperator& person, Hooks hooks);
     ~ServiceTools();
     ServiceTools(const ServiceTools&) = delete;
     ServiceTools& operator=(const ServiceTools&) = delete;
@@ -37,6 +39,7 @@ class ServiceTools {
 
   private:
     QWidget& window_;
+    Station& station_;
     BusLink& bus_;
     QtOperator& operator_;
     Hooks hooks_;

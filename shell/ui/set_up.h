@@ -9,7 +9,7 @@
 
 #include "buslink/bus_setup.h"
 #include "controlhead/ui/power_gauge.h"
-#include "shell/station.h"
+#include "station/station.h"
 
 namespace ampdesk {
 

@@ -18,18 +18,20 @@ constexpr milliseconds k_drain_step{20};
 
 }  // namespace
 
-TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, BusLink& bus,
-                                 QtOperator& person, std::function<void(const QString&)> show_status)
+TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, Station& station,
+                                 BusLink& bus, QtOperator& person,
+                                 std::function<void(const QString&)> show_status)
     : window_(window),
       Term_(box),
       line_(line),
+      station_(station),
       bus_(bus),
       person_(person),
       show_status_(std::move(show_status)),
       terminal_(line, bus),
       form2_(new Form2(&window)) {
     terminal_.is_visible = [this] { return Term_.isVisible(); };
-    terminal_.may_exchange = [this] { return !person_.letting_events_run(); };
+    station_.add_guest(terminal_);
     terminal_.on_text = [this](std::string_view text) { Term_.ShowData(text); };
     terminal_.on_status = [this](std::string_view text) { show_status_(from_latin1(text)); };
     terminal_.on_error = [this](std::string_view text) { tell_error(text); };
@@ -52,6 +54,7 @@ TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine
 }
 
 TerminalControl::~TerminalControl() {
+    station_.remove_guest(terminal_);
     line_.on_change = nullptr;
     Term_.on_typed = nullptr;
 }
@@ -148,6 +151,8 @@ void TerminalControl::tick() {
 }
 
 void TerminalControl::arm() {
+    if (line_wanted && terminal_.due())
+        line_wanted();
     const auto next = terminal_.next_tick();
     if (next)
         timer_.start(std::chrono::ceil<milliseconds>(*next));

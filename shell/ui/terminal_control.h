@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/qt/qt_operator.h"
+#include "station/station.h"
 #include "terminal/terminal.h"
 #include "terminal/terminal_settings.h"
 #include "terminal/ui/Form2.h"
@@ -23,9 +24,10 @@ class TerminalControl : public QObject {
     // How long closing the main window waits for output to leave.
     static constexpr std::chrono::seconds k_finish_limit{3};
 
-    // Takes the line's callbacks and those of the box until its end.
-    TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, BusLink& bus, QtOperator& person,
-                    std::function<void(const QString&)> show_status);
+    // Takes the line's callbacks and those of the box until its end. A remote station's requests are the
+    // station's guests.
+    TerminalControl(QMainWindow& window, TermBox& box, TerminalLine& line, Station& station, BusLink& bus,
+                    QtOperator& person, std::function<void(const QString&)> show_status);
     ~TerminalControl() override;
 
     // Reads "ampdesk.dat" when it is there. Throws what read_terminal_settings throws.
@@ -50,6 +52,9 @@ class TerminalControl : public QObject {
 
     // Called whenever the state of the terminal may have changed.
     std::function<void()> on_change;
+
+    // A remote station's request waits.
+    std::function<void()> line_wanted;
 
     // False while output has not left: the window is then closed from here, at most k_finish_limit
     // later and with a message when the output could not be sent.
@@ -76,6 +81,7 @@ class TerminalControl : public QObject {
     QMainWindow& window_;
     TermBox& Term_;
     TerminalLine& line_;
+    Station& station_;
     BusLink& bus_;
     QtOperator& person_;
     std::function<void(const QString&)> show_status_;

@@ -5,7 +5,7 @@
 #include <QLabel>
 #include <QStringList>
 
-#include "shell/station.h"
+#include "station/station.h"
 
 namespace ampdesk {
 

@@ -13,9 +13,9 @@
 #include "amplifier/commands.h"
 #include "buslink/wire/binary_frame.h"
 #include "buslink/wire/control_characters.h"
-#include "controlhead/head.h"
 #include "controlhead/keypad.h"
-#include "controlhead/lamps.h"
+#include "controlhead/readings_in.h"
+#include "tests/controlhead/pump.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
@@ -118,16 +118,10 @@ class Bench {
     }
 };
 
-// Both halves of a visit's logic, with nothing in between.
-inline void updateLogic(Head& head) {
-    if (poll_status(head))
-        show_state(head);
-}
-
-// A head without the guard around its handlers, on status screen 1.
+// A head on status screen 1, and its inside.
 class HeadTest : public Bench, public ::testing::Test {
   protected:
-    HeadTest() { head.menu_ptr = 1; }
+    HeadTest() { station.start(); }
 
     // The four lines, joined by bars.
     std::string lines() const {
@@ -139,9 +133,25 @@ class HeadTest : public Bench, public ::testing::Test {
         for (int lamp = 1; lamp <= 8; ++lamp) colours += ".YRG"[static_cast<int>(head.panel.lamp(lamp))];
         return colours;
     }
-    void press(std::initializer_list<std::int16_t> keys) {
+    // Faster than anything goes over the line.
+    void press_at_once(std::initializer_list<std::int16_t> keys) {
         for (const std::int16_t key : keys) cmdKey_Click(head, key);
     }
+    void press(std::initializer_list<std::int16_t> keys) {
+        for (const std::int16_t key : keys) {
+            cmdKey_Click(head, key);
+            station.serve();
+        }
+    }
+    void press_hard(std::int16_t key) {
+        cmdHardkey_Click(head, key);
+        station.serve();
+    }
+    void move_bar(int value) {
+        VScroll1_Change(head, value);
+        station.serve();
+    }
+    void visit(int times = 1) { station.visit(times); }
     void open(std::int16_t screen, std::int16_t key) {
         head.menu_ptr = screen;
         press({key});
@@ -149,7 +159,8 @@ class HeadTest : public Bench, public ::testing::Test {
     // A box that no test asked for is a failure.
     void TearDown() override { EXPECT_EQ(person.take_texts(), Texts{}); }
 
-    Head head{services, {.slot = 1, .unit_address = 7, .number = "1234", .model = ""}};
+    Pump station{services, {.slot = 1, .unit_address = 7, .number = "1234", .model = ""}};
+    Head& head = station.inside();
 };
 
 }  // namespace ampdesk

@@ -106,7 +106,7 @@ TEST_F(HelpPages, TellsWhatIsWrongWithTheFile) {
     open(3, 2);
     expect_left();
     ASSERT_EQ(person.messages.size(), 1U);
-    EXPECT_EQ(person.messages[0].detail, "mhelp.txt");
+    EXPECT_EQ(person.messages[0].detail, "JEX Amplifier 1234: mhelp.txt");
     EXPECT_EQ(person.take_texts(), Texts{"Invalid file format"});
 }
 

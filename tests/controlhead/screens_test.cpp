@@ -19,7 +19,7 @@ TEST_F(HeadTest, BandLabels) {
     const struct {
         const char* model;
         const char* reply;
-        const char* row;  // empty: the band is not known, and the values come with the next refresh
+        const char* row;
     } cases[] = {{"KU", "RDBAND=1", "Fwd Power      0 dBm"},
                  {"C/KU/X", "RDBAND=2.4", "C Fwd Pwr      0 dBm"},
                  {"C/KU", "RDBAND=2", "C Fwd Pwr      0 dBm"},
@@ -30,19 +30,17 @@ TEST_F(HeadTest, BandLabels) {
                  {"C/KU", "RDBAND=-1", ""}};
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.model) + " " + c.reply);
-        Head one(services, {.slot = 1, .unit_address = 7, .number = "1", .model = c.model});
-        one.menu_ptr = 1;
-        one.panel.set_line(1, "another screen");
+        Pump one(services, {.slot = 1, .unit_address = 7, .number = "1", .model = c.model});
+        const Panel& panel = one.head.panel();
         replies["RDBAND"] = c.reply;
-        set_menu(one);
+        one.start();
         const bool known = *c.row != '\0';
-        EXPECT_EQ(one.panel.line(1), known ? c.row : std::string(20, ' '));
-        EXPECT_EQ(one.panel.legend(1), std::string(c.model) == "KU" ? "" : "BAND");
+        EXPECT_EQ(panel.line(1), known ? c.row : "Fwd Power      0 dBm");
+        EXPECT_EQ(panel.legend(1), std::string(c.model) == "KU" ? "" : "BAND");
         EXPECT_EQ(person.take_texts(), known ? Texts{} : Texts{"Read Band Error"});
         take_sent();
-        update_menu(one);
+        one.visit();
         EXPECT_EQ(count_sent("RDBAND"), 0U);
-        EXPECT_EQ(one.panel.line(1).substr(11), "    0 dBm");
     }
 }
 
@@ -61,8 +59,8 @@ TEST_F(HeadTest, BandSteps) {
 // A damaged band number that is taken for band 0 or for the band it reads like, and a label that is left
 // standing when only the reply to the change got lost.
 TEST_F(HeadTest, DamagedBandIsAskedForOnceMore) {
-    Head one(services, {.slot = 1, .unit_address = 7, .number = "1", .model = "C/KU/X"});
-    one.menu_ptr = 1;
+    Pump one(services, {.slot = 1, .unit_address = 7, .number = "1", .model = "C/KU/X"});
+    const Panel& panel = one.head.panel();
     std::string damaged;
     std::string usual_reply = "RDBAND=1";
     port.responder = [&, usual = port.responder](const std::string& frame) {
@@ -70,19 +68,23 @@ TEST_F(HeadTest, DamagedBandIsAskedForOnceMore) {
             replies["RDBAND"] = std::exchange(damaged, usual_reply);
         return usual(frame);
     };
+    one.start();
     for (const char* reply : {"RDBAND=\xB1", "=~RDBAND=1", "RDBAND=", "RDBAND=0", "RDBAND=2"}) {
         damaged = reply;
-        set_menu(one);
-        EXPECT_EQ(one.panel.line(1), "X Fwd Pwr      0 dBm") << reply;
+        one.head.press_key(4);
+        one.hear();
+        EXPECT_EQ(panel.line(1), "X Fwd Pwr      0 dBm") << reply;
     }
     usual_reply = damaged = "RDB?AND=A1N";
-    set_menu(one);
-    EXPECT_EQ(one.panel.line(1), "X Fwd Pwr      0 dBm");
+    one.head.press_key(4);
+    one.hear();
+    EXPECT_EQ(panel.line(1), "X Fwd Pwr      0 dBm");
     usual_reply = "RDBAND=1";
     silent = true;
-    cmdKey_Click(one, 1);
+    one.head.press_key(1);
+    one.serve();
     EXPECT_EQ(take_settings(), Texts{"SBAND 0"});
-    EXPECT_TRUE(one.redraw_request);
+    EXPECT_TRUE(one.inside().redraw_request);
 }
 
 // A move left over from a longer bar, and settings that the display does not offer: a switch whose
@@ -100,16 +102,16 @@ TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
     head.status.has_switch = true;
     head.status.switch_positions = 2;
     head.panel.set_line(4, "ATTN            MORE");
-    cmdKey_Click(head, 2);
+    press({2});
     EXPECT_EQ(count_sent("\x10\x1A"), 0U);
     head.panel.set_line(4, "ATTN       ANT  MORE");
-    cmdKey_Click(head, 2);
+    press({2});
     EXPECT_EQ(count_sent("\x10\x1A"), 1U);
 
     set_status(0, k_power_save, 2);
     open(2, 0);
     set_status(0, 0, 2, 0, 1);
-    updateLogic(head);
+    station.hear();
     take_sent();
     press({0});  // on the power-save page still
     EXPECT_EQ(take_settings(), Texts{});
@@ -118,9 +120,6 @@ TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
 
     press({4, 4});
     head.band.band_count = 1;
-    go_mute(k_alarm_request);
-    press({0});
-    EXPECT_EQ(head.panel.line(4), "ATTN  BAND ANT  MORE");
     head.panel.set_line(4, "ATTN>   0dB     MORE");
     press({1});
     EXPECT_EQ(take_settings(), Texts{});
@@ -128,21 +127,19 @@ TEST_F(HeadTest, OnlyWhatTheDisplayOffersIsDone) {
 
 // A gauge that shows a power nobody measures any more, or stands still beside a sub-menu.
 TEST_F(HeadTest, GaugeFollowsTheForwardPower) {
-    set_analog("1=563");
     set_menu(head);
-    EXPECT_EQ(head.panel.gauge(), 56.3);
-    set_analog("1=-10");
-    EXPECT_THROW(update_menu(head), RunTimeError);
-    EXPECT_EQ(head.panel.gauge(), std::nullopt);
-    set_analog("1=500");
-    set_menu(head);
+    const auto after = [&](const char* analog) {
+        set_analog(analog);
+        station.hear();
+        return head.panel.gauge();
+    };
+    EXPECT_EQ(after("1=563"), 56.3);
+    EXPECT_EQ(after("1=-10"), std::nullopt);
     enter_sub_menu(head, k_information);
-    set_analog("1=480");
-    updateDisplay(head);
-    EXPECT_EQ(head.panel.gauge(), 48);
+    EXPECT_EQ(after("1=480"), 48);
     set_shutdown("12,Arc");
-    updateLogic(head);
-    EXPECT_EQ(head.panel.gauge(), std::nullopt);
+    EXPECT_EQ(after("1=480"), std::nullopt);
+    EXPECT_EQ(after("1=470"), std::nullopt);
 }
 
 // A level that cannot be read shown as the one before it, and a text that is cut elsewhere than before the
@@ -151,11 +148,12 @@ TEST_F(HeadTest, OddRows) {
     reply_to(k_limits_request) = block("4=585");
     open(3, 0);
     reply_to(k_limits_request) = block("5=32768");
+    visit();
     press({3});
     EXPECT_EQ(lines().substr(21, 41), "under forward power:|                    ");
     set_status(0, 0, 2, 1, 1);
     set_alarm("0,A text longer than it");
-    updateLogic(head);
+    station.hear();
     press({4, 4});
     EXPECT_EQ(lines().substr(42), "A text longer thLOAD|ATTN            MORE");
 }
@@ -226,8 +224,8 @@ TEST_F(EventScreen, BarStopsAtTheEndOfTheLog) {
         open(4, 1);
         put_entries(move.count);
         if (move.moved_to > 99)
-            VScroll1_Change(head, 99);  // makes the bar longer
-        VScroll1_Change(head, move.moved_to);
+            move_bar(99);  // makes the bar longer
+        move_bar(move.moved_to);
         expect_from(move.first, move.count, move.maximum);
         press({4});
     }
@@ -242,41 +240,36 @@ TEST_F(EventScreen, FindsTheEndOfALogWithSilenceBehindIt) {
         return dropped ? ScriptedPort::Answer{} : usual(frame);
     };
     const Instant start = clock.now();
-    VScroll1_Change(head, 60);
+    move_bar(60);
     expect_from(9, 10, 9);
     EXPECT_LT(clock.now() - start, std::chrono::seconds(8));
 }
 
-// The late reply to the request for one entry shown as the next one.
-TEST_F(EventScreen, TakesNoEntryForAnother) {
-    put_entries(10);
-    port.responder = [usual = port.responder, late = 1](const std::string& frame) mutable {
-        std::string asked = frame;
-        if (frame[5] == '\1' && late-- > 0)
-            asked[5] = '\0';
-        return usual(asked);
-    };
-    open(4, 1);
-    expect_from(0, 10, 99);
-}
-
 // A silent amplifier taken for an empty log; a page that is not tried again, or tried for ever.
 TEST_F(EventScreen, SilenceIsNotTheEndOfTheLog) {
+    station.hear();
     silent = true;
     open(4, 1);
     EXPECT_EQ(lines().find_first_not_of(" |"), std::string::npos);
+    EXPECT_EQ(head.requests, std::deque<Request>{}) << "before the next tick";
     silent = false;
-    go_mute(k_status_request);
-    updateDisplay(head);  // refused, but nothing says that it is there
-    set_status(0);
     put_entries(10);
-    updateDisplay(head);
+    visit();
+    station.serve();
     expect_from(0, 10, 99);
-    VScroll1_Change(head, 4);
+    move_bar(4);
     take_sent();
-    updateDisplay(head);  // once more after a move of the bar
-    updateDisplay(head);
+    visit(2);  // once more after a move of the bar
     EXPECT_EQ(count_sent("\xA0\x1A\x04"), 1U);
+}
+
+// A key that is lost because the page of the one before it is still being read, and what came for that page.
+TEST_F(EventScreen, KeysAddUp) {
+    put_entries(20);
+    open(4, 1);
+    press_at_once({3, 1, 3});
+    station.serve();
+    expect_from(9, 20, 99);
 }
 
 }  // namespace

@@ -7,9 +7,9 @@
 #include <span>
 #include <sstream>
 
-#include "controlhead/control_head.h"
 #include "demo/faults.h"
 #include "demo/sim_port.h"
+#include "tests/controlhead/pump.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
@@ -40,8 +40,11 @@ class Walk : public testing::Test {
         services.options.shipped_folder = TEST_DATA "/../../data";
         services.options.negative_words =
             (model.signed_words) ? NegativeWords::two_complement : NegativeWords::overflow;
-        head.emplace(services, HeadIdentity{1, static_cast<std::int16_t>(model.address), "1234", model.name});
-        ASSERT_TRUE(head->machine_init(false));
+        station.emplace(services,
+                        HeadIdentity{1, static_cast<std::int16_t>(model.address), "1234", model.name});
+        head = &station->head;
+        station->start();
+        ASSERT_TRUE(head->started());
     }
 
     std::string shown() {
@@ -64,17 +67,17 @@ class Walk : public testing::Test {
         std::string what;
         words >> what;
         if (what == "visit") {
-            clock.advance(std::chrono::milliseconds(500));
-            head->updateLogic();
-            head->updateDisplay();
+            station->visit();
         } else if (what == "key") {
-            for (std::int16_t key = 0; words >> key;) head->press_key(key);
+            for (std::int16_t key = 0; words >> key; station->serve())
+                head->press_key(key, key_name(head->state(), key));
         } else if (what == "hard") {
-            for (std::int16_t key = 0; words >> key;) head->press_hard_key(key);
+            for (std::int16_t key = 0; words >> key; station->serve()) head->press_hard_key(key);
         } else if (what == "box") {
             EXPECT_EQ(person.take_texts(), Texts{action.substr(action.find("box") + 4)});
         } else if (int value = 0; what == "bar" && words >> value) {
-            head->move_scroll_bar(value);
+            head->move_scroll_bar(value, head->panel().scroll());
+            station->serve();
         } else {
             ASSERT_EQ(demo::make_fault(sim, action).text, "ok");
         }
@@ -101,8 +104,9 @@ class Walk : public testing::Test {
     RecordingOperator person;
     BusLink bus{port, clock, person};
     HeadServices services{bus, clock, person, {}};
-    std::optional<ControlHead> head;
-    Texts settings;  // that were sent: words as they are, bytes in hexadecimal
+    std::optional<Pump> station;
+    ControlHead* head = nullptr;  // of the station
+    Texts settings;               // that were sent: words as they are, bytes in hexadecimal
 };
 
 }  // namespace ampdesk

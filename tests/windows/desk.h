@@ -89,8 +89,17 @@ class Desk : public ::testing::Test {
         bus.add({.address = address, .serial = 1000 + address, .noise = 0});
         station.new_amplifier_window(static_cast<std::int16_t>(address), std::to_string(1000 + address),
                                      "C/KU/X", false);
-        QApplication::processEvents();
+        let_start();
         return *form.active_machine();
+    }
+
+    // Until every head shows its first screen.
+    void let_start() {
+        EXPECT_TRUE(comes([this] {
+            const auto heads = station.open_heads();
+            return std::all_of(heads.begin(), heads.end(), [](const auto& head) { return head->started(); });
+        }));
+        QApplication::processEvents();
     }
 
     template <class T = QWidget>

@@ -93,6 +93,7 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
          [&] {
              bus.add({.address = 3, .serial = 1002});
              station.add_amplifier(3, "1002", "KU");
+             let_start();
              station.close_window(3);
          },
          {"Disk full|com1002.dat", "Disk full|set1002.dat"}},

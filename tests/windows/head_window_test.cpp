@@ -100,7 +100,8 @@ TEST_F(HeadWindow, AKeyFromBeforeAShutdownIsNoOk) {
             QTest::mouseClick(child(machine, name), Qt::LeftButton);
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_F4);
     };
-    machine.head()->updateLogic();
+    clock.advance(std::chrono::seconds(1));
+    station.step();
     ASSERT_TRUE(head.shutdown_shown);
     press_all();
     QCoreApplication::sendPostedEvents();  // the display is painted …
@@ -186,6 +187,8 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
 // What assistive technology reads, and that a change of the display is announced once.
 TEST_F(HeadWindow, AccessibilityTable) {
     machine.head()->panel().set_line(4, "SETUP INFO      MORE");
+    machine.head()->panel().set_key_name(0, "SETUP");
+    machine.head()->panel().set_key_name(2, "");
     machine.head()->panel().set_lamp(4, LampColour::yellow);
     machine.head()->panel().set_gauge(52.34);
     QApplication::processEvents();
@@ -233,7 +236,7 @@ TEST_F(HeadWindow, AccessibilityTable) {
         return count;
     };
     EXPECT_EQ(scroll_bars(), 0) << "present only while shown";
-    machine.cmdKey_Click(0);
+    machine.head()->press_key(0);
     QApplication::processEvents();
     EXPECT_EQ(scroll_bars(), 1);
 }

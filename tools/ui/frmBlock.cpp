@@ -15,9 +15,6 @@ namespace ampdesk {
 
 namespace {
 
-using std::chrono::milliseconds;
-
-constexpr milliseconds k_look_again{5};  // while the bus is somebody else's
 constexpr int k_output_lines = 5;
 
 // A button that dies under the operator's finger hands the focus to the one that takes its place, not
@@ -33,14 +30,15 @@ void set_enabled_in_turn(QPushButton& first, bool first_enabled, QPushButton& se
 
 }  // namespace
 
-frmBlock::frmBlock(std::unique_ptr<NvramTransfer> transfer, BusLink& bus, std::function<bool()> must_wait,
-                   QWidget* parent)
-    : QDialog(parent), transfer_(std::move(transfer)), bus_(bus), must_wait_(std::move(must_wait)) {
+frmBlock::frmBlock(std::unique_ptr<NvramTransfer> transfer, QWidget* parent)
+    : QDialog(parent), transfer_(std::move(transfer)) {
     build();
-    timer_.setSingleShot(true);
-    connect(&timer_, &QTimer::timeout, this, &frmBlock::nvram_transfer_run);
     transfer_->on_end = [this] { withdraw_question(); };
-    transfer_->on_panel = [this] { refresh(); };
+    transfer_->on_panel = [this] {
+        refresh();
+        if (transfer_->nvram_abort)  // it has ended itself, and there is nothing to be read
+            QMetaObject::invokeMethod(this, &frmBlock::Form_Unload, Qt::QueuedConnection);
+    };
     refresh();
 }
 
@@ -96,12 +94,12 @@ void frmBlock::refresh() {
     lblOutput_->label().setAccessibleDescription(lblOutputLbl_->text());
     cmdOk_->setText(from_latin1(panel.start_caption));
     set_enabled_in_turn(*cmdOk_, panel.start_enabled, *cmdCancel_, panel.pause_enabled);
-    repaint();  // the exchange that it announces may take a second
 }
 
 void frmBlock::cmdOk_Click() {
     transfer_->start();
-    arm();
+    if (on_start)
+        on_start();
 }
 
 void frmBlock::cmdCancel_Click() {
@@ -112,30 +110,10 @@ void frmBlock::CmdExit_Click() {
     Form_Unload();
 }
 
-void frmBlock::nvram_transfer_run() {
-    if (must_wait_()) {
-        timer_.start(k_look_again);
-        return;
-    }
-    exchange_once(bus_, *transfer_);
-    if (transfer_->nvram_abort)
-        Form_Unload();
-    else
-        arm();
-}
-
-void frmBlock::arm() {
-    const auto due = transfer_->due();
-    if (due)
-        timer_.start(
-            std::chrono::ceil<milliseconds>(std::max<Duration>(*due - bus_.clock().now(), Duration::zero())));
-}
-
 void frmBlock::Form_Unload() {
     if (unloaded_)
         return;
     unloaded_ = true;
-    timer_.stop();
     withdraw_question();
     transfer_->unload();
     hide();

@@ -1,10 +1,8 @@
-// The progress window of an nvRam transfer. It owns the transfer and drives it from the event loop, so
-// that heads are polled and buttons are heard between any two of its exchanges.
+// The progress window of an nvRam transfer, which it owns.
 #pragma once
 
 #include <QDialog>
 #include <QPointer>
-#include <QTimer>
 #include <functional>
 #include <memory>
 
@@ -22,10 +20,8 @@ class frmBlock : public QDialog {
     Q_OBJECT
 
   public:
-    // `must_wait` tells that the transfer has to leave the bus alone just now: somebody lets events
-    // run between his own exchanges. The window deletes itself when it has closed.
-    frmBlock(std::unique_ptr<NvramTransfer> transfer, BusLink& bus, std::function<bool()> must_wait,
-             QWidget* parent);
+    // The window deletes itself when it has closed.
+    frmBlock(std::unique_ptr<NvramTransfer> transfer, QWidget* parent);
     ~frmBlock() override;
 
     void cmdOk_Click();
@@ -35,6 +31,10 @@ class frmBlock : public QDialog {
     // Closes the window without a question; the transfer ends and its file is closed.
     void Form_Unload();
 
+    // The transfer wants the line from now on.
+    std::function<void()> on_start;
+
+    // It does not exist much longer.
     std::function<void()> on_unload;
 
     // Escape.
@@ -48,15 +48,10 @@ class frmBlock : public QDialog {
     void build();
     void ask_to_leave();
     void withdraw_question();
-    void nvram_transfer_run();
-    void arm();
     void refresh();
     void Form_Deactivate();
 
     std::unique_ptr<NvramTransfer> transfer_;
-    BusLink& bus_;
-    std::function<bool()> must_wait_;
-    QTimer timer_;
     bool unloaded_ = false;
     QPointer<QMessageBox> question_;
 

@@ -16,19 +16,15 @@ namespace {
 constexpr int k_output_lines = 14;
 }
 
-frmIntact::frmIntact(Console& console, CommandHistory& history, BusLink& bus,
-                     std::function<std::int16_t()> unit_address, QWidget* parent)
+frmIntact::frmIntact(Console& console, CommandHistory& history, std::function<std::int16_t()> unit_address,
+                     QWidget* parent)
     : QDialog(parent),
       console_(console),
       history_(history),
-      bus_(bus),
       unit_address_(std::move(unit_address)) {
     setAttribute(Qt::WA_DeleteOnClose);
     build();
-    console_.on_sending = [this] {
-        LblOutput_->set_text({});
-        LblOutput_->label().repaint();
-    };
+    console_.on_sending = [this] { LblOutput_->set_text({}); };
     console_.on_result = [this](const Console::Result& result) { show_result(result); };
     Form_Load();
 }
@@ -102,8 +98,8 @@ void frmIntact::cmdOk_Click() {
     const std::string text = TxtInput_->text().toLatin1().toStdString();
     if (!text.empty())
         history_.add(text);
-    if (console_.begin(static_cast<std::int16_t>(address_), text))
-        carry_out(bus_, console_);
+    if (console_.begin(static_cast<std::int16_t>(address_), text) && on_send)
+        on_send();
 }
 
 void frmIntact::show_result(const Console::Result& result) {

@@ -21,12 +21,15 @@ class frmIntact : public QDialog {
   public:
     // `console` and `history` outlive the window, which takes the console's callbacks.
     // `unit_address` gives the current amplifier, asked anew for every command.
-    frmIntact(Console& console, CommandHistory& history, BusLink& bus,
-              std::function<std::int16_t()> unit_address, QWidget* parent);
+    frmIntact(Console& console, CommandHistory& history, std::function<std::int16_t()> unit_address,
+              QWidget* parent);
     ~frmIntact() override;
 
     void cmdOk_Click();
     void CmdExit_Click() { close(); }
+
+    // A command waits to be sent.
+    std::function<void()> on_send;
 
   protected:
     bool event(QEvent* event) override;
@@ -40,7 +43,6 @@ class frmIntact : public QDialog {
 
     Console& console_;
     CommandHistory& history_;
-    BusLink& bus_;
     std::function<std::int16_t()> unit_address_;
     bool no_response_ = false;
     int address_ = -1;  // whom the window shows

@@ -3,15 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <numeric>
 
 #include "buslink/wire/control_characters.h"
 #include "demo/sim_port.h"
-#include "shell/station.h"
+#include "station/station.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
+#include "tests/support/turn.h"
 
 namespace ampdesk {
 
@@ -66,6 +68,15 @@ struct Rig {
             folder.put(names.back(), file(std::to_string(address)));
         }
         station.auto_open_dat_files(names);
+        let_start();
+    }
+    // Until the first screens are there.
+    void let_start() {
+        const auto opening = [this] {
+            const auto heads = station.open_heads();
+            return std::any_of(heads.begin(), heads.end(), [](const auto& head) { return !head->started(); });
+        };
+        for (int i = 0; i < 100 && opening(); ++i) poll(std::chrono::milliseconds(50));
     }
     // Sixteen heads that have been polled for a while; returns their addresses.
     std::vector<int> open_sixteen() {
@@ -83,11 +94,10 @@ struct Rig {
         for (const auto& head : station.open_heads()) slots.push_back(head->identity().slot);
         return slots;
     }
-    // Drives the polling loop for that long.
+    // The station's turns for that long.
     void poll(std::chrono::milliseconds length) {
         const Instant end = clock.now() + length;
-        while (clock.now() < end)
-            clock.advance(std::max<Duration>(station.poll_windows(), std::chrono::milliseconds(1)));
+        while (clock.now() < end) turn(station, sim, clock, [&] { return end; });
     }
     // The longest time between two status requests to that amplifier, in milliseconds.
     long long longest_gap(int address) {

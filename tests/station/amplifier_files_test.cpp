@@ -1,5 +1,5 @@
 // Opening amplifier files, good and bad, with the words of each failure; saving them.
-#include "tests/shell/rig.h"
+#include "tests/station/rig.h"
 
 namespace ampdesk {
 namespace {

@@ -1,23 +1,25 @@
-// The open amplifiers: their table, how they come and go, and the polling loop that keeps every
-// control head alive.
+// The open amplifiers: their table, how they come and go, and the step that keeps every control head alive.
+// It carries one exchange at a time over the line and waits for none.
 #pragma once
 
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "buslink/bus_guest.h"
 #include "buslink/settings_files.h"
 #include "controlhead/control_head.h"
-#include "shell/poll_schedule.h"
-#include "shell/unsaved_files.h"
+#include "station/plan.h"
+#include "station/unsaved_files.h"
 
 namespace ampdesk {
 
 class Station {
   public:
-    explicit Station(HeadServices& services) : services_(services) {}
+    explicit Station(HeadServices& services);
 
     // The lowest free slot, from 1; the table grows by one when none is free. The slot counts as
     // taken from then on.
@@ -41,9 +43,23 @@ class Station {
     // When no head comes of an opening and none is open, the bus port is left as it was before.
     void open_amplifier_file();
 
-    // Does what the polling loop has to do now, at most one visit, and returns how long to wait
-    // before the next call. May be called again from within a visit (a message box is open there).
-    Duration poll_windows();
+    // Does what there is to do now and returns when there is more, at the latest. Whatever comes in on the
+    // line before that, and every act of the operator, is a reason to call it sooner.
+    Instant step();
+
+    // No head is open, nothing is under way and nobody wants the line.
+    bool idle() const { return open_count() == 0 && !services_.bus.under_way() && !guests_due(); }
+
+    // Somebody else who uses the line, until he is taken out again; what is under way for him then is nobody's.
+    void add_guest(BusGuest& guest) { guests_.push_back(&guest); }
+    void remove_guest(const BusGuest& guest);
+
+    // The window in front; 0 for none. What it shows is asked for first.
+    void set_active(int slot) { active_ = slot; }
+
+    // Every read of every open amplifier, and every setting that a head has sent.
+    Signal<Reading> readings;
+    Signal<Setting> settings;
 
     // Frees the slot and keeps the head's screen settings; a failure to keep them is told, and the
     // window closes all the same. Safe at any time, from inside the head's own visit too: the head
@@ -74,6 +90,16 @@ class Station {
     struct Slot {
         bool free = false;
         std::shared_ptr<ControlHead> head{};
+        std::unique_ptr<Amplifier> amplifier{};
+        Instant next_tick{};
+    };
+    // What is on the line. A head that has closed meanwhile gets nothing of it any more.
+    struct Exchange {
+        int slot = 0;
+        std::weak_ptr<ControlHead> head;
+        Try attempt;
+        std::optional<Order> order;
+        BusGuest* guest = nullptr;
     };
     struct Identity {
         std::string number;
@@ -81,10 +107,28 @@ class Station {
     };
     struct OpenTexts;
 
+    int slot_number(const Slot& slot) const { return static_cast<int>(&slot - slots_.data()) + 1; }
     Slot& slot_at(int slot) { return slots_[static_cast<std::size_t>(slot - 1)]; }
-    std::vector<PollSchedule::Head> heads_to_visit() const;
-    std::shared_ptr<ControlHead> open_from(int slot) const;
-    void visit(int slot);
+    bool wants_restore();
+    void give_line_back();
+    void close_failed(int slot);
+    Instant due() const;
+    bool an_order_waits() const;
+    Duration patience() const;
+    void tick(Instant now);
+    Slot* first_order();
+    void cut_for_orders(Instant now);
+    bool drop_stale(const Slot& slot, const Order& order, Instant now);
+    bool begin_next(Instant now);
+    bool begin_order(Instant now);
+    bool begin_read(const Plan::Choice& choice, Instant now);
+    bool begin_guest(Instant now);
+    std::optional<Instant> guests_due() const;
+    void end(const BusReply& reply);
+    void took(Slot& slot, const Try& attempt, const BusReply& reply);
+    void follow_silence(Slot& slot, const Reading& reading);
+    std::vector<Plan::Head> heads_to_ask() const;
+    void tell_waiting();
     void release(int slot, UnsavedFiles& unsaved);
     static std::string failure_of(const std::function<void()>& action);
 
@@ -100,8 +144,16 @@ class Station {
 
     HeadServices& services_;
     std::vector<Slot> slots_;  // slot n at n - 1; grows and never shrinks
-    PollSchedule schedule_;
-    std::string told_failure_;
+    Plan plan_;
+    std::vector<BusGuest*> guests_;  // the one whose turn it is comes first
+    std::optional<LineSettings> line_before_;  // the first head was opened
+    std::optional<Exchange> exchange_;
+    Instant next_choice_{};  // nothing is due before
+    int active_ = 0;
+    int silences_ = 0;              // exchanges in a row that nobody has answered
+    std::set<int> silent_ones_;     // whose they were
+    std::vector<Message> to_tell_;  // of heads that have failed
+    bool telling_ = false;
     unsigned closings_ = 0;  // calls of close_all; an opening under way then ends
 };
 

@@ -1,4 +1,4 @@
-#include "shell/unsaved_files.h"
+#include "station/unsaved_files.h"
 
 #include <exception>
 

@@ -1,6 +1,6 @@
 // The station's dealings with amplifier files: which checks a file passes before its control head
 // opens, in which words a failure is told, and how the files are written.
-#include "shell/station.h"
+#include "station/station.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -97,7 +97,8 @@ void Station::open_file(const std::string& path, const OpenTexts& texts) {
         return services_.person.notify(texts.address_used);
 
     BusLink& bus = services_.bus;
-    const auto before = bus.settings();
+    if (open_count() == 0)
+        line_before_ = bus.settings();
     const unsigned closings = closings_;
     if (open_line(*file, texts)) {
         const auto probed = bus.settings();
@@ -110,10 +111,15 @@ void Station::open_file(const std::string& path, const OpenTexts& texts) {
             new_amplifier_window(static_cast<std::int16_t>(*address), found->number, found->model,
                                  texts.interactive);
     }
+    give_line_back();
+}
+
+// When no head came of it the line goes back to whom it served before.
+void Station::give_line_back() {
+    BusLink& bus = services_.bus;
     if (open_count() > 0)
         return;
-    // No head came of it: the line goes back to whom it served before.
-    if (const std::string lost = bus.give_back(before); !lost.empty())
+    if (const std::string lost = bus.give_back(line_before_); !lost.empty())
         services_.person.notify(lost, bus.open_failure());
 }
 

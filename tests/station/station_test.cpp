@@ -1,7 +1,7 @@
 // The table of open heads and the loop that visits them, on simulated amplifiers.
 #include <set>
 
-#include "tests/shell/rig.h"
+#include "tests/station/rig.h"
 #include "tools/nvram_transfer.h"
 
 namespace ampdesk {
@@ -71,34 +71,23 @@ TEST_F(StationTest, ADeadLineIsToldOnAllHeadsSoon) {
     for (const auto& head : station.open_heads()) EXPECT_FALSE(head->silent()) << head->identity().slot;
 }
 
-// A window that is closed by an event of its own visit is drawn all the same, or takes the visit of
-// the next one with it.
-TEST_F(StationTest, AWindowMayCloseInsideItsVisit) {
-    open({1, 2, 3});
+// A reply that comes for a head which has closed meanwhile is taken by who has its slot now, or holds up the
+// others.
+TEST(Station, AHeadMayCloseWhileItIsAsked) {
+    Rig rig(1ms);
+    rig.open({1, 2, 3});
     std::set<int> closed;
-    station.on_window_closed = [&](ControlHead& head) { closed.insert(head.identity().slot); };
-    bool once = true;
-    person.on_events = [&] {
-        const auto heads = station.open_heads();
-        for (const auto& head : heads)
-            if (std::exchange(once, false)) {
-                station.close_window(head->identity().slot);
-                port.requests.clear();
-            }
-    };
-    station.poll_windows();
-    ASSERT_FALSE(port.requests.empty());  // the next head's display is drawn in its place
-    for (const auto& [address, command] : port.requests) {
-        EXPECT_EQ(address, 2);
-        EXPECT_NE(command, '\x11');
-    }
-    poll(2s);
+    rig.station.on_window_closed = [&](ControlHead& head) { closed.insert(head.identity().slot); };
+    while (!rig.bus.under_way() || rig.port.requests.back().first != 1) rig.poll(1ms);
+    rig.station.close_window(1);
+    rig.open({4});
+    EXPECT_EQ(rig.open_slots(), (std::vector{1, 2, 3}));
+    rig.port.requests.clear();
+    rig.poll(2s);
     EXPECT_EQ(closed, std::set{1});
-    EXPECT_EQ(open_slots(), (std::vector{2, 3}));
-    person.on_events = [&] { station.close_all(); };
-    poll(2s);
-    EXPECT_EQ(station.open_count(), 0);
-    EXPECT_EQ(closed, (std::set{1, 2, 3}));
+    for (const auto& [address, command] : rig.port.requests) EXPECT_NE(address, 1);
+    for (const int address : {2, 3, 4}) EXPECT_LE(rig.longest_gap(address), 550);
+    for (const auto& head : rig.station.open_heads()) EXPECT_FALSE(head->silent());
 }
 
 // While the box of a head's fault is open this head or the others stand still, the box comes twice, or
@@ -146,18 +135,17 @@ TEST(Station, PollsOnBesideATransfer) {
         int transfers = 0;
         std::unique_ptr<NvramTransfer> transfer;
         const Instant end = rig.clock.now() + 20s;
-        for (Instant visit = rig.clock.now(); rig.clock.now() < end;) {
-            rig.clock.advance(1ms);  // a turn of the event loop
-            if (rig.clock.now() >= visit)
-                visit = rig.clock.now() + rig.station.poll_windows();
-            if (transfer && transfer->due()) {
-                exchange_once(rig.bus, *transfer);
+        while (rig.clock.now() < end) {
+            rig.poll(1ms);
+            if (transfer && transfer->due())
                 continue;
-            }
             transfers += transfer ? 1 : 0;
+            if (transfer)
+                rig.station.remove_guest(*transfer);
             transfer = std::make_unique<NvramTransfer>(NvramTransfer::Mode::read, rig.folder / "nv.txt", 2,
                                                        rig.bus, rig.person);
             transfer->start();
+            rig.station.add_guest(*transfer);
         }
         for (const int address : {1, 2, 3}) {
             EXPECT_LT(rig.longest_gap(address), 700);
@@ -166,6 +154,38 @@ TEST(Station, PollsOnBesideATransfer) {
         EXPECT_GE(transfers, 2);
         EXPECT_EQ(rig.person.take_texts(), Rig::Texts{});
     }
+}
+
+// What was pressed while a guest told something is lost: the step that the box held up begins its own
+// exchange over it.
+TEST(Station, AnOrderGivenWhileAGuestTellsGoesOut) {
+    struct Teller : BusGuest {
+        std::function<void()> tell;
+        std::optional<Instant> due() const override { return tell ? std::optional(Instant{}) : std::nullopt; }
+        std::optional<BusCommand> next() override {
+            std::exchange(tell, nullptr)();
+            return std::nullopt;
+        }
+        void ended(const BusReply&) override {}
+    };
+    Rig rig(1ms);
+    rig.open({1, 2});
+    Teller teller;
+    rig.station.add_guest(teller);
+    std::vector<Setting> settings;
+    const Subscription noted =
+        rig.station.settings.subscribe([&](const Setting& setting) { settings.push_back(setting); });
+    teller.tell = [&] {
+        rig.station.open_heads().at(1)->press_hard_key(1);
+        rig.station.step();
+        EXPECT_TRUE(rig.bus.under_way());
+    };
+    rig.clock.advance(1s);  // all of them are due
+    rig.poll(5s);
+    EXPECT_FALSE(teller.tell);
+    ASSERT_EQ(settings.size(), 1U);
+    EXPECT_EQ(settings[0].command, "\x10\x13");
+    rig.station.remove_guest(teller);
 }
 
 }  // namespace

@@ -1,0 +1,156 @@
+// What goes out for a request or a setting, how long it is waited for, and what a reply is taken for. Frames
+// are literal; whether their CRC is right has been seen to before.
+#include "amplifier/amplifier.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/hex_bytes.h"
+#include "tests/support/manual_clock.h"
+
+namespace ampdesk {
+namespace {
+
+using Kind = Request::Kind;
+using std::chrono::milliseconds;
+
+struct AmplifierTest : testing::Test {
+    Reading take(const Request& request, const std::string& bytes, milliseconds took = {}) {
+        return amplifier.take({request, clock.now()}, {.bytes = bytes, .took = took});
+    }
+    Reading fail(const Request& request, BusFailure failure) {
+        return amplifier.take({request, clock.now()}, {.failure = failure});
+    }
+    ManualClock clock;
+    Amplifier amplifier{clock, 7, NegativeWords::overflow};
+};
+
+// A request that asks for something else, or in the other kind of frame.
+TEST_F(AmplifierTest, RequestsOnTheWire) {
+    const std::pair<Request, const char*> cases[] = {
+        {{Kind::status}, "11"},
+        {{Kind::analog}, "12"},
+        {{Kind::limits}, "A0 15 00"},
+        {{Kind::identity}, "A0 16 00"},
+        {{Kind::alarm_state}, "A0 17 00"},
+        {{Kind::shutdown}, "A0 18 00"},
+        {{.kind = Kind::event, .entry = 200}, "A0 1A C8"},
+        {{Kind::band}, "52 44 42 41 4E 44"},
+    };
+    for (const auto& [request, bytes] : cases) {
+        const BusCommand command = amplifier.command_of(request);
+        EXPECT_EQ(command.command, hex_bytes(bytes));
+        EXPECT_EQ(command.address, 7);
+        EXPECT_EQ(command.form == CommandForm::text, request.kind == Kind::band) << bytes;
+    }
+}
+
+// A reply judged good or cut otherwise than byte for byte; a text without its name taken for none; the late
+// reply to the request for another event.
+TEST_F(AmplifierTest, RepliesAreJudged) {
+    using enum Reading::Outcome;
+    const Request event{.kind = Kind::event, .entry = 1};
+    const struct {
+        const char* what;
+        Request request;
+        std::string reply;
+        Reading::Outcome outcome;
+        std::string text{};
+    } cases[] = {
+        {"shortest payload", event, hex_bytes("06 07 05 A0 1A 01 41 42 00 00"), good, "AB"},
+        {"payload of one", event, hex_bytes("06 07 04 A0 1A 01 41 00 00"), unusable},
+        {"none", event, hex_bytes("06 07 03 A0 1A 01 00 00"), unusable},
+        {"cut echo", event, hex_bytes("06 07 02 A0 1A"), unusable},
+        {"another event", event, hex_bytes("06 07 05 A0 1A 02 41 42 00 00"), unusable},
+        {"NAK", event, hex_bytes("15 07 05 A0 1A 01 41 42 00 00"), unusable},
+        {"no answer to read", {Kind::status}, "", unusable},
+        {"name", {Kind::band}, "NAME=  12.5\x03junk\r", good, "12.5"},
+        {"two signs",
+         {Kind::band},
+         "RDBAND=1=2 \x03"
+         "00\r",
+         good,
+         "1=2"},
+        {"no name", {Kind::band}, "\x02 2 \x03\r", good, "2"},
+    };
+    for (const auto& c : cases) {
+        const Reading reading = take(c.request, c.reply);
+        EXPECT_EQ(reading.outcome, c.outcome) << c.what;
+        const std::string* text = reading.get<std::string>();
+        EXPECT_EQ(text == nullptr ? "" : *text, c.text) << c.what;
+    }
+    EXPECT_TRUE(take({Kind::status}, hex_bytes("06 07 03 11 04 00 00 00")).get<Status>()->hv_on);
+    EXPECT_TRUE(take({Kind::identity}, hex_bytes("06 07 05 A0 16 00 2A 4B 00 00")).good())
+        << "answered, though it does not say who it is";
+    EXPECT_EQ(fail({Kind::status}, BusFailure::silence).outcome, silence);
+    EXPECT_EQ(fail({Kind::status}, BusFailure::bad_crc).outcome, bad_crc);
+    EXPECT_EQ(fail({Kind::status}, BusFailure::not_sent).outcome, not_sent);
+}
+
+// A refusal taken for an acceptance, or told in the wrong words.
+TEST_F(AmplifierTest, WhatBecomesOfASetting) {
+    using enum Setting::Outcome;
+    const struct {
+        const char* reply;
+        Setting::Outcome outcome;
+        const char* refusal = "";
+        BusFailure failure = BusFailure::none;
+    } cases[] = {
+        {"06 07 02 10 12 00 00", taken},
+        {"06 07 00 00 00", unanswered},
+        {"", unanswered, "", BusFailure::silence},
+        {"", not_sent, "", BusFailure::not_sent},
+        {"15 07 02 10 12 00 00", refused},
+        {"15 07 03 10 12 01 00 00", refused, "Command Not Found"},
+        {"15 07 03 10 12 03 00 00", refused, "Remote Is Not On"},
+        {"15 07 05 10 12 78 78 04 00 00", refused, "Invalid Data"},
+        {"15 07 03 10 12 1A 00 00", refused, "Setting Failed, code H1A"},
+    };
+    Setting told;
+    const Subscription listening = amplifier.settings.subscribe([&](const Setting& s) { told = s; });
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reply);
+        amplifier.take("\x10\x12", Origin::key, {.failure = c.failure, .bytes = hex_bytes(c.reply)});
+        EXPECT_EQ(told.outcome, c.outcome);
+        EXPECT_EQ(told.refusal, c.refusal);
+    }
+    EXPECT_EQ(amplifier.command_of("\x10\x12").limit, milliseconds(1000));
+}
+
+// A silent amplifier that holds up the others, one that is given up too soon, and a slow one that is never
+// waited for as long as it takes.
+TEST_F(AmplifierTest, HowLongAReadIsWaitedFor) {
+    const struct {
+        int answers_in, limit, before_order;  // milliseconds
+    } cases[] = {{20, 300, 100}, {50, 300, 150}, {150, 450, 300}, {600, 1000, 300}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.answers_in);
+        Amplifier one(clock, 7, NegativeWords::overflow);
+        const auto limit = [&](bool guess = false) {
+            return one.command_of({.kind = Kind::event, .guess = guess}).limit;
+        };
+        const milliseconds shorter(c.limit);
+        const auto answer = [&](Kind kind, milliseconds took) {
+            one.take({{kind}}, {.bytes = hex_bytes("06 07 03 11 04 00 00 00"), .took = took});
+        };
+        answer(Kind::band, milliseconds(900));  // a text takes its own time
+        answer(Kind::status, milliseconds(c.answers_in));
+        answer(Kind::status, milliseconds(1));
+        EXPECT_EQ(one.patience_before_order(), milliseconds(c.before_order));
+        EXPECT_EQ(limit(), milliseconds(1000)) << "it answers";
+        EXPECT_EQ(limit(true), shorter);
+        one.suspect_line(true);
+        EXPECT_EQ(limit(), shorter);
+        one.suspect_line(false);
+        for (int silences = 1; silences <= 24; ++silences) {
+            one.take({{Kind::status}}, {.failure = BusFailure::silence});
+            one.take({{Kind::status}}, {.failure = BusFailure::bad_crc});
+            EXPECT_EQ(limit(), silences % 12 == 0 ? milliseconds(1000) : shorter) << silences;
+            EXPECT_EQ(limit(true), shorter);
+        }
+        answer(Kind::status, milliseconds(1));
+        EXPECT_EQ(limit(), milliseconds(1000)) << "it answers again";
+    }
+}
+
+}  // namespace
+}  // namespace ampdesk

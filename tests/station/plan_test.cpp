@@ -1,0 +1,274 @@
+// The plan driven through simulated minutes. Exchanges cost time, as they do on a line.
+#include "station/plan.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <set>
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+using namespace std::chrono_literals;
+using Kind = Request::Kind;
+using What = Plan::Choice::What;
+
+class PlanTest : public testing::Test {
+  protected:
+    struct Asked {
+        int slot = 0;
+        Try attempt;
+        Instant at;
+    };
+
+    void open(int count) {
+        heads.clear();
+        wishes.clear();
+        wishes.resize(static_cast<std::size_t>(count));
+        for (int slot = 1; slot <= count; ++slot)
+            heads.push_back({.slot = slot,
+                             .active = slot == 1,
+                             .alarm = true,
+                             .requests = &wishes[static_cast<std::size_t>(slot - 1)]});
+        plan = {};
+        asked.clear();
+    }
+    Plan::Head& head(int slot) { return heads[static_cast<std::size_t>(slot - 1)]; }
+    std::deque<Request>& wishes_of(int slot) { return wishes[static_cast<std::size_t>(slot - 1)]; }
+
+    // What an exchange of a kind costs on a line of 9600 baud with 5 ms turn-around.
+    static Duration cost(Kind kind) {
+        return kind == Kind::status ? 24ms : kind == Kind::alarm_state ? 34ms : 51ms;
+    }
+
+    // Follows the plan for that long; fails when it spins.
+    void run(Duration length) {
+        const Instant end = now + length;
+        for (int turns = 0; now < end; ++turns) {
+            ASSERT_LT(turns, 100'000) << "the plan spins";
+            const Plan::Choice choice = plan.next(heads, guest, now);
+            if (choice.what == What::nothing) {
+                ASSERT_GT(choice.until, now);
+                now = std::min(choice.until, end);
+            } else if (choice.what == What::guest) {
+                guests.push_back(now);
+                now += guest_takes;
+                plan.guest_had_line(now);
+            } else {
+                exchange(choice);
+            }
+        }
+    }
+    void exchange(const Plan::Choice& choice) {
+        const Try& attempt = choice.attempt;
+        plan.asked(choice.slot, attempt, now);
+        asked.push_back({choice.slot, attempt, now});
+        const bool silence = mute.contains(choice.slot) || mute_kinds.contains(attempt.request.kind);
+        now += silence ? wait : cost(attempt.request.kind);
+        head(choice.slot).failing = mute.contains(choice.slot);
+        plan.ended(choice.slot, attempt, silence ? Reading::Outcome::silence : Reading::Outcome::good, now);
+        if (!silence || attempt.last)
+            std::erase(wishes_of(choice.slot), attempt.request);
+        if (on_ended)
+            on_ended(choice, silence);
+    }
+
+    // The longest time between two requests of that kind to that head, in milliseconds; the mean of them.
+    std::pair<long long, double> gaps(int slot, Kind kind) const {
+        std::vector<Instant> at;
+        for (const Asked& a : asked)
+            if (a.slot == slot && a.attempt.request.kind == kind)
+                at.push_back(a.at);
+        Duration longest{};
+        for (std::size_t i = 1; i < at.size(); ++i) longest = std::max(longest, at[i] - at[i - 1]);
+        const double mean = at.size() < 2
+                                ? -1
+                                : std::chrono::duration<double, std::milli>(at.back() - at.front()).count() /
+                                      static_cast<double>(at.size() - 1);
+        return {std::chrono::duration_cast<milliseconds>(longest).count(), mean};
+    }
+
+    Plan plan;
+    std::vector<Plan::Head> heads;
+    std::vector<std::deque<Request>> wishes;
+    std::optional<Instant> guest;
+    Duration guest_takes = 60ms;
+    std::vector<Instant> guests;
+    std::vector<Asked> asked;
+    std::set<int> mute;
+    std::set<Kind> mute_kinds;
+    Duration wait = 1s;
+    std::function<void(const Plan::Choice&, bool silence)> on_ended;
+    Instant now = Instant{} + std::chrono::hours(5);
+};
+
+// A cycle that drifts where there is time; on a line without, a status that waits for displays, an active
+// display that waits for the others, or others that starve; what is asked more often than anybody looks.
+TEST_F(PlanTest, StretchesFirstWhatCanWaitLongest) {
+    const struct {
+        int heads;
+        long long status, active, others;  // the longest, in milliseconds
+        bool has_time;
+    } table[] = {{1, 500, 500, 500, true}, {4, 550, 550, 550, true}, {16, 1000, 1000, 3000, false}};
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.heads);
+        open(row.heads);
+        run(10s);
+        asked.clear();
+        run(60s);
+        for (int slot = 1; slot <= row.heads; ++slot) {
+            const auto [longest, mean] = gaps(slot, Kind::status);
+            EXPECT_LE(longest, row.status);
+            EXPECT_NEAR(mean, row.has_time ? 500 : mean, 10);
+            for (const Kind kind : {Kind::analog, Kind::alarm_state})
+                EXPECT_LE(gaps(slot, kind).first, slot == 1 ? row.active : row.others);
+        }
+        EXPECT_EQ(gaps(1, Kind::limits).first, 0) << "nobody shows them";
+    }
+}
+
+// Somebody else on the line who gets nothing, or everything.
+TEST_F(PlanTest, AGuestGetsTwoExchangesASecond) {
+    open(16);
+    guest = now;
+    run(10s);
+    asked.clear();
+    guests.clear();
+    run(30s);
+    EXPECT_GE(guests.size(), 60U);
+    for (int slot = 1; slot <= 16; ++slot) {
+        EXPECT_LE(gaps(slot, Kind::status).first, 1200);
+        EXPECT_LE(gaps(slot, Kind::analog).first, 6000);
+    }
+}
+
+// Somebody who asks amplifiers that are not there gets the whole line, a second at a time.
+TEST_F(PlanTest, AGuestWhoWaitsInVainLetsTheOthersGoFirst) {
+    open(4);
+    guest = now;
+    guest_takes = 1050ms;
+    run(10s);
+    asked.clear();
+    run(30s);
+    for (int slot = 1; slot <= 4; ++slot) {
+        EXPECT_LE(gaps(slot, Kind::status).first, 1600);
+        EXPECT_LE(gaps(slot, Kind::analog).first, slot == 1 ? 1600 : 6500);
+    }
+}
+
+// On a bad line nobody else is served as long as there is somebody who waits for a round.
+TEST_F(PlanTest, AGuestIsServedWhereEveryAmplifierFails) {
+    open(4);
+    for (int slot = 1; slot <= 4; ++slot) mute.insert(slot);
+    guest = now;
+    run(10s);
+    guests.clear();
+    run(30s);
+    EXPECT_GE(guests.size(), 6U);
+}
+
+// A silent amplifier that holds the others up: a second try before they had their turn, or a look that finds
+// them hungry; one that is asked for its temperatures while it does not even tell its status.
+TEST_F(PlanTest, WhoFallsSilentWaitsForTheOthers) {
+    open(16);
+    run(10s);
+    mute = {3};
+    asked.clear();
+    int failed = 0;
+    on_ended = [&](const Plan::Choice& choice, bool silence) {
+        wait = silence ? 300ms : wait;  // it is known by then
+        failed += silence && choice.attempt.last ? 1 : 0;
+        head(3).silent = failed >= 3;
+    };
+    const Instant start = now;
+    while (!head(3).silent) run(50ms);
+    const auto first = std::find_if(asked.begin(), asked.end(), [](const Asked& a) { return a.slot == 3; });
+    EXPECT_LE(now - first->at, 5s);
+    EXPECT_LE(now - start, 6s);
+    const auto others_in_time = [&](long long longest) {
+        for (int slot = 1; slot <= 16; ++slot)
+            EXPECT_LE(gaps(slot, Kind::status).first, slot == 3 ? 10'000 : longest) << slot;
+    };
+    std::set<Kind> kinds;
+    for (auto a = first; a != asked.end(); ++a)
+        if (a->slot == 3 && a->attempt.request != first->attempt.request)
+            kinds.insert(a->attempt.request.kind);
+    EXPECT_LE(kinds.size(), 1U) << "its status and nothing else";
+    others_in_time(2000);
+
+    asked.clear();
+    run(60s);
+    const auto looks = std::count_if(asked.begin(), asked.end(), [](const Asked& a) { return a.slot == 3; });
+    EXPECT_NEAR(static_cast<double>(looks), 12, 1);
+    others_in_time(1300);
+}
+
+// A question that an amplifier has no answer to, asked again and again at the others' cost; its other
+// questions not asked for that.
+TEST_F(PlanTest, AnUnanswerableRequestIsNotRepeatedAtOnce) {
+    open(2);
+    head(1).limits = true;
+    mute_kinds = {Kind::limits};
+    wait = 300ms;
+    run(30s);
+    const auto limits = std::count_if(asked.begin(), asked.end(),
+                                      [](const Asked& a) { return a.attempt.request.kind == Kind::limits; });
+    EXPECT_NEAR(static_cast<double>(limits), 12, 2) << "two tries every five seconds";
+    EXPECT_LE(gaps(1, Kind::status).first, 1000);
+}
+
+// What the operator has just asked for waits in the queue of what is asked anyway; the reason of a shutdown
+// behind it; a request that was given up is tried a second time.
+TEST_F(PlanTest, WhatIsWantedOnceGoesFirst) {
+    open(16);
+    run(10s);
+    wishes_of(5) = {{Kind::event, 4}, {Kind::identity}};
+    wishes_of(9) = {{Kind::shutdown}, {Kind::status}};
+    asked.clear();
+    run(200ms);
+    ASSERT_GE(asked.size(), 4U);
+    EXPECT_EQ(asked[0].attempt.request.kind, Kind::shutdown);
+    std::set<Kind> next;
+    for (std::size_t i = 1; i < 4; ++i) next.insert(asked[i].attempt.request.kind);
+    EXPECT_EQ(next, (std::set<Kind>{Kind::status, Kind::identity, Kind::event}));
+
+    mute_kinds = {Kind::event};
+    wishes_of(5) = {{Kind::event, 7}};
+    on_ended = [&](const Plan::Choice& choice, bool) {
+        if (choice.attempt.request.kind == Kind::event)
+            wishes_of(5).clear();  // the page has been left
+    };
+    asked.clear();
+    run(5s);
+    EXPECT_EQ(std::count_if(asked.begin(), asked.end(),
+                            [](const Asked& a) { return a.attempt.request.kind == Kind::event; }),
+              1);
+}
+
+// A read that was cut for an order counted as asked, or its second try lost.
+TEST_F(PlanTest, ACutReadIsAskedAgain) {
+    open(1);
+    run(2s);
+    for (const bool second : {false, true}) {
+        Plan::Choice choice = plan.next(heads, {}, now);
+        for (; choice.what == What::nothing; choice = plan.next(heads, {}, now)) now = choice.until;
+        plan.asked(1, choice.attempt, now);
+        if (second) {
+            now += 50ms;
+            plan.ended(1, choice.attempt, Reading::Outcome::bad_crc, now);
+            choice = plan.next(heads, {}, now);
+            plan.asked(1, choice.attempt, now);
+        }
+        now += 100ms;
+        plan.cut(1, choice.attempt);
+        const Plan::Choice again = plan.next(heads, {}, now);
+        ASSERT_EQ(again.what, What::read);
+        EXPECT_EQ(again.attempt.last, second);
+        run(2s);
+    }
+}
+
+}  // namespace
+}  // namespace ampdesk
