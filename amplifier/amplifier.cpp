@@ -16,6 +16,9 @@ using std::chrono::milliseconds;
 constexpr std::size_t k_header = 3;  // ACK or NAK, second byte, length
 constexpr std::size_t k_check = 2;   // CRC
 
+// A reply that once took long is as good as forgotten when this many have come since.
+constexpr int k_fading = 64;
+
 std::string bytes_of(const Request& request) {
     using enum Request::Kind;
     switch (request.kind) {
@@ -159,7 +162,7 @@ Reading Amplifier::take(const Try& tried, const BusReply& reply) {
     if (answered) {
         silences_ = 0;
         if (request.kind != Request::Kind::band)  // a text takes its own time
-            longest_reply_ = std::max(longest_reply_, reply.took);
+            longest_reply_ = std::max(reply.took, longest_reply_ - longest_reply_ / k_fading);
     } else if (reading.outcome != Reading::Outcome::bad_crc) {
         ++silences_;
     }

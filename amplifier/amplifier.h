@@ -106,7 +106,7 @@ class Amplifier {
     NegativeWords negative_;
     int silences_ = 0;
     bool line_suspected_ = false;
-    Duration longest_reply_{};
+    Duration longest_reply_{};  // of late
 };
 
 }  // namespace ampdesk

@@ -90,6 +90,7 @@ class Measurement {
   public:
     Measurement(const std::string& folder, int baud, int heads)
         : baud_(baud), heads_(heads), desk_(clock_, folder, heads, Duration(1s) * k_bits_a_byte / baud) {
+        desk_.run(600s, [this] { return !desk_.station.opening_files(); });
         desk_.run(60s);
     }
 

@@ -23,7 +23,6 @@ class Nobody : public Operator {
     void start_beep(std::chrono::milliseconds) override {}
     void set_busy_pointer(bool) override {}
     void show_status(std::string_view) override {}
-    void let_events_run() override {}
 };
 
 }  // namespace ampdesk

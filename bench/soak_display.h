@@ -39,7 +39,7 @@ class DisplayWatch {
     DisplayWatch(Station& station, ControlHead& head, SoakLine& line, const BusLink& bus, const Clock& clock,
                  DisplayCounts& counts)
         : head_(head), line_(line), bus_(bus), clock_(clock), counts_(counts) {
-        readings_ = station.readings.subscribe([this](const Reading& reading) { take(reading); });
+        readings_ = station.readings().subscribe([this](const Reading& reading) { take(reading); });
     }
 
     // The panel has changed: looks at what is new on it.

@@ -45,7 +45,7 @@ class Finger {
   public:
     Finger(Station& station, SoakLine& line, FaultyLine& chance, const Clock& clock)
         : station_(station), line_(line), chance_(chance), clock_(clock) {
-        settings_ = station.settings.subscribe([this](const Setting& setting) { account(setting); });
+        settings_ = station.settings().subscribe([this](const Setting& setting) { account(setting); });
     }
 
     // Looks at a panel, and a little later does one thing to it: a soft key, a hard key, a lamp or the scroll

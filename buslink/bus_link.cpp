@@ -14,7 +14,6 @@ namespace {
 constexpr milliseconds k_write_limit{1000};
 constexpr milliseconds k_quiet{50};  // a line this long without a byte is at rest
 constexpr milliseconds k_settle_limit{300};
-constexpr std::string_view k_probe_command{"\x11", 1};
 
 Duration seconds(float value) {
     return std::chrono::duration_cast<Duration>(std::chrono::duration<float>(value));
@@ -58,6 +57,8 @@ void BusLink::begin(BusCommand command) {
 std::optional<BusReply> BusLink::poll() {
     if (kept_ && stage_ == Stage::none)
         return std::exchange(kept_, std::nullopt);
+    if (stage_ == Stage::none || stage_ == Stage::resting)
+        receive();
     if (stage_ == Stage::settling)
         settle();
     if (stage_ == Stage::waiting) {
@@ -167,8 +168,6 @@ void BusLink::end(BusFailure failure) {
         unsettled_ = false;
         reply_.took = now - sent_at_;
     }
-    if (binary_ && failure != BusFailure::cut)
-        unanswered_ = failure == BusFailure::none ? 0 : unanswered_ + 1;
     due_ = now + (failure == BusFailure::not_sent ? Duration::zero() : command_.rest);
     stage_ = Stage::resting;
 }
@@ -176,9 +175,6 @@ void BusLink::end(BusFailure failure) {
 std::int16_t BusLink::bus_command(std::int16_t address, std::string_view command, std::string& reply,
                                   Duration limit) {
     BusReply result = carry_out({.address = address, .command = std::string(command), .limit = limit});
-    failure_ = result.failure;
-    if (failure_ == BusFailure::none)
-        last_reply_time = result.took;
     reply = std::move(result.bytes);
     return static_cast<std::int16_t>(reply.size());
 }
@@ -240,14 +236,6 @@ void BusLink::close_bus_port() {
     port_.close();
     if (stage_ == Stage::settling || stage_ == Stage::waiting)
         end(stage_ == Stage::settling ? BusFailure::not_sent : BusFailure::silence);
-}
-
-std::int16_t BusLink::probe_link() {
-    operator_.set_busy_pointer(true);
-    std::string reply;
-    const bool answered = bus_command(bus_address, k_probe_command, reply) >= 6;
-    operator_.set_busy_pointer(false);
-    return answered ? 0 : 1;
 }
 
 }  // namespace ampdesk

@@ -79,6 +79,7 @@ class BusLink {
     bool under_way() const { return stage_ != Stage::none || kept_; }
 
     // Takes what has come and does what is due, without waiting. The reply when the exchange has just ended.
+    // What comes of none is thrown away: left on the line, it would wake whoever watches it for ever.
     std::optional<BusReply> poll();
 
     // When poll() has something to do though nothing comes in; any instant while none is under way.
@@ -116,10 +117,6 @@ class BusLink {
     void close_bus_port();
     const std::string& open_failure() const { return open_failure_; }
 
-    // Asks the amplifier at bus_address for its status, with the busy pointer shown. Returns 1 when
-    // it did not answer, 0 when it did.
-    std::int16_t probe_link();
-
     // Non-zero while bus commands may be sent: while the port is open.
     bool bus_link_on() const { return port_.is_open(); }
 
@@ -137,16 +134,6 @@ class BusLink {
     Clock& clock() { return clock_; }
 
     float text_reply_timeout = 0.394F;  // seconds; open_bus_port sets it from the baud rate
-    std::int16_t bus_address = 0;       // whom probe_link speaks to
-
-    // How long the last answered bus_command took, from the sending to the whole reply.
-    Duration last_reply_time{};
-
-    // Of the last bus_command, whoever made it: to be asked before events run again.
-    BusFailure failure() const { return failure_; }
-
-    // How many binary commands in a row got no reply, from whomever.
-    int unanswered_in_a_row() const { return unanswered_; }
 
     // Whether a reply with another second header byte is not taken for that amplifier's.
     bool looks_at_reply_address(int address) const {
@@ -173,9 +160,7 @@ class BusLink {
     ReplyAddresses addresses_;
     LineSettings settings_;
     std::string open_failure_;
-    int spoken_to_ = 0;  // the address of the last frame
-    int unanswered_ = 0;
-    BusFailure failure_ = BusFailure::none;
+    int spoken_to_ = 0;       // the address of the last frame
     bool unsettled_ = false;  // the last exchange failed: a late answer may still come
     // Nobody waited for the answer to a text frame. A binary frame need not wait for it either, no text is
     // taken for its reply; the next text has to.

@@ -1,5 +1,5 @@
-// What the two bus setup dialogs hold and do, apart from their windows: frmSetup finds and identifies
-// a new amplifier, frmSerial changes the settings of the line.
+// What the two bus setup dialogs hold, apart from their windows: frmSetup finds and identifies a new
+// amplifier, frmSerial changes the settings of the line.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,6 @@
 #include <string_view>
 
 #include "buslink/bus_link.h"
-#include "buslink/identity.h"
 #include "buslink/line_settings.h"
 #include "platform/operator.h"
 
@@ -58,59 +57,16 @@ struct SetupResult {
     bool operator==(const SetupResult&) const = default;
 };
 
-// What OK does, in pieces of at most one exchange, so that the polling of open amplifiers goes on
-// between them. Failures are told by it.
+// What OK does. It waits for nothing; failures are told by it.
 class BusSetup {
   public:
     virtual ~BusSetup() = default;
 
-    // Does the next piece; called again with the same fields until there is a result. The call
-    // after a result begins anew.
-    virtual std::optional<SetupResult> step(const BusChoices& choices) = 0;
-};
+    // OK has been pressed; not again before on_result.
+    virtual void begin(const BusChoices& choices) = 0;
 
-// OK of frmSetup: opens the line, looks for the amplifier and asks who it is. One object a dialog.
-class AmplifierSetup : public BusSetup {
-  public:
-    struct Hooks {
-        std::function<bool()> bus_in_use;         // by open amplifier windows: the line is left as it is
-        std::function<bool(int)> address_in_use;  // by an open amplifier window
-        std::function<std::string()> ask_band;    // frmBand; empty when cancelled
-    };
-
-    AmplifierSetup(BusLink& bus, Operator& person, Hooks hooks)
-        : bus_(bus), operator_(person), hooks_(std::move(hooks)) {}
-
-    std::optional<SetupResult> step(const BusChoices& choices) override;
-
-  private:
-    std::optional<SetupResult> begin(const BusChoices& choices);
-    void ask_person();
-    std::optional<SetupResult> result();
-
-    BusLink& bus_;
-    Operator& operator_;
-    Hooks hooks_;
-    std::optional<Identification> asking_;
-};
-
-// OK of frmSerial: opens the line anew, keeps its settings in "rs422.dat" and looks whether the
-// amplifier answers.
-class LineSetup : public BusSetup {
-  public:
-    LineSetup(BusLink& bus, Operator& person, std::string rs422_path)
-        : bus_(bus), operator_(person), rs422_path_(std::move(rs422_path)) {}
-
-    std::optional<SetupResult> step(const BusChoices& choices) override;
-
-    // The RS-422 mode flag: the line was set up here.
-    bool rs422_mode() const { return rs422_mode_; }
-
-  private:
-    BusLink& bus_;
-    Operator& operator_;
-    std::string rs422_path_;
-    bool rs422_mode_ = false;
+    // What it came to; once for each begin(), perhaps within it.
+    std::function<void(const SetupResult&)> on_result;
 };
 
 }  // namespace ampdesk

@@ -46,19 +46,6 @@ std::string model_of(std::string_view reply) {
     return blank == std::string_view::npos ? std::string() : std::string(reply.substr(0, blank));
 }
 
-std::string read_serial_number(BusLink& bus, int address) {
-    std::string reply;
-    const bool answered = bus.text_command(static_cast<std::int16_t>(address), "RDS/N", reply) == 0;
-    return answered ? serial_number_of(reply) : std::string();
-}
-
-std::optional<std::string> read_model(BusLink& bus, int address) {
-    std::string reply;
-    if (bus.text_command(static_cast<std::int16_t>(address), "*IDN?", reply) != 0)
-        return std::nullopt;
-    return model_of(reply);
-}
-
 Identification::Identification(BusLink& bus, int address)
     : bus_(bus), address_(address), line_(bus.settings()) {}
 

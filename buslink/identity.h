@@ -27,12 +27,6 @@ std::string amplifier_number(std::string_view serial_number);
 // trimmed, up to its first blank. A text without a blank there has no model and gives an empty one.
 std::string model_of(std::string_view reply);
 
-// Asks for the serial number at that address. Empty when the amplifier does not say.
-std::string read_serial_number(BusLink& bus, int address);
-
-// Asks for the identity. Nothing when there is no reply; a reply may still hold an empty model.
-std::optional<std::string> read_model(BusLink& bus, int address);
-
 // Finds out who answers at an address: looks for an amplifier, asks for its serial number, then for its
 // model. What the amplifier does not tell, the owner has to ask a person for; this asks nobody.
 class Identification : public BusGuest {

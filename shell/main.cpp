@@ -19,10 +19,10 @@
 #include "platform/serial_port.h"
 #include "shell/command_line.h"
 #include "shell/site_configuration.h"
-#include "station/station.h"
 #include "shell/ui/MDIForm1.h"
 #include "shell/ui/program_icon.h"
 #include "shell/ui/start_up.h"
+#include "station/station.h"
 
 using namespace ampdesk;
 

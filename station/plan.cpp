@@ -13,10 +13,10 @@ using Seconds = std::chrono::duration<double>;
 
 // The longest that a kind is to be left alone, less what an exchange under way takes; with somebody else on
 // the line, too.
-constexpr Seconds k_status{0.9};
+constexpr Seconds k_status{0.86};
 constexpr Seconds k_status_beside_guests{1.0};
-constexpr Seconds k_active{0.9};
-constexpr Seconds k_others{2.9};
+constexpr Seconds k_active{0.86};
+constexpr Seconds k_others{2.85};
 constexpr Seconds k_others_beside_guests{5.2};
 constexpr Seconds k_guest{0.4};       // from one exchange of theirs to the next: two a second …
 constexpr Seconds k_guest_waits{2};   // … and this is the longest that the rounds below keep them waiting
@@ -111,9 +111,9 @@ void Plan::want(const Head& head, Known& known, Instant now) {
             entry.wanted.reset();
         else if (!entry.wanted)
             entry.wanted = now;
-        const bool given_up = wanted == head.requests->end() || entry.second->request != *wanted;
-        if (entry.second && entry.second->request.kind == Kind::event && given_up)
-            entry.second.reset();
+        const bool is_event = entry.second && entry.second->request.kind == Kind::event;
+        if (is_event && (wanted == head.requests->end() || entry.second->request != *wanted))
+            entry.second.reset();  // given up
     }
 }
 
@@ -164,6 +164,10 @@ void Plan::second_tries(const std::vector<Head>& heads, const Head& head, Known&
 }
 
 void Plan::ask(const Head& head, Known& known, Instant now, Best& best) {
+    const bool tried_once = std::any_of(known.entries.begin(), known.entries.end(),
+                                        [](const Entry& entry) { return entry.second.has_value(); });
+    if (head.failing && tried_once)
+        return;  // the others come first
     const bool busy = now - last_idle_ > k_period;
     const auto periodic = [&](Kind kind, Seconds longest, bool first) {
         const Entry& entry = entry_of(known, kind);

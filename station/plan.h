@@ -42,6 +42,9 @@ class Plan {
     // `guest` is when somebody else wants the line, if anybody does.
     Choice next(const std::vector<Head>& heads, std::optional<Instant> guest, Instant now);
 
+    // The head has closed; who comes into its slot is another one.
+    void forget(int slot) { known_.erase(slot); }
+
     // The exchange has begun.
     void asked(int slot, const Try& attempt, Instant now);
 

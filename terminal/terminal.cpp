@@ -124,7 +124,16 @@ std::optional<Instant> Terminal::due() const {
 std::optional<BusCommand> Terminal::next() {
     if (request_waits())
         take_request();
-    return remote_.next();
+    auto command = remote_.next();
+    if (!command && on_turn)
+        on_turn();
+    return command;
+}
+
+void Terminal::ended(const BusReply& reply) {
+    remote_.ended(reply);
+    if (on_turn)
+        on_turn();
 }
 
 void Terminal::take_request() {

@@ -52,7 +52,7 @@ class Terminal : public BusGuest {
     // The requests of a remote station, one after another, for whoever asks the guests of the bus in turn.
     std::optional<Instant> due() const override;
     std::optional<BusCommand> next() override;
-    void ended(const BusReply& reply) override { remote_.ended(reply); }
+    void ended(const BusReply& reply) override;
 
     // To be called when the line was opened, closed, lost or found again.
     void line_changed();
@@ -71,6 +71,7 @@ class Terminal : public BusGuest {
     std::function<void(std::string_view)> on_text;    // for ShowData
     std::function<void(std::string_view)> on_status;  // for the status label
     std::function<void(std::string_view)> on_error;   // for a box; must not open it at once
+    std::function<void()> on_turn;  // a request has gone on, and tick() may be wanted sooner
 
   private:
     void received(std::string_view chunk);

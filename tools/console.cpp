@@ -43,11 +43,11 @@ bool Console::begin(std::int16_t unit_address, const std::string& text) {
     const bool in_hex = console_mode == k_hex_mode;
     const std::optional<std::string> payload = in_hex ? parse_hex_command(text) : text;
     if (!payload) {
-        operator_.notify("Invalid command format, the command has to be in hex byte format");
+        operator_.tell({.text = "Invalid command format, the command has to be in hex byte format"});
         return false;
     }
     if (payload->size() > k_longest_command) {
-        operator_.notify("The command is too long", "A frame holds 255 bytes at most.");
+        operator_.tell({.text = "The command is too long", .detail = "A frame holds 255 bytes at most."});
         return false;
     }
     waiting_.push_back({.unit_address = unit_address, .payload = *payload, .in_hex = in_hex});

@@ -73,7 +73,7 @@ void NvramTransfer::pause() {
 void NvramTransfer::exit() {
     nvram_abort = true;
     if (const std::string cause = close_files(); !cause.empty())
-        operator_.notify(cause, path_);
+        operator_.tell({.text = cause, .detail = path_});
 }
 
 void NvramTransfer::unload() {
@@ -307,14 +307,14 @@ void NvramTransfer::finish(const std::string& status, bool keep_file) {
     panel_.status = cause.empty() ? status : "nvRam Transfer failed";
     tell_panel();
     if (!cause.empty())
-        operator_.notify(cause, path_);
+        operator_.tell({.text = cause, .detail = path_});
 }
 
 // The file failed in the middle: what has been written stays.
 void NvramTransfer::fail(const std::string& cause) {
     writer_.reset();
     finish(nvram_mode == Mode::read ? "nvRam Transfer failed" : "Set nvRam Error, Exit And Set Again");
-    operator_.notify(cause, path_);
+    operator_.tell({.text = cause, .detail = path_});
 }
 
 void NvramTransfer::connection_error() {
@@ -322,9 +322,9 @@ void NvramTransfer::connection_error() {
     nvram_abort = true;
     const std::string cause = close_files();
     tell_panel();
-    operator_.notify("Cmd Receiving Error, Check Connection");
+    operator_.tell({.text = "Cmd Receiving Error, Check Connection"});
     if (!cause.empty())
-        operator_.notify(cause, path_);
+        operator_.tell({.text = cause, .detail = path_});
 }
 
 // Empty, or why what was written may not have reached the disk.

@@ -12,15 +12,12 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStyledItemDelegate>
-#include <QTimer>
 
 #include "platform/qt/labelled_list.h"
 
 namespace ampdesk {
 
 namespace {
-
-constexpr std::chrono::milliseconds k_between_steps{10};
 
 // Shows the device behind the port's name in the open list; the text of the entry stays the name.
 class PortDelegate : public QStyledItemDelegate {
@@ -89,6 +86,7 @@ BusSetupForm::BusSetupForm(const QString& caption, std::string path, const PortM
     connect(ok_button_, &QPushButton::clicked, this, &BusSetupForm::cmdOk_Click);
     connect(cancel_button_, &QPushButton::clicked, this, &BusSetupForm::reject);
 
+    logic_.on_result = [this](const SetupResult& result) { take_result(result); };
     const BusChoices stored = load_bus_choices(path_, operator_);
     port_->setEditText(QString::fromLatin1(stored.port));
     address_->setEditText(QString::fromLatin1(stored.address));
@@ -102,6 +100,7 @@ BusSetupForm::BusSetupForm(const QString& caption, std::string path, const PortM
 // A form that is still shown, as when the program is told to quit, loses the focus only while its
 // base is taken down, and that ends the editing.
 BusSetupForm::~BusSetupForm() {
+    logic_.on_result = nullptr;
     for (const QComboBox* list : {port_, address_}) list->lineEdit()->disconnect(this);
 }
 
@@ -206,18 +205,13 @@ void BusSetupForm::cmdOk_Click() {
         return;
     set_checking(true);
     wait_->show();
-    repaint();
-    step();
+    logic_.begin(choices());
+    if (on_begin)
+        on_begin();
 }
 
-// Between two pieces the event loop has its turn: open amplifiers are polled there.
-void BusSetupForm::step() {
-    const std::optional<SetupResult> result = logic_.step(choices());
-    if (!result) {
-        QTimer::singleShot(k_between_steps, this, &BusSetupForm::step);
-        return;
-    }
-    result_ = *result;
+void BusSetupForm::take_result(const SetupResult& result) {
+    result_ = result;
     set_checking(false);
     if (result_.outcome != SetupResult::Outcome::stay_open)
         accept();

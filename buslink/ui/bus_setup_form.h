@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QDialog>
+#include <functional>
 #include <string>
 
 #include "buslink/bus_setup.h"
@@ -31,6 +32,9 @@ class BusSetupForm : public QDialog {
 
     BusChoices choices() const;
 
+    // OK has begun, and the line is wanted.
+    std::function<void()> on_begin;
+
     void done(int result) override;
     void reject() override;
 
@@ -45,7 +49,7 @@ class BusSetupForm : public QDialog {
     bool check_all();
     void show_device();
     void cmdOk_Click();
-    void step();
+    void take_result(const SetupResult& result);
     void set_checking(bool checking);
 
     const std::string path_;

@@ -3,7 +3,7 @@
 
 namespace ampdesk {
 
-frmSerial::frmSerial(LineSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
+frmSerial::frmSerial(BusSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
                      QWidget* parent)
     : BusSetupForm(QStringLiteral("Serial RS422 Setup"), std::move(rs485_path), ports, person, logic,
                    parent) {

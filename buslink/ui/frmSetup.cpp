@@ -3,7 +3,7 @@
 
 namespace ampdesk {
 
-frmSetup::frmSetup(AmplifierSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
+frmSetup::frmSetup(BusSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
                    QWidget* parent)
     : BusSetupForm(QStringLiteral("Setup Amplifier Communication"), std::move(rs485_path), ports, person,
                    logic, parent) {

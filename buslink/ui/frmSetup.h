@@ -10,7 +10,7 @@ class frmSetup : public BusSetupForm {
 
   public:
     // `logic` and what its hooks use outlive the dialog.
-    frmSetup(AmplifierSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
+    frmSetup(BusSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
              QWidget* parent = nullptr);
 };
 

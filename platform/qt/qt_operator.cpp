@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "platform/qt/text.h"
@@ -64,6 +65,33 @@ Answer answer_of(QMessageBox::StandardButton button) {
     }
 }
 
+QMessageBox* make_box(const Message& message, QWidget* parent) {
+    const ButtonSet set = box_buttons(message.buttons);
+    auto* box =
+        new QMessageBox(box_icon(message.icon), from_utf8(message.title), QString(), set.buttons, parent);
+    box->setTextFormat(Qt::PlainText);
+    box->setText(from_utf8(message.text));
+    box->setAccessibleDescription(from_utf8(message.text));
+    if (!message.detail.empty()) {
+        box->setInformativeText(from_utf8(message.detail));
+        // The box leaves this label to guess the format; a "<" in a cause is no mark-up.
+        if (auto* label = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
+            label->setTextFormat(Qt::PlainText);
+    }
+    box->setEscapeButton(set.closed);
+    return box;
+}
+
+QInputDialog* make_input(std::string_view prompt, QWidget* parent) {
+    auto* dialog = new QInputDialog(parent);
+    dialog->setWindowTitle(QStringLiteral("JEX Remote Control"));
+    dialog->setInputMode(QInputDialog::TextInput);
+    dialog->setLabelText(from_utf8(prompt));
+    if (auto* field = dialog->findChild<QLineEdit*>())
+        field->setAccessibleName(from_utf8(prompt));
+    return dialog;
+}
+
 // Qt leaves the fields of its file dialog without the names that stand beside them.
 void name_fields(const QFileDialog& dialog) {
     for (const auto& [label_name, field_name] : {std::pair{"lookInLabel", "lookInCombo"},
@@ -90,6 +118,9 @@ QStringList name_filters(std::string_view filter) {
 }
 
 QtOperator::QtOperator() : sound([] { QApplication::beep(); }) {
+    show_timer_.setSingleShot(true);
+    show_timer_.setInterval(0);
+    QObject::connect(&show_timer_, &QTimer::timeout, &show_timer_, [this] { show_next(); });
     beep_timer_.setInterval(k_sound_spacing);
     QObject::connect(&beep_timer_, &QTimer::timeout, &beep_timer_, [this] {
         if (std::chrono::steady_clock::now() >= beep_end_)
@@ -104,38 +135,133 @@ QtOperator::~QtOperator() {
         QApplication::restoreOverrideCursor();
 }
 
+void QtOperator::retire() {
+    retired_ = true;
+    waiting_.clear();
+    if (standing_) {
+        standing_->disconnect();
+        standing_->close();
+    }
+}
+
+QWidget* QtOperator::in_front() const {
+    QWidget* modal = QApplication::activeModalWidget();
+    return modal != nullptr ? modal : parent_.data();
+}
+
+void QtOperator::tell(const Message& message) {
+    const auto like_it = [&](const Waiting& w) { return w.number == 0 && w.question.message == message; };
+    const bool told =
+        std::any_of(waiting_.begin(), waiting_.end(), like_it) || (standing_ && like_it(shown_));
+    if (retired_ || told)
+        return;
+    waiting_.push_back({0, {.message = message}});
+    show_soon();
+}
+
+void QtOperator::put_question(int number, const Question& question) {
+    if (retired_)
+        return;
+    waiting_.push_back({number, question});
+    show_soon();
+}
+
+void QtOperator::withdraw(int number) {
+    std::erase_if(waiting_, [&](const Waiting& w) { return w.number == number; });
+    if (!standing_ || shown_.number != number)
+        return;
+    standing_->disconnect();
+    standing_->close();
+    standing_ = nullptr;
+    show_soon();
+}
+
+// From the event loop: whoever tells something is in the middle of his work.
+void QtOperator::show_soon() {
+    if (!show_timer_.isActive())
+        show_timer_.start();
+}
+
+void QtOperator::show_next() {
+    if (standing_ || waiting_.empty() || retired_)
+        return;
+    const Waiting next = std::move(waiting_.front());
+    waiting_.pop_front();
+    switch (next.question.kind) {
+        case Question::Kind::choice:
+            return show_choice(next);
+        case Question::Kind::text:
+            return show_text(next);
+        case Question::Kind::band:
+            return show_band(next);
+    }
+}
+
+void QtOperator::show_choice(const Waiting& waiting) {
+    const Message& message = waiting.question.message;
+    QMessageBox* box = make_box(message, in_front());
+    stand(box, waiting, [box, closed = box_buttons(message.buttons).closed](int) -> Reply {
+        auto* clicked = box->clickedButton();
+        return {answer_of(clicked != nullptr ? box->standardButton(clicked) : closed)};
+    });
+}
+
+void QtOperator::show_text(const Waiting& waiting) {
+    QInputDialog* dialog = make_input(waiting.question.message.text, in_front());
+    stand(dialog, waiting, [dialog](int result) -> Reply {
+        const bool given = result == QDialog::Accepted;
+        return {given ? Answer::ok : Answer::cancel, given ? dialog->textValue().toStdString() : ""};
+    });
+}
+
+void QtOperator::show_band(const Waiting& waiting) {
+    if (!make_band_dialog)
+        return show_soon();
+    const BandDialog band = make_band_dialog(in_front());
+    stand(band.dialog, waiting, [of = band.band](int) -> Reply { return {Answer::ok, of()}; });
+}
+
+void QtOperator::stand(QDialog* dialog, const Waiting& waiting, std::function<Reply(int result)> reply) {
+    standing_ = dialog;
+    shown_ = waiting;
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setModal(true);
+    // It goes unanswered with the window that it stands in front of, and is shown again in front of the next.
+    QObject::connect(dialog, &QObject::destroyed, &show_timer_, [this, waiting] {
+        if (retired_)
+            return;
+        waiting_.push_front(waiting);
+        show_soon();
+    });
+    QObject::connect(dialog, &QDialog::finished, &show_timer_,
+                     [this, number = waiting.number, reply = std::move(reply)](int result) {
+                         const Reply given = reply(result);
+                         standing_->disconnect(&show_timer_);
+                         standing_ = nullptr;
+                         show_soon();
+                         if (number != 0 && on_reply)
+                             on_reply(number, given);
+                     });
+    dialog->show();
+}
+
 Answer QtOperator::ask(const Message& message) {
     const ButtonSet set = box_buttons(message.buttons);
     if (retired_)
         return answer_of(set.closed);
-    QMessageBox box(box_icon(message.icon), from_utf8(message.title), QString(), set.buttons, parent_);
-    box.setTextFormat(Qt::PlainText);
-    box.setText(from_utf8(message.text));
-    box.setAccessibleDescription(from_utf8(message.text));
-    if (!message.detail.empty()) {
-        box.setInformativeText(from_utf8(message.detail));
-        // The box leaves this label to guess the format; a "<" in a cause is no mark-up.
-        if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
-            label->setTextFormat(Qt::PlainText);
-    }
-    box.setEscapeButton(set.closed);
-    box.exec();
-    auto* clicked = box.clickedButton();
-    return answer_of(clicked != nullptr ? box.standardButton(clicked) : set.closed);
+    const std::unique_ptr<QMessageBox> box(make_box(message, parent_));
+    box->exec();
+    auto* clicked = box->clickedButton();
+    return answer_of(clicked != nullptr ? box->standardButton(clicked) : set.closed);
 }
 
 std::optional<std::string> QtOperator::input_box(std::string_view prompt) {
     if (retired_)
         return std::nullopt;
-    QInputDialog dialog(parent_);
-    dialog.setWindowTitle(QStringLiteral("JEX Remote Control"));
-    dialog.setInputMode(QInputDialog::TextInput);
-    dialog.setLabelText(from_utf8(prompt));
-    if (auto* field = dialog.findChild<QLineEdit*>())
-        field->setAccessibleName(from_utf8(prompt));
-    if (dialog.exec() != QDialog::Accepted)
+    const std::unique_ptr<QInputDialog> dialog(make_input(prompt, parent_));
+    if (dialog->exec() != QDialog::Accepted)
         return std::nullopt;
-    return dialog.textValue().toStdString();
+    return dialog->textValue().toStdString();
 }
 
 std::optional<std::string> QtOperator::choose_file(FileChoice choice, std::string_view title,
@@ -188,18 +314,6 @@ void QtOperator::set_busy_pointer(bool busy) {
 void QtOperator::show_status(std::string_view text) {
     if (on_status)
         on_status(from_utf8(text));
-}
-
-void QtOperator::let_events_run() {
-    const bool outer = std::exchange(letting_events_run_, true);
-    const QPointer<QWidget> outer_box = std::exchange(box_before_, QApplication::activeModalWidget());
-    QCoreApplication::processEvents();
-    box_before_ = outer_box;
-    letting_events_run_ = outer;
-}
-
-bool QtOperator::letting_events_run() const {
-    return letting_events_run_ && QApplication::activeModalWidget() == box_before_;
 }
 
 }  // namespace ampdesk

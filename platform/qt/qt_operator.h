@@ -2,9 +2,11 @@
 // pointer. Boxes run their own event loop, so timers go on while one is open.
 #pragma once
 
+#include <QDialog>
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
+#include <deque>
 
 #include "platform/clock.h"
 #include "platform/operator.h"
@@ -21,7 +23,22 @@ class QtOperator : public Operator {
 
     // The program is ending: nothing is shown any more, and every question is answered as if its box
     // had been closed.
-    void retire() { retired_ = true; }
+    void retire();
+
+    // One box or dialog at a time, without a loop of its own; it stands in front of whatever dialog is open.
+    void tell(const Message& message) override;
+    void put_question(int number, const Question& question) override;
+    void withdraw(int number) override;
+
+    // Called from the event loop with the answer to a question.
+    std::function<void(int number, const Reply& reply)> on_reply;
+
+    // The dialog for a band, and what it has come to once it is accepted.
+    struct BandDialog {
+        QDialog* dialog = nullptr;
+        std::function<std::string()> band;
+    };
+    std::function<BandDialog(QWidget* parent)> make_band_dialog;
 
     Answer ask(const Message& message) override;
     std::optional<std::string> input_box(std::string_view prompt) override;
@@ -32,11 +49,6 @@ class QtOperator : public Operator {
     void start_beep(std::chrono::milliseconds length) override;
     void set_busy_pointer(bool busy) override;
     void show_status(std::string_view text) override;
-    void let_events_run() override;
-
-    // let_events_run is on the stack, with no box or dialog opened from inside it.
-    bool letting_events_run() const;
-
     // One short sound; a beep is made of them.
     std::function<void()> sound;
 
@@ -48,13 +60,27 @@ class QtOperator : public Operator {
     std::optional<std::string> choose_file(FileChoice choice, std::string_view title, std::string_view filter,
                                            std::string_view suggestion);
 
+    struct Waiting {
+        int number = 0;  // of a question; 0 for what is told
+        Question question;
+    };
+    QWidget* in_front() const;
+    void show_soon();
+    void show_next();
+    void show_choice(const Waiting& waiting);
+    void show_text(const Waiting& waiting);
+    void show_band(const Waiting& waiting);
+    void stand(QDialog* dialog, const Waiting& waiting, std::function<Reply(int result)> reply);
+
     QPointer<QWidget> parent_;
+    std::deque<Waiting> waiting_;
+    QPointer<QDialog> standing_;
+    Waiting shown_;  // by it
+    QTimer show_timer_;
     QTimer beep_timer_;
     Instant beep_end_{};
     bool retired_ = false;
     int busy_ = 0;
-    bool letting_events_run_ = false;
-    QPointer<QWidget> box_before_;  // the box that was open when let_events_run began
 };
 
 // "Text (*.EXT)|*.ext|All Files (*.*)|*.*" as a file dialog takes it that hides the last parentheses:

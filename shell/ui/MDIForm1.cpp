@@ -18,11 +18,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// A visit that opens a message box does not return for a while; the next call comes all the same.
-constexpr milliseconds k_poll_again{250};
+constexpr milliseconds k_poll_again{250};  // at the latest
 
-// The longest that a reply is waited for before the windows have their turn.
-constexpr milliseconds k_slice{5};
+constexpr std::string_view k_amplifier_files = "Amplifier Files (com*.dat)|com*.dat|All Files (*.*)|*.*";
 
 constexpr QSize k_natural_size(1300, 860);  // room for four control heads
 constexpr int k_terminal_height = 96;
@@ -72,6 +70,11 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
     station_.on_window_created = [this](const std::shared_ptr<ControlHead>& head) { window_created(head); };
     station_.on_window_closed = [this](ControlHead& head) { window_closed(head); };
     person_.on_status = [this](const QString& text) { show_status(text); };
+    person_.on_reply = [this](int number, const Reply& reply) {
+        station_.answer(number, reply);
+        poll();
+    };
+    set_up_.line_wanted = [this] { poll(); };
     bus_.port().on_connection_change = [this](bool connected) {
         const auto used = bus_.settings();
         if (!used)
@@ -89,6 +92,7 @@ MDIForm1::~MDIForm1() {
     station_.on_window_created = nullptr;
     station_.on_window_closed = nullptr;
     person_.on_status = nullptr;
+    person_.on_reply = nullptr;
     bus_.port().on_connection_change = nullptr;
 }
 
@@ -136,18 +140,17 @@ void MDIForm1::build_menu(TerminalLine& line) {
          .caption = "&Amplifier",
          .array = "mnuMachineItem",
          .rows = {{"&New", [this] { set_up_.new_amplifier(); }},
-                  {"&Open", [this] { station_.open_amplifier_file(); }},
+                  {"&Open", [this] { open_file(); }},
                   {"&Close",
                    with_head([this](const auto& head) { station_.close_window(head->identity().slot); }),
                    with_amplifier},
                   {"-"},
                   {"&Save", with_head([this](const auto& head) { station_.save(*head); }), with_amplifier},
-                  {"Save &As", with_head([this](const auto& head) { station_.save_as(*head); }),
-                   with_amplifier},
+                  {"Save &As", with_head([this](const auto& head) { save_as(*head); }), with_amplifier},
                   {"Sa&ve All", [this] { station_.save_all(); }, with_amplifier},
                   {"-"},
                   {"E&xit", [this] { close(); }}},
-         .after = [this] { follow_bus_line(); }});
+         .after = [this] { poll(); }});
     modem_ = std::make_unique<ModemMenu>(*menu_, *this, *terminal_, line, bus_, person_);
     const std::vector<MenuRow> screen = {
         {"&Screen Settings", with_head([this](const auto& head) { set_up_.screen(head); }), with_amplifier},
@@ -168,7 +171,7 @@ void MDIForm1::build_menu(TerminalLine& line) {
                          {"&Setup_422", [this] { set_up_.line(); }},
                          {"&Interactive_422", [this] { tools_.interactive(); }},
                          {.caption = "nv&Ram Transfer", .array = "mnuToolsSram", .rows = nvram}},
-                .after = [this] { follow_bus_line(); }});
+                .after = [this] { poll(); }});
     menu_->add({.name = "mnuWin",
                 .caption = "&Window",
                 .array = "mnuWinItem",
@@ -204,7 +207,8 @@ ServiceTools::Hooks MDIForm1::tool_hooks() {
     return {.unit_address =
                 [this] {
                     const frmMachine* machine = active_machine();
-                    return machine != nullptr ? machine->head()->identity().unit_address : bus_.bus_address;
+                    return machine != nullptr ? machine->head()->identity().unit_address
+                                              : station_.last_address();
                 },
             .rs422_mode = [this] { return set_up_.rs422_mode(); },
             .set_up_line = [this] { set_up_.line(); },
@@ -222,15 +226,36 @@ void MDIForm1::load() {
     TimerFileAutoOpen_.start(0);
 }
 
+// The terminal's port only when the amplifiers are open: where both are set to the same port, they come
+// first.
 void MDIForm1::TimerFileAutoOpen_Timer() {
+    const auto files_are_open = [this] {
+        station_.when_files_are_open(nullptr);
+        terminal_->open_at_start();
+        tell_notices();
+    };
+    if (options_.amplifier_files.empty())
+        return files_are_open();
+    station_.when_files_are_open(files_are_open);
     station_.auto_open_dat_files(options_.amplifier_files);
-    // Only now: where both are set to the same port, the amplifiers come first.
-    terminal_->open_at_start();
-    tell_notices();
+    poll();
+}
+
+void MDIForm1::open_file() {
+    if (const auto path = person_.choose_file_to_open("Open A Amplifier File To Read", k_amplifier_files)) {
+        station_.open_amplifier_file(*path);
+        poll();
+    }
+}
+
+void MDIForm1::save_as(const ControlHead& head) {
+    if (const auto path = person_.choose_file_to_save("Save Amplifier File As", k_amplifier_files,
+                                                      AmplifierFiles::name_of(head.identity().number)))
+        station_.save_as(head, *path);
 }
 
 void MDIForm1::tell_notices() {
-    for (const Message& notice : std::exchange(options_.notices, {})) person_.ask(notice);
+    for (const Message& notice : std::exchange(options_.notices, {})) person_.tell(notice);
 }
 
 frmMachine* MDIForm1::active_machine() const {
@@ -297,23 +322,40 @@ void MDIForm1::follow_active() {
         options_.active_amplifier_changed(address);
 }
 
+// Called whenever something may have come, an act of the operator's or a byte, and when something is due.
 void MDIForm1::poll() {
-    poll_timer_.start(k_poll_again);
     const frmMachine* machine = active_machine();
     station_.set_active(machine != nullptr ? machine->head()->identity().slot : 0);
     const Instant next = station_.step();
     trouble_->follow(station_);
     follow_bus_line();
-    if (station_.idle())
+    watch_line();
+    const bool lost = bus_.port().is_open() && !bus_.port().is_connected();
+    if (station_.idle() && !lost)
         return poll_timer_.stop();
-    Clock& clock = bus_.clock();
-    if (bus_.under_way())
-        bus_.port().wait_readable(std::min<Instant>(next, clock.now() + k_slice));
-    poll_timer_.start(
-        std::max(milliseconds(0),
-                 std::min<milliseconds>(
-                     bus_.under_way() ? milliseconds(0) : std::chrono::ceil<milliseconds>(next - clock.now()),
-                     k_poll_again)));
+    const Instant due = std::min(next, bus_.port().input_due().value_or(next));
+    const auto wait = std::chrono::ceil<milliseconds>(due - bus_.clock().now());
+    poll_timer_.start(std::clamp(wait, milliseconds(0), k_poll_again));
+}
+
+// A lost line has no descriptor; the timer looks for it. The notifier may be on the stack here. It is
+// switched off where the port was closed behind its back, and another one may have been opened under the same
+// number.
+void MDIForm1::watch_line() {
+    const int handle = bus_.port().watch_handle();
+    const bool watching = line_notifier_ != nullptr && line_notifier_->isEnabled();
+    if (handle == watched_handle_ && watching == (handle >= 0))
+        return;
+    watched_handle_ = handle;
+    if (line_notifier_ != nullptr) {
+        line_notifier_->setEnabled(false);
+        line_notifier_->deleteLater();
+        line_notifier_ = nullptr;
+    }
+    if (handle < 0)
+        return;
+    line_notifier_ = new QSocketNotifier(handle, QSocketNotifier::Read, this);
+    connect(line_notifier_, &QSocketNotifier::activated, this, &MDIForm1::poll);
 }
 
 // A lost line that has been given up for another one, or closed, says nothing of that itself.
@@ -328,6 +370,7 @@ void MDIForm1::follow_bus_line() {
 
 void MDIForm1::shut_down() {
     TimerFileAutoOpen_.stop();
+    carry_out_last_keys();
     terminal_->finish();
     modem_->close_log();
     tools_.close();
@@ -335,6 +378,17 @@ void MDIForm1::shut_down() {
     UnsavedFiles unsaved;
     unsaved.attempt("layout.dat", [this] { layout_.save(); });
     station_.close_all(std::move(unsaved));
+}
+
+// HV Off and the close button right after it: what has been pressed is sent.
+void MDIForm1::carry_out_last_keys() {
+    constexpr std::chrono::milliseconds k_limit{1500};
+    const Clock& clock = bus_.clock();
+    for (const Instant limit = clock.now() + k_limit; station_.orders_left() && clock.now() < limit;) {
+        const Instant next = std::min<Instant>(station_.step(), limit);
+        if (!bus_.under_way() || bus_.port().wait_readable(next) == WaitResult::lost)
+            break;
+    }
 }
 
 void MDIForm1::closeEvent(QCloseEvent* event) {

@@ -6,6 +6,7 @@
 #include <QMainWindow>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QSocketNotifier>
 #include <QSplitter>
 #include <QStyle>
 #include <QTimer>
@@ -88,8 +89,12 @@ class MDIForm1 : public QMainWindow {
     void follow_amplifiers();
     void follow_active();
     void poll();
+    void watch_line();
+    void carry_out_last_keys();
     void TimerFileAutoOpen_Timer();
     void tell_notices();
+    void open_file();
+    void save_as(const ControlHead& head);
     void follow_bus_line();
     void show_help(HelpViewer::Page page);
     void show_about();
@@ -116,6 +121,8 @@ class MDIForm1 : public QMainWindow {
     std::optional<int> active_address_;
     QString lost_line_;  // the bus line that the status label calls lost
     QTimer poll_timer_;
+    QSocketNotifier* line_notifier_ = nullptr;
+    int watched_handle_ = -1;
     QTimer TimerFileAutoOpen_;
 };
 

@@ -1,7 +1,5 @@
 #include "shell/ui/set_up.h"
 
-#include <QApplication>
-
 #include "buslink/ui/frmSerial.h"
 #include "buslink/ui/frmSetup.h"
 #include "controlhead/ui/frmBand.h"
@@ -17,7 +15,7 @@ constexpr const char* k_rs422_file = "rs422.dat";
 
 }  // namespace
 
-SetUp::SetUp(QWidget& window, Station& station, BusLink& bus, Operator& person, GaugeRange gauge,
+SetUp::SetUp(QWidget& window, Station& station, BusLink& bus, QtOperator& person, GaugeRange gauge,
              std::vector<std::string> models)
     : window_(window),
       station_(station),
@@ -25,36 +23,40 @@ SetUp::SetUp(QWidget& window, Station& station, BusLink& bus, Operator& person, 
       operator_(person),
       gauge_(gauge),
       models_(std::move(models)),
-      line_setup_(bus, person, k_rs422_file) {
-    station_.ask_band = [this] { return ask_band(); };
+      line_setup_(station, bus, person, k_rs422_file) {
+    operator_.make_band_dialog = [this](QWidget* parent) -> QtOperator::BandDialog {
+        auto* dialog = new frmBand(models_, parent);
+        return {dialog, [dialog] { return dialog->model(); }};
+    };
 }
 
 SetUp::~SetUp() {
-    station_.ask_band = nullptr;
+    operator_.make_band_dialog = nullptr;
 }
 
 void SetUp::new_amplifier() {
-    AmplifierSetup logic(bus_, operator_,
-                         {.bus_in_use = [this] { return station_.open_count() > 0 && bus_.bus_link_on(); },
-                          .address_in_use = [this](int address) { return station_.address_in_use(address); },
-                          .ask_band = [this] { return ask_band(); }});
+    AmplifierSetup logic(station_, bus_, operator_);
     SetupResult found;
     const auto before = bus_.settings();
+    station_.remember_line();
     {
         frmSetup dialog(logic, k_rs485_file, bus_.ports(), operator_, &window_);
+        dialog.on_begin = line_wanted;
         dialog.exec();
         found = dialog.result_of_ok();
     }
     const bool add = found.outcome == SetupResult::Outcome::add;
     if (add)
         station_.add_amplifier(found.unit_address, found.number, found.model);
-    if (station_.open_count() == 0 || (!add && before))
+    else if (station_.open_count() == 0 || before)
         give_back(before);
 }
 
 void SetUp::line() {
     const auto before = bus_.settings();
-    frmSerial(line_setup_, k_rs485_file, bus_.ports(), operator_, &window_).exec();
+    frmSerial dialog(line_setup_, k_rs485_file, bus_.ports(), operator_, &window_);
+    dialog.on_begin = line_wanted;
+    dialog.exec();
     if (!bus_.bus_link_on())
         give_back(before);
 }
@@ -68,13 +70,6 @@ void SetUp::give_back(const std::optional<LineSettings>& before) {
 
 void SetUp::screen(const std::shared_ptr<ControlHead>& head) {
     frmColor(head, gauge_, operator_, &window_).exec();
-}
-
-std::string SetUp::ask_band() {
-    QWidget* in_front = QApplication::activeModalWidget();
-    frmBand dialog(models_, in_front != nullptr ? in_front : &window_);
-    dialog.exec();
-    return dialog.model();
 }
 
 }  // namespace ampdesk

@@ -2,13 +2,15 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "buslink/bus_setup.h"
 #include "controlhead/ui/power_gauge.h"
+#include "platform/qt/qt_operator.h"
+#include "station/setups.h"
 #include "station/station.h"
 
 namespace ampdesk {
@@ -16,8 +18,8 @@ namespace ampdesk {
 class SetUp {
   public:
     // `window` is the main window, in front of which the dialogs stand. `models` are the site's own
-    // designations for frmBand. Answers the station's questions for a band until its end.
-    SetUp(QWidget& window, Station& station, BusLink& bus, Operator& person, GaugeRange gauge,
+    // designations for frmBand, which asks for a band in the operator's name until its end.
+    SetUp(QWidget& window, Station& station, BusLink& bus, QtOperator& person, GaugeRange gauge,
           std::vector<std::string> models);
     ~SetUp();
     SetUp(const SetUp&) = delete;
@@ -34,17 +36,19 @@ class SetUp {
     // Tools > Amplifier Setup > Screen Settings.
     void screen(const std::shared_ptr<ControlHead>& head);
 
+    // A dialog has something for the station to do.
+    std::function<void()> line_wanted;
+
     // The bus line was set up by Setup_422.
     bool rs422_mode() const { return line_setup_.rs422_mode(); }
 
   private:
-    std::string ask_band();
     void give_back(const std::optional<LineSettings>& before);
 
     QWidget& window_;
     Station& station_;
     BusLink& bus_;
-    Operator& operator_;
+    QtOperator& operator_;
     GaugeRange gauge_;
     std::vector<std::string> models_;
     LineSetup line_setup_;

@@ -34,6 +34,7 @@ TerminalControl::TerminalControl(QMainWindow& window, TermBox& box, TerminalLine
     station_.add_guest(terminal_);
     terminal_.on_text = [this](std::string_view text) { Term_.ShowData(text); };
     terminal_.on_status = [this](std::string_view text) { show_status_(from_latin1(text)); };
+    terminal_.on_turn = [this] { arm(); };
     terminal_.on_error = [this](std::string_view text) { tell_error(text); };
     Term_.on_typed = [this](std::string_view text) {
         const bool shown = terminal_.type(text);

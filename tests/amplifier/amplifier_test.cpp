@@ -133,8 +133,8 @@ TEST_F(AmplifierTest, HowLongAReadIsWaitedFor) {
             one.take({{kind}}, {.bytes = hex_bytes("06 07 03 11 04 00 00 00"), .took = took});
         };
         answer(Kind::band, milliseconds(900));  // a text takes its own time
-        answer(Kind::status, milliseconds(c.answers_in));
         answer(Kind::status, milliseconds(1));
+        answer(Kind::status, milliseconds(c.answers_in));
         EXPECT_EQ(one.patience_before_order(), milliseconds(c.before_order));
         EXPECT_EQ(limit(), milliseconds(1000)) << "it answers";
         EXPECT_EQ(limit(true), shorter);
@@ -149,6 +149,8 @@ TEST_F(AmplifierTest, HowLongAReadIsWaitedFor) {
         }
         answer(Kind::status, milliseconds(1));
         EXPECT_EQ(limit(), milliseconds(1000)) << "it answers again";
+        for (int i = 0; i < 300; ++i) answer(Kind::status, milliseconds(20));
+        EXPECT_LT(one.patience_before_order(), milliseconds(110)) << "one slow answer for ever";
     }
 }
 

@@ -49,6 +49,15 @@ class Exchange : public testing::Test {
     std::string reply = "left over";
 };
 
+// Noise beside an exchange that stays on the line, and wakes who watches it again and again.
+TEST_F(Exchange, WhatComesUnaskedIsThrownAway) {
+    port.answer({{milliseconds(0), "noise"}});
+    port.write("x", clock.now());
+    clock.advance(milliseconds(1));
+    EXPECT_FALSE(bus.poll());
+    EXPECT_EQ(port.read_waiting(), "");
+}
+
 // A traffic view that hides the late answer, or takes it for one of the next amplifier spoken to.
 TEST_F(Exchange, TellsAWatcherOfALateAnswer) {
     std::vector<std::string> seen;
@@ -140,15 +149,14 @@ TEST_F(Exchange, TellsWhyThereIsNoReply) {
         {"06 01 04 12 61 62 63 AB BB", silence}, {"", silence}};
     for (const auto& [bytes, failure] : replies) {
         port.answer(hex_bytes(bytes));
-        EXPECT_EQ(status() > 0, failure == none) << bytes;
-        EXPECT_EQ(bus.failure(), failure) << bytes;
+        const BusReply result = bus.carry_out({.address = 1, .command = "\x11"});
+        EXPECT_EQ(result.failure, failure) << bytes;
+        EXPECT_EQ(result.bytes.empty(), failure != none) << bytes;
     }
-    EXPECT_EQ(bus.bus_command(1, std::string(256, 'A'), reply), 0);
-    EXPECT_EQ(bus.failure(), not_sent);
+    EXPECT_EQ(bus.carry_out({.address = 1, .command = std::string(256, 'A')}).failure, not_sent);
     status();
     port.unplugged = true;
-    status();
-    EXPECT_EQ(bus.failure(), not_sent);
+    EXPECT_EQ(bus.carry_out({.address = 1, .command = "\x11"}).failure, not_sent);
 }
 
 // A wait that cannot be cut; the answer of a cut exchange taken for the next one's; a line that is spoken on
@@ -235,16 +243,6 @@ TEST_F(Exchange, OpensThePort) {
     EXPECT_EQ(bus.open_bus_port("COM2:", 9600, 0, 8, 1), 1);
     EXPECT_EQ(bus.open_failure(), "COM2: is in use");
     EXPECT_EQ(bus.settings(), std::nullopt);
-}
-
-// A probe that counts a reply without data as an answer, or leaves the busy pointer behind.
-TEST_F(Exchange, Probes) {
-    bus.bus_address = 1;
-    port.answer(k_reply);
-    EXPECT_EQ(bus.probe_link(), 0);
-    port.answer(hex_bytes("06 01 00 E1 91"));
-    EXPECT_EQ(bus.probe_link(), 1);
-    EXPECT_EQ(person.pointer, (std::vector<bool>{true, false, true, false}));
 }
 
 // A port of another number, or one that is taken for one of the four.

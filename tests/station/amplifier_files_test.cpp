@@ -64,11 +64,11 @@ TEST(OpeningFails, InTheseWords) {
             rig.port.lost_request = row.lost_request;
             rig.port.open_result = row.open_result;
             rig.port.opened.clear();
-            rig.person.choices = {rig.folder / "com9.dat"};
             if (interactive)
-                rig.station.open_amplifier_file();
+                rig.station.open_amplifier_file(rig.folder / "com9.dat");
             else
                 rig.station.auto_open_dat_files({"com9.dat"});
+            rig.let_start();
             const std::string& text = interactive ? row.words.interactive : row.words.automatic;
             const bool missing = text.starts_with("Couldn't");
             ASSERT_EQ(rig.person.messages.size(), text.empty() ? 0U : 1U);
@@ -85,8 +85,17 @@ class AmplifierFiles : public StationTest {
   protected:
     // Amplifier > Open with that file.
     void open_interactively(const std::string& name) {
-        person.choices = {folder / name};
-        station.open_amplifier_file();
+        station.open_amplifier_file(folder / name);
+        let_start();
+    }
+    void open_automatically(const Texts& names) {
+        station.auto_open_dat_files(names);
+        let_start();
+    }
+    void add(std::int16_t address, const std::string& number) {
+        station.add_amplifier(address, number, "KU");
+        poll(std::chrono::milliseconds(1));
+        let_start();
     }
     // What the head in slot 1 is; closes it.
     std::string opened() {
@@ -104,10 +113,6 @@ TEST_F(AmplifierFiles, AskForWhatTheAmplifierDoesNotSay) {
     folder.put("com1.dat", file("1"));
     open_interactively("com1.dat");
     EXPECT_EQ(opened(), "1001 1 KU");
-    EXPECT_EQ(person.prompts, Texts{"Open A Amplifier File To Read"});
-    person.choices = {};
-    station.open_amplifier_file();
-    EXPECT_EQ(opened(), "nothing");
 
     port.lost_request = "RDS/N";
     const struct {
@@ -119,7 +124,7 @@ TEST_F(AmplifierFiles, AskForWhatTheAmplifierDoesNotSay) {
         person.inputs = {row.answer};
         open_interactively("com1.dat");
         EXPECT_EQ(opened(), row.opened);
-        EXPECT_EQ(person.prompts, (Texts{"Open A Amplifier File To Read", "Input amplifier serial number:"}));
+        EXPECT_EQ(person.prompts, Texts{"Input amplifier serial number:"});
     }
 
     // A remote station opens another line while the question stands: who was asked is no longer there.
@@ -131,14 +136,12 @@ TEST_F(AmplifierFiles, AskForWhatTheAmplifierDoesNotSay) {
     person.on_input = nullptr;
 
     port.lost_request = "*IDN?";
-    open_interactively("com1.dat");
-    EXPECT_EQ(opened(), "1001 1 ");
     for (const std::string band : {"KU/K", ""}) {
-        station.ask_band = [&] { return band; };
+        person.bands = {band};
         open_interactively("com1.dat");
         EXPECT_EQ(opened(), band.empty() ? "nothing" : "1001 1 KU/K");
     }
-    station.auto_open_dat_files({"com1.dat"});
+    open_automatically({"com1.dat"});
     EXPECT_EQ(person.take_texts(), Texts{"Failed To Read *IDN For File com1.dat"});
 }
 
@@ -167,12 +170,12 @@ TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
 
     Texts names(100, "missing.dat");
     names.emplace_back("com1001.dat");
-    station.auto_open_dat_files(names);
+    open_automatically(names);
     EXPECT_EQ(person.take_texts().size(), 100U);
     EXPECT_EQ(station.open_count(), 0);
 
     person.on_ask = [&](const Message&) { station.close_all(); };
-    station.auto_open_dat_files({"com1001.dat", "missing.dat", "com1002.dat"});
+    open_automatically({"com1001.dat", "missing.dat", "com1002.dat"});
     EXPECT_EQ(person.take_texts().size(), 1U);
     EXPECT_EQ(station.open_count(), 0);
 }
@@ -195,17 +198,18 @@ TEST_F(AmplifierFiles, GiveTheLineBack) {
 // next time the amplifier is opened, than it has now; an old one that is overwritten unasked.
 TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
     bus.open_bus_port("COM1:", 9600, 0, 8, 1);
-    station.add_amplifier(1, "1001", "KU");
+    add(1, "1001");
     EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1"));  // "rs485.dat" could not be written
     const std::string odd = "RS-485 \nCOM1:\n 6\n 2";
     folder.put("rs485.dat", odd);
-    station.add_amplifier(2, "1002", "KU");
+    add(2, "1002");
     EXPECT_EQ(file_bytes(folder / "com1002.dat"), odd);
     for (const char* stale : {"COM2:", "torn"}) {
         folder.put("rs485.dat", stale == std::string("torn") ? stale : file("4", stale, "3"));
-        station.add_amplifier(4, "1004", "KU");
+        add(4, "1004");
         EXPECT_EQ(file_bytes(folder / "com1004.dat"), file("4"));
-        std::filesystem::remove(folder / "com1004.dat");
+        station.close_all();
+        for (const char* kept : {"com1004.dat", "set1004.dat"}) std::filesystem::remove(folder / kept);
     }
     station.close_all();
     const struct {
@@ -222,7 +226,7 @@ TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
             SCOPED_TRACE(old.held);
             const std::string path = folder.put("com1003.dat", old.held);
             person.answers = {answer};
-            station.add_amplifier(3, "1003", "KU");
+            add(3, "1003");
             EXPECT_EQ(station.open_count(), 1);
             station.close_all();
             std::filesystem::remove(folder / "set1003.dat");
@@ -234,12 +238,25 @@ TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
         }
 }
 
+// Two heads on one address: both openings began before either had come to its end.
+TEST_F(AmplifierFiles, OfAnAddressThatWasTakenMeanwhile) {
+    const std::string path = folder.put("com1003.dat", file("3"));
+    station.open_amplifier_file(path);
+    station.step();
+    station.add_amplifier(3, "1003", "KU");
+    poll(std::chrono::seconds(2));
+    EXPECT_EQ(person.take_texts(), Texts{"The HPA Address Is Used, Please Pick Up Another One."});
+    station.add_amplifier(3, "1003", "KU");
+    EXPECT_EQ(person.take_texts(), Texts{"This Address Is Used, Please Pick Up Another One."});
+    EXPECT_EQ(station.open_count(), 1);
+}
+
 // Save writes what is not in use, as a line that was tried and did not open, or Save As changes the
 // amplifier's own file.
 TEST_F(AmplifierFiles, AreSaved) {
     folder.put("a.dat", file("1", "COM3:", "7"));
     folder.put("b.dat", file("2", "COM3:", "7"));
-    station.auto_open_dat_files({"a.dat", "b.dat"});
+    open_automatically({"a.dat", "b.dat"});
     const auto first = station.open_heads()[0];
     station.save(*first);
     EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1", "COM3:", "7"));
@@ -247,9 +264,7 @@ TEST_F(AmplifierFiles, AreSaved) {
     EXPECT_FALSE(std::filesystem::exists(folder / "com1002.dat"));
     station.save_all();
     EXPECT_EQ(file_bytes(folder / "com1002.dat"), file("2", "COM3:", "7"));
-    person.choices = {std::nullopt, folder / "copy.dat"};
-    station.save_as(*first);
-    station.save_as(*first);
+    station.save_as(*first, folder / "copy.dat");
     EXPECT_EQ(file_bytes(folder / "copy.dat"), file("1", "COM3:", "7"));
 
     port.open_result = {PortError::not_found, "not there"};

@@ -70,13 +70,18 @@ struct Rig {
         station.auto_open_dat_files(names);
         let_start();
     }
-    // Until the first screens are there.
+    // Until the files are open and the first screens there.
     void let_start() {
-        const auto opening = [this] {
+        bool opening = true;
+        station.when_files_are_open([&] { opening = false; });
+        poll(std::chrono::milliseconds(1));
+        const auto starting = [this] {
             const auto heads = station.open_heads();
             return std::any_of(heads.begin(), heads.end(), [](const auto& head) { return !head->started(); });
         };
-        for (int i = 0; i < 100 && opening(); ++i) poll(std::chrono::milliseconds(50));
+        opening = opening && station.opening_files();
+        for (int i = 0; i < 1000 && (opening || starting()); ++i) poll(std::chrono::milliseconds(50));
+        station.when_files_are_open(nullptr);
     }
     // Sixteen heads that have been polled for a while; returns their addresses.
     std::vector<int> open_sixteen() {
@@ -97,7 +102,10 @@ struct Rig {
     // The station's turns for that long.
     void poll(std::chrono::milliseconds length) {
         const Instant end = clock.now() + length;
-        while (clock.now() < end) turn(station, sim, clock, [&] { return end; });
+        while (clock.now() < end) {
+            turn(station, sim, clock, [&] { return end; });
+            for (const auto& [number, reply] : person.take_replies()) station.answer(number, reply);
+        }
     }
     // The longest time between two status requests to that amplifier, in milliseconds.
     long long longest_gap(int address) {

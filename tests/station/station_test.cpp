@@ -174,7 +174,7 @@ TEST(Station, AnOrderGivenWhileAGuestTellsGoesOut) {
     rig.station.add_guest(teller);
     std::vector<Setting> settings;
     const Subscription noted =
-        rig.station.settings.subscribe([&](const Setting& setting) { settings.push_back(setting); });
+        rig.station.settings().subscribe([&](const Setting& setting) { settings.push_back(setting); });
     teller.tell = [&] {
         rig.station.open_heads().at(1)->press_hard_key(1);
         rig.station.step();

@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <functional>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +14,25 @@ namespace ampdesk {
 
 class RecordingOperator : public Operator {
   public:
+    // Prepared as for the boxes, and given when the test takes the replies.
+    void put_question(int number, const Question& question) override {
+        switch (question.kind) {
+            case Question::Kind::choice:
+                replies_[number] = {ask(question.message)};
+                break;
+            case Question::Kind::text:
+                replies_[number] = {Answer::ok, input_box(question.message.text).value_or("")};
+                break;
+            case Question::Kind::band:
+                replies_[number] = {Answer::ok, take_first(bands, {})};
+                break;
+        }
+    }
+    void withdraw(int number) override { replies_.erase(number); }
+
+    // The replies to what was asked since the last call and has not been withdrawn, by number.
+    std::map<int, Reply> take_replies() { return std::exchange(replies_, {}); }
+
     Answer ask(const Message& message) override {
         messages.push_back(message);
         if (on_ask)
@@ -37,10 +57,6 @@ class RecordingOperator : public Operator {
     void start_beep(std::chrono::milliseconds length) override { beeps.push_back(length); }
     void set_busy_pointer(bool busy) override { pointer.push_back(busy); }
     void show_status(std::string_view text) override { status = text; }
-    void let_events_run() override {
-        if (on_events)
-            on_events();
-    }
 
     // The texts of all boxes so far, emptied by the call: a test that shows a box nobody asked for
     // fails by comparing this with {}.
@@ -54,15 +70,17 @@ class RecordingOperator : public Operator {
     std::deque<Answer> answers;                      // else ok, or yes where there is no ok
     std::deque<std::optional<std::string>> inputs;   // else cancelled
     std::deque<std::optional<std::string>> choices;  // of both file dialogs; else cancelled
+    std::deque<std::string> bands;                   // else cancelled
     std::vector<std::string> prompts;                // input boxes and file dialog titles
     std::vector<std::chrono::milliseconds> beeps;
     std::vector<bool> pointer;
     std::string status;                          // the last one
-    std::function<void()> on_events;             // runs inside let_events_run
     std::function<void(const Message&)> on_ask;  // runs while a box is open
     std::function<void()> on_input;              // … or an input box
 
   private:
+    std::map<int, Reply> replies_;
+
     template <class T>
     static T take_first(std::deque<T>& prepared, T otherwise) {
         if (prepared.empty())

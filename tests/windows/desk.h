@@ -19,6 +19,18 @@ namespace ampdesk {
 // The operator behind real windows, whose answers a test may take over.
 class DeskOperator : public QtOperator {
   public:
+    void tell(const Message& message) override {
+        if (on_ask)
+            on_ask(message);
+        else
+            QtOperator::tell(message);
+    }
+    void put_question(int number, const Question& question) override {
+        if (!on_ask || question.kind != Question::Kind::choice)
+            return QtOperator::put_question(number, question);
+        QTimer::singleShot(0, qApp,
+                           [this, number, answer = on_ask(question.message)] { on_reply(number, {answer}); });
+    }
     Answer ask(const Message& message) override {
         return on_ask ? on_ask(message) : QtOperator::ask(message);
     }
@@ -70,6 +82,12 @@ class Desk : public ::testing::Test {
             const auto action = std::move(dialog_action);
             action(*dialog);
         });
+        // Whoever waits for a dialog waits for the station, too.
+        QObject::connect(&dialog_clock, &QTimer::timeout, &form, [this] {
+            if (QApplication::activeModalWidget() != nullptr)
+                clock.advance(std::chrono::milliseconds(5));
+        });
+        dialog_clock.start(1);
         form.show();
         activate();
     }
@@ -93,11 +111,13 @@ class Desk : public ::testing::Test {
         return *form.active_machine();
     }
 
-    // Until every head shows its first screen.
+    // Until the files are open and every head shows its first screen.
     void let_start() {
         EXPECT_TRUE(comes([this] {
+            station.step();
             const auto heads = station.open_heads();
-            return std::all_of(heads.begin(), heads.end(), [](const auto& head) { return head->started(); });
+            return !station.opening_files() &&
+                   std::all_of(heads.begin(), heads.end(), [](const auto& head) { return head->started(); });
         }));
         QApplication::processEvents();
     }
@@ -161,6 +181,7 @@ class Desk : public ::testing::Test {
     std::map<int, int> frames_sent;     // by address
     int sounds = 0;
     std::string told;
+    QTimer dialog_clock;
     QTimer box_watch;
     std::function<void(QMessageBox&)> box_action;
     QTimer dialog_watch;

@@ -86,13 +86,14 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
          "",
          [&] { menu("mnuMachineItem(6)"); },
          {"Disk full|com1001.dat, set1001.dat, com1002.dat, set1002.dat"}},
-        {"Save As", "copy.dat", [&] { station.save_as(head); }, {"Disk full|copy.dat"}},
+        {"Save As", "copy.dat", [&] { station.save_as(head, "copy.dat"); }, {"Disk full|copy.dat"}},
         {"New", "", [&] { menu("mnuMachineItem(0)", "frmSetup", "cmdCancel"); }, {"Disk full|rs485.dat"}},
         {"a new amplifier at another address",
          "",
          [&] {
              bus.add({.address = 3, .serial = 1002});
              station.add_amplifier(3, "1002", "KU");
+             EXPECT_TRUE(comes([&] { return station.open_count() == 3; }));
              let_start();
              station.close_window(3);
          },
@@ -169,6 +170,7 @@ class DamagedFiles : public Files {
 
     std::string open_amplifier() {
         station.auto_open_dat_files({"com1001.dat"});
+        let_start();
         if (station.open_count() == 0)
             return k_none;
         const ScreenSettings look = station.open_heads().front()->panel().look();

@@ -2,6 +2,7 @@
 #include <QMenuBar>
 
 #include "platform/text_file.h"
+#include "tests/support/served_line.h"
 #include "tests/windows/desk.h"
 
 namespace ampdesk {
@@ -181,6 +182,40 @@ TEST_F(MainWindow, ClosingTheLastWindowEndsThePolling) {
     EXPECT_TRUE(comes([&] { return frames_sent[2] > 8; }));
 }
 
+// A line that is not watched, as another one was open under the same descriptor before: every reply is found
+// a quarter of a second late.
+TEST(MainWindowLine, IsWatchedAfterItWasClosed) {
+    const ScratchFolder folder;
+    std::filesystem::current_path(folder.path());
+    const std::unique_ptr<Clock> clock = make_system_clock();
+    demo::SimBus sim(*clock);
+    sim.add({.address = 1, .serial = 1001, .noise = 0});
+    const ServedLine line(sim, folder / "line");
+    const std::unique_ptr<SerialPort> port = make_serial_port(*clock);
+    QtOperator person;
+    BusOptions options;
+    options.ports.set(1, folder / "line");
+    BusLink bus(*port, *clock, person, options);
+    HeadServices services{bus, *clock, person, {}};
+    Station station(services);
+    TerminalLine terminal(nullptr, *clock);
+    MDIForm1 form(station, bus, terminal, person,
+                  {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}});
+    form.show();
+    const auto starts = [&] {
+        ASSERT_EQ(bus.open_bus_port("COM1:", 9600, 0, 8, 1), 0) << bus.open_failure();
+        station.new_amplifier_window(1, "1001", "C/KU/X", false);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return station.open_heads().at(0)->started(); }, 600));
+        station.close_all();
+        QTest::qWait(20);
+        bus.close_bus_port();
+        QTest::qWait(20);
+    };
+    starts();
+    starts();
+    QDir::setCurrent(QDir::rootPath());
+}
+
 // The status label goes on telling of a lost line that has been given up for another.
 TEST_F(MainWindow, ALostLineIsNotToldOfForEver) {
     open(1);
@@ -223,7 +258,7 @@ TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {
                         .notices = {{.text = "notice", .detail = {}}}});
         boxes.clear();
         fresh.load();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return boxes.size() >= 2; }));
+        EXPECT_TRUE(comes([&] { return boxes.size() >= 2; }));
         EXPECT_EQ(boxes, c.boxes);
         EXPECT_EQ(fresh.terminal_port(), c.port);
         station.close_all();

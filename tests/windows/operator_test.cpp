@@ -46,6 +46,26 @@ TEST_F(OperatorWindows, MessageBoxes) {
     EXPECT_EQ(person.ask({}), Answer::ok);
 }
 
+// A question that is never seen, and never answered, as its box has gone with the dialog behind it.
+TEST_F(OperatorWindows, ABoxOutlivesItsDialog) {
+    std::vector<int> answered;
+    person.on_reply = [&](int number, const Reply&) { answered.push_back(number); };
+    const auto box = [] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); };
+    auto dialog = std::make_unique<QDialog>(&form);
+    dialog->open();
+    person.put_question(7, {.message = {.text = "Which?", .buttons = Buttons::yes_no}});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return box() != nullptr; }));
+    EXPECT_EQ(box()->parentWidget(), dialog.get());
+    dialog.reset();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return box() != nullptr; }));
+    EXPECT_EQ(box()->text(), QStringLiteral("Which?"));
+    EXPECT_EQ(answered, std::vector<int>());
+    box()->reject();
+    EXPECT_EQ(answered, std::vector<int>{7});
+    QTest::qWait(20);
+    EXPECT_EQ(box(), nullptr);
+}
+
 TEST_F(OperatorWindows, SoundAndPointer) {
     person.start_beep(std::chrono::milliseconds(10));
     person.start_beep(std::chrono::milliseconds(120));

@@ -89,6 +89,17 @@ TEST_F(TerminalWindow, KeysGoOutAndTextComesIn) {
     EXPECT_TRUE(Term->textCursor().atEnd());
 }
 
+// A line that orders nothing, behind one that does, which is answered only when another one comes.
+TEST_F(TerminalWindow, AWrongLineBehindARequest) {
+    start();
+    receive("\x06\x06>1,A\r\x06\x06>1;B\r");
+    std::string answers;
+    EXPECT_TRUE(comes([&] {
+        answers += far->receive(100, 1);
+        return answers.ends_with("wrong command\r\n");
+    })) << answers;
+}
+
 // The box grows without end, or keeps everything for an undo that nobody can do.
 TEST_F(TerminalWindow, KeepsTheNewestText) {
     start();

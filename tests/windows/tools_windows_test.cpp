@@ -240,9 +240,9 @@ TEST_F(ToolWindows, Console) {
     station.close_window(2);  // amplifier 2 is the current one now
     asked.clear();
     send("A0 17 0");
-    EXPECT_EQ(asked, std::vector<int>{2});
     EXPECT_TRUE(
         comes([&] { return text(*window, "lblReply") == u"Unit address: 2   There is no response"; }));
+    EXPECT_EQ(asked, std::vector<int>{2});
     click(*window, "CmdExit");
     EXPECT_TRUE(gone());
 }

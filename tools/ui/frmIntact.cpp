@@ -18,10 +18,7 @@ constexpr int k_output_lines = 14;
 
 frmIntact::frmIntact(Console& console, CommandHistory& history, std::function<std::int16_t()> unit_address,
                      QWidget* parent)
-    : QDialog(parent),
-      console_(console),
-      history_(history),
-      unit_address_(std::move(unit_address)) {
+    : QDialog(parent), console_(console), history_(history), unit_address_(std::move(unit_address)) {
     setAttribute(Qt::WA_DeleteOnClose);
     build();
     console_.on_sending = [this] { LblOutput_->set_text({}); };
