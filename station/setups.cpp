@@ -37,10 +37,8 @@ void AmplifierSetup::begin(const BusChoices& choices) {
         return end({});
     const std::int16_t address = address_value(choices);
     station_.looks_for(address);
-    if (station_.address_in_use(address)) {
-        operator_.tell({.text = "This Address Is Used, Please Pick Up Another One.", .icon = Icon::none});
+    if (station_.tell_if_address_used(address))
         return end({});
-    }
     if (opening_)
         station_.remove_guest(*opening_);
     opening_ =

@@ -68,10 +68,8 @@ void Station::start(const std::shared_ptr<ControlHead>& head, bool restore) {
 void Station::add_amplifier(std::int16_t unit_address, const std::string& number, const std::string& model) {
     const std::string name = AmplifierFiles::name_of(number);
     const auto open = [=, this] {
-        if (address_in_use(unit_address))  // a file has been opened meanwhile
-            return services_.person.tell(
-                {.text = "This Address Is Used, Please Pick Up Another One.", .icon = Icon::none});
-        new_amplifier_window(unit_address, number, model, true);
+        if (!tell_if_address_used(unit_address))  // a file may have been opened meanwhile
+            new_amplifier_window(unit_address, number, model, true);
     };
     const auto make_and_open = [=, this] {
         UnsavedFiles unsaved;
@@ -217,6 +215,14 @@ bool Station::address_in_use(int unit_address) const {
         if (slot.head && slot.head->identity().unit_address == unit_address)
             return true;
     return false;
+}
+
+bool Station::tell_if_address_used(int unit_address) {
+    const bool used = address_in_use(unit_address);
+    if (used)
+        services_.person.tell(
+            {.text = "This Address Is Used, Please Pick Up Another One.", .icon = Icon::none});
+    return used;
 }
 
 void Station::save(const ControlHead& head) {

@@ -80,7 +80,7 @@ class Station {
     Signal<Setting>& settings() { return line_.settings; }
 
     // Frees the slot and keeps the head's screen settings; a failure to keep them is told, and the
-    // window closes all the same. Safe at any time, from inside the head's own visit too: the head
+    // window closes all the same. Safe at any time, from inside the head's own handler too: the head
     // itself lives until its last handler has returned. The bus port stays open.
     void close_window(int slot);
     // All of them; what could not be kept, and what the caller could not, is told in one message.
@@ -89,6 +89,8 @@ class Station {
     int open_count() const;
     std::vector<std::shared_ptr<ControlHead>> open_heads() const;  // in the order of their slots
     bool address_in_use(int unit_address) const;
+    // Whether it is; the operator is told so then.
+    bool tell_if_address_used(int unit_address);
 
     // Save family. save writes "com" + number + ".dat" with the settings of the line that is open, and the
     // screen settings; save_as writes the amplifier file to that path. Each tells what could not be written,
