@@ -111,8 +111,7 @@ void set_gain(Head& head, std::int16_t key) {
         case k_key_enter:
             head.left_marker = '>';
             head.attenuation.follow_amplifier = true;
-            if (head.analog)
-                place_bar(head);
+            place_bar(head);
             return head.gain_mode ? draw_readout(head) : void();
         case k_key_refresh:
             return draw_readout(head);

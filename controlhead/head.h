@@ -122,8 +122,7 @@ struct Head {
     Head(const Head&) = delete;
     Head& operator=(const Head&) = delete;
 
-    // Tells the operator. A box never opens within a handler: the head would not be visited for as long
-    // as it stands. ControlHead opens it afterwards; alone, a head opens it at once.
+    // Tells the operator. ControlHead keeps it until the handler has returned; alone, a head tells at once.
     void tell(const std::string& text, const std::string& detail = {}) const {
         if (on_tell)
             on_tell(text, detail);

@@ -187,7 +187,7 @@ void VScroll1_Change(Head& head, int value) {
     if (!scroll.visible || value == scroll.value || value < scroll.minimum || value > scroll.maximum)
         return;
     if (in_shutdown(head))
-        return;  // the bar goes with the next visit, and locks with the keys
+        return;  // the bar goes when the display is drawn next, and locks with the keys
     head.key_activity = true;
     scroll.value = value;
     head.panel.set_scroll(scroll);

@@ -97,13 +97,13 @@ void Plan::follow(const std::vector<Head>& heads, Instant now) {
     for (const Head& head : heads) {
         const auto [known, is_new] = known_.try_emplace(head.slot);
         if (is_new)
-            for (Entry& entry : known->second.entries) entry.due = entry.last = now;
+            for (Entry& entry : known->second) entry.due = entry.last = now;
     }
 }
 
 void Plan::want(const Head& head, Known& known, Instant now) {
     for (std::size_t kind = 0; kind < k_kinds; ++kind) {
-        Entry& entry = known.entries[kind];
+        Entry& entry = known[kind];
         const auto wanted = std::find_if(head.requests->begin(), head.requests->end(), [&](const Request& r) {
             return static_cast<std::size_t>(r.kind) == kind;
         });
@@ -124,7 +124,7 @@ std::optional<Instant> Plan::awaited_round(const Head& head, Known& known, Insta
         return from <= now ? std::optional(std::max(from, last_look_)) : std::nullopt;
     }
     std::optional<Instant> since;
-    for (const Entry& entry : known.entries)
+    for (const Entry& entry : known)
         if (entry.second && entry.after_round)
             since = std::max(since.value_or(*entry.after_round), *entry.after_round);
     return since;
@@ -157,15 +157,15 @@ void Plan::look_at(const std::vector<Head>& heads, const Head& head, Known& know
 
 void Plan::second_tries(const std::vector<Head>& heads, const Head& head, Known& known, Instant now,
                         Best& best) {
-    for (const Entry& entry : known.entries)
+    for (const Entry& entry : known)
         if (entry.second && (!entry.after_round || round_is_complete(heads, head.slot, *entry.after_round)))
             propose(head.slot, *entry.second, entry.not_before,
                     k_round + seconds_since(entry.after_round.value_or(entry.last), now), now, best);
 }
 
 void Plan::ask(const Head& head, Known& known, Instant now, Best& best) {
-    const bool tried_once = std::any_of(known.entries.begin(), known.entries.end(),
-                                        [](const Entry& entry) { return entry.second.has_value(); });
+    const bool tried_once =
+        std::any_of(known.begin(), known.end(), [](const Entry& entry) { return entry.second.has_value(); });
     if (head.failing && tried_once)
         return;  // the others come first
     const bool busy = now - last_idle_ > k_period;

@@ -1,6 +1,7 @@
 // What is asked of which amplifier next. Each kind of request has a period that it should have and a longest
-// one; the earliest deadline goes first, so that a line with too little time for all stretches first what can
-// wait longest. Instants in, decisions out: no clock of its own and no line.
+// one; who has used up the most of the longest goes first, so that a line with too little time for all leaves
+// each as late as the others. What an operator or a shutdown waits for goes before. Instants in, decisions
+// out: no clock of its own and no line.
 #pragma once
 
 #include <array>
@@ -67,18 +68,14 @@ class Plan {
         std::optional<Try> second;           // the first try has failed
         std::optional<Instant> after_round;  // … and the second waits until the others were asked since
     };
-    struct Known {
-        std::array<Entry, k_kinds> entries;
-    };
+    using Known = std::array<Entry, k_kinds>;  // of one head, by the kind of request
     // What may be asked, the best so far.
     struct Best {
         Choice choice;
         double urgency = -1;
     };
 
-    static Entry& entry_of(Known& known, Request::Kind kind) {
-        return known.entries[static_cast<std::size_t>(kind)];
-    }
+    static Entry& entry_of(Known& known, Request::Kind kind) { return known[static_cast<std::size_t>(kind)]; }
     void follow(const std::vector<Head>& heads, Instant now);
     void want(const Head& head, Known& known, Instant now);
     double guest_urgency(Instant now) const;
