@@ -14,9 +14,9 @@ namespace ampdesk {
 // T holds values only, no reference or pointer to what a sender goes on using.
 //
 // A reader may be held up for long: by a dialog, a remote desktop that stands still, a disk. So that the
-// box does not grow for as long as that lasts, whatever a program sends by itself goes by put_newest: there
-// is then at most one value a key. put is for what a person does, one thing after the other, and what becomes
-// of it.
+// box does not grow for as long as that lasts, whatever a program sends by itself goes by put_newest or
+// put_joined: there is then at most one value a key. put is for what a person does, one thing after the
+// other, and what becomes of it.
 template <class T, class Key = std::string>
 class Mailbox {
   public:
@@ -38,15 +38,21 @@ class Mailbox {
     // before others that are older: give a key to a state ("the panel of head 3"), not to an event, and never
     // give it on to another thing, or what is said of the new one comes before the end of the old one.
     void put_newest(const Key& key, T value) {
+        put_joined(key, std::move(value), [](T& waiting, T&& newer) { std::swap(waiting, newer); });
+    }
+
+    // Joins the value to the one of the same key that waits, in its place; else as put. For what comes in
+    // pieces, as received text: `join` adds the second to the first, bounds the whole, and is called with the
+    // lock held.
+    template <class Join>
+    void put_joined(const Key& key, T value, Join join) {
         bool first = false;
         {
             const std::lock_guard lock(mutex_);
-            if (const auto waiting = places_.find(key); waiting != places_.end()) {
-                std::swap(values_[waiting->second], value);
-            } else {
-                first = append(std::move(value));
-                places_.emplace(key, values_.size() - 1);
-            }
+            if (const auto waiting = places_.find(key); waiting != places_.end())
+                join(values_[waiting->second], std::move(value));
+            else
+                first = append_as(key, std::move(value));
         }
         tell(first);
     }
@@ -68,6 +74,10 @@ class Mailbox {
     bool append(T&& value) {
         values_.push_back(std::move(value));
         return values_.size() == 1;
+    }
+    bool append_as(const Key& key, T&& value) {
+        places_.emplace(key, values_.size());
+        return append(std::move(value));
     }
     void tell(bool first) const {
         if (first && on_first)

@@ -25,6 +25,18 @@ TEST(Mailbox, NewestTakesThePlaceOfTheOneThatWaits) {
     EXPECT_EQ(box.take_all(), (Texts{"message", "panel 1 newest"}));
 }
 
+// Fault: a piece is joined to one that has been taken, or goes behind what came after the first.
+TEST(Mailbox, JoinsPiecesWhileTheyWait) {
+    Mailbox<std::string> box;
+    const auto join = [](std::string& waiting, std::string&& more) { waiting += more; };
+    box.put_joined("text", "a", join);
+    box.put("message");
+    box.put_joined("text", "b", join);
+    EXPECT_EQ(box.take_all(), (Texts{"ab", "message"}));
+    box.put_joined("text", "c", join);
+    EXPECT_EQ(box.take_all(), Texts{"c"});
+}
+
 // Fault: the reader is not woken for what comes first, is woken for each value, or is called with the lock
 // held, so that it cannot take or answer from there.
 TEST(Mailbox, CallsItsReaderForTheFirstValueOnly) {
