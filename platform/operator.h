@@ -1,9 +1,8 @@
-// The person in front of the program: message boxes, questions, file dialogs, beep, pointer.
-// Texts are UTF-8. The Qt implementation shows windows; the tests' one records and answers.
+// The person in front of the program, for whoever cannot wait for him: messages, questions, beep, pointer.
+// Texts are UTF-8.
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -44,27 +43,12 @@ class Operator {
 
     // Told and not waited for. Shown when what came before it has been seen; left out when one like it waits
     // or stands.
-    virtual void tell(const Message& message) { ask(message); }
+    virtual void tell(const Message& message) = 0;
 
     // Asked and not waited for: the reply brings the number back, to whom it was agreed upon; none comes of a
     // question that has been withdrawn. Shown in turn with what is told.
-    virtual void put_question(int /*number*/, const Question& /*question*/) {}
-    virtual void withdraw(int /*number*/) {}
-
-    // Modal: returns when the operator has answered. Other windows go on living meanwhile. A box
-    // that is closed without a button answers cancel, no where there is no cancel, else ok.
-    virtual Answer ask(const Message& message) = 0;
-
-    // Nothing when the operator cancels.
-    virtual std::optional<std::string> input_box(std::string_view prompt) = 0;
-
-    // Filters in the form "Text (*.ext)|*.ext|All Files (*.*)|*.*". Nothing when cancelled.
-    virtual std::optional<std::string> choose_file_to_open(std::string_view title,
-                                                           std::string_view filter) = 0;
-    // Asks before an existing file is chosen, unless the caller does that in its own words.
-    virtual std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
-                                                           std::string_view suggestion,
-                                                           bool ask_to_replace = true) = 0;
+    virtual void put_question(int number, const Question& question) = 0;
+    virtual void withdraw(int number) = 0;
 
     // Starts the sound and returns; a beep that is sounding is prolonged, not doubled.
     virtual void start_beep(std::chrono::milliseconds length) = 0;
@@ -76,7 +60,7 @@ class Operator {
 
     // The ordinary notice: exclamation icon and OK.
     void notify(std::string_view text, std::string_view detail = {}) {
-        ask({.text = std::string(text), .detail = std::string(detail)});
+        tell({.text = std::string(text), .detail = std::string(detail)});
     }
 };
 

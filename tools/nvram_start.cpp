@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view k_filter = "TXT Files (*.TXT)|*.txt|All Files (*.*)|*.*";
 
-std::optional<std::string> choose_file_to_set(Operator& person) {
+std::optional<std::string> choose_file_to_set(Dialogs& person) {
     for (;;) {
         auto path = person.choose_file_to_open("Open nvSram File To Read", k_filter);
         if (!path || file_exists(*path))
@@ -17,14 +17,14 @@ std::optional<std::string> choose_file_to_set(Operator& person) {
     }
 }
 
-bool may_replace(const std::string& path, Operator& person) {
+bool may_replace(const std::string& path, Dialogs& person) {
     return person.ask({.text = "Replace existing file - " + path + "?",
                        .detail = {},
                        .icon = Icon::question,
                        .buttons = Buttons::yes_no_cancel}) == Answer::yes;
 }
 
-std::optional<std::string> choose_file_to_read_into(Operator& person) {
+std::optional<std::string> choose_file_to_read_into(Dialogs& person) {
     for (;;) {
         auto path = person.choose_file_to_save("Open nvSram File To Save", k_filter, {}, false);
         if (!path || !file_exists(*path) || may_replace(*path, person))
@@ -34,7 +34,7 @@ std::optional<std::string> choose_file_to_read_into(Operator& person) {
 
 }  // namespace
 
-std::optional<std::string> choose_nvram_file(NvramTransfer::Mode mode, Operator& person) {
+std::optional<std::string> choose_nvram_file(NvramTransfer::Mode mode, Dialogs& person) {
     return mode == NvramTransfer::Mode::set ? choose_file_to_set(person) : choose_file_to_read_into(person);
 }
 

@@ -89,7 +89,7 @@ void offer_allowed_sizes(const QFontDialog& dialog) {
 
 }  // namespace
 
-frmColor::frmColor(std::shared_ptr<ControlHead> head, GaugeRange gauge, Operator& person, QWidget* parent)
+frmColor::frmColor(std::shared_ptr<ControlHead> head, GaugeRange gauge, Dialogs& person, QWidget* parent)
     : QDialog(parent), head_(std::move(head)), operator_(person), copy_(head_->panel()) {
     setObjectName(QStringLiteral("frmColor"));
     setWindowTitle(QStringLiteral("Setup Color For Control Head"));

@@ -7,6 +7,7 @@
 
 #include "controlhead/control_head.h"
 #include "controlhead/ui/panel_view.h"
+#include "platform/dialogs.h"
 
 namespace ampdesk {
 
@@ -14,8 +15,7 @@ class frmColor : public QDialog {
     Q_OBJECT
 
   public:
-    frmColor(std::shared_ptr<ControlHead> head, GaugeRange gauge, Operator& person,
-             QWidget* parent = nullptr);
+    frmColor(std::shared_ptr<ControlHead> head, GaugeRange gauge, Dialogs& person, QWidget* parent = nullptr);
 
   private:
     void cmdColor_Click(int index);
@@ -24,7 +24,7 @@ class frmColor : public QDialog {
     void change_look(const ScreenSettings& look);
 
     std::shared_ptr<ControlHead> head_;
-    Operator& operator_;
+    Dialogs& operator_;
     Panel copy_;
     PanelView* view_;
 };

@@ -183,6 +183,8 @@ void QtOperator::show_soon() {
 }
 
 void QtOperator::show_next() {
+    if (quiet() && on_quiet)
+        on_quiet();
     if (standing_ || waiting_.empty() || retired_)
         return;
     const Waiting next = std::move(waiting_.front());
@@ -253,15 +255,6 @@ Answer QtOperator::ask(const Message& message) {
     box->exec();
     auto* clicked = box->clickedButton();
     return answer_of(clicked != nullptr ? box->standardButton(clicked) : set.closed);
-}
-
-std::optional<std::string> QtOperator::input_box(std::string_view prompt) {
-    if (retired_)
-        return std::nullopt;
-    const std::unique_ptr<QInputDialog> dialog(make_input(prompt, parent_));
-    if (dialog->exec() != QDialog::Accepted)
-        return std::nullopt;
-    return dialog->textValue().toStdString();
 }
 
 std::optional<std::string> QtOperator::choose_file(FileChoice choice, std::string_view title,

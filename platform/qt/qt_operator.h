@@ -1,4 +1,4 @@
-// The operator as Qt shows him to the program: message boxes, input box, file dialogs, sound and
+// The operator as Qt shows him to the program: message boxes, file dialogs, sound and
 // pointer. Boxes run their own event loop, so timers go on while one is open.
 #pragma once
 
@@ -9,11 +9,11 @@
 #include <deque>
 
 #include "platform/clock.h"
-#include "platform/operator.h"
+#include "platform/dialogs.h"
 
 namespace ampdesk {
 
-class QtOperator : public Operator {
+class QtOperator : public Dialogs {
   public:
     QtOperator();
     ~QtOperator() override;
@@ -30,6 +30,10 @@ class QtOperator : public Operator {
     void put_question(int number, const Question& question) override;
     void withdraw(int number) override;
 
+    // Nothing of it stands or waits to be shown; on_quiet is called from the event loop when that becomes so.
+    bool quiet() const { return !standing_ && waiting_.empty(); }
+    std::function<void()> on_quiet;
+
     // Called from the event loop with the answer to a question.
     std::function<void(int number, const Reply& reply)> on_reply;
 
@@ -41,7 +45,6 @@ class QtOperator : public Operator {
     std::function<BandDialog(QWidget* parent)> make_band_dialog;
 
     Answer ask(const Message& message) override;
-    std::optional<std::string> input_box(std::string_view prompt) override;
     std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view filter) override;
     std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
                                                    std::string_view suggestion,

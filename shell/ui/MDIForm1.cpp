@@ -74,6 +74,10 @@ MDIForm1::MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperato
         station_.answer(number, reply);
         poll();
     };
+    person_.on_quiet = [this] {
+        if (closing_)
+            close();
+    };
     set_up_.line_wanted = [this] { poll(); };
     bus_.port().on_connection_change = [this](bool connected) {
         const auto used = bus_.settings();
@@ -93,6 +97,7 @@ MDIForm1::~MDIForm1() {
     station_.on_window_closed = nullptr;
     person_.on_status = nullptr;
     person_.on_reply = nullptr;
+    person_.on_quiet = nullptr;
     bus_.port().on_connection_change = nullptr;
 }
 
@@ -397,7 +402,8 @@ void MDIForm1::closeEvent(QCloseEvent* event) {
         return;
     }
     shut_down();
-    event->accept();
+    closing_ = !person_.quiet();  // what could not be kept is seen first
+    event->setAccepted(!closing_);
 }
 
 void MDIForm1::show_status(const QString& text) {

@@ -119,7 +119,8 @@ class MDIForm1 : public QMainWindow {
     HeadKeys* keys_ = nullptr;
     std::vector<frmMachine*> machines_;  // in the order in which they were opened
     std::optional<int> active_address_;
-    QString lost_line_;  // the bus line that the status label calls lost
+    QString lost_line_;     // the bus line that the status label calls lost
+    bool closing_ = false;  // when the last box has been seen
     QTimer poll_timer_;
     QSocketNotifier* line_notifier_ = nullptr;
     int watched_handle_ = -1;

@@ -6,7 +6,7 @@
 
 namespace ampdesk {
 
-TransferMenu::TransferMenu(QMainWindow& window, TerminalLine& line, BusLink& bus, Operator& person,
+TransferMenu::TransferMenu(QMainWindow& window, TerminalLine& line, BusLink& bus, Dialogs& person,
                            std::function<bool()> line_free, std::function<void()> over)
     : window_(window),
       line_(line),

@@ -17,7 +17,7 @@ class TransferMenu : public QObject {
   public:
     // `line_free` says whether the line may be taken now; when not, it has told the operator why.
     // `over` is called whenever the line has been given back.
-    TransferMenu(QMainWindow& window, TerminalLine& line, BusLink& bus, Operator& person,
+    TransferMenu(QMainWindow& window, TerminalLine& line, BusLink& bus, Dialogs& person,
                  std::function<bool()> line_free, std::function<void()> over);
 
     // Opens the dialog; one that is open, of either direction, comes to the front instead.
@@ -33,7 +33,7 @@ class TransferMenu : public QObject {
     QMainWindow& window_;
     TerminalLine& line_;
     BusLink& bus_;
-    Operator& operator_;
+    Dialogs& operator_;
     std::function<bool()> line_free_;
     std::function<void()> over_;
     QPointer<TransferDialog> dialog_;

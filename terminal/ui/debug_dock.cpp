@@ -44,7 +44,7 @@ QPushButton* add_button(QBoxLayout* row, QWidget* panel, const char* name, const
 
 }  // namespace
 
-DebugDock::DebugDock(BusLink& bus, TerminalLine& line, Operator& person, QWidget* parent)
+DebugDock::DebugDock(BusLink& bus, TerminalLine& line, Dialogs& person, QWidget* parent)
     : QDockWidget(QStringLiteral("Debug"), parent),
       bus_(bus),
       line_(line),

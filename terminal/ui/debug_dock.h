@@ -6,7 +6,7 @@
 #include <QTimer>
 
 #include "buslink/bus_link.h"
-#include "platform/operator.h"
+#include "platform/dialogs.h"
 #include "terminal/terminal_line.h"
 #include "terminal/traffic.h"
 
@@ -26,7 +26,7 @@ class DebugDock : public QDockWidget {
     static constexpr int k_most_lines = 10'000;                // in the view
 
     // The references stay valid as long as the dock. Takes the bus's on_traffic while it is shown.
-    DebugDock(BusLink& bus, TerminalLine& line, Operator& person, QWidget* parent);
+    DebugDock(BusLink& bus, TerminalLine& line, Dialogs& person, QWidget* parent);
     ~DebugDock() override;
 
     void cmdSave_Click();
@@ -41,7 +41,7 @@ class DebugDock : public QDockWidget {
 
     BusLink& bus_;
     TerminalLine& line_;
-    Operator& operator_;
+    Dialogs& operator_;
     TrafficLog log_;
     TrafficFilter filter_;    // of what the view shows
     std::uint64_t next_ = 0;  // the first entry that the view does not show yet

@@ -41,7 +41,7 @@ QPushButton* add_button(QHBoxLayout* row, QDialog* dialog, const char* name, con
 
 }  // namespace
 
-TransferDialog::TransferDialog(TransferDirection direction, TerminalLine& line, Operator& person,
+TransferDialog::TransferDialog(TransferDirection direction, TerminalLine& line, Dialogs& person,
                                QWidget* parent)
     : QDialog(parent), direction_(direction), line_(line), operator_(person) {
     setObjectName(QStringLiteral("frmTransfer"));

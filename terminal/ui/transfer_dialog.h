@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/operator.h"
+#include "platform/dialogs.h"
 #include "terminal/terminal_line.h"
 #include "terminal/ui/transfer_driver.h"
 
@@ -24,7 +24,7 @@ class TransferDialog : public QDialog {
 
   public:
     // The references stay valid as long as the dialog.
-    TransferDialog(TransferDirection direction, TerminalLine& line, Operator& person, QWidget* parent);
+    TransferDialog(TransferDirection direction, TerminalLine& line, Dialogs& person, QWidget* parent);
 
     // Whether the line may be taken now; when not, it has told why. Unset: yes.
     std::function<bool()> line_free;
@@ -62,7 +62,7 @@ class TransferDialog : public QDialog {
 
     TransferDirection direction_;
     TerminalLine& line_;
-    Operator& operator_;
+    Dialogs& operator_;
     TransferDriver* driver_ = nullptr;  // while a transfer runs
     std::string path_;
 

@@ -97,7 +97,7 @@ class Pump {
     }
     void tell() {
         while (const auto message = tells ? head.take_message() : std::nullopt)
-            services_.person.ask(*message);
+            services_.person.tell(*message);
     }
 
     HeadServices& services_;

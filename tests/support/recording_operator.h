@@ -8,12 +8,14 @@
 #include <utility>
 #include <vector>
 
-#include "platform/operator.h"
+#include "platform/dialogs.h"
 
 namespace ampdesk {
 
-class RecordingOperator : public Operator {
+class RecordingOperator : public Dialogs {
   public:
+    void tell(const Message& message) override { ask(message); }
+
     // Prepared as for the boxes, and given when the test takes the replies.
     void put_question(int number, const Question& question) override {
         switch (question.kind) {
@@ -21,7 +23,7 @@ class RecordingOperator : public Operator {
                 replies_[number] = {ask(question.message)};
                 break;
             case Question::Kind::text:
-                replies_[number] = {Answer::ok, input_box(question.message.text).value_or("")};
+                replies_[number] = {Answer::ok, take_input(question.message.text)};
                 break;
             case Question::Kind::band:
                 replies_[number] = {Answer::ok, take_first(bands, {})};
@@ -39,12 +41,6 @@ class RecordingOperator : public Operator {
             on_ask(message);
         const bool has_ok = message.buttons == Buttons::ok || message.buttons == Buttons::ok_cancel;
         return take_first(answers, has_ok ? Answer::ok : Answer::yes);
-    }
-    std::optional<std::string> input_box(std::string_view prompt) override {
-        prompts.emplace_back(prompt);
-        if (on_input)
-            on_input();
-        return take_first(inputs, {});
     }
     std::optional<std::string> choose_file_to_open(std::string_view title, std::string_view) override {
         prompts.emplace_back(title);
@@ -81,6 +77,12 @@ class RecordingOperator : public Operator {
   private:
     std::map<int, Reply> replies_;
 
+    std::string take_input(const std::string& prompt) {
+        prompts.push_back(prompt);
+        if (on_input)
+            on_input();
+        return take_first(inputs, {}).value_or("");
+    }
     template <class T>
     static T take_first(std::deque<T>& prepared, T otherwise) {
         if (prepared.empty())

@@ -149,6 +149,12 @@ class Desk : public ::testing::Test {
         box_watch.start(1);
     }
 
+    // Until that box has come and gone.
+    void let_box_close() {
+        EXPECT_TRUE(QTest::qWaitFor([this] { return !box_watch.isActive(); }));
+        QApplication::processEvents();
+    }
+
     // Runs the action as soon as the dialog of that name is open.
     void when_dialog_opens(const char* name, std::function<void(QDialog&)> action) {
         dialog_name = QLatin1String(name);

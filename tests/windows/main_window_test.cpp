@@ -76,7 +76,7 @@ TEST_F(MainWindow, ABoxHoldsTheMenu) {
         nested.open();
         EXPECT_EQ(trigger_all(), 0);
     });
-    person.notify("");
+    person.ask({});
 }
 
 // Heads stand in the order in which they were opened, an icon stays an icon at the bottom.

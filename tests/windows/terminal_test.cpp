@@ -120,6 +120,7 @@ TEST_F(TerminalWindow, Settings) {
         child<QComboBox>(dialog, "cboPort")->setCurrentIndex(1);
         when_box_opens();
         click(dialog, "cmdOk");
+        let_box_close();
         EXPECT_EQ(told, "COM1: is used by the amplifier bus");
         EXPECT_TRUE(dialog.isVisible());
         child<QComboBox>(dialog, "cboPort")->setCurrentIndex(2);
@@ -145,6 +146,7 @@ TEST_F(TerminalWindow, LeavesTheAmplifiersPortToThem) {
 TEST_F(TerminalWindow, AutoAnswerChangesItsName) {
     when_box_opens();
     item("mnuModemItem(0)")->trigger();
+    let_box_close();
     EXPECT_EQ(told, "The terminal's port is not open");
     start();
     const std::pair<const char*, const char*> steps[] = {{"ATE1M0S0=1\r", "&No Auto Answer"},
