@@ -54,7 +54,8 @@ class Soak {
         station_.on_window_created = [this](const std::shared_ptr<ControlHead>& head) {
             auto& watch = watches_[head->identity().unit_address];
             watch = std::make_unique<DisplayWatch>(station_, *head, line_, bus_, clock_, outcome_.display);
-            head->panel().on_change = [&watch = *watch] { watch.changed(); };
+            views_[head->identity().unit_address] =
+                head->views.subscribe([&watch = *watch](const HeadView&) { watch.changed(); });
         };
         write_rs422(folder_ / "rs422.dat", {.port_name = "COM1:"});
         station_.auto_open_dat_files(demo::write_demonstration_files(folder_.path(), k_heads));
@@ -86,6 +87,7 @@ class Soak {
     RemoteStation remote_{station_, bus_, line_, chance_, clock_, folder_.path()};
     ServiceEngineer engineer_{station_, bus_, person_, line_, chance_, clock_, folder_.path()};
     std::map<int, std::unique_ptr<DisplayWatch>> watches_;  // by unit address
+    std::map<int, Subscription> views_;                     // the same
     Outcome outcome_;
     Instant next_look_{};
     int boxes_open_ = 0;

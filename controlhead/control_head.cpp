@@ -69,6 +69,7 @@ ControlHead::ControlHead(HeadServices& services, HeadIdentity identity)
             to_tell_.push_back(message);
     };
     Form_Load(head_);
+    publish();
 }
 
 bool ControlHead::has_screen_settings() const {
@@ -114,6 +115,18 @@ void ControlHead::act(Action action) {
         return;
     action();
     for (int key = 0; key < 4; ++key) head_.panel.set_key_name(key, key_name(head_, key));
+    publish();
+}
+
+void ControlHead::publish() {
+    HeadView now{.panel = head_.panel,
+                 .silent = silent(),
+                 .in_shutdown = in_shutdown(head_),
+                 .shutdown_shown = head_.shutdown_shown};
+    if (now == view_)
+        return;
+    view_ = std::move(now);
+    views.publish(view_);
 }
 
 // What was on the panel when the operator acted may have gone before his act arrived: MORE must not become
@@ -133,14 +146,14 @@ void ControlHead::press_key(std::int16_t index, const std::optional<std::string>
         });
 }
 
-void ControlHead::press_hard_key(std::int16_t index) {
-    act([&] { cmdHardkey_Click(head_, index); });
+void ControlHead::press_hard_key(std::int16_t index, Instant at) {
+    act([&] { cmdHardkey_Click(head_, index, at); });
 }
 
-void ControlHead::click_lamp(std::int16_t index, const std::optional<std::string>& did) {
+void ControlHead::click_lamp(std::int16_t index, const std::optional<std::string>& did, Instant at) {
     constexpr std::int16_t k_first_hard_key = 4;
     if (index >= k_first_hard_key)
-        act([&] { picLight_Click(head_, index); });
+        act([&] { picLight_Click(head_, index, at); });
     else
         press_key(index, did);
 }
@@ -198,8 +211,8 @@ std::string ControlHead::about(const std::string& detail) const {
     return caption() + (detail.empty() ? "" : ": " + detail);
 }
 
-std::string ControlHead::caption() const {
-    return "JEX Amplifier " + head_.identity.number;
+void ControlHead::apply_screen_settings(const ScreenSettings& settings) {
+    act([&] { head_.panel.set_look(settings); });
 }
 
 void ControlHead::save_screen_settings() const {

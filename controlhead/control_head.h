@@ -8,6 +8,8 @@
 #include <string>
 
 #include "controlhead/head.h"
+#include "controlhead/head_view.h"
+#include "platform/signal.h"
 
 namespace ampdesk {
 
@@ -31,11 +33,13 @@ class ControlHead {
     Life life() const { return life_; }
 
     // Operator's actions. A soft key or lamp comes with what the key did when it was pressed, a move of the
-    // scroll bar with the range that the bar had: if that has changed since, it is dropped with a beep.
-    // Before the head is live only the hard keys act.
+    // scroll bar with the range that the bar had: if that has changed since, it is dropped with a beep. A
+    // hard key comes with the time when it was pressed, or just now. Before the head is live only the hard
+    // keys act.
     void press_key(std::int16_t index, const std::optional<std::string>& did = std::nullopt);
-    void press_hard_key(std::int16_t index);
-    void click_lamp(std::int16_t index, const std::optional<std::string>& did = std::nullopt);
+    void press_hard_key(std::int16_t index, Instant at = {});
+    void click_lamp(std::int16_t index, const std::optional<std::string>& did = std::nullopt,
+                    Instant at = {});
     void move_scroll_bar(int value, const std::optional<ScrollBar>& range = std::nullopt);
 
     // What came of a request; what became of an order, which has left the queue.
@@ -59,10 +63,7 @@ class ControlHead {
     void line_is_dead();
 
     // The window has closed; nothing runs any more.
-    void close() {
-        life_ = Life::closed;
-        head_.panel.on_change = nullptr;
-    }
+    void close() { life_ = Life::closed; }
     bool closed() const { return life_ == Life::closed; }
     bool started() const { return life_ == Life::live; }
 
@@ -71,13 +72,16 @@ class ControlHead {
 
     // Keeps colours and font size in the amplifier's settings file. Throws what writing throws.
     void save_screen_settings() const;
-    void apply_screen_settings(const ScreenSettings& settings) { head_.panel.set_look(settings); }
+    void apply_screen_settings(const ScreenSettings& settings);
 
-    // "JEX Amplifier " + number
-    std::string caption() const;
+    std::string caption() const { return ampdesk::caption(head_.identity); }
     const HeadIdentity& identity() const { return head_.identity; }
-    Panel& panel() { return head_.panel; }
+    const Panel& panel() const { return head_.panel; }
     const Head& state() const { return head_; }
+
+    // What is to be seen of it now, and every other view from now on, once a handler has returned.
+    const HeadView& view() const { return view_; }
+    Signal<HeadView> views;
 
   private:
     template <class Action>
@@ -85,9 +89,11 @@ class ControlHead {
     bool is_what_was_seen(std::int16_t index, const std::optional<std::string>& did);
     void follow_opening(const Reading& reading);
     void fail(const std::string& text, const std::string& cause);
+    void publish();
     std::string about(const std::string& detail) const;
 
     Head head_;
+    HeadView view_;
     Life life_ = Life::created;
     std::deque<Message> to_tell_;
 };

@@ -43,11 +43,17 @@ inline constexpr std::chrono::seconds k_oldest_drawn{1};
 enum class LinkKind { none = 0, rs485 = 1, modem = 2 };
 
 struct HeadIdentity {
-    int slot = 0;
+    int id = 0;    // never given again while the program runs
+    int slot = 0;  // in the table of open amplifiers
     std::int16_t unit_address = 0;
     std::string number;  // the amplifier number in decimal
     std::string model;   // model text, for the band capability
 };
+
+// Of its window, and of what is told about it.
+inline std::string caption(const HeadIdentity& identity) {
+    return "JEX Amplifier " + identity.number;
+}
 
 // An error that the operator has been told of, and the screen it came up on.
 struct ToldError {
@@ -136,8 +142,10 @@ struct Head {
 
     // What is to go over the line for this head.
     std::deque<Order> orders;  // in the order of the keys
+    // Made now unless it says otherwise.
     void order(Order order) {
-        order.made_at = services.clock.now();
+        if (order.made_at == Instant{})
+            order.made_at = services.clock.now();
         orders.push_back(std::move(order));
     }
     std::deque<Request> requests;  // reads beside those that the screen needs all the time

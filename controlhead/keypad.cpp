@@ -46,7 +46,7 @@ bool line_is_there(const Head& head, const char* key) {
         return true;
     Operator& person = head.services.person;
     person.start_beep(k_refusal_beep);
-    person.show_status("JEX Amplifier " + head.identity.number + ": " + key + " not sent, " +
+    person.show_status(caption(head.identity) + ": " + key + " not sent, " +
                        (port.is_open() ? "the line is lost" : "the port is not open"));
     return false;
 }
@@ -147,7 +147,7 @@ void cmdKey_Click(Head& head, std::int16_t index) {
 
 // Live but for the shutdown display: also while a screen waits to be drawn, and on the communication error
 // screen, whose amplifier may well hear what it cannot answer.
-void cmdHardkey_Click(Head& head, std::int16_t index) {
+void cmdHardkey_Click(Head& head, std::int16_t index, Instant pressed_at) {
     if (index < 0 || index > 3 || head.shutdown_shown)
         return;
     const HardKey& key = k_hard_keys[index];
@@ -156,6 +156,7 @@ void cmdHardkey_Click(Head& head, std::int16_t index) {
     head.key_activity = true;
     head.order({.command = std::string(key.setting),
                 .then = look_at_lamps,
+                .made_at = pressed_at,
                 .key = key.name,
                 .only_fresh = !key.off,
                 .urgent = key.off});
@@ -173,11 +174,11 @@ void take_setting(Head& head, const Order& order, const Setting& setting) {
         attempted([&] { order.then(head, setting); });
 }
 
-void picLight_Click(Head& head, std::int16_t index) {
+void picLight_Click(Head& head, std::int16_t index, Instant pressed_at) {
     if (index >= 0 && index <= 3)
         cmdKey_Click(head, index);
     else if (index >= 4 && index <= 7)
-        cmdHardkey_Click(head, static_cast<std::int16_t>(index - 4));
+        cmdHardkey_Click(head, static_cast<std::int16_t>(index - 4), pressed_at);
 }
 
 void VScroll1_Change(Head& head, int value) {

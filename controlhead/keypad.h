@@ -10,11 +10,11 @@ namespace ampdesk {
 // Soft key 0..3 or EXIT, 4.
 void cmdKey_Click(Head& head, std::int16_t index);
 
-// 0 HV On, 1 HV Off, 2 RF On, 3 RF Off.
-void cmdHardkey_Click(Head& head, std::int16_t index);
+// 0 HV On, 1 HV Off, 2 RF On, 3 RF Off; pressed just now unless told when.
+void cmdHardkey_Click(Head& head, std::int16_t index, Instant pressed_at = {});
 
 // Lamp 0..3 acts as that soft key, 4..7 as hard key 0..3; other numbers do nothing.
-void picLight_Click(Head& head, std::int16_t index);
+void picLight_Click(Head& head, std::int16_t index, Instant pressed_at = {});
 
 // The scroll bar stands at a new value.
 void VScroll1_Change(Head& head, int value);

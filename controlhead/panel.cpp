@@ -20,11 +20,7 @@ void Panel::set_line(int line, std::string_view text) {
     for (char& c : shown)
         if (!prints(c))
             c = ' ';
-    std::string& kept = lines_[static_cast<std::size_t>(line - 1)];
-    if (kept == shown)
-        return;
-    kept = std::move(shown);
-    changed();
+    lines_[static_cast<std::size_t>(line - 1)] = std::move(shown);
 }
 
 std::string Panel::legend(int key) const {
@@ -35,46 +31,9 @@ std::string Panel::legend(int key) const {
         trimmed(std::string_view(line(4)).substr(static_cast<std::size_t>(key) * k_field, k_field)));
 }
 
-void Panel::set_key_name(int key, const std::string& name) {
-    std::string& kept = key_names_.at(static_cast<std::size_t>(key));
-    if (kept == name)
-        return;
-    kept = name;
-    changed();
-}
-
 void Panel::set_lamp(int lamp, LampColour colour) {
-    if (lamp < 1 || lamp > 8 || lamps_[static_cast<std::size_t>(lamp - 1)] == colour)
-        return;
-    lamps_[static_cast<std::size_t>(lamp - 1)] = colour;
-    changed();
-}
-
-void Panel::set_scroll(const ScrollBar& scroll) {
-    if (scroll_ == scroll)
-        return;
-    scroll_ = scroll;
-    changed();
-}
-
-void Panel::hide_scroll() {
-    ScrollBar hidden = scroll_;
-    hidden.visible = false;
-    set_scroll(hidden);
-}
-
-void Panel::set_gauge(std::optional<double> dbm) {
-    if (gauge_ == dbm)
-        return;
-    gauge_ = dbm;
-    changed();
-}
-
-void Panel::set_look(const ScreenSettings& look) {
-    if (look_ == look)
-        return;
-    look_ = look;
-    changed();
+    if (lamp >= 1 && lamp <= 8)
+        lamps_[static_cast<std::size_t>(lamp - 1)] = colour;
 }
 
 }  // namespace ampdesk

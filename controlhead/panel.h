@@ -1,9 +1,8 @@
-// What the front panel shows: four lines of text, eight lamps, scroll bar, gauge and colours. The
-// screens write it, the window paints it, a test reads it.
+// What the front panel shows: four lines of text, eight lamps, scroll bar, gauge and colours, as a value.
+// The screens write it, a window paints its copy, a test reads it.
 #pragma once
 
 #include <array>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,34 +34,30 @@ class Panel {
     std::string legend(int key) const;
 
     // What soft key 0..3 does now: its legend, or in words where line 4 is no legend; may be empty.
-    void set_key_name(int key, const std::string& name);
+    void set_key_name(int key, const std::string& name) {
+        key_names_.at(static_cast<std::size_t>(key)) = name;
+    }
     const std::string& key_name(int key) const { return key_names_.at(static_cast<std::size_t>(key)); }
 
     // Lamp 1..8; other numbers do nothing.
     void set_lamp(int lamp, LampColour colour);
     LampColour lamp(int lamp) const { return lamps_.at(static_cast<std::size_t>(lamp - 1)); }
 
-    void set_scroll(const ScrollBar& scroll);
+    void set_scroll(const ScrollBar& scroll) { scroll_ = scroll; }
     // The bar keeps its range and value.
-    void hide_scroll();
+    void hide_scroll() { scroll_.visible = false; }
     const ScrollBar& scroll() const { return scroll_; }
 
     // Forward power in dBm; nothing while it is not known.
-    void set_gauge(std::optional<double> dbm);
+    void set_gauge(std::optional<double> dbm) { gauge_ = dbm; }
     std::optional<double> gauge() const { return gauge_; }
 
-    void set_look(const ScreenSettings& look);
+    void set_look(const ScreenSettings& look) { look_ = look; }
     const ScreenSettings& look() const { return look_; }
 
-    // Called after every change that can be seen.
-    std::function<void()> on_change;
+    bool operator==(const Panel&) const = default;
 
   private:
-    void changed() const {
-        if (on_change)
-            on_change();
-    }
-
     std::array<std::string, 4> lines_ = {std::string(k_columns, ' '), std::string(k_columns, ' '),
                                          std::string(k_columns, ' '), std::string(k_columns, ' ')};
     std::array<std::string, 4> key_names_;

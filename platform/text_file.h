@@ -26,6 +26,10 @@ bool file_exists(const std::string& path);
 // link, the file it points to is replaced; anything but an ordinary file is refused.
 void write_text_lines(const std::string& path, const std::vector<std::string>& lines);
 
+// The same for a file that begins with its title: one that is there with another is not ours to replace, and
+// throws "Invalid file format"; an empty one is.
+void write_titled_lines(const std::string& path, const std::vector<std::string>& lines);
+
 // As above with the bytes as they stand.
 void write_file_bytes(const std::string& path, std::string_view bytes);
 

@@ -22,7 +22,7 @@
 #include "shell/ui/MDIForm1.h"
 #include "shell/ui/program_icon.h"
 #include "shell/ui/start_up.h"
-#include "station/station.h"
+#include "station/station_host.h"
 
 using namespace ampdesk;
 
@@ -90,15 +90,15 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     Clock& clock = *system_clock;
     const SiteConfigurationReport site = read_site_configuration("ampdesk.ini");
     BusPort bus_port(clock, site.values, line.demo);
-    BusLink bus(bus_port.port(), clock, person, bus_options(site.values, line));
-    HeadServices services{bus, clock, person, head_options(site.values)};
-    Station station(services);
+    const StationHostOptions station_options{bus_options(site.values, line), head_options(site.values)};
+    Talk talk;
+    StationHost station(talk, bus_port.port(), clock, station_options);
 
     MDIForm1Options options;
     options.version = AMPDESK_VERSION;
     options.demonstration = line.demo.has_value();
     options.gauge = {site.values.gauge_minimum, site.values.gauge_maximum};
-    options.shipped_folder = services.options.shipped_folder;
+    options.shipped_folder = station_options.heads.shipped_folder;
     options.amplifier_files = line.amplifier_files;
     for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
     options.notices = notices(site, locked);
@@ -116,7 +116,7 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     }
     const std::unique_ptr<SerialPort> MSComm1 = make_serial_port(clock);
     TerminalLine terminal_line(line.demo ? nullptr : MSComm1.get(), clock);
-    MDIForm1 form(station, bus, terminal_line, person, options);
+    MDIForm1 form(talk, station, terminal_line, clock, person, options);
     person.set_parent_window(&form);
     form.show();
 
@@ -125,6 +125,11 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     const int result = QApplication::exec();
     person.retire();
     form.shut_down();
+    while (!station.finished()) {
+        const Instant next = station.step();
+        clock.sleep_until(std::min(next, clock.now() + std::chrono::milliseconds(5)));
+    }
+    form.take_notices();
     return result;
 }
 

@@ -1,7 +1,6 @@
 #include "shell/window_layout.h"
 
 #include <algorithm>
-#include <cstring>
 #include <sstream>
 
 #include "platform/run_time_error.h"
@@ -73,14 +72,11 @@ std::optional<WindowLayout> read_window_layout(const std::string& path) {
     return layout;
 }
 
-void write_window_layout(const std::string& path, const WindowLayout& layout) {
-    const std::string found = file_exists(path) ? read_file_bytes(path, std::strlen(k_title)) : k_title;
-    if (!found.empty() && found != k_title)
-        throw RunTimeError(321, "Invalid file format");
+std::vector<std::string> layout_lines(const WindowLayout& layout) {
     std::vector<std::string> lines = {k_title, line_of("main", layout.main, layout.maximised)};
     for (const HeadPlace& head : layout.heads)
         lines.push_back(line_of("head " + head.number, head.place, head.minimised));
-    write_text_lines(path, lines);
+    return lines;
 }
 
 Place clamped(const Place& place, const std::vector<Place>& screens) {

@@ -34,9 +34,8 @@ struct WindowLayout {
 // is damaged is passed over. Never throws.
 std::optional<WindowLayout> read_window_layout(const std::string& path);
 
-// Throws what write_text_lines throws, and "Invalid file format" rather than replace a file that is
-// no layout.
-void write_window_layout(const std::string& path, const WindowLayout& layout);
+// The file's lines, the title first.
+std::vector<std::string> layout_lines(const WindowLayout& layout);
 
 // The place brought back onto the screens: no larger than the screen it shares the largest area
 // with (the first one when it shares none), and wholly inside it. Without screens it stays.

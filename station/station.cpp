@@ -41,7 +41,8 @@ std::shared_ptr<ControlHead> Station::new_amplifier_window(std::int16_t unit_add
     const int slot = find_free_slot();
     auto head = std::make_shared<ControlHead>(
         services_,
-        HeadIdentity{.slot = slot, .unit_address = unit_address, .number = number, .model = model});
+        HeadIdentity{
+            .id = ++last_id_, .slot = slot, .unit_address = unit_address, .number = number, .model = model});
     slot_at(slot) = {.head = head};
     line_.add({slot, head,
                std::make_shared<Amplifier>(services_.clock, unit_address, services_.options.negative_words)});

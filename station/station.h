@@ -128,6 +128,7 @@ class Station {
     Questions questions_;
     FileOpener opener_;
     std::vector<Slot> slots_;  // slot n at n - 1; grows and never shrinks
+    int last_id_ = 0;          // of a head
     std::int16_t last_address_ = 0;
     std::optional<LineSettings> line_before_;  // the first head was opened
     std::vector<Message> to_tell_;             // of heads that have failed

@@ -93,7 +93,6 @@ frmColor::frmColor(std::shared_ptr<ControlHead> head, GaugeRange gauge, Dialogs&
     : QDialog(parent), head_(std::move(head)), operator_(person), copy_(head_->panel()) {
     setObjectName(QStringLiteral("frmColor"));
     setWindowTitle(QStringLiteral("Setup Color For Control Head"));
-    copy_.on_change = nullptr;  // the window of the head is told of its own panel only
 
     auto* layout = new QVBoxLayout(this);
     view_ = new PanelView(gauge, this);

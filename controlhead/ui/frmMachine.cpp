@@ -19,112 +19,72 @@ constexpr std::chrono::milliseconds k_old_presses{10};
 
 }  // namespace
 
-frmMachine::frmMachine(std::shared_ptr<ControlHead> head, GaugeRange gauge)
-    : head_(std::move(head)), view_(new PanelView(gauge, this)) {
+frmMachine::frmMachine(HeadIdentity identity, const HeadView& view, GaugeRange gauge)
+    : identity_(std::move(identity)), view_of_panel_(new PanelView(gauge, this)) {
     setObjectName(QStringLiteral("frmMachine"));
-    setWindowTitle(from_utf8(head_->caption()));
+    setWindowTitle(from_utf8(caption(identity_)));
     setAutoFillBackground(true);
     QPalette colours = palette();
     colours.setColor(QPalette::Window, QColor(0x5B, 0x61, 0x66));
     setPalette(colours);
-    setFocusProxy(view_->findChild<PanelKey*>(QStringLiteral("cmdKey(0)")));
+    setFocusProxy(view_of_panel_->findChild<PanelKey*>(QStringLiteral("cmdKey(0)")));
 
-    connect(view_, &PanelView::key_clicked, this, &frmMachine::cmdKey_Click);
-    connect(view_, &PanelView::hard_key_clicked, this, &frmMachine::cmdHardkey_Click);
-    connect(view_, &PanelView::lamp_clicked, this, &frmMachine::picLight_Click);
-    connect(view_, &PanelView::scroll_moved, this, &frmMachine::VScroll1_Change);
-    head_->panel().on_change = [this] { refresh_soon(); };
-    refresh();
-}
-
-frmMachine::~frmMachine() {
-    if (head_)
-        head_->panel().on_change = nullptr;
-}
-
-void frmMachine::let_go() {
-    if (!head_)
-        return;
-    head_->panel().on_change = nullptr;
-    head_.reset();
+    connect(view_of_panel_, &PanelView::key_clicked, this, &frmMachine::cmdKey_Click);
+    connect(view_of_panel_, &PanelView::hard_key_clicked, this, &frmMachine::cmdHardkey_Click);
+    connect(view_of_panel_, &PanelView::lamp_clicked, this, &frmMachine::picLight_Click);
+    connect(view_of_panel_, &PanelView::scroll_moved, this, &frmMachine::VScroll1_Change);
+    show_view(view, 0);
 }
 
 // What the key did when it was pressed is what the panel shows.
 std::string frmMachine::did(int key) const {
-    return key >= 0 && key < 4 ? painted_.key_name(key) : std::string();
-}
-
-void frmMachine::acted() {
-    if (on_act)
-        on_act();
+    return key >= 0 && key < 4 ? view_.panel.key_name(key) : std::string();
 }
 
 void frmMachine::cmdKey_Click(int index) {
-    if (!head_ || !ok_is_seen(index))
-        return;
-    head_->press_key(static_cast<std::int16_t>(index), did(index));
-    acted();
+    if (!closing_ && ok_is_seen(index) && hooks.key)
+        hooks.key(index, did(index));
 }
 
 void frmMachine::cmdHardkey_Click(int index) {
-    if (!head_)
-        return;
-    head_->press_hard_key(static_cast<std::int16_t>(index));
-    acted();
+    if (!closing_ && hooks.hard_key)
+        hooks.hard_key(index);
 }
 
 void frmMachine::picLight_Click(int index) {
-    if (!head_ || !ok_is_seen(index))
-        return;
-    head_->click_lamp(static_cast<std::int16_t>(index), did(index));
-    acted();
+    if (!closing_ && ok_is_seen(index) && hooks.lamp)
+        hooks.lamp(index, did(index));
 }
 
 void frmMachine::VScroll1_Change(int value) {
-    if (!head_)
+    if (closing_ || !hooks.scroll)
         return;
-    head_->move_scroll_bar(value, painted_.scroll());
-    acted();
-    refresh_soon();  // the bar goes back when the head did not take the move
+    ++moves_;
+    hooks.scroll(value, view_.panel.scroll());
 }
 
-void frmMachine::refresh_soon() {
-    if (refresh_pending_)
-        return;
-    refresh_pending_ = true;
-    QMetaObject::invokeMethod(this, &frmMachine::refresh, Qt::QueuedConnection);
-}
-
-void frmMachine::refresh() {
-    refresh_pending_ = false;
-    if (!head_)
-        return;
-    painted_ = head_->panel();
-    painted_.on_change = nullptr;
-    view_->show_panel(painted_);
+void frmMachine::show_view(const HeadView& view, int moves) {
+    view_ = view;
+    view_of_panel_->show_panel(view_.panel, moves == moves_);
     follow_shutdown();
 }
 
 // The key that turns pages is also the OK of a shutdown. Pressed while the reason was still being read,
 // it would acknowledge what nobody has seen.
-bool frmMachine::ok_is_seen(int key) {
-    if (key != k_more_or_ok || !head_->state().shutdown_shown || ok_seen_)
-        return true;
-    refresh_soon();
-    return false;
+bool frmMachine::ok_is_seen(int key) const {
+    return key != k_more_or_ok || !view_.shutdown_shown || ok_seen_;
 }
 
 void frmMachine::follow_shutdown() {
-    const bool shown = head_->state().shutdown_shown;
-    if (std::exchange(shutdown_painted_, shown) == shown)
+    if (std::exchange(shutdown_painted_, view_.shutdown_shown) == view_.shutdown_shown)
         return;
     ok_seen_ = false;
-    if (shown)
+    if (view_.shutdown_shown)
         QTimer::singleShot(k_old_presses, this, [this] { ok_seen_ = shutdown_painted_; });
 }
 
 QSize frmMachine::sizeHint() const {
-    return view_->size() + QSize(2 * k_surround, 2 * k_surround);
+    return view_of_panel_->size() + QSize(2 * k_surround, 2 * k_surround);
 }
 
 void frmMachine::resizeEvent(QResizeEvent*) {
@@ -134,13 +94,13 @@ void frmMachine::resizeEvent(QResizeEvent*) {
 void frmMachine::Form_Resize() {
     if (isMinimized())
         return;
-    view_->move(std::max(0, (width() - view_->width()) / 2), std::max(0, (height() - view_->height()) / 2));
+    view_of_panel_->move(std::max(0, (width() - view_of_panel_->width()) / 2),
+                         std::max(0, (height() - view_of_panel_->height()) / 2));
 }
 
 void frmMachine::closeEvent(QCloseEvent* event) {
-    closing_ = true;
-    if (const auto head = head_; head && on_close)
-        on_close(*head);
+    if (!std::exchange(closing_, true) && hooks.close)
+        hooks.close();
     event->accept();
 }
 

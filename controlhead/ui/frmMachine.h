@@ -1,12 +1,13 @@
-// The window of one amplifier: its front panel in the middle of a sub-window, keys and scroll bar to
-// the control head, the head's panel back to the screen.
+// The window of one amplifier: its front panel in the middle of a sub-window. It paints the copy of the
+// control head that it was given last, and says what the operator does to it.
 #pragma once
 
 #include <QWidget>
 #include <functional>
-#include <memory>
+#include <string>
 
-#include "controlhead/control_head.h"
+#include "controlhead/head.h"
+#include "controlhead/head_view.h"
 #include "controlhead/ui/panel_view.h"
 
 namespace ampdesk {
@@ -15,50 +16,49 @@ class frmMachine : public QWidget {
     Q_OBJECT
 
   public:
-    frmMachine(std::shared_ptr<ControlHead> head, GaugeRange gauge);
-    ~frmMachine() override;
+    frmMachine(HeadIdentity identity, const HeadView& view, GaugeRange gauge);
 
-    // The head, as long as it has not been let go of.
-    const std::shared_ptr<ControlHead>& head() const { return head_; }
+    const HeadIdentity& identity() const { return identity_; }
+    const HeadView& view() const { return view_; }
 
-    // The head has closed: the window shows nothing more of it and sends it nothing more.
-    void let_go();
+    // What is to be seen from now on. `moves` of the scroll bar have been heard of by the head: before that
+    // are all, its view is older than where the operator has put the bar.
+    void show_view(const HeadView& view, int moves);
 
-    // The window is on its way out by the operator's hand.
-    bool closing() const { return closing_; }
-
-    // Handlers; they do nothing once the head is let go.
+    // Handlers; they do nothing once the window is on its way out.
     void cmdKey_Click(int index);
     void cmdHardkey_Click(int index);
     void picLight_Click(int index);
     void VScroll1_Change(int value);
 
-    PanelView& panel_view() { return *view_; }
+    PanelView& panel_view() { return *view_of_panel_; }
     QSize sizeHint() const override;
 
-    // The operator has done something to the head.
-    std::function<void()> on_act;
-
-    // The operator closes the window.
-    std::function<void(ControlHead&)> on_close;
+    // What the operator does. A soft key or lamp comes with what the key did as the panel showed it, a move
+    // with the bar as it was shown.
+    struct Hooks {
+        std::function<void(int index, const std::string& did)> key;
+        std::function<void(int index)> hard_key;
+        std::function<void(int index, const std::string& did)> lamp;
+        std::function<void(int value, const ScrollBar& bar)> scroll;
+        std::function<void()> close;  // the window is on its way out
+    };
+    Hooks hooks;
 
   protected:
     void resizeEvent(QResizeEvent*) override;
     void closeEvent(QCloseEvent* event) override;
 
   private:
-    void refresh_soon();
-    void refresh();
     void follow_shutdown();
-    bool ok_is_seen(int key);
+    bool ok_is_seen(int key) const;
     std::string did(int key) const;
-    void acted();
     void Form_Resize();
 
-    std::shared_ptr<ControlHead> head_;
-    PanelView* view_;
-    Panel painted_;
-    bool refresh_pending_ = false;
+    HeadIdentity identity_;
+    HeadView view_;
+    PanelView* view_of_panel_;
+    int moves_ = 0;  // of the scroll bar, that have been told
     bool shutdown_painted_ = false;
     bool ok_seen_ = false;  // the OK of a shutdown has been there for the operator to see
     bool closing_ = false;

@@ -159,7 +159,7 @@ void PanelView::make_gauge(GaugeRange gauge) {
                            k_gauge_height);
 }
 
-void PanelView::show_panel(const Panel& panel) {
+void PanelView::show_panel(const Panel& panel, bool moves_known) {
     if (panel.look() != look_)
         show_look(panel.look());
     for (int i = 0; i < 4; ++i) {
@@ -173,7 +173,7 @@ void PanelView::show_panel(const Panel& panel) {
     }
     for (int i = 0; i < 8; ++i) picLight_[static_cast<std::size_t>(i)]->show_colour(panel.lamp(i + 1));
     Picture1_->show_power(panel.gauge());
-    show_scroll(panel.scroll());
+    show_scroll(panel.scroll(), moves_known);
 }
 
 void PanelView::show_look(const ScreenSettings& look) {
@@ -192,8 +192,8 @@ void PanelView::show_look(const ScreenSettings& look) {
     update();
 }
 
-void PanelView::show_scroll(const ScrollBar& scroll) {
-    const bool held = scroll_->isSliderDown() || scroll_untold_;
+void PanelView::show_scroll(const ScrollBar& scroll, bool moves_known) {
+    const bool held = scroll_->isSliderDown() || scroll_untold_ || !moves_known;
     {
         const QSignalBlocker quiet(scroll_);
         if (scroll_->minimum() != scroll.minimum || scroll_->maximum() != scroll.maximum) {

@@ -34,8 +34,9 @@ class PanelView : public QWidget {
     PanelView(GaugeRange gauge, QWidget* parent);
 
     // Paints what differs from what is shown. The scroll bar follows without a signal; while the
-    // operator holds it, or a move of his has not been told yet, its position is left alone.
-    void show_panel(const Panel& panel);
+    // operator holds it, or a move of his has not been told yet, its position is left alone, and so it
+    // is when the panel is older than his last move.
+    void show_panel(const Panel& panel, bool moves_known = true);
 
     PanelScrollBar& scroll_bar() { return *scroll_; }
 
@@ -55,7 +56,7 @@ class PanelView : public QWidget {
     void make_hard_keys();
     void make_gauge(GaugeRange gauge);
     void show_look(const ScreenSettings& look);
-    void show_scroll(const ScrollBar& scroll);
+    void show_scroll(const ScrollBar& scroll, bool moves_known);
     void tell_scroll();
 
     std::array<DisplayLine*, 4> lblDisplayA_{};

@@ -145,6 +145,14 @@ void write_text_lines(const std::string& path, const std::vector<std::string>& l
     write_file_bytes(path, bytes);
 }
 
+void write_titled_lines(const std::string& path, const std::vector<std::string>& lines) {
+    const std::string& title = lines.front();
+    const std::string found = file_exists(path) ? read_file_bytes(path, title.size()) : std::string();
+    if (!found.empty() && found != title)
+        throw RunTimeError(321, "Invalid file format");
+    write_text_lines(path, lines);
+}
+
 void write_file_bytes(const std::string& path, std::string_view bytes) {
     Replacement replacement(path);
     replacement.append(bytes);

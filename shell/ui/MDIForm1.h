@@ -1,5 +1,5 @@
 // The main window: menus, the area of the amplifier windows, the terminal's text box and the status
-// label. It drives the polling loop from the event loop.
+// label. It shows what the station tells and sends it what is done.
 #pragma once
 
 #include <QLabel>
@@ -8,17 +8,15 @@
 #include <QMdiSubWindow>
 #include <QSocketNotifier>
 #include <QSplitter>
-#include <QStyle>
 #include <QTimer>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "controlhead/ui/frmMachine.h"
 #include "platform/qt/qt_operator.h"
-#include "shell/ui/arrange.h"
 #include "shell/ui/head_keys.h"
+#include "shell/ui/head_windows.h"
 #include "shell/ui/help_viewer.h"
 #include "shell/ui/layout_keeper.h"
 #include "shell/ui/main_menu.h"
@@ -27,7 +25,7 @@
 #include "shell/ui/set_up.h"
 #include "shell/ui/terminal_control.h"
 #include "shell/ui/trouble_label.h"
-#include "station/station.h"
+#include "station/station_host.h"
 
 namespace ampdesk {
 
@@ -52,21 +50,24 @@ class MDIForm1 : public QMainWindow {
     Q_OBJECT
 
   public:
-    // The references stay valid as long as the window. The station's, the bus port's and the terminal
-    // line's callbacks are taken by it until its end.
-    MDIForm1(Station& station, BusLink& bus, TerminalLine& line, QtOperator& person, MDIForm1Options options);
+    // The references stay valid as long as the window, which reads the notices until its end. Of the clock
+    // it only reads the time.
+    MDIForm1(Talk& talk, StationHost& host, TerminalLine& line, const Clock& clock, QtOperator& person,
+             MDIForm1Options options);
     ~MDIForm1() override;
 
     // Second part of loading, with the window shown: "ampdesk.dat", then the start-up timer. A
     // settings file that is none is told and leaves the timer off.
     void load();
 
-    // Ends polling and closes the amplifiers and the terminal's port, as closing the window does.
-    // Waits up to three seconds for the terminal's output to leave.
+    // Tells the station to finish, as closing the window does, which goes when the station has.
     void shut_down();
 
-    // The control head that keys and menu items mean: that of the current sub-window.
-    frmMachine* active_machine() const;
+    // The amplifier window that keys and menu items mean: that of the current sub-window.
+    frmMachine* active_machine() const { return heads_->active(); }
+
+    // Shows what the station has told; called by itself from the event loop.
+    void take_notices();
 
     void show_status(const QString& text);
 
@@ -80,34 +81,30 @@ class MDIForm1 : public QMainWindow {
     void build_centre();
     void build_menu(TerminalLine& line);
     // The action on the head that menu items mean; nothing while there is none.
-    std::function<void()> with_head(std::function<void(const std::shared_ptr<ControlHead>&)> action) const;
-    void arrange_heads(Arrangement how);
+    std::function<void()> with_head(std::function<void(const frmMachine&)> action) const;
     ServiceTools::Hooks tool_hooks();
     frmMachine* keyboard_target() const;
-    void window_created(const std::shared_ptr<ControlHead>& head);
-    void window_closed(const ControlHead& head);
-    void follow_amplifiers();
-    void follow_active();
+    void send(Act act) { talk_.acts.put(std::move(act)); }
+    void take(const HeadNotice& notice);
+    void take(const PersonNotice& notice);
+    void take(const ProgramNotice& notice);
+    void follow_heads();
     void poll();
     void watch_line();
-    void carry_out_last_keys();
     void TimerFileAutoOpen_Timer();
-    void tell_notices();
     void open_file();
-    void save_as(const ControlHead& head);
-    void follow_bus_line();
+    void save_as(const HeadIdentity& head);
     void show_help(HelpViewer::Page page);
     void show_about();
 
-    Station& station_;
-    BusLink& bus_;
+    Talk& talk_;
+    StationHost& host_;
     QtOperator& person_;
     MDIForm1Options options_;
     LayoutKeeper layout_;
     std::unique_ptr<HelpViewer> help_;
     SetUp set_up_;
     ServiceTools tools_;
-    std::unique_ptr<QStyle> icon_style_;
 
     QMdiArea* area_ = nullptr;
     TermBox* Term_ = nullptr;
@@ -117,10 +114,12 @@ class MDIForm1 : public QMainWindow {
     std::unique_ptr<TerminalControl> terminal_;
     std::unique_ptr<ModemMenu> modem_;
     HeadKeys* keys_ = nullptr;
-    std::vector<frmMachine*> machines_;  // in the order in which they were opened
+    std::unique_ptr<HeadWindows> heads_;
     std::optional<int> active_address_;
-    QString lost_line_;     // the bus line that the status label calls lost
-    bool closing_ = false;  // when the last box has been seen
+    notice::LineState line_;
+    bool finishing_ = false;
+    bool finished_ = false;  // the station: the window goes when the last box has been seen
+    QTimer close_limit_;
     QTimer poll_timer_;
     QSocketNotifier* line_notifier_ = nullptr;
     int watched_handle_ = -1;

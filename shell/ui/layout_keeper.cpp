@@ -27,8 +27,8 @@ std::vector<Place> screens() {
 
 }  // namespace
 
-LayoutKeeper::LayoutKeeper(QMainWindow& main, std::string path) : main_(main), path_(std::move(path)) {
-    const auto layout = read_window_layout(path_);
+LayoutKeeper::LayoutKeeper(QMainWindow& main, const std::string& path) : main_(main) {
+    const auto layout = read_window_layout(path);
     known_ = layout.has_value();
     if (!known_)
         return;
@@ -77,14 +77,14 @@ bool LayoutKeeper::eventFilter(QObject* watched, QEvent* event) {
     return false;
 }
 
-void LayoutKeeper::save() const {
+WindowLayout LayoutKeeper::layout() const {
     WindowLayout layout;
     const bool large = main_.isMaximized() || main_.isFullScreen();
     layout.main =
         place_of(large && main_.normalGeometry().isValid() ? main_.normalGeometry() : main_.geometry());
     layout.maximised = large;
     for (const auto& [number, head] : heads_) layout.heads.push_back(head);
-    write_window_layout(path_, layout);
+    return layout;
 }
 
 }  // namespace ampdesk

@@ -16,7 +16,7 @@ class LayoutKeeper : public QObject {
 
   public:
     // Reads the file; without one everything stays where a first start puts it.
-    LayoutKeeper(QMainWindow& main, std::string path);
+    LayoutKeeper(QMainWindow& main, const std::string& path);
 
     // The main window, brought onto the screens there are. To be called before it is shown.
     void restore_main();
@@ -25,9 +25,8 @@ class LayoutKeeper : public QObject {
     // and follows it from here on.
     void follow(QMdiSubWindow& window, const std::string& number);
 
-    // Writes the file, with the open heads and those that were closed before. Throws what
-    // write_text_lines throws.
-    void save() const;
+    // What the file is to hold: the open heads and those that were closed before.
+    WindowLayout layout() const;
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -36,7 +35,6 @@ class LayoutKeeper : public QObject {
     void restore(QMdiSubWindow& window, const HeadPlace& kept);
 
     QMainWindow& main_;
-    std::string path_;
     bool known_ = false;  // there was a file
     WindowLayout read_;
     std::map<std::string, HeadPlace> heads_;    // by amplifier number

@@ -33,14 +33,14 @@ TroubleLabel::TroubleLabel(QWidget* parent) : QLabel(parent) {
     setFont(bold);
 }
 
-void TroubleLabel::follow(const Station& station) {
+void TroubleLabel::follow(const HeadWindows& heads) {
     QStringList down;
     QStringList silent;
-    for (const auto& head : station.open_heads()) {
+    for (const frmMachine* head : heads.all()) {
         const QString number = from_utf8(head->identity().number);
-        if (head->silent())
+        if (head->view().silent)
             silent << number;
-        else if (in_shutdown(head->state()))
+        else if (head->view().in_shutdown)
             down << number;
     }
     QStringList parts;

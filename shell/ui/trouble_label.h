@@ -5,7 +5,7 @@
 #include <QLabel>
 #include <QStringList>
 
-#include "station/station.h"
+#include "shell/ui/head_windows.h"
 
 namespace ampdesk {
 
@@ -18,7 +18,7 @@ class TroubleLabel : public QLabel {
     // "Shutdown: 1001, 1003   No answer: 1002", empty while all is well; of many the first six and how
     // many more, all of them in the tool tip. A shutdown that is new also makes the desktop mark the
     // program, where it can and another program is in front.
-    void follow(const Station& station);
+    void follow(const HeadWindows& heads);
 
   private:
     QStringList shutdowns_;  // numbers of those that were down

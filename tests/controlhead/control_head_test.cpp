@@ -187,7 +187,7 @@ TEST_F(ControlHeadTest, BeforeAndAfterItsLife) {
         fresh.machine_init(true);
     }
     int changes = 0;
-    head.panel().on_change = [&] { ++changes; };
+    const auto seen = head.views.subscribe([&](const HeadView&) { ++changes; });
     press_hard(1);
     head.press_hard_key(1);
     head.close();

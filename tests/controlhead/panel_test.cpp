@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "controlhead/fault_log.h"
 #include "tests/support/scratch_folder.h"
 
@@ -24,21 +26,29 @@ TEST(Panel, LinesAndLegends) {
     EXPECT_EQ(panel.legend(4), "");
 }
 
-// Catches a window that repaints for nothing, or does not repaint.
-TEST(Panel, TellsOfChangesOnly) {
+// A line, lamp or colour that changes and is not seen to, or a lamp beside the panel that is written to.
+TEST(Panel, DiffersInWhatIsSeen) {
+    const std::function<void(Panel&)> changes[] = {
+        [](Panel& panel) { panel.set_line(1, "x"); },
+        [](Panel& panel) { panel.set_lamp(8, LampColour::red); },
+        [](Panel& panel) {
+            panel.set_scroll({true, 0, 10, 3});
+        },
+        [](Panel& panel) { panel.hide_scroll(); },
+        [](Panel& panel) { panel.set_gauge(5.0); },
+        [](Panel& panel) { panel.set_key_name(2, "Next page"); },
+        [](Panel& panel) { panel.set_look({.fore_colour = 1}); },
+    };
     Panel panel;
-    int changes = 0;
-    panel.on_change = [&] { ++changes; };
-    for (int round = 0; round < 2; ++round) {
-        panel.set_line(1, "x");
-        panel.set_lamp(8, LampColour::red);
+    for (const auto& change : changes) {
+        const Panel before = panel;
+        change(panel);
+        EXPECT_NE(panel, before);
+        const Panel after = panel;
+        change(panel);
         panel.set_lamp(9, LampColour::red);
-        panel.set_scroll({true, 0, 10, 3});
-        panel.set_gauge(5.0);
-        panel.set_look({.fore_colour = 1});
+        EXPECT_EQ(panel, after);
     }
-    EXPECT_EQ(changes, 5);
-    panel.hide_scroll();
     EXPECT_EQ(panel.scroll(), (ScrollBar{false, 0, 10, 3}));
 }
 

@@ -40,8 +40,10 @@ class Walk : public testing::Test {
         services.options.shipped_folder = TEST_DATA "/../../data";
         services.options.negative_words =
             (model.signed_words) ? NegativeWords::two_complement : NegativeWords::overflow;
-        station.emplace(services,
-                        HeadIdentity{1, static_cast<std::int16_t>(model.address), "1234", model.name});
+        station.emplace(services, HeadIdentity{.slot = 1,
+                                               .unit_address = static_cast<std::int16_t>(model.address),
+                                               .number = "1234",
+                                               .model = model.name});
         head = &station->head;
         station->start();
         ASSERT_TRUE(head->started());

@@ -19,7 +19,7 @@ TEST_F(LayoutFile, ReadsBackWhatWasWritten) {
     const WindowLayout layout{.main = {-20, 30, 1200, 800},
                               .maximised = true,
                               .heads = {{"1001", {5, 6, 400, 300}, false}, {"7", {0, 0, 410, 300}, true}}};
-    write_window_layout(path_, layout);
+    write_titled_lines(path_, layout_lines(layout));
     EXPECT_EQ(read_window_layout(path_), layout);
 }
 

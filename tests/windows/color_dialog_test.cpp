@@ -94,8 +94,8 @@ class ColorDialog : public Desk {
     }
 
     const ScreenSettings first{.fore_colour = 0x112233, .back_colour = 0x445566, .machine_colour = 0x778899};
-    const std::shared_ptr<ControlHead> other = open(1).head();
-    const std::shared_ptr<ControlHead> head = open(2).head();
+    const std::shared_ptr<ControlHead> other = head_of(open(1));
+    const std::shared_ptr<ControlHead> head = head_of(open(2));
     QDialog* dialog = nullptr;
 };
 

@@ -51,9 +51,9 @@ class Desk : public ::testing::Test {
                   MDIForm1Options form_options = {.version = "1.2.3",
                                                   .gauge = {30, 60},
                                                   .amplifier_files = {}})
-        : link(port, clock, person, std::move(options)),
+        : host(talk, port, clock, {.bus = std::move(options)}),
           terminal_line(terminal_port, clock),
-          form(station, link, terminal_line, person, std::move(form_options)) {
+          form(talk, host, terminal_line, clock, person, std::move(form_options)) {
         std::filesystem::current_path(folder.path());
         person.sound = [this] { ++sounds; };
         link.on_traffic = [this](const BusTraffic& traffic) {
@@ -111,15 +111,31 @@ class Desk : public ::testing::Test {
         return *form.active_machine();
     }
 
+    // The head behind a window.
+    std::shared_ptr<ControlHead> head_of(const frmMachine& machine) const {
+        for (const auto& head : station.open_heads())
+            if (head->identity().id == machine.identity().id)
+                return head;
+        return nullptr;
+    }
+
+    // Until windows and station have nothing more to say to each other. The clock stands still.
+    void settle() {
+        for (int i = 0; i < 4; ++i) {
+            host.step();
+            QApplication::processEvents();
+        }
+    }
+
     // Until the files are open and every head shows its first screen.
     void let_start() {
         EXPECT_TRUE(comes([this] {
-            station.step();
+            host.step();
             const auto heads = station.open_heads();
             return !station.opening_files() &&
                    std::all_of(heads.begin(), heads.end(), [](const auto& head) { return head->started(); });
         }));
-        QApplication::processEvents();
+        settle();
     }
 
     template <class T = QWidget>
@@ -129,17 +145,20 @@ class Desk : public ::testing::Test {
         return found;
     }
 
-    static void click(const QWidget& parent, const char* name) {
+    void click(const QWidget& parent, const char* name) {
         QTest::mouseClick(child(parent, name), Qt::LeftButton);
-        QApplication::processEvents();
+        settle();
     }
 
     // Picks an item of the menus by its object name.
-    void pick(const char* item) { child<QAction>(form, item)->trigger(); }
+    void pick(const char* item) {
+        child<QAction>(form, item)->trigger();
+        settle();
+    }
 
     void key(Qt::Key code, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(QApplication::focusWidget(), code, modifiers);
-        QApplication::processEvents();
+        settle();
     }
 
     // Keeps the text of the next message box in `told`, runs the action, then closes the box with
@@ -177,9 +196,10 @@ class Desk : public ::testing::Test {
     demo::SimBus bus{clock};
     demo::SimPort port{bus, clock};
     DeskOperator person;
-    BusLink link;
-    HeadServices services{link, clock, person, {}};
-    Station station{services};
+    Talk talk;
+    StationHost host;
+    Station& station = host.station();
+    BusLink& link = host.bus();
     TerminalLine terminal_line;
     MDIForm1 form;
 

@@ -116,6 +116,7 @@ TEST_F(FaultDialog, FollowsTheActiveAmplifier) {
     EXPECT_TRUE(bus.find(2)->line.silent);
 
     station.close_all();
+    settle();
     EXPECT_EQ(text_of("lblAmplifier"), "No simulated amplifier is open");
     EXPECT_FALSE(child(*dialog, "cmdMake")->isEnabled());
     EXPECT_FALSE(child<QAction>(form, "mnuToolsScreen(1)")->isEnabled());

@@ -52,7 +52,7 @@ class Files : protected Modem, public Desk {
     // Chooses the menu's item and presses the button in the dialog that it opens.
     void menu(const char* item, const char* dialog = nullptr, const char* button = nullptr) {
         if (dialog != nullptr)
-            when_dialog_opens(dialog, [button](QDialog& opened) { click(opened, button); });
+            when_dialog_opens(dialog, [this, button](QDialog& opened) { click(opened, button); });
         pick(item);
     }
 
@@ -142,6 +142,7 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
         {
             const FullDisk full;
             row.action();
+            settle();
         }
         EXPECT_EQ(told, row.told);
         EXPECT_EQ(contents(), before);
@@ -214,7 +215,8 @@ class DamagedFiles : public Files {
         const bool restored = window.width() == 456;
         if (!restored) {  // a sound one is replaced in the end, of course
             UnsavedFiles unsaved;
-            unsaved.attempt("layout.dat", [&] { keeper.save(); });
+            unsaved.attempt("layout.dat",
+                            [&] { write_titled_lines("layout.dat", layout_lines(keeper.layout())); });
             unsaved.tell(person);
         }
         return was(restored);
@@ -225,7 +227,7 @@ class DamagedFiles : public Files {
         return was(site.gauge_minimum == 35 && site.negative_words == NegativeWords::two_complement);
     }
     std::string help() {
-        const HelpSection section = read_help(services.options, 1);
+        const HelpSection section = read_help(host.services().options, 1);
         if (section.refusal)
             told.push_back(std::string(section.refusal->what()) + "|mhelp.txt");
         return section.lines.empty() ? k_none : was(section.lines.size() == 2);

@@ -10,7 +10,9 @@ using Commands = std::vector<std::string>;
 
 struct HeadWindow : Desk {
     frmMachine& machine = open(1);
-    const Head& head = machine.head()->state();
+    const std::shared_ptr<ControlHead> its_head = head_of(machine);
+    const Head& head = its_head->state();
+    HeadView shown = machine.view();
     PanelScrollBar& bar = machine.panel_view().scroll_bar();
 };
 
@@ -51,7 +53,7 @@ TEST_F(HeadWindow, AssistivePressesAreOneFrameEach) {
         QAccessibleInterface* key = QAccessible::queryAccessibleInterface(child(machine, control));
         while (times-- > 0) key->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
         EXPECT_EQ(take_settings(), Commands{}) << "whoever asks is not kept waiting";
-        QCoreApplication::processEvents();
+        settle();
     };
     press("cmdHardkey(3)", 3);
     EXPECT_EQ(take_settings(), Commands(3, "\x10\x17"));
@@ -101,7 +103,7 @@ TEST_F(HeadWindow, AKeyFromBeforeAShutdownIsNoOk) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_F4);
     };
     clock.advance(std::chrono::seconds(1));
-    station.step();
+    host.step();
     ASSERT_TRUE(head.shutdown_shown);
     press_all();
     QCoreApplication::sendPostedEvents();  // the display is painted …
@@ -151,14 +153,14 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
     key(Qt::Key_Right);
     EXPECT_EQ(take_settings(), Commands({{16, 24, 32, 0}}));
     bar.setValue(300);
-    QApplication::processEvents();
+    settle();
     EXPECT_EQ(take_settings(), Commands({{16, 24, 44, 1}}));
 
     const auto turn_wheel = [&] {
         QWheelEvent event(QPointF(5, 5), bar.mapToGlobal(QPointF(5, 5)), {}, {0, 120}, Qt::NoButton,
                           Qt::NoModifier, Qt::NoScrollPhase, false);
         QApplication::sendEvent(&bar, &event);
-        QApplication::processEvents();
+        settle();
         return take_settings().size();
     };
     EXPECT_EQ(turn_wheel(), 0U);
@@ -172,7 +174,7 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
     int moves = 0;
     QObject::connect(&machine.panel_view(), &PanelView::scroll_moved, &machine, [&moves] { ++moves; });
     bar.setValue(100);
-    for (int i = 0; i < 5; ++i) QApplication::processEvents();
+    settle();
     EXPECT_EQ(take_settings().size(), 1U);
     EXPECT_EQ(moves, 1);
     EXPECT_EQ(bar.value(), before);
@@ -186,12 +188,12 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
 
 // What assistive technology reads, and that a change of the display is announced once.
 TEST_F(HeadWindow, AccessibilityTable) {
-    machine.head()->panel().set_line(4, "SETUP INFO      MORE");
-    machine.head()->panel().set_key_name(0, "SETUP");
-    machine.head()->panel().set_key_name(2, "");
-    machine.head()->panel().set_lamp(4, LampColour::yellow);
-    machine.head()->panel().set_gauge(52.34);
-    QApplication::processEvents();
+    shown.panel.set_line(4, "SETUP INFO      MORE");
+    shown.panel.set_key_name(0, "SETUP");
+    shown.panel.set_key_name(2, "");
+    shown.panel.set_lamp(4, LampColour::yellow);
+    shown.panel.set_gauge(52.34);
+    machine.show_view(shown, 0);
     const struct {
         const char* control;
         QAccessible::Role role;
@@ -214,6 +216,7 @@ TEST_F(HeadWindow, AccessibilityTable) {
         {"StatusLabel", QAccessible::StaticText, "COM1: connection lost, trying again", "Status"},
     };
     port.on_connection_change(false);
+    form.take_notices();
     for (const auto& c : cases) {
         SCOPED_TRACE(c.control);
         QAccessibleInterface* seen = QAccessible::queryAccessibleInterface(child(form, c.control));
@@ -236,8 +239,8 @@ TEST_F(HeadWindow, AccessibilityTable) {
         return count;
     };
     EXPECT_EQ(scroll_bars(), 0) << "present only while shown";
-    machine.head()->press_key(0);
-    QApplication::processEvents();
+    its_head->press_key(0);
+    settle();
     EXPECT_EQ(scroll_bars(), 1);
 }
 
@@ -272,8 +275,8 @@ TEST_F(HeadWindow, PanelKeepsItsSizeAndItsPlan) {
 TEST_F(HeadWindow, ALineWiderThanTheDisplayIsSeenWhole) {
     auto* line = child<QLabel>(machine, "lblDisplayA(0)");
     const auto lit_columns = [&](const std::string& text) {
-        machine.head()->panel().set_line(1, text);
-        QApplication::processEvents();
+        shown.panel.set_line(1, text);
+        machine.show_view(shown, 0);
         const QImage picture = line->grab().toImage();
         const int ground = line->palette().color(QPalette::Window).green();
         std::vector<bool> lit(text.size());
@@ -294,9 +297,9 @@ TEST_F(HeadWindow, DisplayTakesItsColours) {
     ScreenSettings look;
     look.fore_colour = 0x000080FF;
     look.back_colour = 0x00400000;
-    machine.head()->apply_screen_settings(look);
-    machine.head()->panel().set_line(1, std::string(20, '\xB0') + "x");
-    QApplication::processEvents();
+    shown.panel.set_look(look);
+    shown.panel.set_line(1, std::string(20, '\xB0') + "x");
+    machine.show_view(shown, 0);
     auto* line = child<QLabel>(machine, "lblDisplayA(0)");
     EXPECT_EQ(line->palette().color(QPalette::WindowText), QColor(0xFF, 0x80, 0x00));
     EXPECT_EQ(child(machine, "Frame1")->palette().color(QPalette::Window), QColor(0, 0, 0x40));

@@ -3,6 +3,7 @@
 #include <QTextBrowser>
 #include <QTreeView>
 
+#include "platform/text_file.h"
 #include "tests/windows/desk.h"
 
 namespace ampdesk {
@@ -24,6 +25,7 @@ TEST_F(Layout, ComesBackAtTheNextStart) {
     window_of(open(3)).setGeometry(1, 2, 580, 300);
     window_of(*form.active_machine()).close();
     form.close();
+    settle();
 
     auto layout = read_window_layout("layout.dat");
     ASSERT_TRUE(layout);
@@ -35,15 +37,17 @@ TEST_F(Layout, ComesBackAtTheNextStart) {
 
     layout->main = {-9000, 100, 700, 600};
     layout->heads[0].place = {5000, 12, 560, 280};
-    write_window_layout("layout.dat", *layout);
-    Station next_station{services};
+    write_titled_lines("layout.dat", layout_lines(*layout));
+    Talk next_talk;
+    StationHost next_host{next_talk, port, clock, {}};
     TerminalLine next_line{nullptr, clock};
-    MDIForm1 next{
-        next_station, link, next_line, person, {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
+    MDIForm1 next{next_talk, next_host, next_line,
+                  clock,     person,    {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
     next.show();
     EXPECT_EQ(next.geometry().x(), 0);
-    next_station.new_amplifier_window(1, "1001", "KU", false);
-    next_station.new_amplifier_window(2, "1002", "KU", false);
+    next_host.station().new_amplifier_window(1, "1001", "KU", false);
+    next_host.station().new_amplifier_window(2, "1002", "KU", false);
+    next.take_notices();
     const auto windows = next.findChildren<QMdiSubWindow*>();
     ASSERT_EQ(windows.size(), 2);
     EXPECT_TRUE(windows[0]->parentWidget()->rect().contains(windows[0]->geometry()));

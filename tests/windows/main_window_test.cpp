@@ -172,6 +172,7 @@ TEST_F(MainWindow, PollingGoesOnBesideABox) {
 // The window's own close button ends the amplifier, and the last one ends the polling.
 TEST_F(MainWindow, ClosingTheLastWindowEndsThePolling) {
     open(1).parentWidget()->close();
+    settle();
     EXPECT_EQ(station.open_count(), 0);
     const int frames = frames_sent[1];
     clock.advance(std::chrono::seconds(2));
@@ -195,11 +196,12 @@ TEST(MainWindowLine, IsWatchedAfterItWasClosed) {
     QtOperator person;
     BusOptions options;
     options.ports.set(1, folder / "line");
-    BusLink bus(*port, *clock, person, options);
-    HeadServices services{bus, *clock, person, {}};
-    Station station(services);
+    Talk talk;
+    StationHost host(talk, *port, *clock, {.bus = options});
+    BusLink& bus = host.bus();
+    Station& station = host.station();
     TerminalLine terminal(nullptr, *clock);
-    MDIForm1 form(station, bus, terminal, person,
+    MDIForm1 form(talk, host, terminal, *clock, person,
                   {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}});
     form.show();
     const auto starts = [&] {
@@ -220,11 +222,13 @@ TEST(MainWindowLine, IsWatchedAfterItWasClosed) {
 TEST_F(MainWindow, ALostLineIsNotToldOfForEver) {
     open(1);
     port.on_connection_change(false);
+    form.take_notices();
     auto* status = child<QLabel>(form, "StatusLabel");
     EXPECT_EQ(status->text(), QStringLiteral("COM1: connection lost, trying again"));
     link.open_bus_port("COM3:", 9600, 0, 8, 1);
     EXPECT_TRUE(comes([&] { return status->text() == u"COM3: connected"; }));
     port.on_connection_change(false);
+    form.take_notices();
     link.close_bus_port();
     EXPECT_TRUE(comes([&] { return status->text() == u"COM3: closed"; }));
 }
@@ -235,8 +239,9 @@ TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {
     bus.add({.address = 1, .serial = 1001, .noise = 0});
     folder.put("com1001.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n");
     std::vector<std::string> boxes;
+    const Station* fresh_station = nullptr;
     person.on_ask = [&](const Message& message) {
-        boxes.push_back(message.text + ", open: " + std::to_string(station.open_count()));
+        boxes.push_back(message.text + ", open: " + std::to_string(fresh_station->open_count()));
         return Answer::ok;
     };
     const std::vector<std::string> started = {"Couldn't find file com5.dat, open: 1", "notice, open: 1"};
@@ -251,7 +256,10 @@ TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {
         SCOPED_TRACE(c.content == nullptr ? "missing" : c.content);
         if (c.content != nullptr)
             folder.put("ampdesk.dat", c.content);
-        MDIForm1 fresh(station, link, terminal_line, person,
+        Talk fresh_talk;
+        StationHost fresh_host(fresh_talk, port, clock, {});
+        fresh_station = &fresh_host.station();
+        MDIForm1 fresh(fresh_talk, fresh_host, terminal_line, clock, person,
                        {.version = {},
                         .gauge = {},
                         .amplifier_files = {"com1001.dat", "com5.dat"},
@@ -261,7 +269,6 @@ TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {
         EXPECT_TRUE(comes([&] { return boxes.size() >= 2; }));
         EXPECT_EQ(boxes, c.boxes);
         EXPECT_EQ(fresh.terminal_port(), c.port);
-        station.close_all();
     }
 }
 

@@ -55,7 +55,7 @@ TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
     });
     pick("mnuMachineItem(0)");
     ASSERT_EQ(station.open_count(), 1);
-    const HeadIdentity& found = form.active_machine()->head()->identity();
+    const HeadIdentity& found = form.active_machine()->identity();
     EXPECT_EQ(found.unit_address, 5);
     EXPECT_EQ(found.number + found.model, "4711KU/K");
     EXPECT_EQ(read_text_lines("rs485.dat"), (std::vector<std::string>{"RS-485", "COM3:", "6", "5"}));

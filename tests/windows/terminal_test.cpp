@@ -49,7 +49,7 @@ class TerminalWindow : protected FarModem, public Desk {
     void start(const char* content = "ampdesk settings\r\n2\r\n") {
         folder.put("ampdesk.dat", content);
         form.load();
-        QApplication::processEvents();
+        settle();
     }
     QString status() { return child<QLabel>(form, "StatusLabel")->text(); }
     QString text() const { return Term->toPlainText(); }
@@ -221,9 +221,9 @@ TEST_F(TerminalWindow, AnErrorOffersToCloseThePort) {
 
 // Closing loses output that would still have left, waits for ever for what cannot leave, or says
 // nothing about it.
-TEST_F(TerminalWindow, ClosingWaitsForTheOutput) {
-    for (const bool taken : {true, false}) {
-        form.show();
+class ClosingTerminal : public TerminalWindow {
+  protected:
+    void close(bool taken) {
         start();
         std::size_t sent = 0;
         // The driver takes a little more later.
@@ -247,13 +247,21 @@ TEST_F(TerminalWindow, ClosingWaitsForTheOutput) {
             EXPECT_EQ(received + far->receive(1 << 20, 0).size(), sent);
         }
     }
+};
+
+TEST_F(ClosingTerminal, WaitsForOutputThatLeaves) {
+    close(true);
+}
+
+TEST_F(ClosingTerminal, TellsOfOutputThatCannot) {
+    close(false);
 }
 
 // The status label goes on telling of a port that has been closed, or of what was before a transfer or
 // before the settings were put right.
 TEST_F(TerminalWindow, TheStatusLabelSaysWhatIsSoNow) {
     const auto choose = [&](int index) {
-        when_dialog_opens("ConfigScrn", [index](QDialog& dialog) {
+        when_dialog_opens("ConfigScrn", [&, index](QDialog& dialog) {
             child<QComboBox>(dialog, "cboPort")->setCurrentIndex(index);
             click(dialog, "cmdOk");
         });

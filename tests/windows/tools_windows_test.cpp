@@ -31,7 +31,7 @@ class ToolWindows : public Desk {
         if (std::exchange(set_up, true))
             name_it();
         else
-            when_dialog_opens("frmSerial", [name_it](QDialog& dialog) {
+            when_dialog_opens("frmSerial", [this, name_it](QDialog& dialog) {
                 name_it();
                 click(dialog, "cmdOk");
             });
@@ -115,7 +115,7 @@ TEST_F(ToolWindows, ReadAndSet) {
 TEST_F(ToolWindows, EveryWayOut) {
     open(1);
     const std::function<void(frmBlock&)> ways[] = {
-        [](frmBlock& window) { click(window, "cmdExit"); },
+        [&](frmBlock& window) { click(window, "cmdExit"); },
         [&](frmBlock& window) {
             slip(window, true);
             question()->button(QMessageBox::Yes)->click();
@@ -237,7 +237,8 @@ TEST_F(ToolWindows, Console) {
     }
 
     bus.find(2)->line.silent = true;
-    station.close_window(2);  // amplifier 2 is the current one now
+    station.close_window(2);
+    settle();  // amplifier 2 is the current one now
     asked.clear();
     send("A0 17 0");
     EXPECT_TRUE(
