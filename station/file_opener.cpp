@@ -70,10 +70,10 @@ void FileOpener::begin(const File& file) {
     }
     if (station_.address_in_use(*address))
         return operator_.tell({.text = file.texts.address_used});
-    station_.remember_line();
+    station_.begin_line_try();
     station_.looks_for(*address);
     if (!open_line(*content, file.texts))
-        return station_.give_line_back();
+        return station_.end_line_try();
     under_way_ = true;
     opening_ =
         std::make_unique<Opening>(bus_, operator_, station_.questions(), *address, file.texts.interactive,
@@ -135,7 +135,7 @@ void FileOpener::end() {
     station_.remove_guest(*opening_);
     opening_.reset();
     under_way_ = false;
-    station_.give_line_back();
+    station_.end_line_try();
     tell_idle();
 }
 

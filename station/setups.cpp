@@ -91,6 +91,7 @@ void LineSetup::begin(const BusChoices& choices) {
         return;
     }
     rs422_mode_ = true;
+    station_.keep_line();
     try {
         write_rs422(rs422_path_, {.port_name = choices.port,
                                   .baud_code = choices.baud,

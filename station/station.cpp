@@ -68,9 +68,11 @@ void Station::start(const std::shared_ptr<ControlHead>& head, bool restore) {
 
 void Station::add_amplifier(std::int16_t unit_address, const std::string& number, const std::string& model) {
     const std::string name = AmplifierFiles::name_of(number);
+    begin_line_try();
     const auto open = [=, this] {
         if (!tell_if_address_used(unit_address))  // a file may have been opened meanwhile
             new_amplifier_window(unit_address, number, model, true);
+        end_line_try();
     };
     const auto make_and_open = [=, this] {
         UnsavedFiles unsaved;
@@ -93,14 +95,27 @@ void Station::auto_open_dat_files(const std::vector<std::string>& names) {
         opener_.open_automatically(names[i], files_.path_of(names[i]));
 }
 
-void Station::remember_line() {
-    if (open_count() == 0)
-        line_before_ = services_.bus.settings();
+// While the first head has not shown its first screen, the try that it came of is not over.
+void Station::begin_line_try() {
+    const auto heads = open_heads();
+    const bool proved = std::any_of(heads.begin(), heads.end(), [](const auto& h) { return h->started(); });
+    if (line_tries_++ == 0 && (proved || heads.empty()))
+        keep_line();
+}
+
+void Station::end_line_try() {
+    --line_tries_;
+    if (open_count() == 0 || !services_.bus.bus_link_on())
+        give_line_back();
+}
+
+void Station::keep_line() {
+    line_before_ = services_.bus.settings();
 }
 
 void Station::give_line_back() {
     BusLink& bus = services_.bus;
-    if (open_count() > 0)
+    if (line_tries_ > 0)
         return;
     if (const std::string lost = bus.give_back(line_before_); !lost.empty())
         services_.person.tell({.text = lost, .detail = bus.open_failure()});
@@ -146,7 +161,8 @@ void Station::close_failed(int slot) {
         return;
     while (auto message = head->take_message()) to_tell_.push_back(std::move(*message));
     close_window(slot);
-    give_line_back();
+    if (open_count() == 0)
+        give_line_back();
 }
 
 // A box may stand for hours, and steps go on beside it.

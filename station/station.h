@@ -43,9 +43,12 @@ class Station {
     // Amplifier > Open: checks and opens the file. A failure is told in a message.
     void open_amplifier_file(const std::string& path) { opener_.open(path); }
 
-    // When no head comes of an opening and none is open, the bus port is left as it was before.
-    void remember_line();
-    void give_line_back();
+    // Who opens a line that may come to nothing says so before, and when it is over. The end of the last try
+    // gives the line back that was open before the first one, unless a head is open on the one in use.
+    void begin_line_try();
+    void end_line_try();
+    // The line that is open now is meant to stay.
+    void keep_line();
 
     bool opening_files() const { return opener_.busy(); }
 
@@ -116,6 +119,7 @@ class Station {
     Slot& slot_at(int slot) { return slots_[static_cast<std::size_t>(slot - 1)]; }
     void start(const std::shared_ptr<ControlHead>& head, bool restore);
     void close_failed(int slot);
+    void give_line_back();
     Instant due() const;
     void tick(Instant now);
     void tell_waiting();
@@ -130,7 +134,8 @@ class Station {
     std::vector<Slot> slots_;  // slot n at n - 1; grows and never shrinks
     int last_id_ = 0;          // of a head
     std::int16_t last_address_ = 0;
-    std::optional<LineSettings> line_before_;  // the first head was opened
+    int line_tries_ = 0;
+    std::optional<LineSettings> line_before_;  // the first of them
     std::vector<Message> to_tell_;             // of heads that have failed
     bool telling_ = false;
 };

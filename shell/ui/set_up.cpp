@@ -37,35 +37,24 @@ SetUp::~SetUp() {
 void SetUp::new_amplifier() {
     AmplifierSetup logic(station_, bus_, operator_);
     SetupResult found;
-    const auto before = bus_.settings();
-    station_.remember_line();
+    station_.begin_line_try();
     {
         frmSetup dialog(logic, k_rs485_file, bus_.ports(), operator_, &window_);
         dialog.on_begin = line_wanted;
         dialog.exec();
         found = dialog.result_of_ok();
     }
-    const bool add = found.outcome == SetupResult::Outcome::add;
-    if (add)
+    if (found.outcome == SetupResult::Outcome::add)
         station_.add_amplifier(found.unit_address, found.number, found.model);
-    else if (station_.open_count() == 0 || before)
-        give_back(before);
+    station_.end_line_try();
 }
 
 void SetUp::line() {
-    const auto before = bus_.settings();
+    station_.begin_line_try();
     frmSerial dialog(line_setup_, k_rs485_file, bus_.ports(), operator_, &window_);
     dialog.on_begin = line_wanted;
     dialog.exec();
-    if (!bus_.bus_link_on())
-        give_back(before);
-}
-
-// Nothing came of a dialog: the line goes back to the amplifiers, or the remote station, that it
-// served before.
-void SetUp::give_back(const std::optional<LineSettings>& before) {
-    if (const std::string lost = bus_.give_back(before); !lost.empty())
-        operator_.notify(lost, bus_.open_failure());
+    station_.end_line_try();
 }
 
 void SetUp::screen(const std::shared_ptr<ControlHead>& head) {

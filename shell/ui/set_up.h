@@ -4,7 +4,6 @@
 #include <QWidget>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,8 +42,6 @@ class SetUp {
     bool rs422_mode() const { return line_setup_.rs422_mode(); }
 
   private:
-    void give_back(const std::optional<LineSettings>& before);
-
     QWidget& window_;
     Station& station_;
     BusLink& bus_;
