@@ -20,12 +20,14 @@ constexpr auto k_unplugged_pace = BusLink::k_reply_limit;
 // taken for late in its turn, and so on to the end.
 constexpr std::chrono::milliseconds k_rest{300};
 
-NvramPanel first_panel(NvramTransfer::Mode mode) {
+NvramPanel first_panel(NvramTransfer::Mode mode, std::int16_t unit_address) {
     if (mode == NvramTransfer::Mode::set)
-        return {.caption = "Setting nvRam Parameters",
+        return {.unit_address = unit_address,
+                .caption = "Setting nvRam Parameters",
                 .status_label = "Status of Set nvRam:",
                 .output_label = "Current Setting Command:"};
-    return {.caption = "Reading nvRam Parameters",
+    return {.unit_address = unit_address,
+            .caption = "Reading nvRam Parameters",
             .status_label = "Status of read nvRam:",
             .output_label = "Current read back:"};
 }
@@ -39,7 +41,7 @@ NvramTransfer::NvramTransfer(Mode mode, const std::string& path, std::int16_t un
       operator_(person),
       path_(path),
       unit_address_(unit_address),
-      panel_(first_panel(mode)) {
+      panel_(first_panel(mode, unit_address)) {
     if (mode == Mode::read) {
         writer_.emplace(path);
         writer_->append_line(nvram_date(bus_.clock().local_time()));

@@ -11,22 +11,9 @@
 #include "platform/line_file.h"
 #include "platform/operator.h"
 #include "tools/nvram_file.h"
+#include "tools/nvram_panel.h"
 
 namespace ampdesk {
-
-// What frmBlock shows and has to know; Latin-1.
-struct NvramPanel {
-    std::string caption;
-    std::string status_label;
-    std::string output_label;
-    std::string status{};
-    std::string output{};  // the bytes of the last reply
-    std::string start_caption = "Start";
-    bool start_enabled = true;
-    bool pause_enabled = false;
-    bool under_way = false;  // begun, and not at its end; a pause does not end it
-    bool operator==(const NvramPanel&) const = default;
-};
 
 class NvramTransfer : public BusGuest {
   public:

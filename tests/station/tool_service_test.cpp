@@ -1,0 +1,125 @@
+// The service tools without their windows: what is told of a transfer from its beginning to each of its ends.
+#include "station/tool_service.h"
+
+#include "platform/text_file.h"
+#include "tests/station/rig.h"
+
+namespace ampdesk {
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string k_lost = "Cmd Receiving Error, Check Connection";
+
+class ToolServiceTest : public StationTest {
+  protected:
+    ToolServiceTest() { bus.open_bus_port("COM1:", 9600, 0, 8, 1); }
+
+    void take(const ToolNotice& notice) {
+        if (const auto* state = std::get_if<notice::NvramState>(&notice)) {
+            panel = state->panel;
+            ++states;
+            under_way_when_told.push_back({person.messages.size(), panel && panel->under_way});
+        } else if (const auto* result = std::get_if<notice::ConsoleResult>(&notice)) {
+            console += "result of " + std::to_string(result->result.unit_address) + ";";
+        } else {
+            console += "sending;";
+        }
+    }
+    void live(std::chrono::milliseconds length) {
+        for (; length > 0ms; length -= 50ms) {
+            poll(50ms);
+            tools.step();
+        }
+    }
+    void begin(NvramTransfer::Mode mode, const std::string& name, std::int16_t address) {
+        tools.take(act::BeginNvram{mode, folder / name, address});
+    }
+
+    std::optional<NvramPanel> panel;
+    int states = 0;
+    std::vector<std::pair<std::size_t, bool>> under_way_when_told;  // after so many boxes
+    std::string console;
+    ToolService tools{station, bus, person,
+                      [this](const std::string& /*key*/, const ToolNotice& notice) { take(notice); }};
+};
+
+using Mode = NvramTransfer::Mode;
+
+// Another amplifier is read, a pause that does not hold, an end that leaves the transfer where it was.
+TEST_F(ToolServiceTest, ATransferFromItsBeginningToItsEnd) {
+    begin(Mode::read, "nv.txt", 2);
+    ASSERT_TRUE(panel);
+    EXPECT_EQ(panel->unit_address, 2);
+    live(1s);
+    EXPECT_TRUE(port.requests.empty());
+    tools.take(act::StartNvram{});
+    live(100ms);
+    tools.take(act::PauseNvram{});
+    live(100ms);
+    port.requests.clear();
+    live(1s);
+    EXPECT_TRUE(port.requests.empty());
+    EXPECT_TRUE(panel->under_way && panel->start_enabled);
+
+    begin(Mode::read, "other.txt", 3);  // one at a time
+    EXPECT_EQ(panel->unit_address, 2);
+    EXPECT_FALSE(file_exists(folder / "other.txt"));
+
+    tools.take(act::StartNvram{});
+    live(10s);
+    EXPECT_EQ(panel->status, "nvRam Transfer was Successful");
+    for (const auto& [address, command] : port.requests) EXPECT_EQ(address, 2);
+    tools.take(act::ExitNvram{});
+    EXPECT_FALSE(panel);
+    EXPECT_EQ(read_text_lines(folder / "nv.txt").size(), 1 + demo::SimNvram::k_blocks);
+    begin(Mode::set, "nv.txt", 3);
+    EXPECT_EQ(panel->caption, "Setting nvRam Parameters");
+}
+
+// Menu items that stay dead: of a file that cannot be opened nothing is told but the box.
+TEST_F(ToolServiceTest, AFileThatCannotBeOpenedEndsItAtOnce) {
+    begin(Mode::set, "none.txt", 1);
+    EXPECT_FALSE(panel);
+    EXPECT_EQ(states, 1);
+    EXPECT_EQ(person.take_texts(), Texts{"File not found"});
+}
+
+// A window that stays open over a transfer that has given itself up, or a question about it that outlives the
+// box that tells so; a reply that comes to a transfer that is gone.
+TEST_F(ToolServiceTest, ATransferThatIsLost) {
+    begin(Mode::read, "lost.txt", 1);
+    tools.take(act::StartNvram{});
+    live(100ms);
+    sim.find(1)->line.silent = true;
+    live(20s);
+    EXPECT_FALSE(panel);
+    EXPECT_EQ(person.take_texts(), Texts{k_lost});
+    EXPECT_EQ(under_way_when_told.at(under_way_when_told.size() - 2), std::pair(std::size_t{0}, false));
+    EXPECT_FALSE(tools.due());
+
+    begin(Mode::read, "again.txt", 1);
+    ASSERT_TRUE(panel);
+    tools.take(act::StartNvram{});
+    while (!bus.under_way()) live(50ms);
+    tools.take(act::ExitNvram{});
+    EXPECT_FALSE(panel);
+    live(20s);
+    EXPECT_FALSE(panel);
+}
+
+// A display that is emptied for a command that is refused, or an answer that is nobody's.
+TEST_F(ToolServiceTest, TheConsole) {
+    tools.take(act::SendConsoleCommand{2, "A0 17 0"});
+    EXPECT_EQ(console, "sending;");
+    live(1s);
+    EXPECT_EQ(console, "sending;result of 2;");
+    EXPECT_EQ(port.requests, (std::vector<std::pair<int, char>>{{2, '\xA0'}}));
+    tools.take(act::SendConsoleCommand{2, "123"});
+    live(1s);
+    EXPECT_EQ(console, "sending;result of 2;");
+    EXPECT_EQ(person.take_texts().size(), 1U);
+}
+
+}  // namespace
+}  // namespace ampdesk
