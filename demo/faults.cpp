@@ -14,6 +14,11 @@ FaultAnswer error(const std::string& text) {
 
 }  // namespace
 
+std::string listed_title(const Fault& fault) {
+    const std::string number = fault.number != 0 ? "#" + std::to_string(fault.number) + " " : "";
+    return number + std::string(fault.title);
+}
+
 const Fault* find_fault(std::string_view name) {
     const auto table = fault_table();
     const auto fault =

@@ -47,6 +47,9 @@ struct Fault {
 
 std::span<const Fault> fault_table();
 
+// As a list shows it: "#12 Helix Over-Current".
+std::string listed_title(const Fault& fault);
+
 // Null when nothing has that name.
 const Fault* find_fault(std::string_view name);
 

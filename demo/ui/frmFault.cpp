@@ -23,11 +23,6 @@ constexpr int k_data = Qt::UserRole;  // a fault's name, or the command line tha
 constexpr const char* k_groups[] = {"Shutdowns", "Alarms", "Warning levels crossed", "Line faults",
                                     "Forced values"};
 
-QString title_of(const Fault& fault) {
-    const QString number = fault.number != 0 ? QStringLiteral("#%1 ").arg(fault.number) : QString();
-    return number + from_utf8(fault.title);
-}
-
 QLabel* make_label(QWidget* parent, const char* name, const QString& text = {}, QWidget* buddy = nullptr) {
     auto* label = new QLabel(text, parent);
     label->setObjectName(QLatin1String(name));
@@ -68,8 +63,8 @@ void frmFault::build_faults(QGridLayout* layout) {
     for (const Fault& fault : fault_table()) {
         if (fault.group == FaultGroup::commands)
             continue;
-        auto* item =
-            new QTreeWidgetItem(faults_->topLevelItem(static_cast<int>(fault.group)), {title_of(fault)});
+        auto* item = new QTreeWidgetItem(faults_->topLevelItem(static_cast<int>(fault.group)),
+                                         {from_utf8(listed_title(fault))});
         item->setData(0, k_data, from_utf8(fault.name));
         item->setToolTip(0, from_utf8(fault.help));
     }
@@ -189,7 +184,7 @@ void frmFault::refresh() {
         shown_ = std::move(active);
         active_->clear();
         for (const ActiveFault& fault : shown_) {
-            QString text = title_of(*fault.fault);
+            QString text = from_utf8(listed_title(*fault.fault));
             if (!fault.argument.empty())
                 text += QStringLiteral(": ") + from_latin1(fault.argument);
             auto* item = new QListWidgetItem(text, active_);
