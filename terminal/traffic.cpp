@@ -61,30 +61,33 @@ bool TrafficFilter::passes(const TrafficEntry& entry) const {
     return text.empty() || contains(hex_form(entry.bytes), text) || contains(text_form(entry.bytes), text);
 }
 
-void TrafficLog::add(TrafficLine line, bool sent, int unit, std::string_view bytes) {
+void TrafficLog::add(const TrafficChunk& chunk) {
+    std::string_view bytes = chunk.bytes;
     if (bytes.empty())
         return;
-    if (open()) {
+    if (open(chunk.at)) {
         TrafficEntry& last = entries_.back();
-        if (last.line == line && last.sent == sent && last.unit == unit) {
+        if (last.line == chunk.line && last.sent == chunk.sent && last.unit == chunk.unit) {
             const std::string_view part = bytes.substr(0, k_entry_bytes - last.bytes.size());
             last.bytes += part;
             bytes.remove_prefix(part.size());
         }
     }
-    last_ = clock_.now();
+    last_ = chunk.at;
+    settled_ = false;
     for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), k_entry_bytes))) {
         if (entries_.size() == k_entries) {
             entries_.pop_front();
             ++first_;
         }
         entries_.push_back(
-            {clock_.local_time(), line, sent, unit, std::string(bytes.substr(0, k_entry_bytes))});
+            {chunk.time, chunk.line, chunk.sent, chunk.unit, std::string(bytes.substr(0, k_entry_bytes))});
     }
 }
 
-std::uint64_t TrafficLog::settled_end() const {
-    return open() ? end() - 1 : end();
+std::uint64_t TrafficLog::settled_end(Instant now) {
+    settled_ = !open(now);
+    return settled_ ? end() : end() - 1;
 }
 
 void TrafficLog::clear() {

@@ -15,6 +15,16 @@ namespace ampdesk {
 
 enum class TrafficLine { bus, terminal };
 
+// A stretch of bytes as it went out or came in. It may be looked at later than that.
+struct TrafficChunk {
+    TrafficLine line = TrafficLine::bus;
+    bool sent = false;
+    int unit = 0;  // address spoken to; of the bus only
+    std::string bytes{};
+    CivilTime time{};
+    Instant at{};
+};
+
 struct TrafficEntry {
     CivilTime time;  // of its first byte
     TrafficLine line = TrafficLine::bus;
@@ -39,28 +49,27 @@ class TrafficLog {
     static constexpr std::size_t k_entry_bytes = 256;
     static constexpr std::chrono::milliseconds k_together{30};
 
-    explicit TrafficLog(const Clock& clock) : clock_(clock) {}
-
-    // Bytes that follow their like within k_together join the last entry, as far as it has room, so
-    // that a frame that came in in pieces is one entry. Longer ones are cut into several.
-    void add(TrafficLine line, bool sent, int unit, std::string_view bytes);
+    // Bytes that follow their like within k_together join the last entry, as far as it has room and has not
+    // been called settled, so that a frame that came in in pieces is one entry. Longer ones are cut into
+    // several.
+    void add(const TrafficChunk& chunk);
 
     // Entries are numbered in the order of their coming; kept are those from first() to below
     // end(). Those below settled_end() do not grow any more.
     std::uint64_t first() const { return first_; }
     std::uint64_t end() const { return first_ + entries_.size(); }
-    std::uint64_t settled_end() const;
+    std::uint64_t settled_end(Instant now);
     const TrafficEntry& entry(std::uint64_t number) const { return entries_[number - first_]; }
 
     void clear();
 
   private:
-    bool open() const { return !entries_.empty() && clock_.now() - last_ <= k_together; }
+    bool open(Instant at) const { return !entries_.empty() && !settled_ && at - last_ <= k_together; }
 
-    const Clock& clock_;
     std::deque<TrafficEntry> entries_;
     std::uint64_t first_ = 0;
-    Instant last_{};  // when bytes came last
+    Instant last_{};        // when bytes came last
+    bool settled_ = false;  // the last entry has been called so
 };
 
 // One line for 16 bytes: time of day, line, direction, bytes in hexadecimal, the printable ones as

@@ -45,11 +45,7 @@ QPushButton* add_button(QBoxLayout* row, QWidget* panel, const char* name, const
 }  // namespace
 
 DebugDock::DebugDock(BusLink& bus, TerminalLine& line, Dialogs& person, QWidget* parent)
-    : QDockWidget(QStringLiteral("Debug"), parent),
-      bus_(bus),
-      line_(line),
-      operator_(person),
-      log_(line.clock()) {
+    : QDockWidget(QStringLiteral("Debug"), parent), bus_(bus), line_(line), operator_(person) {
     setObjectName(QStringLiteral("DebugDock"));
     setWidget(build());
     timer_.setSingleShot(true);
@@ -134,7 +130,8 @@ void DebugDock::listen(bool on) {
 }
 
 void DebugDock::note(TrafficLine line, bool sent, int unit, std::string_view bytes) {
-    log_.add(line, sent, unit, bytes);
+    const Clock& clock = line_.clock();
+    log_.add({line, sent, unit, std::string(bytes), clock.local_time(), clock.now()});
     if (!pause_->isChecked())
         update_soon();
 }
@@ -161,7 +158,7 @@ TrafficFilter DebugDock::chosen_filter() const {
 void DebugDock::show_new() {
     const TrafficFilter filter = chosen_filter();
     const bool changed = filter != filter_;
-    const std::uint64_t end = pause_->isChecked() ? next_ : log_.settled_end();
+    const std::uint64_t end = pause_->isChecked() ? next_ : log_.settled_end(line_.clock().now());
     if (changed) {
         filter_ = filter;
         next_ = log_.first();

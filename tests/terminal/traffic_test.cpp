@@ -18,11 +18,11 @@ class TrafficLogTest : public ::testing::Test {
         return all;
     }
     void add(const std::string& bytes, bool sent = true, int unit = 1, TrafficLine line = TrafficLine::bus) {
-        log.add(line, sent, unit, bytes);
+        log.add({line, sent, unit, bytes, clock.local_time(), clock.now()});
     }
 
     ManualClock clock;
-    TrafficLog log{clock};
+    TrafficLog log;
 };
 
 using Kept = std::vector<std::string>;
@@ -44,16 +44,21 @@ TEST_F(TrafficLogTest, JoinsPiecesOfOneStretch) {
 
 // Fault: a reader who was told that an entry is complete misses what joins it afterwards.
 TEST_F(TrafficLogTest, SettledEntriesStayAsTheyAre) {
-    EXPECT_EQ(log.settled_end(), 0U);
+    EXPECT_EQ(log.settled_end(clock.now()), 0U);
     add("a");
-    EXPECT_EQ(log.settled_end(), 0U);
+    EXPECT_EQ(log.settled_end(clock.now()), 0U);
     clock.advance(milliseconds(31));
-    EXPECT_EQ(log.settled_end(), 1U);
+    EXPECT_EQ(log.settled_end(clock.now()), 1U);
     add("");
-    EXPECT_EQ(log.settled_end(), 1U);
+    EXPECT_EQ(log.settled_end(clock.now()), 1U);
     add("b");
-    EXPECT_EQ(log.settled_end(), 1U);
+    EXPECT_EQ(log.settled_end(clock.now()), 1U);
     EXPECT_EQ(bytes_kept(), (Kept{"a", "b"}));
+    TrafficChunk held_up{.sent = true, .unit = 1, .bytes = "c", .at = clock.now()};
+    clock.advance(milliseconds(31));
+    EXPECT_EQ(log.settled_end(clock.now()), 2U);
+    log.add(held_up);
+    EXPECT_EQ(bytes_kept(), (Kept{"a", "b", "c"}));
 }
 
 // Fault: memory grows for months; a number means another entry after the ring has turned.
@@ -108,7 +113,7 @@ TEST_F(TrafficLogTest, PrintsLinesAndFile) {
     clock.set_wall(std::chrono::hours(9) + std::chrono::minutes(8) + milliseconds(7006));
     add(hex_bytes("01 01 01 11 91 A0"), true, 1);
     add("A line of twenty ch~", false, 12);
-    log.add(TrafficLine::terminal, true, 0, "ok\r");
+    add("ok\r", true, 0, TrafficLine::terminal);
     const std::vector<std::string> expected = {
         "Traffic up to 2026-03-10 09:08:07.006",
         "09:08:07.006  unit 01   sent      01 01 01 11 91 A0                                ......",
