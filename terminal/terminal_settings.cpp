@@ -68,9 +68,8 @@ PortSettings port_settings(const TerminalSettings& settings, const PortMap& port
             .handshake = settings.handshake};
 }
 
-std::vector<int> bus_port_numbers(const BusLink& bus, const std::string& folder) {
+std::vector<int> bus_port_numbers(const std::optional<LineSettings>& line, const std::string& folder) {
     std::vector<int> numbers;
-    const auto line = bus.settings();
     numbers.push_back(line ? port_number(line->port_name) : port_of(read_rs485, folder + "/rs485.dat"));
     numbers.push_back(port_of(read_rs422, folder + "/rs422.dat"));
     std::erase(numbers, 0);

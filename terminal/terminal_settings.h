@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "buslink/bus_link.h"
+#include "buslink/line_settings.h"
 
 namespace ampdesk {
 
@@ -35,7 +35,8 @@ void write_terminal_settings(const std::string& path, const TerminalSettings& se
 PortSettings port_settings(const TerminalSettings& settings, const PortMap& ports);
 
 // The numbers of the ports that the amplifiers use or are set to use: that of the open bus, else that
-// of "rs485.dat", and that of "rs422.dat", which a remote station can open at any time.
-std::vector<int> bus_port_numbers(const BusLink& bus, const std::string& folder = ".");
+// of "rs485.dat", and that of "rs422.dat", which a remote station can open at any time. `line` is the open
+// bus's, nothing while none is.
+std::vector<int> bus_port_numbers(const std::optional<LineSettings>& line, const std::string& folder = ".");
 
 }  // namespace ampdesk

@@ -101,7 +101,8 @@ void ModemMenu::edit_settings() {
         line_free();
         return;
     }
-    ConfigScrn dialog(control_.settings(), bus_.ports(), bus_port_numbers(bus_), person_, &window_);
+    ConfigScrn dialog(control_.settings(), bus_.ports(), bus_port_numbers(bus_.settings()), person_,
+                      &window_);
     if (dialog.exec() == QDialog::Accepted)
         control_.use_settings(dialog.settings());
 }

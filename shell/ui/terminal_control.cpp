@@ -79,7 +79,7 @@ void TerminalControl::open_at_start() {
     if (!settings_.port || line_.port() == nullptr)
         return;
     const PortSettings wanted = port_settings(settings_, bus_.ports());
-    for (const int number : bus_port_numbers(bus_)) {
+    for (const int number : bus_port_numbers(bus_.settings())) {
         if (bus_.ports().device(number) != wanted.device)
             continue;
         show_status_(port_name() +

@@ -5,9 +5,7 @@
 #include "terminal/session_log.h"
 #include "terminal/terminal_settings.h"
 #include "tests/support/manual_clock.h"
-#include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
-#include "tests/support/scripted_port.h"
 
 namespace ampdesk {
 namespace {
@@ -58,21 +56,16 @@ TEST(TerminalSettings, KeepsWhatWasChosen) {
 // The terminal is let onto the amplifiers' port, or kept from a port of a file that is none.
 TEST(TerminalSettings, KnowsThePortsOfTheAmplifiers) {
     using Ports = std::vector<int>;
-    ManualClock clock;
-    ScriptedPort port(clock);
-    RecordingOperator person;
-    BusLink bus(port, clock, person);
     const ScratchFolder folder;
-    EXPECT_EQ(bus_port_numbers(bus, folder.path()), Ports{});
+    EXPECT_EQ(bus_port_numbers({}, folder.path()), Ports{});
     folder.put("rs422.dat", "RS-422\r\nCOM4:\r\n6\r\n3\r\n0\r\n0\r\n");
     folder.put("rs485.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n");
-    EXPECT_EQ(bus_port_numbers(bus, folder.path()), (Ports{1, 4}));
-    bus.open_bus_port("COM2:", 9600, 0, 8, 1);
-    EXPECT_EQ(bus_port_numbers(bus, folder.path()), (Ports{2, 4}));
-    bus.open_bus_port("COM4:", 9600, 0, 8, 1);
-    EXPECT_EQ(bus_port_numbers(bus, folder.path()), Ports{4});
+    EXPECT_EQ(bus_port_numbers({}, folder.path()), (Ports{1, 4}));
+    EXPECT_EQ(bus_port_numbers(LineSettings{.port_name = "COM2:"}, folder.path()), (Ports{2, 4}));
+    const LineSettings same{.port_name = "COM4:"};
+    EXPECT_EQ(bus_port_numbers(same, folder.path()), Ports{4});
     folder.put("rs422.dat", "something else\r\nCOM1:\r\n");
-    EXPECT_EQ(bus_port_numbers(bus, folder.path()), Ports{4});
+    EXPECT_EQ(bus_port_numbers(same, folder.path()), Ports{4});
 }
 
 struct LogTest : testing::Test {
