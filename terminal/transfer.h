@@ -16,6 +16,7 @@ struct TransferProgress {
     std::size_t bytes = 0;             // of the file; where the protocol confirms them, those confirmed
     std::optional<std::size_t> total;  // nothing when nobody knows it beforehand
     int errors = 0;                    // blocks asked for or sent once more
+    bool operator==(const TransferProgress&) const = default;
 };
 
 class Transfer {
