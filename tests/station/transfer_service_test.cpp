@@ -1,0 +1,202 @@
+// File transfers and the null modem test behind their dialogs, on a scripted line.
+#include "station/transfer_service.h"
+
+#include <gtest/gtest.h>
+
+#include "terminal/xmodem_block.h"
+#include "tests/support/recording_operator.h"
+#include "tests/support/scratch_folder.h"
+#include "tests/support/scripted_port.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+using Texts = std::vector<std::string>;
+constexpr auto k_send = TransferDirection::send;
+constexpr auto k_receive = TransferDirection::receive;
+
+struct TransferServiceTest : testing::Test {
+    TransferServiceTest() {
+        line.open({.device = "line"});
+        transfers.on_over = [this] { ++overs; };
+    }
+    void TearDown() override { EXPECT_EQ(person.take_texts(), Texts{}); }
+
+    void take(TerminalNotice notice) {
+        if (const auto* state = std::get_if<notice::TransferState>(&notice))
+            states.push_back(state->transfer);
+        else
+            unkept.push_back(std::get<notice::FileNotKept>(notice));
+    }
+    // Steps when they are due, for so long.
+    void pass(milliseconds time) {
+        const Instant end = clock.now() + time;
+        for (auto due = transfers.due(); due && *due <= end; due = transfers.due()) {
+            clock.sleep_until(*due);
+            transfers.step();
+        }
+        clock.sleep_until(end);
+    }
+    // One block and the end of the file, each acknowledged.
+    void send_one_block() {
+        port.arrive(xmodem_block(1, "a", XmodemCheck::crc));
+        int acknowledged = 0;
+        port.responder = [&](const std::string& sent) {
+            const bool end = sent == "\x15" || (sent == "\x06" && ++acknowledged == 1);
+            return ScriptedPort::Answer{{milliseconds(10), end ? "\x04" : ""}};
+        };
+        pass(milliseconds(3000));
+        port.responder = {};
+    }
+
+    ManualClock clock;
+    ScriptedPort port{clock};
+    TerminalLine line{&port, clock};
+    RecordingOperator person;
+    ScratchFolder folder;
+    TransferService transfers{line, person, [this](TerminalNotice notice) { take(std::move(notice)); }};
+    std::vector<TransferView> states;
+    std::vector<notice::FileNotKept> unkept;
+    int overs = 0;
+};
+
+// Fault: a file is sent but its end not told, the line is kept, its state told though nothing has changed, or
+// an answer that comes too late ends it.
+TEST_F(TransferServiceTest, SendsAFile) {
+    port.responder = [](const std::string& sent) {
+        return sent == "\x04" || sent.size() == 133 ? ScriptedPort::Answer{{milliseconds(10), "\x06"}}
+                                                    : ScriptedPort::Answer{};
+    };
+    transfers.begin({k_send, true, folder.put("file", "hello")});
+    pass(milliseconds(1000));
+    transfers.keep(std::nullopt);
+    ASSERT_EQ(states.size(), 1U);
+    EXPECT_TRUE(states[0].busy);
+    EXPECT_EQ(states[0].progress.total, 5U);
+    port.arrive("C");
+    pass(milliseconds(500));
+    EXPECT_EQ(states.back().message, "5 bytes sent.");
+    EXPECT_FALSE(states.back().busy || line.taken());
+    transfers.begin({k_send, false, folder.put("lines", "one\ntwo\n")});
+    pass(milliseconds(500));
+    EXPECT_EQ(port.written.back(), "one\r\ntwo\r\n");
+    EXPECT_EQ(overs, 2);
+    EXPECT_EQ(transfers.due(), std::nullopt);
+}
+
+// Fault: a transfer begins on a line where it cannot work, or without a file; or nobody says why it does not.
+TEST_F(TransferServiceTest, SaysWhyItDoesNotBegin) {
+    const std::string huge = folder.put("huge", "");
+    std::filesystem::resize_file(huge, Transfer::k_longest_file + 1);
+    const std::string file = folder.put("file", "x");
+    const struct {
+        PortSettings settings;
+        std::string path;
+        std::string text;
+        std::string detail;
+    } table[] = {
+        {{}, folder / "none", "File not found", folder / "none"},
+        {{}, huge, "The file is too long", huge + ": more than 16 MB"},
+        {{.device = "line", .data_bits = 7},
+         file,
+         "XMODEM needs 8 data bits",
+         "Modem > Settings changes that."},
+        {{.device = "line", .handshake = Handshake::xon_xoff},
+         file,
+         "XMODEM does not work with the XON/XOFF handshake",
+         "Modem > Settings changes that."},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.text);
+        line.open(row.settings);
+        transfers.begin({k_send, true, row.path});
+        ASSERT_EQ(person.messages.size(), 1U);
+        EXPECT_EQ(person.messages[0].detail, row.detail);
+        EXPECT_EQ(person.take_texts(), Texts{row.text});
+    }
+    line.close();
+    transfers.begin({k_receive, false, file});
+    EXPECT_EQ(person.take_texts(), Texts{"The terminal's port cannot be used now"});
+    EXPECT_TRUE(states.empty());
+}
+
+// Fault: hours of receiving are lost to a full disk or a wrong name, an old file is spoilt by a transfer that
+// failed, or a file that was given up is written after all.
+TEST_F(TransferServiceTest, KeepsAReceivedFileUnderANameThatWorks) {
+    const std::string old = folder.put("old", "old");
+    transfers.begin({k_receive, true, old});
+    port.arrive("\x18\x18");
+    pass(milliseconds(1000));
+    EXPECT_EQ(states.back().message, "The other side has cancelled.");
+    EXPECT_EQ(states.back().state, TransferState::failed);
+    EXPECT_EQ(file_bytes(old), "old");
+
+    const std::string nowhere = folder / "none/file";
+    for (const bool given_up : {true, false}) {
+        unkept.clear();
+        transfers.begin({k_receive, true, nowhere});
+        send_one_block();
+        transfers.keep(nowhere);
+        ASSERT_EQ(unkept.size(), 2U);
+        EXPECT_EQ(unkept[1].path + ": " + unkept[1].cause, nowhere + ": Path not found");
+        EXPECT_TRUE(states.back().busy);
+        EXPECT_FALSE(line.taken());
+        transfers.begin({k_receive, true, old});
+        EXPECT_FALSE(line.taken());
+        transfers.keep(given_up ? std::nullopt : std::optional(folder / "file"));
+        EXPECT_EQ(states.back().message,
+                  given_up
+                      ? "The file was received but not saved."
+                      : "128 bytes received. It ends in filling bytes (hexadecimal 1A) of the last block.");
+        EXPECT_FALSE(states.back().busy);
+        EXPECT_EQ(file_bytes(folder / "file"), given_up ? "" : "a" + std::string(127, '\x1A'));
+    }
+    EXPECT_EQ(states.back().path, folder / "file");
+}
+
+// Fault: End throws away what has come, or ends a protocol that has no end of its own.
+TEST_F(TransferServiceTest, EndKeepsAText) {
+    for (const bool xmodem : {true, false}) {
+        transfers.begin({k_receive, xmodem, folder / "text"});
+        port.arrive("line\r\n");
+        pass(milliseconds(100));
+        transfers.end();
+        pass(milliseconds(400));
+        EXPECT_EQ(states.back().busy, xmodem);
+        transfers.cancel();
+        EXPECT_EQ(states.back().state, xmodem ? TransferState::cancelled : TransferState::done);
+        pass(milliseconds(4000));
+    }
+    EXPECT_EQ(file_bytes(folder / "text"), "line\r\n");
+}
+
+// Fault: a transfer whose port was closed goes on for ever, or sends into the next call.
+TEST_F(TransferServiceTest, EndsWithItsPort) {
+    transfers.begin({k_receive, true, folder / "file"});
+    line.close();
+    line.open({.device = "line"});
+    port.written.clear();
+    pass(milliseconds(5000));
+    EXPECT_EQ(states.back().message, "The terminal port was closed.");
+    EXPECT_FALSE(states.back().busy);
+    EXPECT_TRUE(port.written.empty());
+}
+
+// Fault: the report never comes or comes twice, the line is kept, or the test passes for a transfer.
+TEST_F(TransferServiceTest, TheNullModemTestReports) {
+    port.responder = [](const std::string& sent) { return ScriptedPort::Answer{{milliseconds(40), sent}}; };
+    for (int i = 0; i < 2; ++i) transfers.test_null_modem();  // the second one does not get the line
+    EXPECT_TRUE(line.taken());
+    pass(milliseconds(2000));
+    ASSERT_EQ(person.messages.size(), 1U);
+    EXPECT_EQ(person.messages[0].title, "Null Modem Test");
+    EXPECT_EQ(person.messages[0].icon, Icon::information);
+    EXPECT_NE(person.take_texts()[0].find("the text came back"), std::string::npos);
+    EXPECT_FALSE(line.taken());
+    EXPECT_TRUE(states.empty());
+    EXPECT_EQ(overs, 1);
+}
+
+}  // namespace
+}  // namespace ampdesk
