@@ -144,7 +144,7 @@ void Terminal::take_request() {
     remote_.commCommandProc(request);
 }
 
-std::optional<Duration> Terminal::next_tick() {
+std::optional<Duration> Terminal::next_tick() const {
     const Instant now = clock_.now();
     std::optional<Instant> next;
     const auto want = [&](std::optional<Instant> at) {

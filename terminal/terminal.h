@@ -47,7 +47,7 @@ class Terminal : public BusGuest {
     void tick();
 
     // How long until tick() is wanted; nothing while only input can bring anything.
-    std::optional<Duration> next_tick();
+    std::optional<Duration> next_tick() const;
 
     // The requests of a remote station, one after another, for whoever asks the guests of the bus in turn.
     std::optional<Instant> due() const override;
@@ -61,6 +61,7 @@ class Terminal : public BusGuest {
     void report(int code);
 
     Modem& modem() { return modem_; }
+    const Modem& modem() const { return modem_; }
     RemoteCommands& remote_commands() { return remote_; }
     const LineState& line_state() const { return state_; }
 
