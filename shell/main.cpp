@@ -92,7 +92,7 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     BusPort bus_port(clock, site.values, line.demo);
     const StationHostOptions station_options{bus_options(site.values, line), head_options(site.values)};
     Talk talk;
-    StationHost station(talk, bus_port.port(), clock, station_options);
+    StationHost station(talk, {bus_port.port()}, clock, station_options);
 
     MDIForm1Options options;
     options.version = AMPDESK_VERSION;

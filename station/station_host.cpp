@@ -7,29 +7,73 @@
 
 namespace ampdesk {
 
-StationHost::StationHost(Talk& talk, SerialPort& bus_port, Clock& clock, const StationHostOptions& options)
+namespace {
+
+std::vector<SerialPort*> ports_of(const StationLines& lines) {
+    std::vector<SerialPort*> ports{&lines.bus};
+    if (lines.terminal != nullptr)
+        ports.push_back(lines.terminal);
+    return ports;
+}
+
+// A notice with a key is a state, of which the newest counts; one without is an event.
+auto teller(Mailbox<Notice>& notices) {
+    return [&notices](const std::string& key, auto notice) {
+        if (key.empty())
+            notices.put(std::move(notice));
+        else
+            notices.put_newest(key, std::move(notice));
+    };
+}
+
+// What comes in pieces: joined while nobody takes it.
+template <class Piece, class Part>
+void put_piece(Mailbox<Notice>& notices, const std::string& key, Piece piece) {
+    notices.put_joined(key, Part(std::move(piece)), [](Notice& waiting, Notice&& newer) {
+        join(std::get<Piece>(std::get<Part>(waiting)), std::get<Piece>(std::get<Part>(std::move(newer))));
+    });
+}
+
+}  // namespace
+
+StationHost::StationHost(Talk& talk, const StationLines& lines, Clock& clock,
+                         const StationHostOptions& options)
     : acts_(talk.acts),
       notices_(talk.notices),
       clock_(clock),
-      bus_(bus_port, clock, person_, options.bus),
+      ports_(ports_of(lines)),
+      bus_(lines.bus, clock, person_, options.bus),
       services_{bus_, clock, person_, options.heads},
-      heads_(station_,
-             [this](const std::string& key, HeadNotice notice) {
-                 if (key.empty())
-                     notices_.put(std::move(notice));
-                 else
-                     notices_.put_newest(key, std::move(notice));
-             }),
-      line_watch_(bus_, station_, person_, [this](const notice::LineState& state) {
-          notices_.put_newest("line", state);
-      }) {}
+      heads_(station_, teller(notices_)),
+      line_watch_(bus_, station_, person_,
+                  [this](const notice::LineState& state) { notices_.put_newest("line", state); }),
+      terminal_(lines.terminal, station_, services_, teller(notices_)),
+      tools_(station_, bus_, person_, teller(notices_)),
+      setups_(station_, services_, teller(notices_)),
+      simulator_(lines.simulator, clock, teller(notices_)) {
+    terminal_.on_text = [this](std::string_view bytes) {
+        put_piece<notice::TerminalText, TerminalNotice>(notices_, "text", {std::string(bytes)});
+    };
+    terminal_.on_traffic = [this](TrafficChunk chunk) {
+        put_piece<notice::Traffic, TerminalNotice>(notices_, "traffic", {{std::move(chunk)}});
+    };
+}
 
 Instant StationHost::step() {
     for (const Act& act : acts_.take_all()) std::visit([this](const auto& part) { take(part); }, act);
+    terminal_.step();
     const Instant next = station_.step();
-    line_watch_.step(false);
+    tools_.step();
+    simulator_.step();
+    line_watch_.step(setups_.rs422_mode());
     if (stage_ == Stage::finishing)
         step_finish();
+    return due(next);
+}
+
+Instant StationHost::due(Instant next) const {
+    for (const std::optional<Instant> wanted : {terminal_.due(), tools_.due(), simulator_.due()})
+        next = std::min(next, wanted.value_or(next));
     return stage_ == Stage::finishing ? std::min(next, finish_by_) : next;
 }
 
@@ -63,12 +107,15 @@ void StationHost::on(const act::Finish& finish) {
     stage_ = Stage::finishing;
     finish_ = finish;
     finish_by_ = clock_.now() + k_last_keys;
+    terminal_.begin_finish();
 }
 
 // HV Off and the close button right after it: what has been pressed is sent.
 void StationHost::step_finish() {
-    if (station_.orders_left() && clock_.now() < finish_by_)
+    const bool keys_left = station_.orders_left() && clock_.now() < finish_by_;
+    if (keys_left || !terminal_.finished())
         return;
+    tools_.end_transfer();
     UnsavedFiles unsaved;
     for (const auto& [path, lines] : finish_.files)
         unsaved.attempt(path, [&] { write_titled_lines(path, lines); });

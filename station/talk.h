@@ -10,6 +10,10 @@
 #include "platform/operator.h"
 #include "station/head_talk.h"
 #include "station/person_talk.h"
+#include "station/setup_talk.h"
+#include "station/simulator_talk.h"
+#include "station/terminal_talk.h"
+#include "station/tool_talk.h"
 
 namespace ampdesk {
 
@@ -45,8 +49,9 @@ struct Finished {};
 
 using ProgramNotice = std::variant<notice::Finished>;
 
-using Act = std::variant<HeadAct, PersonAct, ProgramAct>;
-using Notice = std::variant<HeadNotice, PersonNotice, ProgramNotice>;
+using Act = std::variant<HeadAct, TerminalAct, ToolAct, SetupAct, SimulatorAct, PersonAct, ProgramAct>;
+using Notice = std::variant<HeadNotice, TerminalNotice, ToolNotice, SetupNotice, SimulatorNotice,
+                            PersonNotice, ProgramNotice>;
 
 // The two queues. What is put into one is never touched again by who put it there.
 struct Talk {

@@ -86,6 +86,10 @@ class MDIForm1 : public QMainWindow {
     frmMachine* keyboard_target() const;
     void send(Act act) { talk_.acts.put(std::move(act)); }
     void take(const HeadNotice& notice);
+    void take(const TerminalNotice&) {}
+    void take(const ToolNotice&) {}
+    void take(const SetupNotice&) {}
+    void take(const SimulatorNotice&) {}
     void take(const PersonNotice& notice);
     void take(const ProgramNotice& notice);
     void follow_heads();

@@ -8,6 +8,7 @@
 
 #include "platform/dialogs.h"
 #include "terminal/terminal_line.h"
+#include "terminal/terminal_view.h"
 #include "terminal/ui/transfer_driver.h"
 
 class QLabel;
@@ -16,8 +17,6 @@ class QPushButton;
 class QRadioButton;
 
 namespace ampdesk {
-
-enum class TransferDirection { send, receive };
 
 class TransferDialog : public QDialog {
     Q_OBJECT

@@ -51,7 +51,7 @@ class Desk : public ::testing::Test {
                   MDIForm1Options form_options = {.version = "1.2.3",
                                                   .gauge = {30, 60},
                                                   .amplifier_files = {}})
-        : host(talk, port, clock, {.bus = std::move(options)}),
+        : host(talk, {port}, clock, {.bus = std::move(options)}),
           terminal_line(terminal_port, clock),
           form(talk, host, terminal_line, clock, person, std::move(form_options)) {
         std::filesystem::current_path(folder.path());

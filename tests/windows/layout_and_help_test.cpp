@@ -39,7 +39,7 @@ TEST_F(Layout, ComesBackAtTheNextStart) {
     layout->heads[0].place = {5000, 12, 560, 280};
     write_titled_lines("layout.dat", layout_lines(*layout));
     Talk next_talk;
-    StationHost next_host{next_talk, port, clock, {}};
+    StationHost next_host{next_talk, {port}, clock, {}};
     TerminalLine next_line{nullptr, clock};
     MDIForm1 next{next_talk, next_host, next_line,
                   clock,     person,    {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};

@@ -197,7 +197,7 @@ TEST(MainWindowLine, IsWatchedAfterItWasClosed) {
     BusOptions options;
     options.ports.set(1, folder / "line");
     Talk talk;
-    StationHost host(talk, *port, *clock, {.bus = options});
+    StationHost host(talk, {*port}, *clock, {.bus = options});
     BusLink& bus = host.bus();
     Station& station = host.station();
     TerminalLine terminal(nullptr, *clock);
@@ -257,7 +257,7 @@ TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {
         if (c.content != nullptr)
             folder.put("ampdesk.dat", c.content);
         Talk fresh_talk;
-        StationHost fresh_host(fresh_talk, port, clock, {});
+        StationHost fresh_host(fresh_talk, {port}, clock, {});
         fresh_station = &fresh_host.station();
         MDIForm1 fresh(fresh_talk, fresh_host, terminal_line, clock, person,
                        {.version = {},
