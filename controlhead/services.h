@@ -23,8 +23,8 @@ struct HeadOptions {
     std::string shipped_folder = ".";  // where "mhelp.txt" stands when the folder has none
     NegativeWords negative_words = NegativeWords::overflow;
     // Band capability 0..4 of the maker's own model designations.
-    std::map<std::string, int> model_capabilities;
-    std::vector<IdentityPattern> identity_patterns;
+    std::map<std::string, int> model_capabilities{};
+    std::vector<IdentityPattern> identity_patterns{};
 };
 
 struct HeadServices {

@@ -9,6 +9,8 @@ namespace ampdesk {
 
 namespace {
 
+constexpr std::chrono::milliseconds k_look_for_lost_line{250};
+
 std::vector<SerialPort*> ports_of(const StationLines& lines) {
     std::vector<SerialPort*> ports{&lines.bus};
     if (lines.terminal != nullptr)
@@ -71,9 +73,11 @@ Instant StationHost::step() {
     return due(next);
 }
 
-Instant StationHost::due(Instant next) const {
+Instant StationHost::due(Instant next) {
     for (const std::optional<Instant> wanted : {terminal_.due(), tools_.due(), simulator_.due()})
         next = std::min(next, wanted.value_or(next));
+    if (bus_.port().is_open() && !bus_.port().is_connected())
+        next = std::min<Instant>(next, clock_.now() + k_look_for_lost_line);
     return stage_ == Stage::finishing ? std::min(next, finish_by_) : next;
 }
 

@@ -68,7 +68,7 @@ class StationHost {
     void on(const act::Start& start);
     void on(const act::Finish& finish);
     void step_finish();
-    Instant due(Instant next) const;
+    Instant due(Instant next);
 
     Mailbox<Act>& acts_;
     Mailbox<Notice>& notices_;

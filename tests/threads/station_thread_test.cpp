@@ -1,0 +1,201 @@
+// The station on its own thread, with simulated amplifiers; the test's thread plays the windows.
+#include "station/station_thread.h"
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <map>
+#include <random>
+#include <set>
+
+#include "demo/demonstration.h"
+#include "demo/sim_port.h"
+#include "platform/text_file.h"
+#include "tests/support/scratch_folder.h"
+
+namespace ampdesk {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr int k_amplifiers = 12;
+constexpr int k_steps = 3'000;
+constexpr std::chrono::seconds k_patience{30};
+
+// What the windows know, from the notices alone.
+class Windows {
+  public:
+    explicit Windows(Talk& talk) : talk_(talk) {
+        talk_.notices.on_first = [this] {
+            const std::lock_guard lock(mutex_);
+            news_ = true;
+            come_.notify_one();
+        };
+    }
+
+    void take_notices() {
+        for (const Notice& notice : talk_.notices.take_all()) {
+            if (const auto* head = std::get_if<HeadNotice>(&notice))
+                std::visit([this](const auto& one) { see(one); }, *head);
+            if (const auto* told = std::get_if<PersonNotice>(&notice))
+                if (const auto* asked = std::get_if<notice::Asked>(told))
+                    talk_.acts.put(act::AnswerQuestion{asked->number, {Answer::yes}});
+            finished = finished || std::holds_alternative<ProgramNotice>(notice);
+        }
+    }
+    // Until it is so; false when that takes too long.
+    template <class Condition>
+    bool see_that(Condition condition) {
+        const auto limit = std::chrono::steady_clock::now() + k_patience;
+        for (take_notices(); !condition(); take_notices()) {
+            std::unique_lock lock(mutex_);
+            if (!come_.wait_until(lock, limit, [this] { return news_; }))
+                return false;
+            news_ = false;
+        }
+        return true;
+    }
+
+    std::map<int, HeadView> heads;  // by their numbers; a window goes at once when it is closed here
+    long views = 0;
+    bool finished = false;
+
+  private:
+    void see(const notice::HeadOpened& opened) {
+        there_.insert(opened.identity.id);
+        heads[opened.identity.id] = opened.view;
+    }
+    void see(const notice::HeadChanged& changed) {
+        ++views;
+        EXPECT_TRUE(there_.contains(changed.head)) << "before it has opened, or after it has closed";
+        if (heads.contains(changed.head))
+            heads[changed.head] = changed.view;
+    }
+    void see(const notice::HeadClosed& closed) {
+        EXPECT_EQ(there_.erase(closed.head), 1U);
+        heads.erase(closed.head);
+    }
+    void see(const notice::LineState&) {}
+
+    Talk& talk_;
+    std::set<int> there_;
+    std::mutex mutex_;
+    std::condition_variable come_;
+    bool news_ = false;
+};
+
+class StationThreads : public testing::Test {
+  protected:
+    StationThreads() {
+        demo::add_demonstration(bus_, k_amplifiers);
+        settings_ = host_.station().settings().subscribe([this](const Setting& setting) {
+            if (setting.command == "\x10\x13")
+                ++hv_off_sent_;
+        });
+        files_ = demo::write_demonstration_files(folder_.path(), k_amplifiers);
+        for (std::string& name : files_) name = folder_ / name;
+    }
+    std::string any_file() { return files_[below(k_amplifiers)]; }
+    int any_head() {
+        if (windows_.heads.empty())
+            return 0;
+        auto head = windows_.heads.begin();
+        std::advance(head, below(static_cast<int>(windows_.heads.size())));
+        return head->first;
+    }
+    std::size_t below(int end) { return (random_() >> 8U) % static_cast<unsigned>(end); }
+    void do_something();
+
+    const ScratchFolder folder_;
+    const std::unique_ptr<Clock> clock_ = make_system_clock();
+    demo::SimBus bus_{*clock_};
+    demo::SimPort port_{bus_, *clock_};
+    Talk talk_;
+    StationHost host_{talk_,
+                      {port_},
+                      *clock_,
+                      {.heads = {.folder = folder_.path(), .negative_words = NegativeWords::two_complement}}};
+    Subscription settings_;
+    long hv_off_sent_ = 0;  // the thread's, until it has ended
+    const std::unique_ptr<LineWait> wait_ = make_line_wait(*clock_);
+    Windows windows_{talk_};
+    std::vector<std::string> files_;
+    std::minstd_rand random_{1};
+    long hv_off_pressed_ = 0;
+};
+
+void StationThreads::do_something() {
+    const int head = any_head();
+    switch (below(12)) {
+        case 0:
+            return talk_.acts.put(act::OpenFile{any_file()});
+        case 1:
+            return talk_.acts.put_newest("active", act::SetActive{head});
+        case 2:
+            if (below(20) > 0)
+                return;
+            windows_.heads.erase(head);
+            return talk_.acts.put(act::CloseHead{head});
+        case 3:
+            talk_.acts.put(act::BeginNvram{NvramTransfer::Mode::read, folder_ / "nvram.txt", 1});
+            return talk_.acts.put(act::StartNvram{});
+        case 4:
+            return talk_.acts.put(act::SendConsoleCommand{2, "A0 17 0"});
+        case 5:
+            return talk_.acts.put(act::SetLook{head, {.font_size = 13.0 + static_cast<double>(below(3))}});
+        case 6:
+            return talk_.acts.put(act::MoveScrollBar{head, static_cast<int>(below(300)), {true, 0, 300, 0}});
+        default:
+            break;
+    }
+    const auto view = windows_.heads.find(head);
+    const auto key = static_cast<std::int16_t>(below(4));
+    if (view != windows_.heads.end())
+        talk_.acts.put(act::PressKey{head, key, view->second.panel.key_name(key)});
+}
+
+// Faults: a data race between windows and station; a press of HV Off that is lost beside everything else or
+// by the closing of its head, or carried out twice; a window that is told of a head before it has opened or
+// after it has closed; an end that does not come.
+TEST_F(StationThreads, NothingIsLostBetweenThem) {
+    StationThread thread(talk_, host_, *wait_);
+    talk_.acts.put(act::Start{files_});
+    ASSERT_TRUE(windows_.see_that([this] { return windows_.heads.size() == k_amplifiers; }));
+    for (int step = 0; step < k_steps; ++step) {
+        do_something();
+        if (step % 10 == 0 && !windows_.heads.empty()) {
+            talk_.acts.put(act::PressHardKey{any_head(), 1, clock_->now()});
+            ++hv_off_pressed_;
+        }
+        if (step % 3 == 0)
+            windows_.take_notices();
+        if (step % 50 == 0)
+            windows_.see_that([this, seen = windows_.views] { return windows_.views > seen; });
+    }
+    const int last = any_head();
+    talk_.acts.put(act::PressHardKey{last, 1, clock_->now()});
+    talk_.acts.put(act::CloseHead{last});
+    talk_.acts.put(act::Finish{{{folder_ / "layout.dat", {"layout"}}}});
+    const Instant asked = clock_->now();
+    EXPECT_TRUE(windows_.see_that([this] { return windows_.finished; }));
+    EXPECT_LT(clock_->now() - asked, std::chrono::seconds(4));
+    thread.end();
+    EXPECT_TRUE(windows_.heads.empty());
+    EXPECT_EQ(hv_off_sent_, hv_off_pressed_ + 1);
+    EXPECT_TRUE(file_exists(folder_ / "layout.dat"));
+}
+
+// Fault: a program that is told to quit in the middle of opening hangs.
+TEST_F(StationThreads, EndsAtAnyTime) {
+    for (const std::size_t heads : {0, 1, 5}) {
+        Talk talk;
+        Windows windows(talk);
+        StationHost host(talk, {port_}, *clock_, {.heads = {.folder = folder_.path()}});
+        const StationThread thread(talk, host, *wait_);
+        talk.acts.put(act::Start{files_});
+        EXPECT_TRUE(windows.see_that([&] { return windows.heads.size() >= heads; }));
+    }
+}
+
+}  // namespace
+}  // namespace ampdesk
