@@ -62,6 +62,8 @@ StationHost::StationHost(Talk& talk, const StationLines& lines, Clock& clock,
 }
 
 Instant StationHost::step() {
+    if (finished())
+        return Instant::max();
     for (const Act& act : acts_.take_all()) std::visit([this](const auto& part) { take(part); }, act);
     terminal_.step();
     const Instant next = station_.step();
