@@ -92,12 +92,14 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     BusPort bus_port(clock, site.values, line.demo);
     const StationHostOptions station_options{bus_options(site.values, line), head_options(site.values)};
     Talk talk;
-    StationHost station(talk, {bus_port.port()}, clock, station_options);
+    const std::unique_ptr<SerialPort> MSComm1 = line.demo ? nullptr : make_serial_port(clock);
+    StationHost station(talk, {bus_port.port(), MSComm1.get()}, clock, station_options);
 
     MDIForm1Options options;
     options.version = AMPDESK_VERSION;
     options.demonstration = line.demo.has_value();
     options.gauge = {site.values.gauge_minimum, site.values.gauge_maximum};
+    options.ports = station_options.bus.ports;
     options.shipped_folder = station_options.heads.shipped_folder;
     options.amplifier_files = line.amplifier_files;
     for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
@@ -114,9 +116,7 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
                 faults->follow(unit_address);
         };
     }
-    const std::unique_ptr<SerialPort> MSComm1 = make_serial_port(clock);
-    TerminalLine terminal_line(line.demo ? nullptr : MSComm1.get(), clock);
-    MDIForm1 form(talk, station, terminal_line, clock, person, options);
+    MDIForm1 form(talk, station, clock, person, options);
     person.set_parent_window(&form);
     form.show();
 

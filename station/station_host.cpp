@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/run_time_error.h"
 #include "platform/text_file.h"
 
 namespace ampdesk {
@@ -95,16 +96,22 @@ void StationHost::take(const ProgramAct& act) {
 // The terminal's port only when the amplifiers are open: where both are set to the same port, they come
 // first.
 void StationHost::on(const act::Start& start) {
+    std::vector<std::string> amplifier_files = start.amplifier_files;
+    try {
+        terminal_.load_settings();
+    } catch (const RunTimeError& error) {
+        person_.notify(error.what(), k_terminal_settings_file);
+        amplifier_files.clear();
+    }
     const auto files_are_open = [this, messages = start.messages] {
         station_.when_files_are_open(nullptr);
-        if (on_started)
-            on_started();
+        terminal_.open_at_start();
         for (const Message& message : messages) person_.tell(message);
     };
-    if (start.amplifier_files.empty())
+    if (amplifier_files.empty())
         return files_are_open();
     station_.when_files_are_open(files_are_open);
-    station_.auto_open_dat_files(start.amplifier_files);
+    station_.auto_open_dat_files(amplifier_files);
 }
 
 void StationHost::on(const act::Finish& finish) {

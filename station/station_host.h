@@ -2,7 +2,6 @@
 // seen, and lives by step(). It belongs to one thread at a time; only the queues of its talk are shared.
 #pragma once
 
-#include <functional>
 #include <vector>
 
 #include "station/head_service.h"
@@ -52,8 +51,6 @@ class StationHost {
     BusLink& bus() { return bus_; }
     HeadServices& services() { return services_; }
     TerminalService& terminal() { return terminal_; }
-
-    std::function<void()> on_started;
 
   private:
     enum class Stage { running, finishing, finished };

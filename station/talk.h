@@ -19,8 +19,9 @@ namespace ampdesk {
 
 namespace act {
 
-// Once, when the windows are there: opens the amplifiers, then the terminal's port, then tells what there is
-// to tell, as a box may stand for hours.
+// Once, when the windows are there: reads the terminal's settings, opens the amplifiers, then the terminal's
+// port, then tells what there is to tell, as a box may stand for hours. A settings file that is none is told,
+// and no amplifier is opened.
 struct Start {
     std::vector<std::string> amplifier_files{};
     std::vector<Message> messages{};

@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "platform/qt/text.h"
-#include "platform/run_time_error.h"
 #include "shell/ui/present.h"
 
 namespace ampdesk {
@@ -31,7 +30,7 @@ constexpr milliseconds k_close_limit{5000};
 
 }  // namespace
 
-MDIForm1::MDIForm1(Talk& talk, StationHost& host, TerminalLine& line, const Clock& clock, QtOperator& person,
+MDIForm1::MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator& person,
                    MDIForm1Options options)
     : talk_(talk),
       host_(host),
@@ -46,11 +45,9 @@ MDIForm1::MDIForm1(Talk& talk, StationHost& host, TerminalLine& line, const Cloc
     build_centre();
     heads_ = std::make_unique<HeadWindows>(*area_, layout_, options_.gauge, clock,
                                            [this](const HeadAct& act) { send(act); });
-    terminal_ = std::make_unique<TerminalControl>(*this, *Term_, line, host.station(), host.bus(), person,
-                                                  [this](const QString& text) { show_status(text); });
-    terminal_->line_wanted = [this] { poll_timer_.start(0); };
-    host_.on_started = [this] { terminal_->open_at_start(); };
-    build_menu(line);
+    terminal_ =
+        std::make_unique<TerminalControl>(*this, *Term_, [this](const TerminalAct& act) { send(act); });
+    build_menu(clock);
     resize(k_natural_size.boundedTo(screen()->availableSize() * 0.94));
     layout_.restore_main();
 
@@ -70,9 +67,7 @@ MDIForm1::MDIForm1(Talk& talk, StationHost& host, TerminalLine& line, const Cloc
         QMetaObject::invokeMethod(this, &MDIForm1::take_notices, Qt::QueuedConnection);
     };
     person_.on_status = [this](const QString& text) { show_status(text); };
-    person_.on_reply = [this](int number, const Reply& reply) {
-        send(act::AnswerQuestion{number, reply});
-    };
+    person_.on_reply = [this](int number, const Reply& reply) { send(act::AnswerQuestion{number, reply}); };
     person_.on_quiet = [this] {
         if (finished_)
             close();
@@ -83,7 +78,6 @@ MDIForm1::MDIForm1(Talk& talk, StationHost& host, TerminalLine& line, const Cloc
 MDIForm1::~MDIForm1() {
     talk_.acts.on_first = nullptr;
     talk_.notices.on_first = nullptr;
-    host_.on_started = nullptr;
     delete keys_;  // the sub-windows go after this, and tell it of every change of the focus
     heads_.reset();
     person_.on_status = nullptr;
@@ -125,7 +119,7 @@ void MDIForm1::build_centre() {
     });
 }
 
-void MDIForm1::build_menu(TerminalLine& line) {
+void MDIForm1::build_menu(const Clock& clock) {
     using enum Live;
     using Mode = NvramTransfer::Mode;
     using Page = HelpViewer::Page;
@@ -149,7 +143,8 @@ void MDIForm1::build_menu(TerminalLine& line) {
                   {"-"},
                   {"E&xit", [this] { close(); }}},
          .after = [this] { poll(); }});
-    modem_ = std::make_unique<ModemMenu>(*menu_, *this, *terminal_, line, host_.bus(), person_);
+    modem_ = std::make_unique<ModemMenu>(*menu_, *this, *terminal_, options_.ports, clock, person_,
+                                         [this](const TerminalAct& act) { send(act); });
     const std::vector<MenuRow> screen = {{"&Screen Settings", with_head([this](const frmMachine& head) {
                                               for (const auto& open : host_.station().open_heads())
                                                   if (open->identity().id == head.identity().id)
@@ -218,12 +213,6 @@ ServiceTools::Hooks MDIForm1::tool_hooks() {
 }
 
 void MDIForm1::load() {
-    try {
-        terminal_->load_settings();
-    } catch (const RunTimeError& error) {
-        person_.notify(error.what(), "ampdesk.dat");
-        options_.amplifier_files.clear();
-    }
     TimerFileAutoOpen_.start(0);
 }
 
@@ -263,6 +252,11 @@ void MDIForm1::take(const HeadNotice& notice) {
         heads_->show(notice);
 }
 
+void MDIForm1::take(const TerminalNotice& notice) {
+    terminal_->take(notice);
+    modem_->take(notice);
+}
+
 void MDIForm1::take(const PersonNotice& notice) {
     present(notice, person_);
 }
@@ -271,8 +265,6 @@ void MDIForm1::take(const PersonNotice& notice) {
 void MDIForm1::take(const ProgramNotice&) {
     finished_ = true;
     close_limit_.stop();
-    terminal_->finish();
-    modem_->close_log();
     if (person_.quiet())
         close();
 }
@@ -291,13 +283,9 @@ void MDIForm1::follow_heads() {
 
 // Called whenever something may have come, an act of the operator's or a byte, and when something is due.
 void MDIForm1::poll() {
-    const Instant next = host_.step();
-    watch_line();
-    SerialPort& port = host_.bus().port();
-    const bool lost = port.is_open() && !port.is_connected();
-    if (host_.station().idle() && !lost && !finishing_)
-        return poll_timer_.stop();
-    const Instant due = std::min(next, port.input_due().value_or(next));
+    Instant due = host_.step();
+    watch_lines();
+    for (const SerialPort* port : host_.ports()) due = std::min(due, port->input_due().value_or(due));
     const auto wait = std::chrono::ceil<milliseconds>(due - host_.bus().clock().now());
     poll_timer_.start(std::clamp(wait, milliseconds(0), k_poll_again));
 }
@@ -305,21 +293,25 @@ void MDIForm1::poll() {
 // A lost line has no descriptor; the timer looks for it. The notifier may be on the stack here. It is
 // switched off where the port was closed behind its back, and another one may have been opened under the same
 // number.
-void MDIForm1::watch_line() {
-    const int handle = host_.bus().port().watch_handle();
-    const bool watching = line_notifier_ != nullptr && line_notifier_->isEnabled();
-    if (handle == watched_handle_ && watching == (handle >= 0))
-        return;
-    watched_handle_ = handle;
-    if (line_notifier_ != nullptr) {
-        line_notifier_->setEnabled(false);
-        line_notifier_->deleteLater();
-        line_notifier_ = nullptr;
+void MDIForm1::watch_lines() {
+    watched_.resize(host_.ports().size());
+    for (std::size_t i = 0; i < watched_.size(); ++i) {
+        auto& [notifier, watched] = watched_[i];
+        const int handle = host_.ports()[i]->watch_handle();
+        const bool watching = notifier != nullptr && notifier->isEnabled();
+        if (handle == watched && watching == (handle >= 0))
+            continue;
+        watched = handle;
+        if (notifier != nullptr) {
+            notifier->setEnabled(false);
+            notifier->deleteLater();
+            notifier = nullptr;
+        }
+        if (handle < 0)
+            continue;
+        notifier = new QSocketNotifier(handle, QSocketNotifier::Read, this);
+        connect(notifier, &QSocketNotifier::activated, this, &MDIForm1::poll);
     }
-    if (handle < 0)
-        return;
-    line_notifier_ = new QSocketNotifier(handle, QSocketNotifier::Read, this);
-    connect(line_notifier_, &QSocketNotifier::activated, this, &MDIForm1::poll);
 }
 
 void MDIForm1::shut_down() {
@@ -334,7 +326,7 @@ void MDIForm1::shut_down() {
 
 void MDIForm1::closeEvent(QCloseEvent* event) {
     event->setAccepted(finished_ && person_.quiet());
-    if (!finished_ && terminal_->ready_to_close())
+    if (!finished_)
         shut_down();
 }
 

@@ -33,6 +33,7 @@ struct MDIForm1Options {
     std::string version;  // major.minor.revision
     bool demonstration = false;
     GaugeRange gauge;
+    PortMap ports{};                           // what the numbers of the terminal's port stand for
     std::string shipped_folder = ".";          // where the manual is when the program's folder has none
     std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
     std::vector<std::string> models{};         // the site's own designations, in the order of its file
@@ -52,12 +53,10 @@ class MDIForm1 : public QMainWindow {
   public:
     // The references stay valid as long as the window, which reads the notices until its end. Of the clock
     // it only reads the time.
-    MDIForm1(Talk& talk, StationHost& host, TerminalLine& line, const Clock& clock, QtOperator& person,
-             MDIForm1Options options);
+    MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator& person, MDIForm1Options options);
     ~MDIForm1() override;
 
-    // Second part of loading, with the window shown: "ampdesk.dat", then the start-up timer. A
-    // settings file that is none is told and leaves the timer off.
+    // Second part of loading, with the window shown: the start-up timer.
     void load();
 
     // Tells the station to finish, as closing the window does, which goes when the station has.
@@ -72,21 +71,21 @@ class MDIForm1 : public QMainWindow {
     void show_status(const QString& text);
 
     // COM port 1..4 that "ampdesk.dat" keeps for the terminal; nothing when it names none.
-    std::optional<int> terminal_port() const { return terminal_->settings().port; }
+    std::optional<int> terminal_port() const { return terminal_->view().settings.port; }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
 
   private:
     void build_centre();
-    void build_menu(TerminalLine& line);
+    void build_menu(const Clock& clock);
     // The action on the head that menu items mean; nothing while there is none.
     std::function<void()> with_head(std::function<void(const frmMachine&)> action) const;
     ServiceTools::Hooks tool_hooks();
     frmMachine* keyboard_target() const;
     void send(Act act) { talk_.acts.put(std::move(act)); }
     void take(const HeadNotice& notice);
-    void take(const TerminalNotice&) {}
+    void take(const TerminalNotice& notice);
     void take(const ToolNotice&) {}
     void take(const SetupNotice&) {}
     void take(const SimulatorNotice&) {}
@@ -94,7 +93,7 @@ class MDIForm1 : public QMainWindow {
     void take(const ProgramNotice& notice);
     void follow_heads();
     void poll();
-    void watch_line();
+    void watch_lines();
     void TimerFileAutoOpen_Timer();
     void open_file();
     void save_as(const HeadIdentity& head);
@@ -125,8 +124,11 @@ class MDIForm1 : public QMainWindow {
     bool finished_ = false;  // the station: the window goes when the last box has been seen
     QTimer close_limit_;
     QTimer poll_timer_;
-    QSocketNotifier* line_notifier_ = nullptr;
-    int watched_handle_ = -1;
+    struct WatchedLine {
+        QSocketNotifier* notifier = nullptr;
+        int handle = -1;
+    };
+    std::vector<WatchedLine> watched_;  // one a port of the host's
     QTimer TimerFileAutoOpen_;
 };
 

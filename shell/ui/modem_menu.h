@@ -1,15 +1,14 @@
-// The Modem menu: what its items do, how they stand, and the log that one of them opens.
+// The Modem menu: what its items ask of the terminal, and how they stand.
 #pragma once
 
 #include <QMainWindow>
 #include <functional>
-#include <string>
 
+#include "buslink/line_settings.h"
 #include "platform/qt/qt_operator.h"
 #include "shell/ui/main_menu.h"
 #include "shell/ui/terminal_control.h"
 #include "shell/ui/transfer_menu.h"
-#include "terminal/session_log.h"
 
 namespace ampdesk {
 
@@ -18,32 +17,25 @@ class ModemMenu : public QObject {
 
   public:
     // Adds the Modem menu to `menu`; dialogs stand in front of `window`. Takes the control's on_change until
-    // its end.
-    ModemMenu(MainMenu& menu, QMainWindow& window, TerminalControl& control, TerminalLine& line, BusLink& bus,
-              QtOperator& person);
+    // its end. The references stay valid until then.
+    ModemMenu(MainMenu& menu, QMainWindow& window, TerminalControl& control, const PortMap& ports,
+              const Clock& clock, QtOperator& person, std::function<void(const TerminalAct&)> send);
     ~ModemMenu() override;
 
-    // When its end may not have been kept, the operator is told.
-    void close_log();
+    void take(const TerminalNotice& notice) { transfers_.take(notice); }
 
   private:
     void add_to(MainMenu& menu);
     void follow();
-    bool line_free();
-    void auto_answer();
     void edit_settings();
-    void hang_up();
     void set_volume();
     void open_log();
-    void log_failed(const std::string& cause);
 
     QMainWindow& window_;
     TerminalControl& control_;
-    TerminalLine& line_;
-    BusLink& bus_;
+    const PortMap& ports_;
     QtOperator& person_;
-    SessionLog log_;
-    int log_watcher_ = 0;
+    std::function<void(const TerminalAct&)> send_;
     TransferMenu transfers_;
     QAction* auto_answer_ = nullptr;
     QAction* open_log_ = nullptr;

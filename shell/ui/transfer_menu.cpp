@@ -1,65 +1,81 @@
 #include "shell/ui/transfer_menu.h"
 
 #include <QAction>
-
-#include "terminal/null_modem_test.h"
+#include <utility>
 
 namespace ampdesk {
 
-TransferMenu::TransferMenu(QMainWindow& window, TerminalLine& line, BusLink& bus, Dialogs& person,
-                           std::function<bool()> line_free, std::function<void()> over)
-    : window_(window),
-      line_(line),
-      bus_(bus),
-      operator_(person),
-      line_free_(std::move(line_free)),
-      over_(std::move(over)) {}
+TransferMenu::TransferMenu(QMainWindow& window, const TerminalView& terminal, const Clock& clock,
+                           Dialogs& person, std::function<void(const TerminalAct&)> send)
+    : window_(window), terminal_(terminal), clock_(clock), operator_(person), send_(std::move(send)) {}
+
+// Dialog and dock go with the window, which may outlive this.
+TransferMenu::~TransferMenu() {
+    if (dialog_)
+        dialog_->hooks = {};
+    if (debug_)
+        debug_->on_watch = nullptr;
+}
+
+void TransferMenu::take(const TerminalNotice& notice) {
+    std::visit([this](const auto& one) { on(one); }, notice);
+}
+
+void TransferMenu::make_dialog(TransferDirection direction) {
+    dialog_ = new TransferDialog(direction, terminal_, operator_, &window_);
+    dialog_->setAttribute(Qt::WA_DeleteOnClose);
+    dialog_->hooks = {.begin =
+                          [this](TransferDirection which, bool xmodem, const std::string& path) {
+                              send_(act::BeginTransfer{which, xmodem, path});
+                          },
+                      .end = [this] { send_(act::EndTransfer{}); },
+                      .cancel = [this] { send_(act::CancelTransfer{}); }};
+    dialog_->show();
+}
 
 void TransferMenu::open_dialog(TransferDirection direction) {
     if (!dialog_) {
-        if (!line_free_())
+        if (!line_free(terminal_, operator_))
             return;
-        dialog_ = new TransferDialog(direction, line_, operator_, &window_);
-        dialog_->setAttribute(Qt::WA_DeleteOnClose);
-        dialog_->line_free = line_free_;
-        connect(dialog_, &TransferDialog::over, this, [this] { over_(); });
+        make_dialog(direction);
     }
-    dialog_->show();
     dialog_->raise();
     dialog_->activateWindow();
 }
 
+// The dialog may have been closed before it was known that its transfer had begun: without one, nobody could
+// cancel it.
+void TransferMenu::on(const notice::TransferState& state) {
+    if (!dialog_ && state.transfer.busy)
+        make_dialog(state.transfer.direction);
+    if (dialog_)
+        dialog_->show_view(state.transfer);
+}
+
+// Not at once: other notices wait behind this one.
+void TransferMenu::on(const notice::FileNotKept& unkept) {
+    const auto ask = [this, unkept] {
+        operator_.ask({.text = unkept.cause, .detail = unkept.path});
+        send_(act::KeepReceivedFile{
+            operator_.choose_file_to_save("Save the received file as", "All Files (*.*)|*.*", unkept.path)});
+    };
+    QMetaObject::invokeMethod(this, ask, Qt::QueuedConnection);
+}
+
+void TransferMenu::on(const notice::Traffic& traffic) {
+    if (debug_)
+        debug_->add(traffic.chunks);
+}
+
 void TransferMenu::toggle_debug(QAction* item) {
-    if (debug_ == nullptr) {
-        debug_ = new DebugDock(bus_, line_, operator_, &window_);
+    if (!debug_) {
+        debug_ = new DebugDock(clock_, operator_, &window_);
+        debug_->on_watch = [this](bool on) { send_(act::WatchTraffic{on}); };
         window_.addDockWidget(Qt::BottomDockWidgetArea, debug_);
         connect(debug_->toggleViewAction(), &QAction::toggled, item, &QAction::setChecked);
     }
     debug_->setVisible(debug_->isHidden());
     item->setChecked(!debug_->isHidden());
-}
-
-void TransferMenu::test_null_modem() {
-    if (!line_free_())
-        return;
-    const Instant now = line_.clock().now();
-    const auto stamp = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count();
-    auto* driver = new TransferDriver(
-        line_,
-        std::make_unique<NullModemTest>(line_.port()->modem_lines(), static_cast<unsigned>(stamp),
-                                        character_time(line_.settings()), now),
-        this);
-    connect(driver, &TransferDriver::over, this, [this, driver] {
-        driver->deleteLater();
-        over_();
-        Message message;
-        message.text = driver->transfer().message();
-        message.icon = Icon::information;
-        message.title = "Null Modem Test";
-        operator_.ask(message);
-    });
-    if (!driver->start())
-        delete driver;
 }
 
 }  // namespace ampdesk

@@ -1,11 +1,11 @@
-// The Modem menu's items about files and looking on: Send File, Receive File, Show Debug and Null
-// Modem Test.
+// The Modem menu's items about files and looking on: Send File, Receive File and Show Debug.
 #pragma once
 
 #include <QMainWindow>
 #include <QPointer>
 #include <functional>
 
+#include "station/terminal_talk.h"
 #include "terminal/ui/debug_dock.h"
 #include "terminal/ui/transfer_dialog.h"
 
@@ -15,10 +15,12 @@ class TransferMenu : public QObject {
     Q_OBJECT
 
   public:
-    // `line_free` says whether the line may be taken now; when not, it has told the operator why.
-    // `over` is called whenever the line has been given back.
-    TransferMenu(QMainWindow& window, TerminalLine& line, BusLink& bus, Dialogs& person,
-                 std::function<bool()> line_free, std::function<void()> over);
+    // The references stay valid as long as this; what is seen of the terminal changes meanwhile.
+    TransferMenu(QMainWindow& window, const TerminalView& terminal, const Clock& clock, Dialogs& person,
+                 std::function<void(const TerminalAct&)> send);
+    ~TransferMenu() override;
+
+    void take(const TerminalNotice& notice);
 
     // Opens the dialog; one that is open, of either direction, comes to the front instead.
     void open_dialog(TransferDirection direction);
@@ -26,18 +28,21 @@ class TransferMenu : public QObject {
     // Shows or hides the dock, and keeps the item's check mark in step with it.
     void toggle_debug(QAction* item);
 
-    // Begins the test; its report comes in a box about a second later.
-    void test_null_modem();
-
   private:
+    void on(const notice::TerminalState&) {}
+    void on(const notice::TerminalText&) {}
+    void on(const notice::TransferState& state);
+    void on(const notice::FileNotKept& unkept);
+    void on(const notice::Traffic& traffic);
+    void make_dialog(TransferDirection direction);
+
     QMainWindow& window_;
-    TerminalLine& line_;
-    BusLink& bus_;
+    const TerminalView& terminal_;
+    const Clock& clock_;
     Dialogs& operator_;
-    std::function<bool()> line_free_;
-    std::function<void()> over_;
+    std::function<void(const TerminalAct&)> send_;
     QPointer<TransferDialog> dialog_;
-    DebugDock* debug_ = nullptr;  // once it has been asked for
+    QPointer<DebugDock> debug_;  // once it has been asked for
 };
 
 }  // namespace ampdesk

@@ -11,7 +11,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QVBoxLayout>
-#include <deque>
+#include <utility>
 
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
@@ -44,20 +44,20 @@ QPushButton* add_button(QBoxLayout* row, QWidget* panel, const char* name, const
 
 }  // namespace
 
-DebugDock::DebugDock(BusLink& bus, TerminalLine& line, Dialogs& person, QWidget* parent)
-    : QDockWidget(QStringLiteral("Debug"), parent), bus_(bus), line_(line), operator_(person) {
+DebugDock::DebugDock(const Clock& clock, Dialogs& person, QWidget* parent)
+    : QDockWidget(QStringLiteral("Debug"), parent), clock_(clock), operator_(person) {
     setObjectName(QStringLiteral("DebugDock"));
     setWidget(build());
     timer_.setSingleShot(true);
     timer_.setInterval(k_update);
     connect(&timer_, &QTimer::timeout, this, &DebugDock::show_new);
     hide();
-    connect(toggleViewAction(), &QAction::toggled, this, &DebugDock::listen);
+    connect(toggleViewAction(), &QAction::toggled, this, &DebugDock::watch);
 }
 
 DebugDock::~DebugDock() {
     disconnect(toggleViewAction(), nullptr, this, nullptr);
-    listen(false);
+    watch(false);
 }
 
 QWidget* DebugDock::build() {
@@ -113,25 +113,13 @@ QWidget* DebugDock::build() {
     return panel;
 }
 
-void DebugDock::listen(bool on) {
-    if (std::exchange(listening_, on) == on)
-        return;
-    if (!on) {
-        bus_.on_traffic = nullptr;
-        line_.remove_watcher(watcher_);
-        return;
-    }
-    bus_.on_traffic = [this](const BusTraffic& traffic) {
-        note(TrafficLine::bus, traffic.sent, traffic.address, traffic.bytes);
-    };
-    watcher_ = line_.add_watcher([this](const TerminalTraffic& traffic) {
-        note(TrafficLine::terminal, traffic.sent, 0, traffic.bytes);
-    });
+void DebugDock::watch(bool on) {
+    if (std::exchange(watching_, on) != on && on_watch)
+        on_watch(on);
 }
 
-void DebugDock::note(TrafficLine line, bool sent, int unit, std::string_view bytes) {
-    const Clock& clock = line_.clock();
-    log_.add({line, sent, unit, std::string(bytes), clock.local_time(), clock.now()});
+void DebugDock::add(const std::deque<TrafficChunk>& traffic) {
+    for (const TrafficChunk& chunk : traffic) log_.add(chunk);
     if (!pause_->isChecked())
         update_soon();
 }
@@ -158,7 +146,7 @@ TrafficFilter DebugDock::chosen_filter() const {
 void DebugDock::show_new() {
     const TrafficFilter filter = chosen_filter();
     const bool changed = filter != filter_;
-    const std::uint64_t end = pause_->isChecked() ? next_ : log_.settled_end(line_.clock().now());
+    const std::uint64_t end = pause_->isChecked() ? next_ : log_.settled_end(clock_.now());
     if (changed) {
         filter_ = filter;
         next_ = log_.first();
@@ -186,7 +174,7 @@ void DebugDock::cmdSave_Click() {
     if (!path)
         return;
     try {
-        write_text_lines(*path, traffic_file(log_, chosen_filter(), line_.clock().local_time()));
+        write_text_lines(*path, traffic_file(log_, chosen_filter(), clock_.local_time()));
     } catch (const RunTimeError& error) {
         operator_.notify(error.what(), *path);
     }

@@ -4,10 +4,10 @@
 
 #include <QDockWidget>
 #include <QTimer>
+#include <deque>
+#include <functional>
 
-#include "buslink/bus_link.h"
 #include "platform/dialogs.h"
-#include "terminal/terminal_line.h"
 #include "terminal/traffic.h"
 
 class QComboBox;
@@ -25,28 +25,30 @@ class DebugDock : public QDockWidget {
     static constexpr std::chrono::milliseconds k_update{100};  // new entries are shown together
     static constexpr int k_most_lines = 10'000;                // in the view
 
-    // The references stay valid as long as the dock. Takes the bus's on_traffic while it is shown.
-    DebugDock(BusLink& bus, TerminalLine& line, Dialogs& person, QWidget* parent);
+    // The references stay valid as long as the dock. The clock is the one that the traffic was timed by.
+    DebugDock(const Clock& clock, Dialogs& person, QWidget* parent);
     ~DebugDock() override;
+
+    // Whether it wants to be told of the traffic.
+    std::function<void(bool on)> on_watch;
+
+    void add(const std::deque<TrafficChunk>& traffic);
 
     void cmdSave_Click();
 
   private:
     QWidget* build();
-    void listen(bool on);
-    void note(TrafficLine line, bool sent, int unit, std::string_view bytes);
+    void watch(bool on);
     void update_soon();
     void show_new();
     TrafficFilter chosen_filter() const;
 
-    BusLink& bus_;
-    TerminalLine& line_;
+    const Clock& clock_;
     Dialogs& operator_;
     TrafficLog log_;
     TrafficFilter filter_;    // of what the view shows
     std::uint64_t next_ = 0;  // the first entry that the view does not show yet
-    int watcher_ = 0;
-    bool listening_ = false;
+    bool watching_ = false;
     QTimer timer_;
 
     QPlainTextEdit* view_;

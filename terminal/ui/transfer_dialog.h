@@ -7,9 +7,7 @@
 #include <string>
 
 #include "platform/dialogs.h"
-#include "terminal/terminal_line.h"
 #include "terminal/terminal_view.h"
-#include "terminal/ui/transfer_driver.h"
 
 class QLabel;
 class QProgressBar;
@@ -22,15 +20,24 @@ class TransferDialog : public QDialog {
     Q_OBJECT
 
   public:
-    // The references stay valid as long as the dialog.
-    TransferDialog(TransferDirection direction, TerminalLine& line, Dialogs& person, QWidget* parent);
+    // The references stay valid as long as the dialog; what is seen of the terminal changes meanwhile.
+    TransferDialog(TransferDirection direction, const TerminalView& terminal, Dialogs& person,
+                   QWidget* parent);
 
-    // Whether the line may be taken now; when not, it has told why. Unset: yes.
-    std::function<bool()> line_free;
+    // What the person does.
+    struct Hooks {
+        std::function<void(TransferDirection, bool xmodem, const std::string& path)> begin{};
+        std::function<void()> end{};  // of a text, which is kept
+        std::function<void()> cancel{};
+    };
+    Hooks hooks;
 
-    bool running() const { return driver_ != nullptr; }
+    // What has become of the transfer so far; of either direction.
+    void show_view(const TransferView& view);
 
-    // Asks for the file and begins.
+    bool running() const { return view_.busy; }
+
+    // Asks for the file and begins. Why it cannot is told.
     void cmdStart_Click();
 
     // Ends a running text reception and keeps what has come.
@@ -42,28 +49,20 @@ class TransferDialog : public QDialog {
     // Escape: not while something is running.
     void reject() override;
 
-  Q_SIGNALS:
-    // A transfer has ended and the line is free again.
-    void over();
-
   protected:
     // Closing the window cancels what is running and leaves the window to say so.
     void closeEvent(QCloseEvent* event) override;
 
   private:
-    std::unique_ptr<Transfer> make_transfer();
     void show_progress();
-    void transfer_over();
-    bool keep_file(const std::string& bytes);
+    void show_outcome();
     void follow_state();
     bool xmodem() const;
-    bool sending() const { return direction_ == TransferDirection::send; }
+    bool sending() const { return view_.direction == TransferDirection::send; }
 
-    TransferDirection direction_;
-    TerminalLine& line_;
+    const TerminalView& terminal_;
     Dialogs& operator_;
-    TransferDriver* driver_ = nullptr;  // while a transfer runs
-    std::string path_;
+    TransferView view_;
 
     QRadioButton* kinds_[2];
     QLabel* file_;

@@ -51,9 +51,8 @@ class Desk : public ::testing::Test {
                   MDIForm1Options form_options = {.version = "1.2.3",
                                                   .gauge = {30, 60},
                                                   .amplifier_files = {}})
-        : host(talk, {port}, clock, {.bus = std::move(options)}),
-          terminal_line(terminal_port, clock),
-          form(talk, host, terminal_line, clock, person, std::move(form_options)) {
+        : host(talk, {port, terminal_port}, clock, {.bus = std::move(options)}),
+          form(talk, host, clock, person, std::move(form_options)) {
         std::filesystem::current_path(folder.path());
         person.sound = [this] { ++sounds; };
         link.on_traffic = [this](const BusTraffic& traffic) {
@@ -200,7 +199,6 @@ class Desk : public ::testing::Test {
     StationHost host;
     Station& station = host.station();
     BusLink& link = host.bus();
-    TerminalLine terminal_line;
     MDIForm1 form;
 
     std::vector<std::string> settings;  // commands of class 16, without their frames

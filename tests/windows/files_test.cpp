@@ -73,7 +73,7 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
     folder.put("ampdesk.dat", "ampdesk settings\r\n2\r\n");
     folder.put("layout.dat", "");
     form.load();
-    QApplication::processEvents();
+    settle();
     const ControlHead& head = *station.open_heads().front();
     const struct {
         const char* what;
@@ -125,9 +125,9 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
              child<QAbstractButton>(*dialog, "optKind(1)")->click();
              click(*dialog, "cmdStart");
              MSComm1.arrive("news");
-             terminal_line.pump();
+             settle();
              click(*dialog, "cmdEnd");
-             EXPECT_TRUE(QTest::qWaitFor([&] { return !told.empty(); }));
+             EXPECT_TRUE(comes([&] { return !told.empty(); }));
          },
          {"Disk full|received.txt"}},
         {"Read nvRam", "nv.txt", [&] { menu("mnuToolsSram(0)"); }, {"Disk full|nv.txt"}},
@@ -201,6 +201,7 @@ class DamagedFiles : public Files {
     }
     std::string load_form() {
         form.load();
+        settle();
         try {
             const TerminalSettings s = read_terminal_settings("ampdesk.dat");
             return s.port == 3 && s.baud == 1200 && !s.echo ? k_whole : s.port ? "a port" : k_none;

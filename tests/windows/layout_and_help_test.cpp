@@ -40,9 +40,8 @@ TEST_F(Layout, ComesBackAtTheNextStart) {
     write_titled_lines("layout.dat", layout_lines(*layout));
     Talk next_talk;
     StationHost next_host{next_talk, {port}, clock, {}};
-    TerminalLine next_line{nullptr, clock};
-    MDIForm1 next{next_talk, next_host, next_line,
-                  clock,     person,    {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
+    MDIForm1 next{
+        next_talk, next_host, clock, person, {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
     next.show();
     EXPECT_EQ(next.geometry().x(), 0);
     next_host.station().new_amplifier_window(1, "1001", "KU", false);

@@ -200,9 +200,7 @@ TEST(MainWindowLine, IsWatchedAfterItWasClosed) {
     StationHost host(talk, {*port}, *clock, {.bus = options});
     BusLink& bus = host.bus();
     Station& station = host.station();
-    TerminalLine terminal(nullptr, *clock);
-    MDIForm1 form(talk, host, terminal, *clock, person,
-                  {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}});
+    MDIForm1 form(talk, host, *clock, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}});
     form.show();
     const auto starts = [&] {
         ASSERT_EQ(bus.open_bus_port("COM1:", 9600, 0, 8, 1), 0) << bus.open_failure();
@@ -259,7 +257,7 @@ TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {
         Talk fresh_talk;
         StationHost fresh_host(fresh_talk, {port}, clock, {});
         fresh_station = &fresh_host.station();
-        MDIForm1 fresh(fresh_talk, fresh_host, terminal_line, clock, person,
+        MDIForm1 fresh(fresh_talk, fresh_host, clock, person,
                        {.version = {},
                         .gauge = {},
                         .amplifier_files = {"com1001.dat", "com5.dat"},

@@ -9,7 +9,9 @@
 #include <QSpinBox>
 #include <QTest>
 
+#include "shell/ui/present.h"
 #include "shell/ui/transfer_menu.h"
+#include "station/station_host.h"
 #include "terminal/xmodem_block.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/recording_operator.h"
@@ -22,13 +24,40 @@ namespace {
 
 using std::chrono::milliseconds;
 
+// The menu in front of a station, without a main window.
 class TransferWindows : public ::testing::Test {
   protected:
     TransferWindows() {
-        line.open({.device = "line"});
+        use({.port = 2});
         window.show();
     }
 
+    StationHostOptions options() const {
+        StationHostOptions all;
+        all.heads.folder = folder.path();
+        return all;
+    }
+    void send(const TerminalAct& act) { talk.acts.put(act); }
+    void use(const TerminalSettings& settings) {
+        send(act::UseTerminalSettings{settings});
+        settle();
+    }
+    // Until windows and station have nothing more to say to each other. The clock stands still.
+    void settle() {
+        for (int i = 0; i < 3; ++i) {
+            host.step();
+            for (const Notice& notice : talk.notices.take_all()) {
+                if (const auto* told = std::get_if<PersonNotice>(&notice))
+                    present(*told, person);
+                if (const auto* seen = std::get_if<TerminalNotice>(&notice)) {
+                    if (const auto* state = std::get_if<notice::TerminalState>(seen))
+                        terminal = state->terminal;
+                    menu.take(*seen);
+                }
+            }
+            QApplication::processEvents();
+        }
+    }
     TransferDialog& open(TransferDirection direction) {
         menu.open_dialog(direction);
         auto* dialog = window.findChild<TransferDialog*>();
@@ -38,13 +67,15 @@ class TransferWindows : public ::testing::Test {
     static QString text(const QWidget& parent, const char* label) {
         return parent.findChild<QLabel*>(QLatin1String(label))->text();
     }
-    static void click(const QWidget& parent, const char* button) {
+    void click(const QWidget& parent, const char* button) {
         parent.findChild<QAbstractButton*>(QLatin1String(button))->click();
+        settle();
     }
-    // Lets the clock and the windows' timers run until it is so.
+    // Lets the clock, the station and the windows' timers run until it is so.
     bool comes(const std::function<bool()>& condition) {
         return QTest::qWaitFor([&] {
             clock.advance(milliseconds(20));
+            settle();
             return condition();
         });
     }
@@ -52,14 +83,13 @@ class TransferWindows : public ::testing::Test {
     ManualClock clock;
     ScriptedPort port{clock};
     ScriptedPort bus_port{clock};
-    TerminalLine line{&port, clock};
     RecordingOperator person;
-    BusLink bus{bus_port, clock, person};
     ScratchFolder folder;
+    Talk talk;
+    StationHost host{talk, {bus_port, &port}, clock, options()};
     QMainWindow window;
-    bool free = true;
-    int overs = 0;
-    TransferMenu menu{window, line, bus, person, [this] { return free; }, [this] { ++overs; }};
+    TerminalView terminal;
+    TransferMenu menu{window, terminal, clock, person, [this](const TerminalAct& act) { send(act); }};
 };
 
 // Fault: a file is sent but its end not told, the dialog cannot be used twice, or a second one fights
@@ -83,8 +113,7 @@ TEST_F(TransferWindows, SendsAFile) {
     click(dialog, "cmdStart");
     EXPECT_TRUE(comes([&] { return !dialog.running(); }));
     EXPECT_EQ(port.written.back(), "one\r\ntwo\r\n");
-    EXPECT_EQ(overs, 2);
-    EXPECT_FALSE(line.taken());
+    EXPECT_FALSE(terminal.taken);
     EXPECT_EQ(person.take_texts(), std::vector<std::string>{});
 }
 
@@ -150,40 +179,47 @@ TEST_F(TransferWindows, SaysWhyItDoesNotBegin) {
     person.choices = {std::nullopt, folder / "none", huge, folder.put("file", "x")};
     for (int i = 0; i < 3; ++i) click(dialog, "cmdStart");
     EXPECT_EQ(person.take_texts(), (std::vector<std::string>{"File not found", "The file is too long"}));
-    line.close();
+    use({.port = {}});
     click(dialog, "cmdStart");
-    line.open({.device = "line", .data_bits = 7});
+    use({.port = 2, .data_bits = 7});
     click(dialog, "cmdStart");
-    line.open({.device = "line", .handshake = Handshake::xon_xoff});
+    use({.port = 2, .handshake = Handshake::xon_xoff});
     click(dialog, "cmdStart");
     EXPECT_EQ(person.take_texts(),
-              (std::vector<std::string>{"The terminal's port cannot be used now", "XMODEM needs 8 data bits",
+              (std::vector<std::string>{"The terminal's port is not open", "XMODEM needs 8 data bits",
                                         "XMODEM does not work with the XON/XOFF handshake"}));
-    free = false;
+    EXPECT_EQ(person.prompts.size(), 3U);
+    // The line goes between the question and the beginning.
+    use({.port = 2});
+    send(act::UseTerminalSettings{});
     click(dialog, "cmdStart");
+    EXPECT_EQ(person.take_texts(), std::vector<std::string>{"The terminal's port is not open"});
     EXPECT_EQ(person.prompts.size(), 4U);
     EXPECT_FALSE(dialog.running());
 }
 
-// Fault: the test blocks, its report never comes, or it keeps the line.
-TEST_F(TransferWindows, NullModemTestReports) {
-    port.responder = [](const std::string& sent) { return ScriptedPort::Answer{{milliseconds(40), sent}}; };
-    menu.test_null_modem();
-    EXPECT_TRUE(person.messages.empty());
-    menu.test_null_modem();  // a second one does not get the line
-    EXPECT_TRUE(comes([&] { return !person.messages.empty(); }));
-    EXPECT_EQ(person.messages.size(), 1U);
-    EXPECT_EQ(person.messages[0].title, "Null Modem Test");
-    EXPECT_NE(person.messages[0].text.find("the text came back"), std::string::npos);
-    EXPECT_FALSE(line.taken());
+// Fault: a transfer whose dialog was closed before it was known to have begun goes on unseen.
+TEST_F(TransferWindows, ATransferHasItsDialog) {
+    person.choices = {folder / "file"};
+    QPointer<TransferDialog> first = &open(TransferDirection::receive);
+    first->findChild<QAbstractButton*>(QStringLiteral("optKind(1)"))->click();
+    first->cmdStart_Click();
+    first->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(first.isNull());
+    settle();
+    TransferDialog& second = open(TransferDirection::send);
+    EXPECT_TRUE(second.running());
+    EXPECT_EQ(second.windowTitle(), QStringLiteral("Receive File"));
+    EXPECT_TRUE(second.findChild<QAbstractButton*>(QStringLiteral("cmdEnd"))->isEnabled());
 }
 
 class DebugDockTest : public TransferWindows {
   protected:
     void SetUp() override {
         item.setCheckable(true);
-        bus.open_bus_port("COM1:", 9600, 0, 8, 1);
-        menu.toggle_debug(&item);
+        host.bus().open_bus_port("COM1:", 9600, 0, 8, 1);
+        toggle();
         dock = window.findChild<DebugDock*>();
         ASSERT_NE(dock, nullptr);
         view = dock->findChild<QPlainTextEdit*>();
@@ -192,8 +228,13 @@ class DebugDockTest : public TransferWindows {
     void exchange(int unit) {
         bus_port.answer({{milliseconds(40), hex_bytes("06 01 04 11 61 62 63 AB BA")}});
         std::string reply;
-        bus.bus_command(static_cast<std::int16_t>(unit), "\x11", reply);
+        host.bus().bus_command(static_cast<std::int16_t>(unit), "\x11", reply);
         clock.advance(milliseconds(40));
+        settle();
+    }
+    void toggle() {
+        menu.toggle_debug(&item);
+        settle();
     }
     // The view's lines from the direction on.
     bool shows(const QStringList& lines) {
@@ -217,13 +258,14 @@ class DebugDockTest : public TransferWindows {
 TEST_F(DebugDockTest, FiltersPausesAndSaves) {
     exchange(1);
     exchange(2);
-    line.send("ATZ\r");
+    send(act::TypeText{"ATZ\r"});
+    settle();
     clock.advance(milliseconds(40));
     const QString one = QStringLiteral("unit 01 sent|unit 01 received");
     const QString two = QStringLiteral("unit 02 sent|unit 02 received");
-    const QString terminal = QStringLiteral("terminal sent");
+    const QString typed = QStringLiteral("terminal sent");
     const auto lines = [](const QString& text) { return text.split(u'|'); };
-    ASSERT_TRUE(shows(lines(one + u'|' + two + u'|' + terminal)));
+    ASSERT_TRUE(shows(lines(one + u'|' + two + u'|' + typed)));
     for (const auto& [field, label] :
          {std::pair{"cboLine", "Line:"}, {"cboDirection", "Direction:"}, {"spnUnit", "Unit:"}})
         EXPECT_EQ(QAccessible::queryAccessibleInterface(dock->findChild<QWidget*>(QLatin1String(field)))
@@ -240,7 +282,7 @@ TEST_F(DebugDockTest, FiltersPausesAndSaves) {
     dock->findChild<QComboBox*>(QStringLiteral("cboDirection"))->setCurrentIndex(0);
     dock->findChild<QSpinBox*>()->setValue(-1);
     dock->findChild<QLineEdit*>(QStringLiteral("txtFilter"))->setText(QStringLiteral("atz"));
-    EXPECT_TRUE(shows({terminal}));
+    EXPECT_TRUE(shows({typed}));
     click(*dock, "cmdCopy");
     EXPECT_TRUE(QApplication::clipboard()->text().endsWith(QStringLiteral(" ATZ.")));
     person.choices = {folder / "traffic.txt"};
@@ -257,16 +299,19 @@ TEST_F(DebugDockTest, WatchesOnlyWhileItIsShown) {
     EXPECT_TRUE(item.isChecked());
     dock->close();
     EXPECT_FALSE(item.isChecked());
-    EXPECT_EQ(bus.on_traffic, nullptr);
+    settle();
+    EXPECT_EQ(host.bus().on_traffic, nullptr);
     exchange(1);
-    line.send("x");
-    menu.toggle_debug(&item);
+    send(act::TypeText{"x"});
+    settle();
+    toggle();
     EXPECT_TRUE(item.isChecked());
     exchange(3);
     EXPECT_TRUE(shows({QStringLiteral("unit 03 sent"), QStringLiteral("unit 03 received")}));
     delete dock;
-    EXPECT_EQ(bus.on_traffic, nullptr);
-    line.send("y");
+    send(act::TypeText{"y"});
+    settle();
+    EXPECT_EQ(host.bus().on_traffic, nullptr);
 }
 
 }  // namespace
