@@ -36,6 +36,7 @@ constexpr std::size_t k_noise = 1 << 20;
 // Messages go to standard error and are not waited for.
 class Person : public QtOperator {
   public:
+    void tell(const Message& message) override { ask(message); }
     Answer ask(const Message& message) override {
         std::fprintf(stderr, "box: %s %s\n", message.text.c_str(), message.detail.c_str());
         return Answer::ok;
@@ -47,9 +48,9 @@ class Person : public QtOperator {
 class Program {
   public:
     Program(const std::string& bus_device, const std::string& terminal_device)
-        : bus_(*bus_port_, clock_, person_, bus_options(bus_device, terminal_device)),
-          form_(station_, bus_, terminal_line_, person_, form_options()) {
-        services_.options.negative_words = NegativeWords::two_complement;
+        : station_(talk_, {*bus_port_, terminal_port_.get()}, clock_,
+                   station_options(bus_device, terminal_device)),
+          form_(talk_, station_, clock_, person_, form_options()) {
         write_terminal_settings(k_terminal_settings_file, {.port = 2});
         person_.set_parent_window(&form_);
         form_.resize(1300, 860);
@@ -59,16 +60,20 @@ class Program {
     ~Program() {
         person_.retire();
         form_.shut_down();
+        while (!station_.finished())
+            clock_.sleep_until(std::min(station_.step(), clock_.now() + milliseconds(5)));
     }
 
-    bool all_open() const { return station_.open_count() == k_amplifiers; }
+    bool all_open() const { return form_.findChildren<frmMachine*>().size() == k_amplifiers; }
     MDIForm1& window() { return form_; }
 
   private:
-    static BusOptions bus_options(const std::string& bus_device, const std::string& terminal_device) {
-        BusOptions options;
-        options.ports.set(1, bus_device);
-        options.ports.set(2, terminal_device);
+    static StationHostOptions station_options(const std::string& bus_device,
+                                              const std::string& terminal_device) {
+        StationHostOptions options;
+        options.bus.ports.set(1, bus_device);
+        options.bus.ports.set(2, terminal_device);
+        options.heads.negative_words = NegativeWords::two_complement;
         return options;
     }
     static MDIForm1Options form_options() {
@@ -80,11 +85,9 @@ class Program {
     SystemClock clock_;
     Person person_;
     const std::unique_ptr<SerialPort> bus_port_ = make_serial_port(clock_);
-    BusLink bus_;
-    HeadServices services_{bus_, clock_, person_, {}};
-    Station station_{services_};
     const std::unique_ptr<SerialPort> terminal_port_ = make_serial_port(clock_);
-    TerminalLine terminal_line_{terminal_port_.get(), clock_};
+    Talk talk_;
+    StationHost station_;
     MDIForm1 form_;
 };
 

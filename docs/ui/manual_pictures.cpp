@@ -22,8 +22,6 @@
 #include "shell/ui/program_icon.h"
 #include "terminal/ui/ConfigScrn.h"
 #include "tests/support/manual_clock.h"
-#include "tests/support/turn.h"
-#include "tools/ui/frmBlock.h"
 
 using namespace ampdesk;
 
@@ -38,6 +36,16 @@ void choose(MDIForm1& form, const char* item) {
     form.findChild<QAction*>(QLatin1String(item))->trigger();
 }
 
+// Chooses the file that the studio has named.
+class Person : public QtOperator {
+  public:
+    std::optional<std::string> choose_file_to_save(std::string_view, std::string_view, std::string_view,
+                                                   bool) override {
+        return file;
+    }
+    std::string file;
+};
+
 class Studio {
   public:
     explicit Studio(const QDir& folder) : folder_(folder) {
@@ -47,14 +55,12 @@ class Studio {
             model.warm_up = {};
             bus_.add(model);
         }
-        services_.options.negative_words = NegativeWords::two_complement;
-        services_.options.shipped_folder = MANUAL_FOLDER;
         demo::write_demonstration_files(".", 3);
         form_.resize(1300, 860);
         form_.show();
         form_.load();
         steps(20);
-        if (station_.open_heads().size() != 3)
+        if (host_.station().open_heads().size() != 3)
             throw std::runtime_error("the heads did not open");
     }
 
@@ -63,7 +69,7 @@ class Studio {
         for (int i = 0; i < count; ++i) {
             QApplication::processEvents();
             const Instant end = clock_.now() + milliseconds(500);
-            while (clock_.now() < end) turn(station_, bus_, clock_, [end] { return end; });
+            while (clock_.now() < end) turn(end);
         }
         QApplication::processEvents();
     }
@@ -71,9 +77,7 @@ class Studio {
     // Presses keys of that amplifier's head, 0..3 and EXIT, each followed by a second.
     void keys(int amplifier, std::initializer_list<int> pressed) {
         for (const int key : pressed) {
-            station_.open_heads()
-                .at(static_cast<std::size_t>(amplifier - 1))
-                ->press_key(static_cast<std::int16_t>(key));
+            head(amplifier).press_key(static_cast<std::int16_t>(key));
             steps(2);
         }
     }
@@ -83,13 +87,7 @@ class Studio {
         steps(12);
     }
 
-    void take_panel(int amplifier, const char* name) {
-        const auto machines = form_.findChildren<frmMachine*>();
-        for (frmMachine* machine : machines) {
-            if (machine->head() == station_.open_heads().at(static_cast<std::size_t>(amplifier - 1)))
-                save(machine->panel_view(), name);
-        }
-    }
+    void take_panel(int amplifier, const char* name) { save(machine(amplifier).panel_view(), name); }
 
     void take_main_window(const char* name) {
         steps(2);
@@ -137,19 +135,25 @@ class Studio {
     // After the first blocks of a read.
     void take_transfer(int amplifier, const char* name) {
         const QTemporaryDir folder;
-        auto transfer = std::make_unique<NvramTransfer>(
-            NvramTransfer::Mode::read, folder.filePath(QStringLiteral("1001.txt")).toStdString(),
-            static_cast<std::int16_t>(amplifier), link_, person_);
-        NvramTransfer& guest = *transfer;
-        station_.add_guest(guest);
-        auto* window = new frmBlock(std::move(transfer), &form_);
-        window->on_unload = [&] { station_.remove_guest(guest); };
-        window->show();
-        window->cmdOk_Click();
-        while (!window->findChild<QLabel*>(QStringLiteral("lblStatus"))->text().contains(u"#12"))
-            turn(station_, bus_, clock_, [this] { return clock_.now() + milliseconds(1); });
+        auto* in_front = qobject_cast<QMdiSubWindow*>(machine(amplifier).parentWidget());
+        form_.findChild<QMdiArea*>()->setActiveSubWindow(in_front);
+        person_.file = folder.filePath(QStringLiteral("1001.txt")).toStdString();
+        QTimer hand;  // keeps the line as it is; the dialog waits for the exchange in hand
+        QObject::connect(&hand, &QTimer::timeout, &hand, [this] {
+            clock_.advance(milliseconds(5));
+            if (const QWidget* dialog = QApplication::activeModalWidget())
+                dialog->findChild<QPushButton*>(QStringLiteral("cmdOk"))->click();
+        });
+        hand.start(20);
+        choose(form_, "mnuToolsSram(0)");
+        hand.stop();
+        auto* window = form_.findChild<QDialog*>(QStringLiteral("frmBlock"));
+        window->findChild<QPushButton*>(QStringLiteral("cmdOk"))->click();
+        while (!window->findChild<QLabel*>(QStringLiteral("lblStatus"))->text().contains(u"#12")) {
+            QApplication::processEvents();
+            turn(clock_.now() + milliseconds(1));
+        }
         save(*window, name);
-        window->Form_Unload();
     }
 
   private:
@@ -160,18 +164,41 @@ class Studio {
             throw std::runtime_error("cannot write " + path.toStdString());
     }
 
+    // One step of the station, and the wait for what comes next.
+    void turn(Instant latest) {
+        const Instant due = host_.step();
+        const Instant next = std::min({due, latest, bus_.next_due().value_or(latest)});
+        clock_.sleep_until(std::max(next, clock_.now() + std::chrono::microseconds(100)));
+    }
+
+    frmMachine& machine(int amplifier) {
+        for (frmMachine* machine : form_.findChildren<frmMachine*>())
+            if (machine->identity().unit_address == amplifier)
+                return *machine;
+        throw std::runtime_error("there is no such window");
+    }
+
+    ControlHead& head(int amplifier) {
+        return *host_.station().open_heads().at(static_cast<std::size_t>(amplifier - 1));
+    }
+
+    static StationHostOptions station_options() {
+        StationHostOptions options;
+        options.heads.negative_words = NegativeWords::two_complement;
+        options.heads.shipped_folder = MANUAL_FOLDER;
+        return options;
+    }
+
     QDir folder_;
     ManualClock clock_;
     demo::SimBus bus_{clock_};
     demo::SimPort port_{bus_, clock_};
-    QtOperator person_;
-    BusLink link_{port_, clock_, person_};
-    HeadServices services_{link_, clock_, person_, {}};
-    Station station_{services_};
-    TerminalLine terminal_line_{nullptr, clock_};
-    MDIForm1 form_{station_,
-                   link_,
-                   terminal_line_,
+    Person person_;
+    Talk talk_;
+    StationHost host_{talk_, {port_}, clock_, station_options()};
+    MDIForm1 form_{talk_,
+                   host_,
+                   clock_,
                    person_,
                    {.version = "1.0.0",
                     .demonstration = true,
