@@ -2,7 +2,6 @@
 // bus, the station and the main window together. Nothing else knows which port it is.
 #include <QApplication>
 #include <QDir>
-#include <QPointer>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -10,7 +9,6 @@
 
 #include "demo/demonstration.h"
 #include "demo/sim_port.h"
-#include "demo/ui/frmFault.h"
 #include "platform/clock.h"
 #include "platform/qt/list_names.h"
 #include "platform/qt/qt_operator.h"
@@ -18,6 +16,7 @@
 #include "platform/run_time_error.h"
 #include "platform/serial_port.h"
 #include "shell/command_line.h"
+#include "shell/demo_simulator.h"
 #include "shell/site_configuration.h"
 #include "shell/ui/MDIForm1.h"
 #include "shell/ui/program_icon.h"
@@ -59,16 +58,18 @@ class BusPort {
         if (demo_amplifiers) {
             add_demonstration(bus_, *demo_amplifiers);
             port_ = std::make_unique<demo::SimPort>(bus_, clock);
+            simulator_ = std::make_unique<DemoSimulator>(bus_);
         } else {
             port_ = make_serial_port(clock);
         }
     }
     SerialPort& port() { return *port_; }
-    const demo::SimBus& simulated() const { return bus_; }
+    Simulator* simulator() const { return simulator_.get(); }  // null with the real line
 
   private:
     demo::SimBus bus_;
     std::unique_ptr<SerialPort> port_;
+    std::unique_ptr<DemoSimulator> simulator_;
 };
 
 std::vector<Message> notices(const SiteConfigurationReport& site, bool folder_locked) {
@@ -93,7 +94,7 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     const StationHostOptions station_options{bus_options(site.values, line), head_options(site.values)};
     Talk talk;
     const std::unique_ptr<SerialPort> MSComm1 = line.demo ? nullptr : make_serial_port(clock);
-    StationHost station(talk, {bus_port.port(), MSComm1.get()}, clock, station_options);
+    StationHost station(talk, {bus_port.port(), MSComm1.get(), bus_port.simulator()}, clock, station_options);
 
     MDIForm1Options options;
     options.version = AMPDESK_VERSION;
@@ -104,18 +105,6 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     options.amplifier_files = line.amplifier_files;
     for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
     options.notices = notices(site, locked);
-    QPointer<demo::frmFault> faults;  // the main window's, made when it is first asked for
-    if (line.demo) {
-        options.make_fault = [&](QWidget& parent, int unit_address) {
-            if (faults.isNull())
-                faults = new demo::frmFault(bus_port.simulated(), &parent);
-            faults->show_for(unit_address);
-        };
-        options.active_amplifier_changed = [&](std::optional<int> unit_address) {
-            if (!faults.isNull())
-                faults->follow(unit_address);
-        };
-    }
     MDIForm1 form(talk, station, clock, person, options);
     person.set_parent_window(&form);
     form.show();

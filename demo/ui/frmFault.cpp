@@ -9,6 +9,7 @@
 #include <QTreeWidget>
 #include <string>
 
+#include "demo/faults.h"
 #include "platform/qt/labelled_list.h"
 #include "platform/qt/text.h"
 
@@ -16,7 +17,6 @@ namespace ampdesk::demo {
 
 namespace {
 
-constexpr std::chrono::milliseconds k_look_every{500};
 constexpr int k_data = Qt::UserRole;  // a fault's name, or the command line that ends it
 
 // In the order of FaultGroup; the commands are the dialog's buttons.
@@ -35,7 +35,7 @@ QLabel* make_label(QWidget* parent, const char* name, const QString& text = {}, 
 
 }  // namespace
 
-frmFault::frmFault(const SimBus& bus, QWidget* parent) : QDialog(parent), bus_(bus) {
+frmFault::frmFault(Hooks hooks, QWidget* parent) : QDialog(parent), hooks_(std::move(hooks)) {
     setObjectName(QStringLiteral("frmFault"));
     setWindowTitle(QStringLiteral("Select A Fault To Make"));
     auto* layout = new QGridLayout(this);
@@ -45,11 +45,10 @@ frmFault::frmFault(const SimBus& bus, QWidget* parent) : QDialog(parent), bus_(b
     build_buttons(layout);
     resize(620, 500);
 
-    connect(&look_, &QTimer::timeout, this, &frmFault::refresh);
     connect(faults_, &QTreeWidget::currentItemChanged, this, &frmFault::show_chosen);
     connect(faults_, &QTreeWidget::itemDoubleClicked, this, &frmFault::cmdMake_Click);
     faults_->setCurrentItem(faults_->topLevelItem(0)->child(0));
-    follow({});
+    show_faults({});
 }
 
 void frmFault::build_faults(QGridLayout* layout) {
@@ -107,7 +106,7 @@ void frmFault::build_buttons(QGridLayout* layout) {
     make_ = add("cmdMake", "&Make", [this] { cmdMake_Click(); });
     make_->setDefault(true);
     clear_ = add("cmdClear", "C&lear", [this] { cmdClear_Click(); });
-    clear_all_ = add("cmdClearAll", "Clear &All", [this] { obey("clear"); });
+    clear_all_ = add("cmdClearAll", "Clear &All", [this] { make("clear"); });
     add("cmdClose", "Close", [this] { close(); });
     layout->addLayout(row, 6, 0, 1, 3);
 }
@@ -123,29 +122,19 @@ void frmFault::show_for(int unit_address) {
 }
 
 void frmFault::follow(std::optional<int> unit_address) {
-    amplifier_ = unit_address ? bus_.find(*unit_address) : nullptr;
-    if (amplifier_ != nullptr) {
-        const SimModel& model = amplifier_->model();
-        who_->setText(QStringLiteral("Amplifier %1, address %2, %3")
-                          .arg(model.serial)
-                          .arg(model.address)
-                          .arg(from_latin1(model.name)));
-    } else {
-        who_->setText(QStringLiteral("No simulated amplifier is open"));
-    }
+    followed_ = unit_address;
     answer_->clear();
-    make_->setEnabled(amplifier_ != nullptr && chosen() != nullptr);
-    refresh();
+    if (isVisible())
+        hooks_.watch(followed_);
 }
 
 void frmFault::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
-    refresh();
-    look_.start(k_look_every);
+    hooks_.watch(followed_);
 }
 
 void frmFault::hideEvent(QHideEvent* event) {
-    look_.stop();
+    hooks_.watch({});
     QDialog::hideEvent(event);
 }
 
@@ -170,43 +159,50 @@ void frmFault::show_chosen() {
     }
     help_->setText(help);
     answer_->clear();
-    make_->setEnabled(amplifier_ != nullptr && fault != nullptr);  // not under a group's name
+    enable_make();
 }
 
-// The list is filled anew only when it has changed, and keeps its choice.
-void frmFault::refresh() {
-    std::vector<ActiveFault> active;
-    if (amplifier_ != nullptr)
-        active = active_faults(*amplifier_);
-    if (active != shown_) {
-        const QListWidgetItem* before = active_->currentItem();
-        const QVariant kept = before != nullptr ? before->data(k_data) : QVariant();
-        shown_ = std::move(active);
-        active_->clear();
-        for (const ActiveFault& fault : shown_) {
-            QString text = from_utf8(listed_title(*fault.fault));
-            if (!fault.argument.empty())
-                text += QStringLiteral(": ") + from_latin1(fault.argument);
-            auto* item = new QListWidgetItem(text, active_);
-            item->setData(k_data, from_utf8(fault.clear));
-            if (item->data(k_data) == kept)
-                active_->setCurrentItem(item);
-        }
-        if (active_->currentItem() == nullptr)
-            active_->setCurrentRow(0);
+// Not under a group's name.
+void frmFault::enable_make() {
+    make_->setEnabled(view_.unit_address && chosen() != nullptr);
+}
+
+void frmFault::show_faults(const FaultView& view) {
+    const bool listed = view.faults == view_.faults;
+    view_ = view;
+    who_->setText(view_.unit_address ? from_latin1(view_.who)
+                                     : QStringLiteral("No simulated amplifier is open"));
+    enable_make();
+    if (!listed)
+        fill_active();
+    clear_->setEnabled(!view_.faults.empty());
+    clear_all_->setEnabled(!view_.faults.empty());
+}
+
+// The list keeps its choice.
+void frmFault::fill_active() {
+    const QListWidgetItem* before = active_->currentItem();
+    const QVariant kept = before != nullptr ? before->data(k_data) : QVariant();
+    active_->clear();
+    for (const FaultView::Active& fault : view_.faults) {
+        auto* item = new QListWidgetItem(from_latin1(fault.title), active_);
+        item->setData(k_data, from_latin1(fault.clear));
+        if (item->data(k_data) == kept)
+            active_->setCurrentItem(item);
     }
-    clear_->setEnabled(!shown_.empty());
-    clear_all_->setEnabled(!shown_.empty());
+    if (active_->currentItem() == nullptr)
+        active_->setCurrentRow(0);
 }
 
-// One of ampsim's command lines, for this amplifier.
-void frmFault::obey(const std::string& command) {
-    if (amplifier_ == nullptr)
-        return;
-    const std::string address = std::to_string(amplifier_->model().address);
-    const FaultAnswer answer = make_fault(bus_, "@" + address + " " + command);
-    answer_->setText(answer.text == "ok" ? QString() : from_latin1(answer.text));
-    refresh();
+void frmFault::show_answer(int unit_address, std::string_view text) {
+    if (view_.unit_address == unit_address)
+        answer_->setText(from_latin1(text));
+}
+
+// For the amplifier that is shown, which need not be the one that has just been asked for.
+void frmFault::make(const std::string& line) {
+    if (view_.unit_address)
+        hooks_.make(*view_.unit_address, line);
 }
 
 void frmFault::cmdMake_Click() {
@@ -216,12 +212,12 @@ void frmFault::cmdMake_Click() {
     std::string command(fault->name);
     if (!fault->arguments.empty())
         command += " " + argument_->currentText().toLatin1().toStdString();
-    obey(command);
+    make(command);
 }
 
 void frmFault::cmdClear_Click() {
     if (const QListWidgetItem* item = active_->currentItem())
-        obey(item->data(k_data).toString().toStdString());
+        make(item->data(k_data).toString().toLatin1().toStdString());
 }
 
 }  // namespace ampdesk::demo

@@ -1,13 +1,14 @@
 // "Select A Fault To Make": the table of faults for the active simulated amplifier, and what is in
-// force on it.
+// force on it. It makes none itself: it says what is to be made, and shows what it is told.
 #pragma once
 
 #include <QDialog>
-#include <QTimer>
+#include <functional>
 #include <optional>
-#include <vector>
+#include <string>
+#include <string_view>
 
-#include "demo/faults.h"
+#include "demo/fault_view.h"
 
 class QGridLayout;
 class QLabel;
@@ -21,19 +22,31 @@ class LabelledList;
 
 namespace demo {
 
+struct Fault;
+
 class frmFault : public QDialog {
     Q_OBJECT
 
   public:
-    // `bus` must outlive the dialog.
-    frmFault(const SimBus& bus, QWidget* parent);
+    struct Hooks {
+        // While the dialog is seen: whose faults are to be shown from now on.
+        std::function<void(std::optional<int> unit_address)> watch;
+        // One of ampsim's command lines, without the address.
+        std::function<void(int unit_address, const std::string& line)> make;
+    };
+    frmFault(Hooks hooks, QWidget* parent);
 
     // Comes to the front for the amplifier with that unit address.
     void show_for(int unit_address);
 
-    // The amplifier that is meant from now on; with nothing, or an address that no simulated one has,
-    // no fault can be made.
+    // The amplifier that is meant from now on.
     void follow(std::optional<int> unit_address);
+
+    // Of nobody: no fault can be made then.
+    void show_faults(const FaultView& view);
+
+    // What was wrong with the last line; empty when it was carried out. Latin-1.
+    void show_answer(int unit_address, std::string_view text);
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -44,15 +57,15 @@ class frmFault : public QDialog {
     void build_buttons(QGridLayout* layout);
     const Fault* chosen() const;
     void show_chosen();
-    void refresh();
-    void obey(const std::string& command);
+    void enable_make();
+    void fill_active();
+    void make(const std::string& line);
     void cmdMake_Click();
     void cmdClear_Click();
 
-    const SimBus& bus_;
-    const SimAmplifier* amplifier_ = nullptr;
-    std::vector<ActiveFault> shown_;  // in the list
-    QTimer look_;                     // faults end by themselves too
+    Hooks hooks_;
+    std::optional<int> followed_;
+    FaultView view_;
 
     QLabel* who_;
     QTreeWidget* faults_;

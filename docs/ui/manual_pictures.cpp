@@ -18,6 +18,7 @@
 #include "demo/faults.h"
 #include "demo/sim_port.h"
 #include "demo/ui/frmFault.h"
+#include "shell/demo_simulator.h"
 #include "shell/ui/MDIForm1.h"
 #include "shell/ui/program_icon.h"
 #include "terminal/ui/ConfigScrn.h"
@@ -96,7 +97,12 @@ class Studio {
 
     // The fault dialog, with that fault chosen.
     void take_fault_dialog(int amplifier, const char* fault, const char* name) {
-        demo::frmFault dialog(bus_, &form_);
+        demo::frmFault dialog({.watch = [](auto) {}, .make = [](auto...) {}}, &form_);
+        const DemoSimulator simulator(bus_);
+        demo::FaultView view{.unit_address = amplifier, .who = simulator.who(amplifier).value_or("")};
+        for (const SimulatedFault& active : simulator.faults(amplifier))
+            view.faults.push_back({active.title, active.clear});
+        dialog.show_faults(view);
         dialog.show_for(amplifier);
         auto* faults = dialog.findChild<QTreeWidget*>();
         faults->setCurrentItem(

@@ -38,7 +38,8 @@ MDIForm1::MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator
       options_(std::move(options)),
       layout_(*this, k_layout_file),
       set_up_(*this, host.station(), host.bus(), person, options_.gauge, options_.models),
-      tools_(*this, host.station(), host.bus(), person, tool_hooks()) {
+      tools_(*this, host.station(), host.bus(), person, tool_hooks()),
+      faults_(*this, [this](const SimulatorAct& act) { send(act); }) {
     setObjectName(QStringLiteral("MDIForm1"));
     setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
                                           : QStringLiteral("JEX Remote Control"));
@@ -123,7 +124,7 @@ void MDIForm1::build_menu(const Clock& clock) {
     using enum Live;
     using Mode = NvramTransfer::Mode;
     using Page = HelpViewer::Page;
-    menu_ = std::make_unique<MainMenu>(*menuBar(), options_.make_fault != nullptr);
+    menu_ = std::make_unique<MainMenu>(*menuBar(), options_.demonstration);
     menu_->add(
         {.name = "mnuMachine",
          .caption = "&Amplifier",
@@ -152,7 +153,7 @@ void MDIForm1::build_menu(const Clock& clock) {
                                           }),
                                           with_amplifier},
                                          {"Make A &Fault", with_head([this](const frmMachine& head) {
-                                              options_.make_fault(*this, head.identity().unit_address);
+                                              faults_.open(head.identity().unit_address);
                                           }),
                                           with_simulated}};
     const std::vector<MenuRow> nvram = {
@@ -277,8 +278,8 @@ void MDIForm1::follow_heads() {
     std::optional<int> address;
     if (machine != nullptr)
         address = machine->identity().unit_address;
-    if (std::exchange(active_address_, address) != address && options_.active_amplifier_changed)
-        options_.active_amplifier_changed(address);
+    if (std::exchange(active_address_, address) != address)
+        faults_.follow(address);
 }
 
 // Called whenever something may have come, an act of the operator's or a byte, and when something is due.

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/qt/qt_operator.h"
+#include "shell/ui/fault_window.h"
 #include "shell/ui/head_keys.h"
 #include "shell/ui/head_windows.h"
 #include "shell/ui/help_viewer.h"
@@ -30,8 +31,8 @@
 namespace ampdesk {
 
 struct MDIForm1Options {
-    std::string version;  // major.minor.revision
-    bool demonstration = false;
+    std::string version;         // major.minor.revision
+    bool demonstration = false;  // the amplifiers are simulated: faults can be made on them
     GaugeRange gauge;
     PortMap ports{};                           // what the numbers of the terminal's port stand for
     std::string shipped_folder = ".";          // where the manual is when the program's folder has none
@@ -40,11 +41,6 @@ struct MDIForm1Options {
 
     // Told at the start, in this order, after all amplifiers have been opened: a box may stand for hours.
     std::vector<Message> notices{};
-
-    // Tools > Make A Fault, for the active amplifier. Without it the item sleeps.
-    std::function<void(QWidget& parent, int unit_address)> make_fault{};
-    // Another amplifier has become the active one, or none is open any more.
-    std::function<void(std::optional<int> unit_address)> active_amplifier_changed{};
 };
 
 class MDIForm1 : public QMainWindow {
@@ -88,7 +84,7 @@ class MDIForm1 : public QMainWindow {
     void take(const TerminalNotice& notice);
     void take(const ToolNotice&) {}
     void take(const SetupNotice&) {}
-    void take(const SimulatorNotice&) {}
+    void take(const SimulatorNotice& notice) { faults_.take(notice); }
     void take(const PersonNotice& notice);
     void take(const ProgramNotice& notice);
     void follow_heads();
@@ -108,6 +104,7 @@ class MDIForm1 : public QMainWindow {
     std::unique_ptr<HelpViewer> help_;
     SetUp set_up_;
     ServiceTools tools_;
+    FaultWindow faults_;
 
     QMdiArea* area_ = nullptr;
     TermBox* Term_ = nullptr;

@@ -10,6 +10,7 @@
 #include <functional>
 
 #include "demo/sim_port.h"
+#include "shell/demo_simulator.h"
 #include "shell/ui/MDIForm1.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scratch_folder.h"
@@ -51,7 +52,7 @@ class Desk : public ::testing::Test {
                   MDIForm1Options form_options = {.version = "1.2.3",
                                                   .gauge = {30, 60},
                                                   .amplifier_files = {}})
-        : host(talk, {port, terminal_port}, clock, {.bus = std::move(options)}),
+        : host(talk, {port, terminal_port, &simulator}, clock, {.bus = std::move(options)}),
           form(talk, host, clock, person, std::move(form_options)) {
         std::filesystem::current_path(folder.path());
         person.sound = [this] { ++sounds; };
@@ -194,6 +195,7 @@ class Desk : public ::testing::Test {
     ManualClock clock;
     demo::SimBus bus{clock};
     demo::SimPort port{bus, clock};
+    DemoSimulator simulator{bus};
     DeskOperator person;
     Talk talk;
     StationHost host;
