@@ -99,6 +99,7 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     MDIForm1Options options;
     options.version = AMPDESK_VERSION;
     options.demonstration = line.demo.has_value();
+    options.ports = station_options.bus.ports;
     options.gauge = {site.values.gauge_minimum, site.values.gauge_maximum};
     options.ports = station_options.bus.ports;
     options.shipped_folder = station_options.heads.shipped_folder;

@@ -52,9 +52,9 @@ QButtonGroup* make_options(QGroupBox* frame, const QString& name, const QStringL
 
 }  // namespace
 
-BusSetupForm::BusSetupForm(const QString& caption, std::string path, const PortMap& ports, Operator& person,
-                           BusSetup& logic, QWidget* parent)
-    : QDialog(parent), path_(std::move(path)), ports_(ports), operator_(person), logic_(logic) {
+BusSetupForm::BusSetupForm(const QString& caption, const std::string& path, const PortMap& ports,
+                           Operator& person, BusSetup& logic, QWidget* parent)
+    : QDialog(parent), ports_(ports), operator_(person), logic_(logic) {
     setWindowTitle(caption);
     auto* layout = new QVBoxLayout(this);
     fields_ = new QWidget(this);
@@ -87,7 +87,7 @@ BusSetupForm::BusSetupForm(const QString& caption, std::string path, const PortM
     connect(cancel_button_, &QPushButton::clicked, this, &BusSetupForm::reject);
 
     logic_.on_result = [this](const SetupResult& result) { take_result(result); };
-    const BusChoices stored = load_bus_choices(path_, operator_);
+    const BusChoices stored = load_bus_choices(path, operator_);
     port_->setEditText(QString::fromLatin1(stored.port));
     address_->setEditText(QString::fromLatin1(stored.address));
     baud_->button(stored.baud)->setChecked(true);
@@ -163,8 +163,8 @@ void BusSetupForm::show_device() {
                                          : QString());
 }
 
-// Not at once: a message box inside the mouse press or focus change that ended the editing would
-// swallow what that press was meant for. Who presses Cancel is not bothered.
+// Not at once: where the focus goes to, and whether the dialog closes, shows only afterwards. Who presses
+// Cancel is not bothered.
 void BusSetupForm::check_later(QComboBox* list) {
     const auto when_idle = [this, list] {
         if (isVisible() && !cancel_button_->hasFocus())
@@ -175,13 +175,9 @@ void BusSetupForm::check_later(QComboBox* list) {
 
 // The list's rule: true when its text is accepted, else it has been told and replaced.
 bool BusSetupForm::check(QComboBox* list) {
-    if (telling_)
-        return false;
-    telling_ = true;
     const std::string text = list->currentText().toLatin1().toStdString();
     const std::string checked =
         list == port_ ? checked_port(text, operator_) : checked_address(text, operator_);
-    telling_ = false;
     if (checked == text)
         return true;
     list->setEditText(QString::fromLatin1(checked));
@@ -206,14 +202,11 @@ void BusSetupForm::cmdOk_Click() {
     set_checking(true);
     wait_->show();
     logic_.begin(choices());
-    if (on_begin)
-        on_begin();
 }
 
 void BusSetupForm::take_result(const SetupResult& result) {
-    result_ = result;
     set_checking(false);
-    if (result_.outcome != SetupResult::Outcome::stay_open)
+    if (result.outcome != SetupResult::Outcome::stay_open)
         accept();
 }
 
@@ -231,11 +224,6 @@ void BusSetupForm::set_checking(bool checking) {
 void BusSetupForm::reject() {
     if (!checking_)
         QDialog::reject();
-}
-
-void BusSetupForm::done(int result) {
-    save_bus_choices(path_, choices(), operator_);
-    QDialog::done(result);
 }
 
 }  // namespace ampdesk

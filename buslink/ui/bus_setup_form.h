@@ -3,7 +3,6 @@
 #pragma once
 
 #include <QDialog>
-#include <functional>
 #include <string>
 
 #include "buslink/bus_setup.h"
@@ -20,22 +19,15 @@ class BusSetupForm : public QDialog {
     Q_OBJECT
 
   public:
-    // Loads the fields from the file at `path` ("rs485.dat") and keeps them there when the dialog
-    // closes, however it closes. `logic` is what OK does; until it has a result the dialog
-    // takes no input. `ports` tells which device each name stands for.
-    BusSetupForm(const QString& caption, std::string path, const PortMap& ports, Operator& person,
+    // Loads the fields from the file at `path` ("rs485.dat"). `logic` is what OK does; until it has a result
+    // the dialog takes no input. `ports` tells which device each name stands for.
+    BusSetupForm(const QString& caption, const std::string& path, const PortMap& ports, Operator& person,
                  BusSetup& logic, QWidget* parent);
     ~BusSetupForm() override;
 
-    // What OK came to; stay_open when the dialog was cancelled.
-    const SetupResult& result_of_ok() const { return result_; }
-
+    // The fields as they stand, also when the dialog has closed.
     BusChoices choices() const;
 
-    // OK has begun, and the line is wanted.
-    std::function<void()> on_begin;
-
-    void done(int result) override;
     void reject() override;
 
   protected:
@@ -52,12 +44,9 @@ class BusSetupForm : public QDialog {
     void take_result(const SetupResult& result);
     void set_checking(bool checking);
 
-    const std::string path_;
     const PortMap ports_;
     Operator& operator_;
     BusSetup& logic_;
-    SetupResult result_;
-    bool telling_ = false;        // a rule's message is open
     bool checking_ = false;       // OK is running
     QWidget* focused_ = nullptr;  // what had the focus when it began
 

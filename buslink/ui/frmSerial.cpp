@@ -3,10 +3,9 @@
 
 namespace ampdesk {
 
-frmSerial::frmSerial(BusSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
+frmSerial::frmSerial(BusSetup& logic, const std::string& rs485_path, const PortMap& ports, Operator& person,
                      QWidget* parent)
-    : BusSetupForm(QStringLiteral("Serial RS422 Setup"), std::move(rs485_path), ports, person, logic,
-                   parent) {
+    : BusSetupForm(QStringLiteral("Serial RS422 Setup"), rs485_path, ports, person, logic, parent) {
     setObjectName(QStringLiteral("frmSerial"));
 }
 

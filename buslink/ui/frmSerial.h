@@ -10,7 +10,7 @@ class frmSerial : public BusSetupForm {
 
   public:
     // `logic` outlives the dialog.
-    frmSerial(BusSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
+    frmSerial(BusSetup& logic, const std::string& rs485_path, const PortMap& ports, Operator& person,
               QWidget* parent = nullptr);
 };
 

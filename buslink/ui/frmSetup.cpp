@@ -3,10 +3,10 @@
 
 namespace ampdesk {
 
-frmSetup::frmSetup(BusSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
+frmSetup::frmSetup(BusSetup& logic, const std::string& rs485_path, const PortMap& ports, Operator& person,
                    QWidget* parent)
-    : BusSetupForm(QStringLiteral("Setup Amplifier Communication"), std::move(rs485_path), ports, person,
-                   logic, parent) {
+    : BusSetupForm(QStringLiteral("Setup Amplifier Communication"), rs485_path, ports, person, logic,
+                   parent) {
     setObjectName(QStringLiteral("frmSetup"));
 }
 

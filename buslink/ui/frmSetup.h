@@ -9,8 +9,8 @@ class frmSetup : public BusSetupForm {
     Q_OBJECT
 
   public:
-    // `logic` and what its hooks use outlive the dialog.
-    frmSetup(BusSetup& logic, std::string rs485_path, const PortMap& ports, Operator& person,
+    // `logic` outlives the dialog.
+    frmSetup(BusSetup& logic, const std::string& rs485_path, const PortMap& ports, Operator& person,
              QWidget* parent = nullptr);
 };
 

@@ -89,8 +89,8 @@ void offer_allowed_sizes(const QFontDialog& dialog) {
 
 }  // namespace
 
-frmColor::frmColor(std::shared_ptr<ControlHead> head, GaugeRange gauge, Dialogs& person, QWidget* parent)
-    : QDialog(parent), head_(std::move(head)), operator_(person), copy_(head_->panel()) {
+frmColor::frmColor(const Panel& panel, GaugeRange gauge, Dialogs& person, QWidget* parent)
+    : QDialog(parent), operator_(person), copy_(panel) {
     setObjectName(QStringLiteral("frmColor"));
     setWindowTitle(QStringLiteral("Setup Color For Control Head"));
 
@@ -164,7 +164,7 @@ void frmColor::Command1_Click(int index) {
         reject();
         return;
     }
-    head_->apply_screen_settings(copy_.look());
+    on_ok(copy_.look());
     accept();
 }
 

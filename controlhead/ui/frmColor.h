@@ -1,11 +1,11 @@
-// "Setup Color For Control Head": colours and display font size are tried on a copy of the control
-// head and taken over with OK.
+// "Setup Color For Control Head": colours and display font size are tried on a copy of the front
+// panel and taken over with OK.
 #pragma once
 
 #include <QDialog>
-#include <memory>
+#include <functional>
 
-#include "controlhead/control_head.h"
+#include "controlhead/panel.h"
 #include "controlhead/ui/panel_view.h"
 #include "platform/dialogs.h"
 
@@ -15,7 +15,10 @@ class frmColor : public QDialog {
     Q_OBJECT
 
   public:
-    frmColor(std::shared_ptr<ControlHead> head, GaugeRange gauge, Dialogs& person, QWidget* parent = nullptr);
+    // `panel` as it is to be seen when the dialog opens.
+    frmColor(const Panel& panel, GaugeRange gauge, Dialogs& person, QWidget* parent = nullptr);
+
+    std::function<void(const ScreenSettings&)> on_ok;
 
   private:
     void cmdColor_Click(int index);
@@ -23,7 +26,6 @@ class frmColor : public QDialog {
     void Command1_Click(int index);
     void change_look(const ScreenSettings& look);
 
-    std::shared_ptr<ControlHead> head_;
     Dialogs& operator_;
     Panel copy_;
     PanelView* view_;

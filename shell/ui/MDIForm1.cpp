@@ -37,7 +37,8 @@ MDIForm1::MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator
       person_(person),
       options_(std::move(options)),
       layout_(*this, k_layout_file),
-      set_up_(*this, host.station(), host.bus(), person, options_.gauge, options_.models),
+      set_up_(*this, options_.ports, person, options_.gauge, options_.models,
+              [this](const Act& act) { send(act); }),
       tools_(*this, host.station(), host.bus(), person, tool_hooks()),
       faults_(*this, [this](const SimulatorAct& act) { send(act); }) {
     setObjectName(QStringLiteral("MDIForm1"));
@@ -73,7 +74,6 @@ MDIForm1::MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator
         if (finished_)
             close();
     };
-    set_up_.line_wanted = [this] { poll(); };
 }
 
 MDIForm1::~MDIForm1() {
@@ -146,16 +146,12 @@ void MDIForm1::build_menu(const Clock& clock) {
          .after = [this] { poll(); }});
     modem_ = std::make_unique<ModemMenu>(*menu_, *this, *terminal_, options_.ports, clock, person_,
                                          [this](const TerminalAct& act) { send(act); });
-    const std::vector<MenuRow> screen = {{"&Screen Settings", with_head([this](const frmMachine& head) {
-                                              for (const auto& open : host_.station().open_heads())
-                                                  if (open->identity().id == head.identity().id)
-                                                      set_up_.screen(open);
-                                          }),
-                                          with_amplifier},
-                                         {"Make A &Fault", with_head([this](const frmMachine& head) {
-                                              faults_.open(head.identity().unit_address);
-                                          }),
-                                          with_simulated}};
+    const std::vector<MenuRow> screen = {
+        {"&Screen Settings", with_head([this](const frmMachine& head) { set_up_.screen(head); }),
+         with_amplifier},
+        {"Make A &Fault",
+         with_head([this](const frmMachine& head) { faults_.open(head.identity().unit_address); }),
+         with_simulated}};
     const std::vector<MenuRow> nvram = {
         {"&Read nvRam", [this] { tools_.transfer_nvram(Mode::read); }, without_transfer},
         {"&Set nvRam", [this] { tools_.transfer_nvram(Mode::set); }, without_transfer}};
@@ -207,7 +203,7 @@ ServiceTools::Hooks MDIForm1::tool_hooks() {
                     return machine != nullptr ? machine->identity().unit_address
                                               : static_cast<std::int16_t>(line_.last_address);
                 },
-            .rs422_mode = [this] { return set_up_.rs422_mode(); },
+            .rs422_mode = [this] { return line_.rs422_mode; },
             .set_up_line = [this] { set_up_.line(); },
             .enable_nvram_items = [this](bool enabled) { menu_->enable_nvram_items(enabled); },
             .line_wanted = [this] { poll(); }};

@@ -34,7 +34,7 @@ struct MDIForm1Options {
     std::string version;         // major.minor.revision
     bool demonstration = false;  // the amplifiers are simulated: faults can be made on them
     GaugeRange gauge;
-    PortMap ports{};                           // what the numbers of the terminal's port stand for
+    PortMap ports{};                           // which device each COM port stands for
     std::string shipped_folder = ".";          // where the manual is when the program's folder has none
     std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
     std::vector<std::string> models{};         // the site's own designations, in the order of its file
@@ -83,7 +83,7 @@ class MDIForm1 : public QMainWindow {
     void take(const HeadNotice& notice);
     void take(const TerminalNotice& notice);
     void take(const ToolNotice&) {}
-    void take(const SetupNotice&) {}
+    void take(const SetupNotice& notice) { set_up_.take(notice); }
     void take(const SimulatorNotice& notice) { faults_.take(notice); }
     void take(const PersonNotice& notice);
     void take(const ProgramNotice& notice);

@@ -3,14 +3,13 @@
 
 #include <QWidget>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "controlhead/ui/power_gauge.h"
+#include "buslink/line_settings.h"
+#include "controlhead/ui/frmMachine.h"
 #include "platform/qt/qt_operator.h"
-#include "station/setups.h"
-#include "station/station.h"
+#include "station/talk.h"
 
 namespace ampdesk {
 
@@ -18,37 +17,34 @@ class SetUp {
   public:
     // `window` is the main window, in front of which the dialogs stand. `models` are the site's own
     // designations for frmBand, which asks for a band in the operator's name until its end.
-    SetUp(QWidget& window, Station& station, BusLink& bus, QtOperator& person, GaugeRange gauge,
-          std::vector<std::string> models);
+    SetUp(QWidget& window, PortMap ports, QtOperator& person, GaugeRange gauge,
+          std::vector<std::string> models, std::function<void(const Act&)> send);
     ~SetUp();
     SetUp(const SetUp&) = delete;
     SetUp& operator=(const SetUp&) = delete;
 
-    // Amplifier > New: opens a control head when the dialog found an amplifier, else the bus line is
-    // again as it was.
+    // Amplifier > New. They return when the dialog has closed.
     void new_amplifier();
 
-    // Tools > Setup_422. A line that was open is open afterwards too, as it was when the new settings
-    // did not open.
+    // Tools > Setup_422.
     void line();
 
     // Tools > Amplifier Setup > Screen Settings.
-    void screen(const std::shared_ptr<ControlHead>& head);
+    void screen(const frmMachine& machine);
 
-    // A dialog has something for the station to do.
-    std::function<void()> line_wanted;
-
-    // The bus line was set up by Setup_422.
-    bool rs422_mode() const { return line_setup_.rs422_mode(); }
+    void take(const SetupNotice& notice);
 
   private:
+    template <class Dialog>
+    void show(SetupKind kind);
+
     QWidget& window_;
-    Station& station_;
-    BusLink& bus_;
+    const PortMap ports_;
     QtOperator& operator_;
-    GaugeRange gauge_;
-    std::vector<std::string> models_;
-    LineSetup line_setup_;
+    const GaugeRange gauge_;
+    const std::vector<std::string> models_;
+    std::function<void(const Act&)> send_;
+    BusSetup* open_ = nullptr;  // of the dialog that is open
 };
 
 }  // namespace ampdesk

@@ -26,7 +26,10 @@ TEST(FontRule, TakesAnotherSizeFrom13To15AndNothingElse) {
 
 class ColorDialog : public Desk {
   protected:
-    ColorDialog() { head->apply_screen_settings(first); }
+    ColorDialog() {
+        head->apply_screen_settings(first);
+        settle();
+    }
 
     // Opens the dialog for the active one of two heads, and closes it if the steps have not.
     void in_dialog(const std::function<void()>& steps) {

@@ -144,6 +144,7 @@ TEST_F(SetupDialogTest, cancel_and_escape_keep_the_fields_and_send_nothing) {
             QTest::mouseClick(part<QPushButton>(dialog, "cmdCancel"), Qt::LeftButton);
         QCoreApplication::processEvents();
         EXPECT_FALSE(dialog.isVisible());
+        save_bus_choices(path, dialog.choices(), person);
         EXPECT_EQ(read_text_lines(path), (Texts{"RS-485", "COM2:", "7", "33"}));
         EXPECT_EQ(person.take_texts(), Texts{});
         EXPECT_TRUE(port.opened.empty());

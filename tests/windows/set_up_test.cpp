@@ -10,6 +10,27 @@ namespace {
 
 class SetUpMenu : public Desk {
   protected:
+    SetUpMenu() : Desk(nullptr, ports()) {}
+
+    // There is nothing behind COM2.
+    static BusOptions ports() {
+        BusOptions options;
+        options.ports.set(2, {});
+        return options;
+    }
+    // OK and Cancel, on a line that leads to nobody.
+    void try_in_vain(const char* menu, const char* dialog_named, const char* port_name) {
+        const auto before = link.settings();
+        when_dialog_opens(dialog_named, [&](QDialog& dialog) {
+            enter(dialog, "cboPort", port_name);
+            when_box_opens();
+            click(dialog, "cmdOk");
+            EXPECT_TRUE(comes([&] { return !box_watch.isActive() && child(dialog, "cmdOk")->isEnabled(); }));
+            EXPECT_NE(link.settings(), before);
+            dialog.reject();
+        });
+        pick(menu);
+    }
     static void enter(const QDialog& dialog, const char* list, const char* text) {
         child<QComboBox>(dialog, list)->setEditText(QLatin1String(text));
     }
@@ -94,19 +115,14 @@ TEST_F(SetUpMenu, Setup422OpensTheLineAnewAndKeepsItsSettings) {
 // tried, and a remote station's line that is lost to a panel that did not open.
 TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
     for (const bool new_amplifier : {true, false}) {
-        when_dialog_opens(new_amplifier ? "frmSetup" : "frmSerial", [&](QDialog& dialog) {
-            link.open_bus_port("COM9:", 1200, 0, 8, 1);  // there is none
-            dialog.reject();
-        });
-        new_amplifier ? pick("mnuMachineItem(0)") : pick("mnuToolsItem(2)");
+        new_amplifier ? try_in_vain("mnuMachineItem(0)", "frmSetup", "COM2:")
+                      : try_in_vain("mnuToolsItem(2)", "frmSerial", "COM2:");
+        EXPECT_EQ(told, "Com Settings Are Not Valid, Select Settings Again.");
         EXPECT_EQ(link.settings(), (LineSettings{"COM1:", 9600, 0, 8, 1}));
     }
     link.close_bus_port();
-    when_dialog_opens("frmSetup", [&](QDialog& dialog) {
-        link.open_bus_port("COM2:", 1200, 0, 8, 1);
-        dialog.reject();
-    });
-    pick("mnuMachineItem(0)");
+    try_in_vain("mnuMachineItem(0)", "frmSetup", "COM4:");
+    EXPECT_EQ(told, "Read Status Failed, Check the Settings");
     EXPECT_FALSE(link.bus_link_on());
 
     // An amplifier was found, but its panel closes again.
