@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "station/station.h"
-#include "tools/nvram_start.h"
 
 namespace ampdesk {
 

@@ -297,8 +297,6 @@ void NvramTransfer::end() {
     stage_ = Stage::none;
     nvram_running = false;
     panel_.under_way = false;
-    if (on_end)
-        on_end();
 }
 
 void NvramTransfer::finish(const std::string& status, bool keep_file) {
@@ -346,6 +344,17 @@ std::string NvramTransfer::close_files() {
 void NvramTransfer::tell_panel() {
     if (on_panel)
         on_panel();
+}
+
+std::unique_ptr<NvramTransfer> make_nvram_transfer(NvramTransfer::Mode mode, const std::string& path,
+                                                   std::int16_t unit_address, BusLink& bus,
+                                                   Operator& person) {
+    try {
+        return std::make_unique<NvramTransfer>(mode, path, unit_address, bus, person);
+    } catch (const RunTimeError& error) {
+        person.notify(error.what(), path);
+        return nullptr;
+    }
 }
 
 }  // namespace ampdesk

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -41,14 +42,11 @@ class NvramTransfer : public BusGuest {
     // What the window does when it closes.
     void unload();
 
-    // It has come to its end by itself. What there is to tell is told after this.
-    std::function<void()> on_end;
-
-    // The panel has changed: every state of it is told once, and in its turn.
+    // The panel has changed: every state of it is told once, and in its turn; the end before the message
+    // that tells why.
     std::function<void()> on_panel;
 
     const NvramPanel& panel() const { return panel_; }
-    std::int16_t unit_address() const { return unit_address_; }
 
     const Mode nvram_mode;
     int nvram_block = 0;         // read: the block to ask for next; set: blocks that were taken
@@ -109,5 +107,9 @@ class NvramTransfer : public BusGuest {
     // Of the first exchange: the same address elsewhere is another amplifier.
     std::optional<LineSettings> line_;
 };
+
+// Nothing when the file cannot be opened, which is told.
+std::unique_ptr<NvramTransfer> make_nvram_transfer(NvramTransfer::Mode mode, const std::string& path,
+                                                   std::int16_t unit_address, BusLink& bus, Operator& person);
 
 }  // namespace ampdesk

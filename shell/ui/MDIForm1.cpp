@@ -39,7 +39,7 @@ MDIForm1::MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator
       layout_(*this, k_layout_file),
       set_up_(*this, options_.ports, person, options_.gauge, options_.models,
               [this](const Act& act) { send(act); }),
-      tools_(*this, host.station(), host.bus(), person, tool_hooks()),
+      tools_(*this, person, tool_hooks()),
       faults_(*this, [this](const SimulatorAct& act) { send(act); }) {
     setObjectName(QStringLiteral("MDIForm1"));
     setWindowTitle(options_.demonstration ? QStringLiteral("JEX Remote Control - demonstration")
@@ -206,7 +206,7 @@ ServiceTools::Hooks MDIForm1::tool_hooks() {
             .rs422_mode = [this] { return line_.rs422_mode; },
             .set_up_line = [this] { set_up_.line(); },
             .enable_nvram_items = [this](bool enabled) { menu_->enable_nvram_items(enabled); },
-            .line_wanted = [this] { poll(); }};
+            .send = [this](const ToolAct& act) { send(act); }};
 }
 
 void MDIForm1::load() {

@@ -82,7 +82,7 @@ class MDIForm1 : public QMainWindow {
     void send(Act act) { talk_.acts.put(std::move(act)); }
     void take(const HeadNotice& notice);
     void take(const TerminalNotice& notice);
-    void take(const ToolNotice&) {}
+    void take(const ToolNotice& notice) { tools_.take(notice); }
     void take(const SetupNotice& notice) { set_up_.take(notice); }
     void take(const SimulatorNotice& notice) { faults_.take(notice); }
     void take(const PersonNotice& notice);

@@ -12,7 +12,7 @@
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/scripted_port.h"
-#include "tools/nvram_start.h"
+#include "tools/nvram_choice.h"
 
 namespace ampdesk {
 namespace {

@@ -59,6 +59,7 @@ class ToolWindows : public Desk {
 
     // Both windows are gone: one that has closed deletes itself.
     bool gone() {
+        settle();
         return QTest::qWaitFor([&] { return block() == nullptr && form.findChild<frmIntact*>() == nullptr; });
     }
 
@@ -90,9 +91,11 @@ TEST_F(ToolWindows, ReadAndSet) {
 
     ok->setFocus();
     QTest::keyClick(ok, Qt::Key_Space);
+    settle();
     EXPECT_TRUE(!ok->isEnabled() && pause->isEnabled() && ok->text() == QStringLiteral("Continue"));
     EXPECT_EQ(window->focusWidget(), pause);  // and not Exit: the next blank must not end it
     QTest::keyClick(pause, Qt::Key_Space);
+    settle();
     EXPECT_TRUE(ok->isEnabled() && !pause->isEnabled());
     QTest::keyClick(window->focusWidget(), Qt::Key_Space);
     EXPECT_TRUE(comes_to_show(*window, "nvRam Transfer was Successful"));
@@ -116,6 +119,12 @@ TEST_F(ToolWindows, EveryWayOut) {
     open(1);
     const std::function<void(frmBlock&)> ways[] = {
         [&](frmBlock& window) { click(window, "cmdExit"); },
+        [&](frmBlock& window) {
+            host.step();
+            window.CmdExit_Click();
+            form.take_notices();  // of what it has come to before
+            EXPECT_EQ(form.findChildren<frmBlock*>().size(), 1);
+        },
         [&](frmBlock& window) {
             slip(window, true);
             question()->button(QMessageBox::Yes)->click();
@@ -225,6 +234,7 @@ TEST_F(ToolWindows, Console) {
         entry->selectAll();
         QTest::keyClicks(entry, QLatin1String(typed));
         QTest::keyClick(entry, Qt::Key_Return);
+        settle();
     };
     send("A0 17 0");
     EXPECT_EQ(asked, std::vector<int>{1});

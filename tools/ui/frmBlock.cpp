@@ -30,21 +30,10 @@ void set_enabled_in_turn(QPushButton& first, bool first_enabled, QPushButton& se
 
 }  // namespace
 
-frmBlock::frmBlock(std::unique_ptr<NvramTransfer> transfer, QWidget* parent)
-    : QDialog(parent), transfer_(std::move(transfer)) {
+frmBlock::frmBlock(const NvramPanel& panel, Hooks hooks, QWidget* parent)
+    : QDialog(parent), hooks_(std::move(hooks)) {
     build();
-    transfer_->on_end = [this] { withdraw_question(); };
-    transfer_->on_panel = [this] {
-        refresh();
-        if (transfer_->nvram_abort)  // it has ended itself, and there is nothing to be read
-            QMetaObject::invokeMethod(this, &frmBlock::Form_Unload, Qt::QueuedConnection);
-    };
-    refresh();
-}
-
-frmBlock::~frmBlock() {
-    transfer_->on_panel = nullptr;
-    transfer_->unload();
+    show_panel(panel);
 }
 
 void frmBlock::build() {
@@ -57,7 +46,7 @@ void frmBlock::build() {
         layout->addWidget(label);
         return label;
     };
-    add_label("lblAddress")->setText(QStringLiteral("Unit address: %1").arg(transfer_->unit_address()));
+    lblAddress_ = add_label("lblAddress");
     lblStatusLbl_ = add_label("lblStatusLbl");
     lblStatus_ = add_label("lblStatus");
     lblStatus_->setFrameStyle(QFrame::Panel | QFrame::Sunken);
@@ -83,8 +72,9 @@ void frmBlock::build() {
     cmdOk_->setFocus();
 }
 
-void frmBlock::refresh() {
-    const NvramPanel& panel = transfer_->panel();
+void frmBlock::show_panel(const NvramPanel& panel) {
+    panel_ = panel;
+    lblAddress_->setText(QStringLiteral("Unit address: %1").arg(panel.unit_address));
     setWindowTitle(from_latin1(panel.caption));
     lblStatusLbl_->setText(from_latin1(panel.status_label));
     lblStatus_->setText(from_latin1(panel.status));
@@ -94,16 +84,18 @@ void frmBlock::refresh() {
     lblOutput_->label().setAccessibleDescription(lblOutputLbl_->text());
     cmdOk_->setText(from_latin1(panel.start_caption));
     set_enabled_in_turn(*cmdOk_, panel.start_enabled, *cmdCancel_, panel.pause_enabled);
+    if (!panel.under_way)
+        withdraw_question();
 }
 
+// It counts as under way before the station says so: Escape may follow at once.
 void frmBlock::cmdOk_Click() {
-    transfer_->start();
-    if (on_start)
-        on_start();
+    panel_.under_way = true;
+    hooks_.start();
 }
 
 void frmBlock::cmdCancel_Click() {
-    transfer_->pause();
+    hooks_.pause();
 }
 
 void frmBlock::CmdExit_Click() {
@@ -114,11 +106,10 @@ void frmBlock::Form_Unload() {
     if (unloaded_)
         return;
     unloaded_ = true;
+    panel_.under_way = false;
     withdraw_question();
-    transfer_->unload();
     hide();
-    if (on_unload)
-        on_unload();
+    hooks_.exit();
     deleteLater();
 }
 
@@ -126,7 +117,7 @@ void frmBlock::Form_Unload() {
 // question: a slip costs nothing, and no amplifier is left half set by a box that nobody sees. The end
 // takes the question back and stays to be read.
 void frmBlock::ask_to_leave() {
-    if (!transfer_->panel().under_way) {
+    if (!panel_.under_way) {
         CmdExit_Click();
         return;
     }
@@ -152,7 +143,7 @@ void frmBlock::withdraw_question() {
 }
 
 void frmBlock::closeEvent(QCloseEvent* event) {
-    event->setAccepted(unloaded_ || !transfer_->panel().under_way);
+    event->setAccepted(unloaded_ || !panel_.under_way);
     ask_to_leave();
 }
 

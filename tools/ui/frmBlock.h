@@ -1,12 +1,12 @@
-// The progress window of an nvRam transfer, which it owns.
+// The progress window of an nvRam transfer. It shows what it is told of it, and says which button was
+// pressed.
 #pragma once
 
 #include <QDialog>
 #include <QPointer>
 #include <functional>
-#include <memory>
 
-#include "tools/nvram_transfer.h"
+#include "tools/nvram_panel.h"
 
 class QLabel;
 class QMessageBox;
@@ -20,22 +20,23 @@ class frmBlock : public QDialog {
     Q_OBJECT
 
   public:
+    struct Hooks {
+        std::function<void()> start;
+        std::function<void()> pause;
+        std::function<void()> exit;  // the window has closed, and the transfer is to end
+    };
+
     // The window deletes itself when it has closed.
-    frmBlock(std::unique_ptr<NvramTransfer> transfer, QWidget* parent);
-    ~frmBlock() override;
+    frmBlock(const NvramPanel& panel, Hooks hooks, QWidget* parent);
+
+    void show_panel(const NvramPanel& panel);
 
     void cmdOk_Click();
     void cmdCancel_Click();
     void CmdExit_Click();
 
-    // Closes the window without a question; the transfer ends and its file is closed.
+    // Closes the window without a question.
     void Form_Unload();
-
-    // The transfer wants the line from now on.
-    std::function<void()> on_start;
-
-    // It does not exist much longer.
-    std::function<void()> on_unload;
 
     // Escape.
     void reject() override { ask_to_leave(); }
@@ -48,13 +49,14 @@ class frmBlock : public QDialog {
     void build();
     void ask_to_leave();
     void withdraw_question();
-    void refresh();
     void Form_Deactivate();
 
-    std::unique_ptr<NvramTransfer> transfer_;
+    NvramPanel panel_;
+    const Hooks hooks_;
     bool unloaded_ = false;
     QPointer<QMessageBox> question_;
 
+    QLabel* lblAddress_ = nullptr;
     QLabel* lblStatusLbl_ = nullptr;
     QLabel* lblStatus_ = nullptr;
     QLabel* lblOutputLbl_ = nullptr;

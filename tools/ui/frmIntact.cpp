@@ -16,19 +16,11 @@ namespace {
 constexpr int k_output_lines = 14;
 }
 
-frmIntact::frmIntact(Console& console, CommandHistory& history, std::function<std::int16_t()> unit_address,
-                     QWidget* parent)
-    : QDialog(parent), console_(console), history_(history), unit_address_(std::move(unit_address)) {
+frmIntact::frmIntact(CommandHistory& history, Hooks hooks, QWidget* parent)
+    : QDialog(parent), history_(history), hooks_(std::move(hooks)) {
     setAttribute(Qt::WA_DeleteOnClose);
     build();
-    console_.on_sending = [this] { LblOutput_->set_text({}); };
-    console_.on_result = [this](const Console::Result& result) { show_result(result); };
     Form_Load();
-}
-
-frmIntact::~frmIntact() {
-    console_.on_sending = nullptr;
-    console_.on_result = nullptr;
 }
 
 void frmIntact::build() {
@@ -83,7 +75,7 @@ void frmIntact::Form_Load() {
 
 // Whom a command goes to, and the missing response of the last one.
 void frmIntact::show_state() {
-    const int address = unit_address_();
+    const int address = hooks_.unit_address();
     no_response_ = no_response_ && address == address_;
     address_ = address;
     lblReply_->setText(QStringLiteral("Unit address: %1").arg(address) +
@@ -95,8 +87,11 @@ void frmIntact::cmdOk_Click() {
     const std::string text = TxtInput_->text().toLatin1().toStdString();
     if (!text.empty())
         history_.add(text);
-    if (console_.begin(static_cast<std::int16_t>(address_), text) && on_send)
-        on_send();
+    hooks_.send(static_cast<std::int16_t>(address_), text);
+}
+
+void frmIntact::show_sending() {
+    LblOutput_->set_text({});
 }
 
 void frmIntact::show_result(const Console::Result& result) {

@@ -19,17 +19,20 @@ class frmIntact : public QDialog {
     Q_OBJECT
 
   public:
-    // `console` and `history` outlive the window, which takes the console's callbacks.
-    // `unit_address` gives the current amplifier, asked anew for every command.
-    frmIntact(Console& console, CommandHistory& history, std::function<std::int16_t()> unit_address,
-              QWidget* parent);
-    ~frmIntact() override;
+    struct Hooks {
+        std::function<std::int16_t()> unit_address;  // of the current amplifier; asked anew for every command
+        std::function<void(std::int16_t unit_address, const std::string& text)> send;
+    };
+
+    // `history` outlives the window.
+    frmIntact(CommandHistory& history, Hooks hooks, QWidget* parent);
+
+    // A command is sound and will be sent.
+    void show_sending();
+    void show_result(const Console::Result& result);
 
     void cmdOk_Click();
     void CmdExit_Click() { close(); }
-
-    // A command waits to be sent.
-    std::function<void()> on_send;
 
   protected:
     bool event(QEvent* event) override;
@@ -39,11 +42,9 @@ class frmIntact : public QDialog {
     void build();
     void Form_Load();
     void show_state();
-    void show_result(const Console::Result& result);
 
-    Console& console_;
     CommandHistory& history_;
-    std::function<std::int16_t()> unit_address_;
+    const Hooks hooks_;
     bool no_response_ = false;
     int address_ = -1;  // whom the window shows
     QLineEdit* TxtInput_ = nullptr;

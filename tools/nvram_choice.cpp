@@ -1,6 +1,5 @@
-#include "tools/nvram_start.h"
+#include "tools/nvram_choice.h"
 
-#include "platform/run_time_error.h"
 #include "platform/text_file.h"
 
 namespace ampdesk {
@@ -36,17 +35,6 @@ std::optional<std::string> choose_file_to_read_into(Dialogs& person) {
 
 std::optional<std::string> choose_nvram_file(NvramTransfer::Mode mode, Dialogs& person) {
     return mode == NvramTransfer::Mode::set ? choose_file_to_set(person) : choose_file_to_read_into(person);
-}
-
-std::unique_ptr<NvramTransfer> make_nvram_transfer(NvramTransfer::Mode mode, const std::string& path,
-                                                   std::int16_t unit_address, BusLink& bus,
-                                                   Operator& person) {
-    try {
-        return std::make_unique<NvramTransfer>(mode, path, unit_address, bus, person);
-    } catch (const RunTimeError& error) {
-        person.notify(error.what(), path);
-        return nullptr;
-    }
 }
 
 }  // namespace ampdesk
