@@ -54,7 +54,6 @@ TerminalService::~TerminalService() {
 
 void TerminalService::load_settings() {
     port_.load_settings();
-    terminal_.echo = port_.settings().echo;
     tell_state();
 }
 
@@ -96,7 +95,6 @@ bool TerminalService::line_free() {
 void TerminalService::on(const act::UseTerminalSettings& chosen) {
     if (line_.taken() && !line_free())
         return;
-    terminal_.echo = chosen.settings.echo;
     port_.use(chosen.settings);
 }
 

@@ -26,16 +26,13 @@ Terminal::~Terminal() {
     line_.on_received = nullptr;
 }
 
-bool Terminal::type(std::string_view text) {
-    if (!line_.is_open())
-        return true;
-    if (!line_.is_connected())
+void Terminal::type(std::string_view text) {
+    if (line_.is_open() && !line_.is_connected())
         line_.pump();  // whoever types wants it back now
     if (line_.taken() || modem_.hanging_up())
-        return false;
+        return;
     if (!line_.send(text) && line_.is_connected())
         report(k_event_transmit_full);
-    return echo;
 }
 
 bool Terminal::hang_up() {
@@ -124,16 +121,11 @@ std::optional<Instant> Terminal::due() const {
 std::optional<BusCommand> Terminal::next() {
     if (request_waits())
         take_request();
-    auto command = remote_.next();
-    if (!command && on_turn)
-        on_turn();
-    return command;
+    return remote_.next();
 }
 
 void Terminal::ended(const BusReply& reply) {
     remote_.ended(reply);
-    if (on_turn)
-        on_turn();
 }
 
 void Terminal::take_request() {

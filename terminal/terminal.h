@@ -33,12 +33,8 @@ class Terminal : public BusGuest {
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
-    // Sends a typed character; true when the text box is to show it. A key typed while the line
-    // belongs to a transfer or is being hung up is neither sent nor shown.
-    bool Term_KeyPress(char key) { return type({&key, 1}); }
-
-    // The same for pasted text.
-    bool type(std::string_view text);
+    // Sends what is typed or pasted, but not while the line belongs to a transfer or is being hung up.
+    void type(std::string_view text);
 
     // Ends the call. False when it cannot: no line, or a transfer holds it.
     bool hang_up();
@@ -65,14 +61,11 @@ class Terminal : public BusGuest {
     RemoteCommands& remote_commands() { return remote_; }
     const LineState& line_state() const { return state_; }
 
-    bool echo = true;  // typed characters are shown
-
     // All unset ones count as not there, is_visible as yes.
     std::function<bool()> is_visible;                 // whether the text box can be seen
     std::function<void(std::string_view)> on_text;    // for ShowData
     std::function<void(std::string_view)> on_status;  // for the status label
     std::function<void(std::string_view)> on_error;   // for a box; must not open it at once
-    std::function<void()> on_turn;  // a request has gone on, and tick() may be wanted sooner
 
   private:
     void received(std::string_view chunk);

@@ -67,8 +67,8 @@ class TerminalLine {
     // Throws away what waits in this queue.
     void drop_output() { output_.clear(); }
 
-    // Reads once what is waiting and hands it on, then sends on. Called by the window when the
-    // descriptor is readable, and by its timer while output waits or the line is unplugged. Returns
+    // Reads once what is waiting and hands it on, then sends on. To be called when the
+    // descriptor is readable, and now and then while output waits or the line is unplugged. Returns
     // at once when it is already running.
     void pump();
 
