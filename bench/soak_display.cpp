@@ -314,7 +314,7 @@ void DisplayWatch::look_at_row(int row) {
 }
 
 void DisplayWatch::changed() {
-    Panel& panel = head_.panel();
+    const Panel& panel = head_.panel();
     for (int row = 1; row <= 4; ++row) look_at_row(row);
     if (head_.state().menu_ptr == 1 && panel.line(1).ends_with(" dBm"))
         judge_label(panel.line(1).substr(0, 11));

@@ -10,6 +10,7 @@
 #include "demo/demonstration.h"
 #include "demo/sim_port.h"
 #include "platform/clock.h"
+#include "platform/line_wait.h"
 #include "platform/qt/list_names.h"
 #include "platform/qt/qt_operator.h"
 #include "platform/qt/text.h"
@@ -21,7 +22,7 @@
 #include "shell/ui/MDIForm1.h"
 #include "shell/ui/program_icon.h"
 #include "shell/ui/start_up.h"
-#include "station/station_host.h"
+#include "station/station_thread.h"
 
 using namespace ampdesk;
 
@@ -99,15 +100,16 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     MDIForm1Options options;
     options.version = AMPDESK_VERSION;
     options.demonstration = line.demo.has_value();
-    options.ports = station_options.bus.ports;
     options.gauge = {site.values.gauge_minimum, site.values.gauge_maximum};
     options.ports = station_options.bus.ports;
     options.shipped_folder = station_options.heads.shipped_folder;
     options.amplifier_files = line.amplifier_files;
     for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
     options.notices = notices(site, locked);
-    MDIForm1 form(talk, station, clock, person, options);
+    const std::unique_ptr<LineWait> wait = make_line_wait(clock);
+    MDIForm1 form(talk, clock, person, options);
     person.set_parent_window(&form);
+    StationThread thread(talk, station, *wait);
     form.show();
 
     // Boxes belong inside the event loop, where a signal to quit closes them.
@@ -115,23 +117,19 @@ int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     const int result = QApplication::exec();
     person.retire();
     form.shut_down();
-    while (!station.finished()) {
-        const Instant next = station.step();
-        clock.sleep_until(std::min(next, clock.now() + std::chrono::milliseconds(5)));
-    }
-    form.take_notices();
+    thread.end();
     return result;
 }
 
 int run_in(const QString& folder, const CommandLine& line, QtOperator& person) {
     if (!enter_folder(folder)) {
-        person.notify("The program's folder cannot be used", folder.toStdString());
+        person.ask({.text = "The program's folder cannot be used", .detail = folder.toStdString()});
         return k_failed;
     }
     InstanceLock lock(folder);
     const InstanceLock::Result taken = lock.take();
     if (taken == InstanceLock::Result::other_instance) {
-        person.notify("This program is already running");
+        person.ask({.text = "This program is already running"});
         return k_failed;
     }
     return run_station(line, person, taken == InstanceLock::Result::taken);
@@ -140,13 +138,14 @@ int run_in(const QString& folder, const CommandLine& line, QtOperator& person) {
 int run_demonstration(CommandLine line, QtOperator& person) {
     const QTemporaryDir folder;
     if (!folder.isValid()) {
-        person.notify("The program's folder cannot be used", folder.errorString().toStdString());
+        person.ask(
+            {.text = "The program's folder cannot be used", .detail = folder.errorString().toStdString()});
         return k_failed;
     }
     try {
         line.amplifier_files = demo::write_demonstration_files(folder.path().toStdString(), *line.demo);
     } catch (const RunTimeError& error) {
-        person.notify(error.what(), folder.path().toStdString());
+        person.ask({.text = error.what(), .detail = folder.path().toStdString()});
         return k_failed;
     }
     const int result = run_in(folder.path(), line, person);

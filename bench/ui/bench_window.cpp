@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +21,7 @@
 #include "bench/ui/far_ends.h"
 #include "platform/qt/text.h"
 #include "shell/ui/MDIForm1.h"
+#include "station/station_thread.h"
 #include "terminal/terminal_settings.h"
 
 using namespace ampdesk;
@@ -50,7 +52,8 @@ class Program {
     Program(const std::string& bus_device, const std::string& terminal_device)
         : station_(talk_, {*bus_port_, terminal_port_.get()}, clock_,
                    station_options(bus_device, terminal_device)),
-          form_(talk_, station_, clock_, person_, form_options()) {
+          form_(talk_, clock_, person_, form_options()),
+          thread_(talk_, station_, *wait_) {
         write_terminal_settings(k_terminal_settings_file, {.port = 2});
         person_.set_parent_window(&form_);
         form_.resize(1300, 860);
@@ -60,8 +63,7 @@ class Program {
     ~Program() {
         person_.retire();
         form_.shut_down();
-        while (!station_.finished())
-            clock_.sleep_until(std::min(station_.step(), clock_.now() + milliseconds(5)));
+        thread_.end();
     }
 
     bool all_open() const { return form_.findChildren<frmMachine*>().size() == k_amplifiers; }
@@ -88,7 +90,9 @@ class Program {
     const std::unique_ptr<SerialPort> terminal_port_ = make_serial_port(clock_);
     Talk talk_;
     StationHost station_;
+    const std::unique_ptr<LineWait> wait_ = make_line_wait(clock_);
     MDIForm1 form_;
+    StationThread thread_;
 };
 
 // Gives up after the limit.
@@ -200,6 +204,12 @@ int run(Duration time) {
         run_for(seconds(5));
         measure(scenario, time);
     }
+    // A remote desktop that stands still, a dialog of the system's.
+    amplifiers.take_longest_gap();
+    QThread::sleep(static_cast<unsigned long>(std::chrono::ceil<seconds>(time).count()));
+    std::printf("\nThe window held up for %.0f s: status of an amplifier asked %.2f s apart at most\n",
+                std::chrono::duration<double>(time).count(),
+                std::chrono::duration<double>(amplifiers.take_longest_gap()).count());
     return 0;
 }
 

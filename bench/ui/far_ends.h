@@ -10,11 +10,14 @@
 #include <array>
 #include <atomic>
 #include <filesystem>
+#include <map>
 #include <mutex>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 
 #include "demo/demonstration.h"
 #include "demo/faults.h"
@@ -76,7 +79,23 @@ class AmplifierLine {
             throw std::runtime_error(line + ": " + answer.text);
     }
 
+    // The longest time between two requests for the status of one amplifier since the last call.
+    Duration take_longest_gap() {
+        const std::lock_guard lock(mutex_);
+        asked_.clear();
+        return std::exchange(longest_gap_, {});
+    }
+
   private:
+    void note(std::string_view request) {
+        if (request.size() < 4 || request[0] != '\x01' || request[3] != '\x11')
+            return;
+        const Instant now = clock_.now();
+        const auto [before, first] = asked_.try_emplace(request[1], now);
+        if (!first)
+            longest_gap_ = std::max(longest_gap_, now - std::exchange(before->second, now));
+    }
+
     void serve() {
         Duration left = k_longest;
         while (!stop_) {
@@ -86,8 +105,11 @@ class AmplifierLine {
             std::array<char, 1024> block{};
             const ssize_t count = ::read(far_end_.line.get(), block.data(), block.size());
             const std::lock_guard lock(mutex_);
-            if (count > 0)
-                bus_.receive({block.data(), static_cast<std::size_t>(count)});
+            if (count > 0) {
+                const std::string_view request(block.data(), static_cast<std::size_t>(count));
+                note(request);
+                bus_.receive(request);
+            }
             const std::string bytes = bus_.take_due();
             // What does not fit because nobody reads is lost, as on a line.
             [[maybe_unused]] const ssize_t sent = ::write(far_end_.line.get(), bytes.data(), bytes.size());
@@ -101,7 +123,9 @@ class AmplifierLine {
 
     const std::string name_;
     SystemClock clock_;
-    std::mutex mutex_;  // of the bus
+    std::mutex mutex_;               // of the bus and what is noted
+    std::map<char, Instant> asked_;  // for the status, by address
+    Duration longest_gap_{};
     demo::SimBus bus_{clock_, std::chrono::nanoseconds(10'000'000'000 / 9600)};
     FarEnd far_end_;
     std::atomic<bool> stop_ = false;

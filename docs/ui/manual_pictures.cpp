@@ -21,6 +21,7 @@
 #include "shell/demo_simulator.h"
 #include "shell/ui/MDIForm1.h"
 #include "shell/ui/program_icon.h"
+#include "station/station_host.h"
 #include "terminal/ui/ConfigScrn.h"
 #include "tests/support/manual_clock.h"
 
@@ -146,7 +147,7 @@ class Studio {
         person_.file = folder.filePath(QStringLiteral("1001.txt")).toStdString();
         QTimer hand;  // keeps the line as it is; the dialog waits for the exchange in hand
         QObject::connect(&hand, &QTimer::timeout, &hand, [this] {
-            clock_.advance(milliseconds(5));
+            turn(clock_.now() + milliseconds(5));
             if (const QWidget* dialog = QApplication::activeModalWidget())
                 dialog->findChild<QPushButton*>(QStringLiteral("cmdOk"))->click();
         });
@@ -203,7 +204,6 @@ class Studio {
     Talk talk_;
     StationHost host_{talk_, {port_}, clock_, station_options()};
     MDIForm1 form_{talk_,
-                   host_,
                    clock_,
                    person_,
                    {.version = "1.0.0",

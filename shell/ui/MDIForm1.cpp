@@ -10,6 +10,7 @@
 
 #include "platform/qt/text.h"
 #include "shell/ui/present.h"
+#include "station/amplifier_files.h"
 
 namespace ampdesk {
 
@@ -17,23 +18,19 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds k_poll_again{250};  // at the latest
-
 constexpr const char* k_layout_file = "layout.dat";
 constexpr std::string_view k_amplifier_files = "Amplifier Files (com*.dat)|com*.dat|All Files (*.*)|*.*";
 
 constexpr QSize k_natural_size(1300, 860);  // room for four control heads
 constexpr int k_terminal_height = 96;
 
-// The station answers within 4 s; the window does not wait for one that cannot.
-constexpr milliseconds k_close_limit{5000};
+// The station answers sooner; the window does not wait for one that cannot.
+constexpr milliseconds k_close_limit{4000};
 
 }  // namespace
 
-MDIForm1::MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator& person,
-                   MDIForm1Options options)
+MDIForm1::MDIForm1(Talk& talk, const Clock& clock, QtOperator& person, MDIForm1Options options)
     : talk_(talk),
-      host_(host),
       person_(person),
       options_(std::move(options)),
       layout_(*this, k_layout_file),
@@ -57,9 +54,6 @@ MDIForm1::MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator
     connect(qApp, &QApplication::focusChanged, keys_, &HeadKeys::follow);
     connect(heads_.get(), &HeadWindows::changed, this, &MDIForm1::follow_heads);
 
-    poll_timer_.setSingleShot(true);
-    connect(&poll_timer_, &QTimer::timeout, this, &MDIForm1::poll);
-    talk_.acts.on_first = [this] { poll_timer_.start(0); };
     TimerFileAutoOpen_.setSingleShot(true);
     connect(&TimerFileAutoOpen_, &QTimer::timeout, this, &MDIForm1::TimerFileAutoOpen_Timer);
     close_limit_.setSingleShot(true);
@@ -77,7 +71,6 @@ MDIForm1::MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator
 }
 
 MDIForm1::~MDIForm1() {
-    talk_.acts.on_first = nullptr;
     talk_.notices.on_first = nullptr;
     delete keys_;  // the sub-windows go after this, and tell it of every change of the focus
     heads_.reset();
@@ -129,21 +122,20 @@ void MDIForm1::build_menu(const Clock& clock) {
         {.name = "mnuMachine",
          .caption = "&Amplifier",
          .array = "mnuMachineItem",
-         .rows = {{"&New", [this] { set_up_.new_amplifier(); }},
-                  {"&Open", [this] { open_file(); }},
-                  {"&Close",
-                   with_head([this](const frmMachine& head) { send(act::CloseHead{head.identity().id}); }),
-                   with_amplifier},
-                  {"-"},
-                  {"&Save",
-                   with_head([this](const frmMachine& head) { send(act::SaveHead{head.identity().id}); }),
-                   with_amplifier},
-                  {"Save &As", with_head([this](const frmMachine& head) { save_as(head.identity()); }),
-                   with_amplifier},
-                  {"Sa&ve All", [this] { send(act::SaveAll{}); }, with_amplifier},
-                  {"-"},
-                  {"E&xit", [this] { close(); }}},
-         .after = [this] { poll(); }});
+         .rows = {
+             {"&New", [this] { set_up_.new_amplifier(); }},
+             {"&Open", [this] { open_file(); }},
+             {"&Close",
+              with_head([this](const frmMachine& head) { send(act::CloseHead{head.identity().id}); }),
+              with_amplifier},
+             {"-"},
+             {"&Save", with_head([this](const frmMachine& head) { send(act::SaveHead{head.identity().id}); }),
+              with_amplifier},
+             {"Save &As", with_head([this](const frmMachine& head) { save_as(head.identity()); }),
+              with_amplifier},
+             {"Sa&ve All", [this] { send(act::SaveAll{}); }, with_amplifier},
+             {"-"},
+             {"E&xit", [this] { close(); }}}});
     modem_ = std::make_unique<ModemMenu>(*menu_, *this, *terminal_, options_.ports, clock, person_,
                                          [this](const TerminalAct& act) { send(act); });
     const std::vector<MenuRow> screen = {
@@ -165,8 +157,7 @@ void MDIForm1::build_menu(const Clock& clock) {
                          {"-"},
                          {"&Setup_422", [this] { set_up_.line(); }},
                          {"&Interactive_422", [this] { tools_.interactive(); }},
-                         {.caption = "nv&Ram Transfer", .array = "mnuToolsSram", .rows = nvram}},
-                .after = [this] { poll(); }});
+                         {.caption = "nv&Ram Transfer", .array = "mnuToolsSram", .rows = nvram}}});
     menu_->add({.name = "mnuWin",
                 .caption = "&Window",
                 .array = "mnuWinItem",
@@ -276,39 +267,6 @@ void MDIForm1::follow_heads() {
         address = machine->identity().unit_address;
     if (std::exchange(active_address_, address) != address)
         faults_.follow(address);
-}
-
-// Called whenever something may have come, an act of the operator's or a byte, and when something is due.
-void MDIForm1::poll() {
-    Instant due = host_.step();
-    watch_lines();
-    for (const SerialPort* port : host_.ports()) due = std::min(due, port->input_due().value_or(due));
-    const auto wait = std::chrono::ceil<milliseconds>(due - host_.bus().clock().now());
-    poll_timer_.start(std::clamp(wait, milliseconds(0), k_poll_again));
-}
-
-// A lost line has no descriptor; the timer looks for it. The notifier may be on the stack here. It is
-// switched off where the port was closed behind its back, and another one may have been opened under the same
-// number.
-void MDIForm1::watch_lines() {
-    watched_.resize(host_.ports().size());
-    for (std::size_t i = 0; i < watched_.size(); ++i) {
-        auto& [notifier, watched] = watched_[i];
-        const int handle = host_.ports()[i]->watch_handle();
-        const bool watching = notifier != nullptr && notifier->isEnabled();
-        if (handle == watched && watching == (handle >= 0))
-            continue;
-        watched = handle;
-        if (notifier != nullptr) {
-            notifier->setEnabled(false);
-            notifier->deleteLater();
-            notifier = nullptr;
-        }
-        if (handle < 0)
-            continue;
-        notifier = new QSocketNotifier(handle, QSocketNotifier::Read, this);
-        connect(notifier, &QSocketNotifier::activated, this, &MDIForm1::poll);
-    }
 }
 
 void MDIForm1::shut_down() {

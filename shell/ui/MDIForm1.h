@@ -6,7 +6,6 @@
 #include <QMainWindow>
 #include <QMdiArea>
 #include <QMdiSubWindow>
-#include <QSocketNotifier>
 #include <QSplitter>
 #include <QTimer>
 #include <functional>
@@ -26,7 +25,7 @@
 #include "shell/ui/set_up.h"
 #include "shell/ui/terminal_control.h"
 #include "shell/ui/trouble_label.h"
-#include "station/station_host.h"
+#include "station/talk.h"
 
 namespace ampdesk {
 
@@ -49,7 +48,7 @@ class MDIForm1 : public QMainWindow {
   public:
     // The references stay valid as long as the window, which reads the notices until its end. Of the clock
     // it only reads the time.
-    MDIForm1(Talk& talk, StationHost& host, const Clock& clock, QtOperator& person, MDIForm1Options options);
+    MDIForm1(Talk& talk, const Clock& clock, QtOperator& person, MDIForm1Options options);
     ~MDIForm1() override;
 
     // Second part of loading, with the window shown: the start-up timer.
@@ -88,8 +87,6 @@ class MDIForm1 : public QMainWindow {
     void take(const PersonNotice& notice);
     void take(const ProgramNotice& notice);
     void follow_heads();
-    void poll();
-    void watch_lines();
     void TimerFileAutoOpen_Timer();
     void open_file();
     void save_as(const HeadIdentity& head);
@@ -97,7 +94,6 @@ class MDIForm1 : public QMainWindow {
     void show_about();
 
     Talk& talk_;
-    StationHost& host_;
     QtOperator& person_;
     MDIForm1Options options_;
     LayoutKeeper layout_;
@@ -120,12 +116,6 @@ class MDIForm1 : public QMainWindow {
     bool finishing_ = false;
     bool finished_ = false;  // the station: the window goes when the last box has been seen
     QTimer close_limit_;
-    QTimer poll_timer_;
-    struct WatchedLine {
-        QSocketNotifier* notifier = nullptr;
-        int handle = -1;
-    };
-    std::vector<WatchedLine> watched_;  // one a port of the host's
     QTimer TimerFileAutoOpen_;
 };
 

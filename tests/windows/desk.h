@@ -12,6 +12,7 @@
 #include "demo/sim_port.h"
 #include "shell/demo_simulator.h"
 #include "shell/ui/MDIForm1.h"
+#include "station/station_host.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scratch_folder.h"
 
@@ -53,7 +54,7 @@ class Desk : public ::testing::Test {
                                                   .gauge = {30, 60},
                                                   .amplifier_files = {}})
         : host(talk, {port, terminal_port, &simulator}, clock, {.bus = std::move(options)}),
-          form(talk, host, clock, person, std::move(form_options)) {
+          form(talk, clock, person, std::move(form_options)) {
         std::filesystem::current_path(folder.path());
         person.sound = [this] { ++sounds; };
         link.on_traffic = [this](const BusTraffic& traffic) {
@@ -88,6 +89,9 @@ class Desk : public ::testing::Test {
                 clock.advance(std::chrono::milliseconds(5));
         });
         dialog_clock.start(1);
+        // The windows' own thread serves the station, too.
+        QObject::connect(&turns, &QTimer::timeout, &form, [this] { step(); });
+        turns.start(1);
         form.show();
         activate();
     }
@@ -119,10 +123,20 @@ class Desk : public ::testing::Test {
         return nullptr;
     }
 
+    // Not from within another one: what is tried in the middle of an exchange may let events run.
+    void step() {
+        if (std::exchange(stepping, true))
+            return;
+        host.step();
+        if (another != nullptr)
+            another->step();
+        stepping = false;
+    }
+
     // Until windows and station have nothing more to say to each other. The clock stands still.
     void settle() {
         for (int i = 0; i < 4; ++i) {
-            host.step();
+            step();
             QApplication::processEvents();
         }
     }
@@ -130,7 +144,7 @@ class Desk : public ::testing::Test {
     // Until the files are open and every head shows its first screen.
     void let_start() {
         EXPECT_TRUE(comes([this] {
-            host.step();
+            step();
             const auto heads = station.open_heads();
             return !station.opening_files() &&
                    std::all_of(heads.begin(), heads.end(), [](const auto& head) { return head->started(); });
@@ -205,8 +219,11 @@ class Desk : public ::testing::Test {
 
     std::vector<std::string> settings;  // commands of class 16, without their frames
     std::map<int, int> frames_sent;     // by address
+    bool stepping = false;
+    StationHost* another = nullptr;  // of a second main window
     int sounds = 0;
     std::string told;
+    QTimer turns;
     QTimer dialog_clock;
     QTimer box_watch;
     std::function<void(QMessageBox&)> box_action;

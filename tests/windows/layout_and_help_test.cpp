@@ -40,8 +40,7 @@ TEST_F(Layout, ComesBackAtTheNextStart) {
     write_titled_lines("layout.dat", layout_lines(*layout));
     Talk next_talk;
     StationHost next_host{next_talk, {port}, clock, {}};
-    MDIForm1 next{
-        next_talk, next_host, clock, person, {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
+    MDIForm1 next{next_talk, clock, person, {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
     next.show();
     EXPECT_EQ(next.geometry().x(), 0);
     next_host.station().new_amplifier_window(1, "1001", "KU", false);

@@ -2,6 +2,7 @@
 #include <QMenuBar>
 
 #include "platform/text_file.h"
+#include "station/station_thread.h"
 #include "tests/support/served_line.h"
 #include "tests/windows/desk.h"
 
@@ -183,36 +184,42 @@ TEST_F(MainWindow, ClosingTheLastWindowEndsThePolling) {
     EXPECT_TRUE(comes([&] { return frames_sent[2] > 8; }));
 }
 
-// A line that is not watched, as another one was open under the same descriptor before: every reply is found
-// a quarter of a second late.
-TEST(MainWindowLine, IsWatchedAfterItWasClosed) {
+// The program as it is put together, with the station on its thread: a line that is not watched, or no longer
+// once it was closed, so that every reply is found late; a window that does not go, or before the station.
+TEST(MainWindowThread, OpensClosesAndEnds) {
     const ScratchFolder folder;
     std::filesystem::current_path(folder.path());
+    folder.put("com1001.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n");
     const std::unique_ptr<Clock> clock = make_system_clock();
     demo::SimBus sim(*clock);
-    sim.add({.address = 1, .serial = 1001, .noise = 0});
+    sim.add({.address = 1, .serial = 1001, .name = "C/KU/X", .noise = 0});
     const ServedLine line(sim, folder / "line");
     const std::unique_ptr<SerialPort> port = make_serial_port(*clock);
-    QtOperator person;
     BusOptions options;
     options.ports.set(1, folder / "line");
+    QtOperator person;
     Talk talk;
     StationHost host(talk, {*port}, *clock, {.bus = options});
-    BusLink& bus = host.bus();
-    Station& station = host.station();
-    MDIForm1 form(talk, host, *clock, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}});
+    const std::unique_ptr<LineWait> wait = make_line_wait(*clock);
+    MDIForm1 form(talk, *clock, person, {.version = "1.2.3", .gauge = {30, 60}, .amplifier_files = {}});
+    const StationThread thread(talk, host, *wait);
     form.show();
-    const auto starts = [&] {
-        ASSERT_EQ(bus.open_bus_port("COM1:", 9600, 0, 8, 1), 0) << bus.open_failure();
-        station.new_amplifier_window(1, "1001", "C/KU/X", false);
-        EXPECT_TRUE(QTest::qWaitFor([&] { return station.open_heads().at(0)->started(); }, 600));
-        station.close_all();
-        QTest::qWait(20);
-        bus.close_bus_port();
-        QTest::qWait(20);
-    };
-    starts();
-    starts();
+    for (int round = 0; round < 2; ++round) {
+        talk.acts.put(act::OpenFile{"com1001.dat"});
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] {
+                const frmMachine* machine = form.active_machine();
+                return machine != nullptr && machine->view().panel.legend(3) == "MORE";
+            },
+            1000));
+        form.findChild<QAction*>(QStringLiteral("mnuWinItem(5)"))->trigger();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return form.active_machine() == nullptr; }, 600));
+        std::filesystem::remove("set1001.dat");  // nobody is asked about it
+    }
+    form.close();
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !form.isVisible(); }, 600));
+    EXPECT_TRUE(file_exists("layout.dat"));
     QDir::setCurrent(QDir::rootPath());
 }
 
@@ -257,7 +264,8 @@ TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {
         Talk fresh_talk;
         StationHost fresh_host(fresh_talk, {port}, clock, {});
         fresh_station = &fresh_host.station();
-        MDIForm1 fresh(fresh_talk, fresh_host, clock, person,
+        another = &fresh_host;
+        MDIForm1 fresh(fresh_talk, clock, person,
                        {.version = {},
                         .gauge = {},
                         .amplifier_files = {"com1001.dat", "com5.dat"},
@@ -267,6 +275,7 @@ TEST_F(MainWindow, AmpdeskFileDecidesAboutTheStart) {
         EXPECT_TRUE(comes([&] { return boxes.size() >= 2; }));
         EXPECT_EQ(boxes, c.boxes);
         EXPECT_EQ(fresh.terminal_port(), c.port);
+        another = nullptr;
     }
 }
 
