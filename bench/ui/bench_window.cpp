@@ -7,6 +7,7 @@
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QThread>
@@ -128,7 +129,7 @@ void begin_transfer(MDIForm1& window) {
         if (dialog == nullptr)
             return;
         if (auto* files = qobject_cast<QFileDialog*>(dialog)) {
-            files->selectFile(QStringLiteral("nvram.txt"));
+            part<QLineEdit>(*files, "fileNameEdit").setText(QStringLiteral("nvram.txt"));
             dialog->accept();
         } else {
             part<QPushButton>(*dialog, "cmdOk").click();
@@ -136,6 +137,7 @@ void begin_transfer(MDIForm1& window) {
     });
     hand.start(milliseconds(20));
     part<QAction>(window, "mnuToolsSram(0)").trigger();
+    run_until([&] { return window.findChild<QDialog*>(QStringLiteral("frmBlock")) != nullptr; }, seconds(10));
     part<QPushButton>(part<QDialog>(window, "frmBlock"), "cmdOk").click();
 }
 
