@@ -24,7 +24,6 @@
 #include "buslink/wire/control_characters.h"
 #include "platform/posix/posix_serial_port.h"
 #include "platform/posix/system_clock.h"
-#include "tests/support/recording_operator.h"
 
 namespace ampdesk {
 namespace {
@@ -169,11 +168,10 @@ int run(int argc, char** argv) {
     Responder modbus_far(k_modbus_request, modbus_reply);
 
     SystemClock clock;
-    RecordingOperator nobody;
     PosixSerialPort port(clock);
     BusOptions options;
     options.ports.set(1, ours_far.device());
-    BusLink bus(port, clock, nobody, options);
+    BusLink bus(port, clock, options);
     if (bus.open_bus_port("COM1:", 19200, 0, 8, 1) != 0)
         give_up(bus.open_failure().c_str());
 

@@ -23,7 +23,6 @@
 #include "demo/request_finder.h"
 #include "platform/posix/posix_serial_port.h"
 #include "platform/posix/system_clock.h"
-#include "tests/support/recording_operator.h"
 
 using namespace ampdesk;
 using namespace ampdesk::bench;
@@ -90,12 +89,11 @@ FaultyResponder::Manner our_manner(const Crc16& crc) {
 
 Tally run_ours(int exchanges, const FaultyResponder& far, bool address_checked) {
     SystemClock clock;
-    RecordingOperator nobody;
     PosixSerialPort port(clock);
     BusOptions options;
     options.ports.set(1, far.device());
     options.reply_address = address_checked ? ReplyAddress::checked : ReplyAddress::ignored;
-    BusLink bus(port, clock, nobody, options);
+    BusLink bus(port, clock, options);
     if (bus.open_bus_port("COM1:", 19200, 0, 8, 1) != 0) {
         std::fprintf(stderr, "%s\n", bus.open_failure().c_str());
         std::exit(1);

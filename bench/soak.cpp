@@ -43,9 +43,7 @@ BusOptions bus_options(ReplyAddress rule) {
 class Soak {
   public:
     Soak(const Options& options, ReplyAddress rule)
-        : options_(options),
-          faults_(options.seed, 0, k_byte_time),
-          bus_(line_, clock_, person_, bus_options(rule)) {
+        : options_(options), faults_(options.seed, 0, k_byte_time), bus_(line_, clock_, bus_options(rule)) {
         demo::add_demonstration(line_.bus(), k_heads);
         services_.options.folder = folder_.path();
         services_.options.negative_words = NegativeWords::two_complement;

@@ -97,7 +97,7 @@ class WatchedStation {
     Nobody person_;
 
   public:
-    BusLink bus{port_, clock, person_};
+    BusLink bus{port_, clock};
 
   private:
     HeadServices services_{bus, clock, person_, {}};

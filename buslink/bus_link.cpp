@@ -21,10 +21,9 @@ Duration seconds(float value) {
 
 }  // namespace
 
-BusLink::BusLink(SerialPort& port, Clock& clock, Operator& person, BusOptions options)
+BusLink::BusLink(SerialPort& port, Clock& clock, BusOptions options)
     : port_(port),
       clock_(clock),
-      operator_(person),
       options_(std::move(options)),
       crc_(options_.crc),
       addresses_(options_.reply_address) {}

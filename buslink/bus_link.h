@@ -16,7 +16,6 @@
 #include "buslink/wire/crc16.h"
 #include "buslink/wire/text_frame.h"
 #include "platform/clock.h"
-#include "platform/operator.h"
 #include "platform/serial_port.h"
 
 namespace ampdesk {
@@ -71,7 +70,7 @@ class BusLink {
   public:
     static constexpr std::chrono::milliseconds k_reply_limit{1000};
 
-    BusLink(SerialPort& port, Clock& clock, Operator& person, BusOptions options = {});
+    BusLink(SerialPort& port, Clock& clock, BusOptions options = {});
 
     // Begins an exchange; none may be under way. After one that failed it first waits until the line is at
     // rest, so that a late answer is never taken for the next one.
@@ -154,7 +153,6 @@ class BusLink {
 
     SerialPort& port_;
     Clock& clock_;
-    Operator& operator_;
     BusOptions options_;
     Crc16 crc_;
     ReplyAddresses addresses_;

@@ -49,7 +49,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     ManualClock clock;
     ScriptedPort port(clock);
     RecordingOperator person;
-    BusLink bus(port, clock, person);
+    BusLink bus(port, clock);
     bus.open_bus_port("COM2:", 9600, 0, 8, 1);
     port.responder = [&](const std::string&) { return ScriptedPort::Answer{{{}, answer}}; };
 

@@ -51,7 +51,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     ManualClock clock;
     ScriptedPort port(clock);
     RecordingOperator person;
-    BusLink bus(port, clock, person);
+    BusLink bus(port, clock);
     bus.open_bus_port("COM1:", 9600, 0, 8, 1);
     const Crc16 crc;
     port.responder = [&](const std::string& sent) {

@@ -45,7 +45,7 @@ StationHost::StationHost(Talk& talk, const StationLines& lines, Clock& clock,
       notices_(talk.notices),
       clock_(clock),
       ports_(ports_of(lines)),
-      bus_(lines.bus, clock, person_, options.bus),
+      bus_(lines.bus, clock, options.bus),
       services_{bus_, clock, person_, options.heads},
       heads_(station_, teller(notices_)),
       line_watch_(bus_, station_, person_,
@@ -130,8 +130,8 @@ void StationHost::step_finish() {
         return;
     tools_.end_transfer();
     UnsavedFiles unsaved;
-    for (const auto& [path, lines] : finish_.files)
-        unsaved.attempt(path, [&] { write_titled_lines(path, lines); });
+    for (const act::Finish::File& file : finish_.files)
+        unsaved.attempt(file.path, [&] { write_titled_lines(file.path, file.lines); });
     station_.close_all(std::move(unsaved));
     stage_ = Stage::finished;
     notices_.put(notice::Finished{});

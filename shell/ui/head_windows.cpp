@@ -60,7 +60,7 @@ void HeadWindows::show(const HeadNotice& notice) {
 void HeadWindows::on(const notice::HeadOpened& opened) {
     const int id = opened.identity.id;
     auto* machine = new frmMachine(opened.identity, opened.view, gauge_);
-    const auto send = [this](HeadAct act) { send_(act); };
+    const auto send = [this](const HeadAct& act) { send_(act); };
     machine->hooks = {.key =
                           [=](int key, const std::string& did) {
                               send(act::PressKey{id, static_cast<std::int16_t>(key), did});

@@ -5,7 +5,6 @@
 #include "buslink/bus_link.h"
 #include "buslink/wire/text_frame.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
 
 namespace ampdesk {
@@ -44,8 +43,7 @@ class Exchange : public testing::Test {
 
     ManualClock clock;
     ScriptedPort port{clock};
-    RecordingOperator person;
-    BusLink bus{port, clock, person};
+    BusLink bus{port, clock};
     std::string reply = "left over";
 };
 
@@ -103,7 +101,7 @@ TEST_F(Exchange, LearnsWhoSendsItsAddress) {
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.comes + " gives " + row.taken);
-        BusLink link{port, clock, person, {.crc = {}, .reply_address = row.rule, .ports = {}}};
+        BusLink link{port, clock, {.crc = {}, .reply_address = row.rule, .ports = {}}};
         link.open_bus_port("COM2:", 9600, 0, 8, 1);
         const std::string other = hex_bytes("06 07 04 11 78 62 63 7A 1B");
         std::string taken;

@@ -8,7 +8,6 @@
 #include "buslink/wire/text_frame.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/line_faults.h"
-#include "tests/support/recording_operator.h"
 
 namespace ampdesk {
 namespace {
@@ -28,7 +27,7 @@ const Request k_first_text{1, "RDBAND", true};
 // A line of amplifiers that number their answers.
 struct Line {
     Line(bool address_checked, bool watched)
-        : bus(port, clock, person,
+        : bus(port, clock,
               {.crc = {},
                .reply_address = address_checked ? ReplyAddress::checked : ReplyAddress::ignored,
                .ports = {}}) {
@@ -60,7 +59,6 @@ struct Line {
 
     ManualClock clock;
     ScriptedPort port{clock};
-    RecordingOperator person;
     BusLink bus;
     int number = 0;
     std::string own;  // the true reply to the request under way

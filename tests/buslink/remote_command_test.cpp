@@ -4,7 +4,6 @@
 #include "buslink/remote_command.h"
 #include "buslink/wire/text_frame.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
 
 namespace ampdesk {
@@ -19,8 +18,7 @@ const std::string k_text_rfon_5 = "02 3E 30 35 20 52 46 4F 4E 03 30 31 0D";
 struct Line {
     ManualClock clock;
     ScriptedPort port{clock};
-    RecordingOperator person;
-    BusLink bus{port, clock, person};
+    BusLink bus{port, clock};
     std::string output;
 };
 

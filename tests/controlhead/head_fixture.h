@@ -45,7 +45,7 @@ inline std::string block(const std::string& words) {
 
 class Bench {
   public:
-    explicit Bench(BusOptions options = {}) : bus(port, clock, person, std::move(options)) {
+    explicit Bench(BusOptions options = {}) : bus(port, clock, std::move(options)) {
         port.responder = [this](const std::string& frame) { return answer(frame); };
         bus.open_bus_port("COM2:", 9600, 0, 8, 1);
         set_status(0);

@@ -104,7 +104,7 @@ class Walk : public testing::Test {
     demo::SimBus sim{clock};
     demo::SimPort port{sim, clock};
     RecordingOperator person;
-    BusLink bus{port, clock, person};
+    BusLink bus{port, clock};
     HeadServices services{bus, clock, person, {}};
     std::optional<Pump> station;
     ControlHead* head = nullptr;  // of the station

@@ -84,7 +84,7 @@ TEST_P(ClockSteps, AnExchangeUnderWay) {
         clock.advance(100ms);
         step(clock);
     });
-    BusLink link(line, clock, person);
+    BusLink link(line, clock);
     link.open_bus_port("COM2:", 9600, 0, 8, 1);
     const struct {
         bool text;

@@ -120,7 +120,7 @@ struct Rig {
     demo::SimBus sim;
     WatchedPort port{sim, clock};
     RecordingOperator person;
-    BusLink bus{port, clock, person};
+    BusLink bus{port, clock};
     HeadServices services{bus, clock, person, {}};
     Station station{services};
 };

@@ -71,7 +71,7 @@ class Setups : public testing::Test {
     ManualClock clock;
     ScriptedPort port{clock};
     RecordingOperator person;
-    BusLink bus{port, clock, person};
+    BusLink bus{port, clock};
     HeadServices services{bus, clock, person, {}};
     Station station{services};
     // The amplifier's answers; empty is silence.

@@ -60,7 +60,7 @@ struct PortEvents : testing::Test {
     TerminalLine line{&port, clock};
     ScriptedPort bus_port{clock};
     RecordingOperator person;
-    BusLink bus{bus_port, clock, person};
+    BusLink bus{bus_port, clock};
     Terminal terminal{line, bus};
     std::string told;
 };

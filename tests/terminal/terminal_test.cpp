@@ -60,7 +60,7 @@ struct TerminalTest : testing::Test {
     ModemPort port{clock};
     ScriptedPort bus_port{clock};
     RecordingOperator person;
-    BusLink bus{bus_port, clock, person};
+    BusLink bus{bus_port, clock};
     TerminalLine line{&port, clock};
     ScratchFolder folder;
     Terminal terminal{line, bus, folder.path()};

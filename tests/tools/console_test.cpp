@@ -30,7 +30,7 @@ class ConsoleTest : public testing::Test {
     ManualClock clock;
     ScriptedPort port{clock};
     RecordingOperator person;
-    BusLink bus{port, clock, person};
+    BusLink bus{port, clock};
     Console console{bus, person};
     std::vector<Console::Result> results;
 };

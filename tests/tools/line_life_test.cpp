@@ -93,7 +93,7 @@ class LineLife : public testing::Test {
     SkippingClock clock;
     HurriedPort port{clock};
     RecordingOperator person;
-    BusLink link{port, clock, person, ports(name)};
+    BusLink link{port, clock, ports(name)};
     HeadServices services{link, clock, person, {}};
     std::string reply;
 };

@@ -93,7 +93,7 @@ class NvramTransferTest : public testing::Test {
     ManualClock clock;
     ScriptedPort port{clock};
     RecordingOperator person;
-    BusLink bus{port, clock, person};
+    BusLink bus{port, clock};
     std::unique_ptr<NvramTransfer> transfer;
     Texts shown;
 };

@@ -56,7 +56,7 @@ class SetupDialogTest : public testing::Test {
     ManualClock clock;
     ScriptedPort port{clock};
     RecordingOperator person;
-    BusLink bus{port, clock, person};
+    BusLink bus{port, clock};
     NoSetup line;
     std::string path = folder / "rs485.dat";
 };
