@@ -44,7 +44,7 @@ void FileOpener::cancel() {
 void FileOpener::step() {
     if (std::exchange(over_, false))
         end();
-    while (!under_way_ && !waiting_.empty()) {
+    while (!opening_ && !waiting_.empty()) {
         const File file = std::move(waiting_.front());
         waiting_.pop_front();
         begin(file);
@@ -74,7 +74,6 @@ void FileOpener::begin(const File& file) {
     station_.looks_for(*address);
     if (!open_line(*content, file.texts))
         return station_.end_line_try();
-    under_way_ = true;
     opening_ =
         std::make_unique<Opening>(bus_, operator_, station_.questions(), *address, file.texts.interactive,
                                   [this, texts = file.texts] { opened(texts); });
@@ -134,7 +133,6 @@ void FileOpener::tell_outcome(const Opening& opening, const Texts& texts) {
 void FileOpener::end() {
     station_.remove_guest(*opening_);
     opening_.reset();
-    under_way_ = false;
     station_.end_line_try();
     tell_idle();
 }

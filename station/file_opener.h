@@ -29,7 +29,7 @@ class FileOpener {
     // What has not been opened is not opened any more.
     void cancel();
 
-    bool busy() const { return under_way_ || !waiting_.empty(); }
+    bool busy() const { return opening_ || !waiting_.empty(); }
 
     // To be called now and then: begins the next file when the one before has come to its end.
     void step();
@@ -64,8 +64,7 @@ class FileOpener {
     BusLink& bus_;
     Operator& operator_;
     std::deque<File> waiting_;
-    std::unique_ptr<Opening> opening_;
-    bool under_way_ = false;
+    std::unique_ptr<Opening> opening_;  // that is under way
     bool over_ = false;  // the opening has come to its end and goes with the next step
 };
 

@@ -131,7 +131,7 @@ Instant Station::step() {
         tick(now);
         did = line_.step(now);
     }
-    tell_waiting();
+    for (const auto& head : open_heads()) tell_of(*head);
     return did == guests_turn ? now : due();
 }
 
@@ -159,31 +159,14 @@ void Station::close_failed(int slot) {
     const std::shared_ptr<ControlHead> head = slot_at(slot).head;
     if (!head || head->life() != ControlHead::Life::failed)
         return;
-    while (auto message = head->take_message()) to_tell_.push_back(std::move(*message));
+    tell_of(*head);
     close_window(slot);
     if (open_count() == 0)
         give_line_back();
 }
 
-// A box may stand for hours, and steps go on beside it.
-void Station::tell_waiting() {
-    if (telling_)
-        return;
-    telling_ = true;
-    const auto next = [this]() -> std::optional<Message> {
-        if (!to_tell_.empty()) {
-            Message first = to_tell_.front();
-            to_tell_.erase(to_tell_.begin());
-            return first;
-        }
-        for (const Slot& slot : slots_)
-            if (slot.head)
-                if (auto message = slot.head->take_message())
-                    return message;
-        return std::nullopt;
-    };
-    while (const auto message = next()) services_.person.tell(*message);
-    telling_ = false;
+void Station::tell_of(ControlHead& head) {
+    while (const auto message = head.take_message()) services_.person.tell(*message);
 }
 
 void Station::close_window(int slot) {

@@ -122,7 +122,7 @@ class Station {
     void give_line_back();
     Instant due() const;
     void tick(Instant now);
-    void tell_waiting();
+    void tell_of(ControlHead& head);
     void release(int slot, UnsavedFiles& unsaved);
     void save(const ControlHead& head, UnsavedFiles& unsaved);
 
@@ -136,8 +136,6 @@ class Station {
     std::int16_t last_address_ = 0;
     int line_tries_ = 0;
     std::optional<LineSettings> line_before_;  // the first of them
-    std::vector<Message> to_tell_;             // of heads that have failed
-    bool telling_ = false;
 };
 
 }  // namespace ampdesk
