@@ -65,7 +65,7 @@ class FileOpener {
     Operator& operator_;
     std::deque<File> waiting_;
     std::unique_ptr<Opening> opening_;  // that is under way
-    bool over_ = false;  // the opening has come to its end and goes with the next step
+    bool over_ = false;                 // the opening has come to its end and goes with the next step
 };
 
 }  // namespace ampdesk

@@ -83,8 +83,4 @@ void HeadService::on(const act::SaveHead& save) {
     with(save.head, [&](const ControlHead& head) { station_.save(head); });
 }
 
-void HeadService::on(const act::SaveHeadAs& save) {
-    with(save.head, [&](const ControlHead& head) { station_.save_as(head, save.path); });
-}
-
 }  // namespace ampdesk

@@ -35,7 +35,7 @@ class HeadService {
     void on(const act::CloseHead& close);
     void on(const act::CloseAll&) { station_.close_all(); }
     void on(const act::SaveHead& save);
-    void on(const act::SaveHeadAs& save);
+    void on(const act::SaveAs& save) { station_.save_as(save.unit_address, save.path); }
     void on(const act::SaveAll&) { station_.save_all(); }
     void on(const act::OpenFile& open) { station_.open_amplifier_file(open.path); }
 

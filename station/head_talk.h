@@ -56,8 +56,9 @@ struct CloseAll {};
 struct SaveHead {
     int head = 0;
 };
-struct SaveHeadAs {
-    int head = 0;
+// The amplifier file, for whom it leads to: his panel may have closed while a name was chosen.
+struct SaveAs {
+    std::int16_t unit_address = 0;
     std::string path{};
 };
 struct SaveAll {};
@@ -69,7 +70,7 @@ struct OpenFile {
 
 using HeadAct = std::variant<act::PressKey, act::PressHardKey, act::ClickLamp, act::MoveScrollBar,
                              act::SetLook, act::SetActive, act::CloseHead, act::CloseAll, act::SaveHead,
-                             act::SaveHeadAs, act::SaveAll, act::OpenFile>;
+                             act::SaveAs, act::SaveAll, act::OpenFile>;
 
 namespace notice {
 

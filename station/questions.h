@@ -29,6 +29,11 @@ class Questions {
             found.mapped()(reply);
     }
 
+    // Whatever was to be done with the answers is not done.
+    void withdraw_all() {
+        for (const auto& [number, then] : std::exchange(open_, {})) operator_.withdraw(number);
+    }
+
     void withdraw(int number) {
         if (open_.erase(number) > 0)
             operator_.withdraw(number);

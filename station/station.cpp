@@ -238,9 +238,9 @@ void Station::save(const ControlHead& head, UnsavedFiles& unsaved) {
     unsaved.attempt(screen_settings_name(number), [&] { head.save_screen_settings(); });
 }
 
-void Station::save_as(const ControlHead& head, const std::string& path) {
+void Station::save_as(int unit_address, const std::string& path) {
     UnsavedFiles unsaved;
-    unsaved.attempt(path, [&] { files_.write(head.identity().unit_address, path); });
+    unsaved.attempt(path, [&] { files_.write(unit_address, path); });
     unsaved.tell(services_.person);
 }
 

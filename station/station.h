@@ -99,7 +99,7 @@ class Station {
     // screen settings; save_as writes the amplifier file to that path. Each tells what could not be written,
     // as an amplifier file while no line is open, in one message.
     void save(const ControlHead& head);
-    void save_as(const ControlHead& head, const std::string& path);
+    void save_as(int unit_address, const std::string& path);
     void save_all();
 
     Questions& questions() { return questions_; }

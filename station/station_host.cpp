@@ -132,6 +132,7 @@ void StationHost::step_finish() {
     UnsavedFiles unsaved;
     for (const act::Finish::File& file : finish_.files)
         unsaved.attempt(file.path, [&] { write_titled_lines(file.path, file.lines); });
+    station_.questions().withdraw_all();
     station_.close_all(std::move(unsaved));
     stage_ = Stage::finished;
     notices_.put(notice::Finished{});

@@ -186,6 +186,7 @@ void TerminalService::begin_finish() {
     if (finish_by_)
         return;
     finish_by_ = clock_.now() + k_finish_limit;
+    transfers_.end();
     if (!line_.output_left())
         operator_.show_status("Waiting for the terminal's output to leave");
     step();
@@ -195,7 +196,7 @@ void TerminalService::step_finish() {
     if (!finish_by_ || finished_)
         return;
     const bool left = line_.output_left();
-    if (!left && clock_.now() < *finish_by_)
+    if ((!left || transfers_.ending()) && clock_.now() < *finish_by_)
         return;
     if (!left)
         operator_.notify("Data cannot be sent");

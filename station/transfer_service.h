@@ -26,6 +26,9 @@ class TransferService {
     void end();
     void cancel();
 
+    // One has come to its end, and the line is about to be given back.
+    bool ending() const { return file_.run && file_.transfer->finished(); }
+
     // The answer to FileNotKept. What still cannot be written is told so again.
     void keep(const std::optional<std::string>& path);
 

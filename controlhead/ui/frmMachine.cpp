@@ -63,7 +63,25 @@ void frmMachine::VScroll1_Change(int value) {
     hooks.scroll(value, view_.panel.scroll());
 }
 
+void frmMachine::note_changes(const Panel& panel) {
+    const auto now = std::chrono::steady_clock::now();
+    for (int key = 0; key < 4; ++key)
+        if (panel.key_name(key) != view_.panel.key_name(key))
+            changed_[key] = now;
+    const ScrollBar& bar = panel.scroll();
+    const ScrollBar& before = view_.panel.scroll();
+    if (bar.visible != before.visible || bar.minimum != before.minimum || bar.maximum != before.maximum)
+        changed_[k_scroll_bar] = now;
+}
+
+bool frmMachine::was_another(int key, Duration ago) const {
+    const auto changed = changed_.find(key);
+    return ago > Duration{} && changed != changed_.end() &&
+           std::chrono::steady_clock::now() - changed->second < ago;
+}
+
 void frmMachine::show_view(const HeadView& view, int moves) {
+    note_changes(view.panel);
     view_ = view;
     view_of_panel_->show_panel(view_.panel, moves == moves_);
     follow_shutdown();

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <QWidget>
+#include <chrono>
 #include <functional>
+#include <map>
 #include <string>
 
 #include "controlhead/head.h"
@@ -24,6 +26,11 @@ class frmMachine : public QWidget {
     // What is to be seen from now on. `moves` of the scroll bar have been heard of by the head: before that
     // are all, its view is older than where the operator has put the bar.
     void show_view(const HeadView& view, int moves);
+
+    // Whether soft key 0..3, or the scroll bar, did something else that long ago. Other keys always do the
+    // same.
+    static constexpr int k_scroll_bar = 8;  // behind the lamps
+    bool was_another(int key, Duration ago) const;
 
     // Handlers; they do nothing once the window is on its way out.
     void cmdKey_Click(int index);
@@ -50,6 +57,7 @@ class frmMachine : public QWidget {
     void closeEvent(QCloseEvent* event) override;
 
   private:
+    void note_changes(const Panel& panel);
     void follow_shutdown();
     bool ok_is_seen(int key) const;
     std::string did(int key) const;
@@ -58,7 +66,8 @@ class frmMachine : public QWidget {
     HeadIdentity identity_;
     HeadView view_;
     PanelView* view_of_panel_;
-    int moves_ = 0;  // of the scroll bar, that have been told
+    std::map<int, std::chrono::steady_clock::time_point> changed_;  // when what a key does changed last
+    int moves_ = 0;                                                 // of the scroll bar, that have been told
     bool shutdown_painted_ = false;
     bool ok_seen_ = false;  // the OK of a shutdown has been there for the operator to see
     bool closing_ = false;

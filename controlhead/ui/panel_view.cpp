@@ -207,6 +207,8 @@ void PanelView::show_scroll(const ScrollBar& scroll, bool moves_known) {
         return;
     if (!scroll.visible && scroll_->hasFocus())
         cmdKey_[0]->setFocus();
+    if (!scroll.visible)
+        scroll_->setSliderDown(false);  // it does not see a button let go any more
     scroll_->setVisible(scroll.visible);
     Q_EMIT scroll_shown(scroll.visible);
 }

@@ -168,6 +168,8 @@ void frmFault::enable_make() {
 }
 
 void frmFault::show_faults(const FaultView& view) {
+    if (!isVisible())
+        return;  // it watches nobody then, and goes on naming whom it was about
     const bool listed = view.faults == view_.faults;
     view_ = view;
     who_->setText(view_.unit_address ? from_latin1(view_.who)

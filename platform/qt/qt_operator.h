@@ -32,6 +32,7 @@ class QtOperator : public Dialogs {
 
     // Nothing of it stands or waits to be shown; on_quiet is called from the event loop when that becomes so.
     bool quiet() const { return !standing_ && waiting_.empty(); }
+    bool is_own(const QWidget* widget) const { return standing_ == widget; }
     std::function<void()> on_quiet;
 
     // Called from the event loop with the answer to a question.

@@ -2,7 +2,9 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDialog>
 #include <QDockWidget>
+#include <QPointer>
 #include <QScreen>
 #include <QStatusBar>
 #include <algorithm>
@@ -213,10 +215,12 @@ void MDIForm1::open_file() {
         send(act::OpenFile{*path});
 }
 
+// The window may close under the dialog.
 void MDIForm1::save_as(const HeadIdentity& head) {
+    const std::int16_t unit_address = head.unit_address;
     if (const auto path = person_.choose_file_to_save("Save Amplifier File As", k_amplifier_files,
                                                       AmplifierFiles::name_of(head.number)))
-        send(act::SaveHeadAs{head.id, *path});
+        send(act::SaveAs{unit_address, *path});
 }
 
 frmMachine* MDIForm1::keyboard_target() const {
@@ -249,10 +253,18 @@ void MDIForm1::take(const PersonNotice& notice) {
     present(notice, person_);
 }
 
-// What there is to tell comes before the end, and is seen first.
+// What there is to tell comes before the end, and is seen first. A dialog has nobody any more to do what it
+// is for.
 void MDIForm1::take(const ProgramNotice&) {
     finished_ = true;
     close_limit_.stop();
+    QList<QPointer<QDialog>> dialogs;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (auto* dialog = qobject_cast<QDialog*>(window); dialog != nullptr && !person_.is_own(dialog))
+            dialogs << dialog;
+    for (const auto& dialog : dialogs)
+        if (dialog != nullptr && dialog->isVisible())
+            dialog->done(QDialog::Rejected);
     if (person_.quiet())
         close();
 }
@@ -273,6 +285,7 @@ void MDIForm1::shut_down() {
     if (std::exchange(finishing_, true))
         return;
     TimerFileAutoOpen_.stop();
+    menuBar()->setEnabled(false);
     tools_.close();
     help_.reset();
     send(act::Finish{{{k_layout_file, layout_lines(layout_.layout())}}});

@@ -1,5 +1,6 @@
 #include "shell/ui/head_windows.h"
 
+#include <QApplication>
 #include <QProxyStyle>
 #include <algorithm>
 #include <utility>
@@ -57,31 +58,41 @@ void HeadWindows::show(const HeadNotice& notice) {
     std::visit([this](const auto& one) { on(one); }, notice);
 }
 
+// What was pressed while the loop stood still was meant for the panel as it was then.
+frmMachine::Hooks HeadWindows::hooks_of(frmMachine* machine) {
+    const int id = machine->identity().id;
+    const auto pressed_at = [this] { return clock_.now() - stand_still_.age(); };
+    const auto was_another = [this, machine](int key) {
+        const bool another = machine->was_another(key, stand_still_.age());
+        if (another)
+            QApplication::beep();
+        return another;
+    };
+    frmMachine::Hooks hooks;
+    hooks.key = [=, this](int key, const std::string& did) {
+        if (!was_another(key))
+            send_(act::PressKey{id, static_cast<std::int16_t>(key), did});
+    };
+    hooks.hard_key = [=, this](int key) {
+        send_(act::PressHardKey{id, static_cast<std::int16_t>(key), pressed_at()});
+    };
+    hooks.lamp = [=, this](int lamp, const std::string& did) {
+        if (!was_another(lamp))
+            send_(act::ClickLamp{id, static_cast<std::int16_t>(lamp), did, pressed_at()});
+    };
+    hooks.scroll = [=, this](int value, const ScrollBar& bar) {
+        send_(act::MoveScrollBar{id, value, was_another(frmMachine::k_scroll_bar) ? ScrollBar{} : bar});
+    };
+    hooks.close = [=, this] {
+        send_(act::CloseHead{id});
+        forget(machine);
+    };
+    return hooks;
+}
+
 void HeadWindows::on(const notice::HeadOpened& opened) {
-    const int id = opened.identity.id;
     auto* machine = new frmMachine(opened.identity, opened.view, gauge_);
-    const auto send = [this](const HeadAct& act) { send_(act); };
-    machine->hooks = {.key =
-                          [=](int key, const std::string& did) {
-                              send(act::PressKey{id, static_cast<std::int16_t>(key), did});
-                          },
-                      .hard_key =
-                          [=, this](int key) {
-                              send(act::PressHardKey{id, static_cast<std::int16_t>(key), clock_.now()});
-                          },
-                      .lamp =
-                          [=, this](int lamp, const std::string& did) {
-                              send(act::ClickLamp{id, static_cast<std::int16_t>(lamp), did, clock_.now()});
-                          },
-                      .scroll =
-                          [=](int value, const ScrollBar& bar) {
-                              send(act::MoveScrollBar{id, value, bar});
-                          },
-                      .close =
-                          [=, this] {
-                              send(act::CloseHead{id});
-                              forget(machine);
-                          }};
+    machine->hooks = hooks_of(machine);
     connect(&machine->panel_view(), &PanelView::scroll_shown, this, &HeadWindows::changed);
     QMdiSubWindow* window = area_.addSubWindow(machine);
     window->setAttribute(Qt::WA_DeleteOnClose);

@@ -11,6 +11,7 @@
 #include "controlhead/ui/frmMachine.h"
 #include "shell/ui/arrange.h"
 #include "shell/ui/layout_keeper.h"
+#include "shell/ui/stand_still.h"
 #include "station/head_talk.h"
 
 namespace ampdesk {
@@ -44,12 +45,14 @@ class HeadWindows : public QObject {
     void on(const notice::HeadClosed& closed);
     void on(const notice::LineState&) {}
     frmMachine* find(int head) const;
+    frmMachine::Hooks hooks_of(frmMachine* machine);
     void forget(const frmMachine* machine);
 
     QMdiArea& area_;
     LayoutKeeper& layout_;
     GaugeRange gauge_;
     const Clock& clock_;
+    const StandStill stand_still_;
     std::function<void(const HeadAct&)> send_;
     const std::unique_ptr<QStyle> icon_style_;
     std::vector<frmMachine*> machines_;

@@ -10,8 +10,9 @@ namespace {
 
 // A dialog or box that waits for an answer keeps mouse and keyboard off the menu, but assistive technology
 // reaches past it: what it stands for could be closed under it, or opened a second time.
-void trigger(QAction& item, const std::function<void()>& click, const std::function<void()>& after) {
-    if (QApplication::activeModalWidget() != nullptr) {
+void trigger(const QMenuBar& bar, QAction& item, const std::function<void()>& click,
+             const std::function<void()>& after) {
+    if (QApplication::activeModalWidget() != nullptr || !bar.isEnabled()) {
         if (item.isCheckable())
             item.toggle();  // back to what it was
         return;
@@ -61,7 +62,7 @@ QAction* MainMenu::make_item(QMenu& menu, const MenuRow& row, const std::functio
     }
     QAction* item = menu.addAction(QLatin1String(row.caption));
     QObject::connect(item, &QAction::triggered, &menu,
-                     [item, click = row.click, after] { trigger(*item, click, after); });
+                     [this, item, click = row.click, after] { trigger(bar_, *item, click, after); });
     return item;
 }
 

@@ -264,7 +264,7 @@ TEST_F(AmplifierFiles, AreSaved) {
     EXPECT_FALSE(std::filesystem::exists(folder / "com1002.dat"));
     station.save_all();
     EXPECT_EQ(file_bytes(folder / "com1002.dat"), file("2", "COM3:", "7"));
-    station.save_as(*first, folder / "copy.dat");
+    station.save_as(first->identity().unit_address, folder / "copy.dat");
     EXPECT_EQ(file_bytes(folder / "copy.dat"), file("1", "COM3:", "7"));
 
     port.open_result = {PortError::not_found, "not there"};

@@ -37,6 +37,8 @@ class StationHostTest : public testing::Test {
                     said_ += told->message.text + "|" + told->message.detail + ";";
                 if (std::holds_alternative<notice::Beep>(*person))
                     said_ += "beep;";
+                if (std::holds_alternative<notice::QuestionWithdrawn>(*person))
+                    said_ += "withdrawn;";
             }
             if (const auto* head = std::get_if<HeadNotice>(&notice)) {
                 if (const auto* opened = std::get_if<notice::HeadOpened>(head))
@@ -139,6 +141,25 @@ TEST_F(StationHostTest, TheEnd) {
     host_.step();
     take();
     EXPECT_TRUE(said_.ends_with("finished"));
+}
+
+// Fault: a question that stands at the end is never taken back, so that the windows wait for its answer.
+TEST_F(StationHostTest, TheEndWithdrawsQuestions) {
+    bool answered = false;
+    const int number = host_.station().questions().ask({}, [&](const Reply&) { answered = true; });
+    talk_.acts.put(act::Finish{});
+    talk_.acts.put(act::AnswerQuestion{number + 1, {}});
+    run(milliseconds(100));
+    EXPECT_EQ(said_, "withdrawn;finished");
+    EXPECT_FALSE(answered);
+}
+
+// Fault: the file that a name was being chosen for when the panel closed is not written, without a word.
+TEST_F(StationHostTest, SavesAsForAPanelThatHasClosed) {
+    talk_.acts.put(act::CloseHead{open(2)});
+    talk_.acts.put(act::SaveAs{2, folder_ / "copy.dat"});
+    run(milliseconds(10));
+    EXPECT_EQ(read_text_lines(folder_ / "copy.dat").at(3), "2");
 }
 
 // Fault: a message that is told again and again while a window is held up fills the queue.

@@ -4,6 +4,7 @@
 #include "station/terminal_service.h"
 
 #include "platform/run_time_error.h"
+#include "platform/text_file.h"
 #include "tests/station/rig.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/modem_port.h"
@@ -291,6 +292,18 @@ TEST_F(TerminalServiceTest, TheEndWaitsForTheOutput) {
         terminal->take(act::UseTerminalSettings{{.port = 2}});
         EXPECT_FALSE(modem.is_open());
     }
+}
+
+// A text that is being received is lost with the program's end.
+TEST_F(TerminalServiceTest, TheEndKeepsTheTextThatHasCome) {
+    start();
+    terminal->take(act::BeginTransfer{TransferDirection::receive, false, folder / "news.txt"});
+    receive("hello");
+    modem.drained = true;
+    terminal->begin_finish();
+    pass(milliseconds(500));
+    EXPECT_TRUE(terminal->finished());
+    EXPECT_EQ(read_file_bytes(folder / "news.txt", 10), "hello");
 }
 
 // Memory grows for as long as a window stands still, or what is newest goes first.

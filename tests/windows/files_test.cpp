@@ -86,7 +86,7 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
          "",
          [&] { menu("mnuMachineItem(6)"); },
          {"Disk full|com1001.dat, set1001.dat, com1002.dat, set1002.dat"}},
-        {"Save As", "copy.dat", [&] { station.save_as(head, "copy.dat"); }, {"Disk full|copy.dat"}},
+        {"Save As", "copy.dat", [&] { station.save_as(1, "copy.dat"); }, {"Disk full|copy.dat"}},
         {"New", "", [&] { menu("mnuMachineItem(0)", "frmSetup", "cmdCancel"); }, {"Disk full|rs485.dat"}},
         {"a new amplifier at another address",
          "",

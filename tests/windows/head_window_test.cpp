@@ -186,6 +186,37 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
     EXPECT_TRUE(machine.isAncestorOf(QApplication::focusWidget()));
 }
 
+// A thumb that is held while a shutdown takes the bar away: held for ever, the bar stays where it was, and
+// the next step sets a value that nobody asked for.
+TEST_F(HeadWindow, AThumbThatIsHeldLetsGoWithTheBar) {
+    key(Qt::Key_F1);
+    bar.setSliderDown(true);
+    shown.panel.hide_scroll();
+    machine.show_view(shown, 0);
+    shown.panel.set_scroll({true, 0, 300, 7});
+    machine.show_view(shown, 0);
+    EXPECT_EQ(bar.value(), 7);
+}
+
+// What is pressed while the loop stands still is taken for what is pressed now: an On-key of long ago, or a
+// key whose legend has changed since.
+TEST(StandStill, WhatTheLoopComesToThenIsOld) {
+    auto own = std::make_unique<ManualClock>();
+    ManualClock& clock = *own;
+    StandStill still(std::move(own));
+    const auto passes = [&](int milliseconds) {
+        clock.advance(std::chrono::milliseconds(milliseconds));
+        return std::chrono::duration_cast<std::chrono::milliseconds>(still.age()).count();
+    };
+    EXPECT_EQ(passes(900), 0);
+    still.beat();
+    EXPECT_EQ(passes(900), 0);
+    EXPECT_EQ(passes(4100), 5000);  // what comes before the beat
+    still.beat();
+    EXPECT_EQ(passes(200), 5200);  // … and after it
+    EXPECT_EQ(passes(200), 0);
+}
+
 // What assistive technology reads, and that a change of the display is announced once.
 TEST_F(HeadWindow, AccessibilityTable) {
     shown.panel.set_line(4, "SETUP INFO      MORE");
