@@ -118,8 +118,6 @@ void enter(Head& head) {
     read_page(head, 0);
 }
 
-}  // namespace
-
 void take_event(Head& head, const Reading& reading) {
     EventState& events = head.events;
     const int number = reading.request.entry;
@@ -172,5 +170,18 @@ void tick_events(Head& head) {
     if (head.events.event_refresh && !is_reading(head))
         read_page(head, head.panel.scroll().value);
 }
+
+}  // namespace
+
+// The bar's value is the number of the entry on the first line; one behind the last entry shows the last one.
+// What is on the display stays until the next page has been read.
+extern const Screen k_events{.sub_menu = k_event_list,
+                             .tick = tick_events,
+                             .attach = attach_event,
+                             .from = 4,
+                             .key = 1,
+                             .scroll = scroll_events,
+                             .take = take_event,
+                             .keys = {"Line up", "Line down", "Page up", "Page down"}};
 
 }  // namespace ampdesk

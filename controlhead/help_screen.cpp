@@ -47,8 +47,6 @@ void enter(Head& head) {
     draw(head);
 }
 
-}  // namespace
-
 void attach_help(Head& head, std::int16_t key) {
     static constexpr int k_steps[] = {0, -1, 1, -k_lines, k_lines};
     if (key == k_key_enter)
@@ -68,5 +66,14 @@ void scroll_help(Head& head, int value) {
     head.help.position = static_cast<std::int16_t>(value);
     draw(head);
 }
+
+}  // namespace
+
+// The bar's value is the index, from 0, of the section's line on line 1.
+extern const Screen k_help{.sub_menu = k_help_pages,
+                           .attach = attach_help,
+                           .key = 2,
+                           .scroll = scroll_help,
+                           .keys = {"Line up", "Line down", "Page up", "Page down"}};
 
 }  // namespace ampdesk

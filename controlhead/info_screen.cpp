@@ -36,8 +36,6 @@ void enter(Head& head) {
     head.want({Request::Kind::identity});
 }
 
-}  // namespace
-
 void take_info(Head& head, const Reading& reading) {
     if (reading.request.kind != Request::Kind::identity)
         return;
@@ -59,5 +57,15 @@ void attach_info(Head& head, std::int16_t key) {
     else
         leave_sub_menu(head);
 }
+
+}  // namespace
+
+// An identity that cannot be read shows as "----".
+extern const Screen k_identity{.sub_menu = k_information,
+                               .attach = attach_info,
+                               .from = 2,
+                               .key = 1,
+                               .take = take_info,
+                               .keys = {"Leave", "Leave", "Leave", "Leave"}};
 
 }  // namespace ampdesk

@@ -6,52 +6,35 @@
 
 namespace ampdesk {
 
-namespace {
+// A row declares the screen, as it stands at the end of its own file, and points to it; nothing else has to
+// know of it.
+#define AMPDESK_SCREEN(name)                                               \
+    [] {                                                                   \
+        extern const Screen name; /* NOLINT(bugprone-macro-parentheses) */ \
+        return &name;                                                      \
+    }()
 
-constexpr std::uint8_t k_both = k_needs_analog | k_needs_alarm;
-
-constexpr Screen k_screens[] = {
-    {.menu_ptr = 1, .needs = k_both, .draw = draw_powers},
-    {.menu_ptr = 2, .needs = k_needs_analog, .draw = draw_hours},
-    {.menu_ptr = 3, .needs = k_needs_analog, .draw = draw_temperatures},
-    {.menu_ptr = 4, .needs = k_needs_analog, .draw = draw_tube},
-    {.sub_menu = k_help_pages,
-     .attach = attach_help,
-     .key = 2,
-     .scroll = scroll_help,
-     .keys = {"Line up", "Line down", "Page up", "Page down"}},
-    {.sub_menu = k_setup_menus, .attach = attach_setup, .from = 2, .key = 0, .take = take_setup},
-    {.sub_menu = k_warning_levels,
-     .needs = k_needs_limits,
-     .draw = draw_warnings,
-     .tick = tick_warnings,
-     .attach = attach_warnings,
-     .from = 3,
-     .key = 0,
-     .scroll = scroll_warnings,
-     .keys = {"Adjust", "Previous page", "Next page"}},
-    {.sub_menu = k_information,
-     .attach = attach_info,
-     .from = 2,
-     .key = 1,
-     .take = take_info,
-     .keys = {"Leave", "Leave", "Leave", "Leave"}},
-    {.sub_menu = k_event_list,
-     .tick = tick_events,
-     .attach = attach_event,
-     .from = 4,
-     .key = 1,
-     .scroll = scroll_events,
-     .take = take_event,
-     .keys = {"Line up", "Line down", "Page up", "Page down"}},
+static const Screen* const k_screens[] = {
+    AMPDESK_SCREEN(k_powers),        // status screen 1
+    AMPDESK_SCREEN(k_hours),         // 2
+    AMPDESK_SCREEN(k_temperatures),  // 3
+    AMPDESK_SCREEN(k_tube),          // 4
+    AMPDESK_SCREEN(k_help),          // HELP
+    AMPDESK_SCREEN(k_setup),         // SETUP
+    AMPDESK_SCREEN(k_warnings),      // WARNINGS
+    AMPDESK_SCREEN(k_identity),      // INFO
+    AMPDESK_SCREEN(k_events),        // EVENT
 };
+
+namespace {
 
 constexpr Screen k_nothing{};
 
 template <class Condition>
 const Screen* first(Condition condition) {
-    const auto* row = std::find_if(std::begin(k_screens), std::end(k_screens), condition);
-    return row != std::end(k_screens) ? row : nullptr;
+    const auto* row = std::find_if(std::begin(k_screens), std::end(k_screens),
+                                   [&](const Screen* screen) { return condition(*screen); });
+    return row != std::end(k_screens) ? *row : nullptr;
 }
 
 }  // namespace

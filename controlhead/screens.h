@@ -12,6 +12,7 @@ namespace ampdesk {
 // What a screen is drawn from beside the status, and so is read all the time while it is shown.
 enum Needs : std::uint8_t { k_needs_nothing = 0, k_needs_analog = 1, k_needs_alarm = 2, k_needs_limits = 4 };
 
+// What there is to know of a screen. Its file defines one, by a name of its own, and the table names it.
 struct Screen {
     std::int16_t menu_ptr = 0;  // status screen 1..4
     SubMenu sub_menu = k_no_sub_menu;
@@ -49,37 +50,6 @@ const Screen* sub_menu_behind(std::int16_t screen, std::int16_t key);
 
 // What soft key 0..3 does now: its legend, or in words; empty when there is nothing to say.
 std::string key_name(const Head& head, int key);
-
-// status_screens.cpp
-void draw_powers(Head& head);
-void draw_hours(Head& head);
-void draw_temperatures(Head& head);
-void draw_tube(Head& head);
-
-// setup_menu.cpp. A status that cannot be read after a key is told, and the menus are left.
-void attach_setup(Head& head, std::int16_t key);
-void take_setup(Head& head, const Reading& reading);
-
-// warning_menu.cpp. The bar runs upside down: its top is the last value.
-void attach_warnings(Head& head, std::int16_t key);
-void scroll_warnings(Head& head, int value);
-void draw_warnings(Head& head);
-void tick_warnings(Head& head);
-
-// info_screen.cpp. An identity that cannot be read shows as "----".
-void attach_info(Head& head, std::int16_t key);
-void take_info(Head& head, const Reading& reading);
-
-// event_screen.cpp. The bar's value is the number of the entry on the first line; one behind the last entry
-// shows the last one. What is on the display stays until the next page has been read.
-void attach_event(Head& head, std::int16_t key);
-void scroll_events(Head& head, int value);
-void tick_events(Head& head);
-void take_event(Head& head, const Reading& reading);
-
-// help_screen.cpp. The bar's value is the index, from 0, of the section's line on line 1.
-void attach_help(Head& head, std::int16_t key);
-void scroll_help(Head& head, int value);
 
 // attenuation.cpp. set_gain takes k_key_enter, k_key_leave, 0 to refresh, or a value + 1.
 // set_attenuation takes every value 0..300, in tenths of a dB.

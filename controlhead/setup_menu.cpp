@@ -123,8 +123,6 @@ void show_page(Head& head) {
     head.panel.set_line(4, k_only_more);
 }
 
-}  // namespace
-
 void attach_setup(Head& head, std::int16_t key) {
     if (key == k_key_exit) {
         head.setup.status_awaited = false;
@@ -148,5 +146,11 @@ void take_setup(Head& head, const Reading& reading) {
     head.tell(RunTimeError::no_answer().what());
     leave_sub_menu(head);
 }
+
+}  // namespace
+
+// A status that cannot be read after a key is told, and the menus are left.
+extern const Screen k_setup{
+    .sub_menu = k_setup_menus, .attach = attach_setup, .from = 2, .key = 0, .take = take_setup};
 
 }  // namespace ampdesk

@@ -47,8 +47,6 @@ void draw_alarm_row(Head& head) {
         head.panel.set_line(3, text);
 }
 
-}  // namespace
-
 void draw_powers(Head& head) {
     ValueRows rows(head.panel, head.analog.has_value());
     const bool label_is_known = head.band.reads_left == 0 || !head.band.band_name.empty();
@@ -99,6 +97,8 @@ void draw_tube(Head& head) {
     rows.finish();
 }
 
+}  // namespace
+
 void show_gauge(Head& head) {
     const Quantity& forward = (*head.analog)[Analog::forward_power];
     const bool known = forward.kind != Quantity::Kind::overflowed;
@@ -121,5 +121,10 @@ void draw_outline(Head& head) {
     for (int line = 1; line <= 4; ++line) head.panel.set_line(line, "");
     draw_fixed_rows(head);
 }
+
+extern const Screen k_powers{.menu_ptr = 1, .needs = k_needs_analog | k_needs_alarm, .draw = draw_powers};
+extern const Screen k_hours{.menu_ptr = 2, .needs = k_needs_analog, .draw = draw_hours};
+extern const Screen k_temperatures{.menu_ptr = 3, .needs = k_needs_analog, .draw = draw_temperatures};
+extern const Screen k_tube{.menu_ptr = 4, .needs = k_needs_analog, .draw = draw_tube};
 
 }  // namespace ampdesk

@@ -106,8 +106,6 @@ void draw_page(Head& head) {
     rows.finish();
 }
 
-}  // namespace
-
 void draw_warnings(Head& head) {
     if (head.warnings.warn_page < 0 || head.warnings.warn_page >= head.warnings.warn_page_count)
         return leave_sub_menu(head);
@@ -151,5 +149,18 @@ void scroll_warnings(Head& head, int value) {
     head.warnings.entered = false;
     draw_warnings(head);
 }
+
+}  // namespace
+
+// The bar runs upside down: its top is the last value.
+extern const Screen k_warnings{.sub_menu = k_warning_levels,
+                               .needs = k_needs_limits,
+                               .draw = draw_warnings,
+                               .tick = tick_warnings,
+                               .attach = attach_warnings,
+                               .from = 3,
+                               .key = 0,
+                               .scroll = scroll_warnings,
+                               .keys = {"Adjust", "Previous page", "Next page"}};
 
 }  // namespace ampdesk
