@@ -109,7 +109,7 @@ class Desk : public WatchedStation {
         while (clock.now() < end) {
             const Instant next = std::min({step, tick.value_or(step), bus.port().input_due().value_or(step)});
             const Duration wait = std::max(Duration::zero(), next - clock.now());
-            pollfd watched{.fd = line_.watch_handle(), .events = POLLIN, .revents = 0};
+            pollfd watched{.fd = port_.watch_handle(), .events = POLLIN, .revents = 0};
             poll(&watched, 1, static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(wait).count()));
             if (watched.revents != 0)
                 line_.pump();

@@ -94,7 +94,6 @@ class TerminalLine {
     SerialPort* port() const { return port_; }
     Clock& clock() const { return clock_; }
     const PortSettings& settings() const { return settings_; }
-    int watch_handle() const { return port_ != nullptr ? port_->watch_handle() : -1; }
 
   private:
     void send_on();

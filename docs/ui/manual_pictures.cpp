@@ -103,8 +103,8 @@ class Studio {
         demo::FaultView view{.unit_address = amplifier, .who = simulator.who(amplifier).value_or("")};
         for (const SimulatedFault& active : simulator.faults(amplifier))
             view.faults.push_back({active.title, active.clear});
-        dialog.show_faults(view);
         dialog.show_for(amplifier);
+        dialog.show_faults(view);
         auto* faults = dialog.findChild<QTreeWidget*>();
         faults->setCurrentItem(
             faults->findItems(QLatin1String(fault), Qt::MatchExactly | Qt::MatchRecursive).at(0));
@@ -154,7 +154,11 @@ class Studio {
         hand.start(20);
         choose(form_, "mnuToolsSram(0)");
         hand.stop();
-        auto* window = form_.findChild<QDialog*>(QStringLiteral("frmBlock"));
+        QDialog* window = nullptr;
+        while ((window = form_.findChild<QDialog*>(QStringLiteral("frmBlock"))) == nullptr) {
+            turn(clock_.now() + milliseconds(1));
+            QApplication::processEvents();
+        }
         window->findChild<QPushButton*>(QStringLiteral("cmdOk"))->click();
         while (!window->findChild<QLabel*>(QStringLiteral("lblStatus"))->text().contains(u"#12")) {
             QApplication::processEvents();
