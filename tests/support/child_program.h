@@ -73,6 +73,12 @@ class ChildProgram {
             waitpid(process_, &status, WUNTRACED);
     }
 
+    bool goes_on() const {
+        siginfo_t info{};
+        return waitid(P_PID, static_cast<id_t>(process_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               info.si_pid == 0;
+    }
+
     // Sends the signal unless it is 0, waits until the program has ended and returns its exit status, or
     // -1 when it had to be killed: by that signal, or because it went on for five seconds.
     int end(int signal = 0) {
