@@ -49,7 +49,6 @@ class Dispatcher {
     // When step() is wanted though nothing comes in.
     Instant due() const;
 
-    bool idle() const { return !services_.bus.under_way() && !guests_due(); }
     bool orders_left() const;
 
     Signal<Reading> readings;

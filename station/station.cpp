@@ -1,7 +1,6 @@
 #include "station/station.h"
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
 #include "controlhead/screen_settings.h"

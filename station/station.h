@@ -59,9 +59,6 @@ class Station {
     // line before that, and every act of the operator, is a reason to call it sooner.
     Instant step();
 
-    // No head is open, nothing is under way and nobody wants the line.
-    bool idle() const { return open_count() == 0 && line_.idle() && !opener_.busy(); }
-
     // Keys have been pressed, by the operator of heads that are closed by now, too, that have not been
     // carried out.
     bool orders_left() const { return line_.orders_left(); }

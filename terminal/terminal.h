@@ -58,7 +58,6 @@ class Terminal : public BusGuest {
 
     Modem& modem() { return modem_; }
     const Modem& modem() const { return modem_; }
-    RemoteCommands& remote_commands() { return remote_; }
     const LineState& line_state() const { return state_; }
 
     // All unset ones count as not there, is_visible as yes.

@@ -10,16 +10,13 @@ namespace {
 
 // A dialog or box that waits for an answer keeps mouse and keyboard off the menu, but assistive technology
 // reaches past it: what it stands for could be closed under it, or opened a second time.
-void trigger(const QMenuBar& bar, QAction& item, const std::function<void()>& click,
-             const std::function<void()>& after) {
+void trigger(const QMenuBar& bar, QAction& item, const std::function<void()>& click) {
     if (QApplication::activeModalWidget() != nullptr || !bar.isEnabled()) {
         if (item.isCheckable())
             item.toggle();  // back to what it was
         return;
     }
     click();
-    if (after)
-        after();
 }
 
 }  // namespace
@@ -27,11 +24,10 @@ void trigger(const QMenuBar& bar, QAction& item, const std::function<void()>& cl
 void MainMenu::add(const Menu& menu) {
     QMenu* made = bar_.addMenu(QLatin1String(menu.caption));
     made->setObjectName(QLatin1String(menu.name));
-    fill(*made, menu.array, menu.rows, menu.after);
+    fill(*made, menu.array, menu.rows);
 }
 
-void MainMenu::fill(QMenu& menu, const char* array, const std::vector<MenuRow>& rows,
-                    const std::function<void()>& after) {
+void MainMenu::fill(QMenu& menu, const char* array, const std::vector<MenuRow>& rows) {
     // An open menu would take the keys that the box waits for. At once is too soon to hide it.
     QObject::connect(
         &menu, &QMenu::aboutToShow, &menu,
@@ -42,7 +38,7 @@ void MainMenu::fill(QMenu& menu, const char* array, const std::vector<MenuRow>& 
         Qt::QueuedConnection);
     int index = 0;
     for (const MenuRow& row : rows) {
-        QAction* item = make_item(menu, row, after);
+        QAction* item = make_item(menu, row);
         item->setObjectName(QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index++));
         item->setMenuRole(QAction::NoRole);
         item->setCheckable(row.checkable);
@@ -52,17 +48,17 @@ void MainMenu::fill(QMenu& menu, const char* array, const std::vector<MenuRow>& 
     }
 }
 
-QAction* MainMenu::make_item(QMenu& menu, const MenuRow& row, const std::function<void()>& after) {
+QAction* MainMenu::make_item(QMenu& menu, const MenuRow& row) {
     if (std::string_view(row.caption) == "-")
         return menu.addSeparator();
     if (row.array != nullptr) {
         QMenu* sub_menu = menu.addMenu(QLatin1String(row.caption));
-        fill(*sub_menu, row.array, row.rows, after);
+        fill(*sub_menu, row.array, row.rows);
         return sub_menu->menuAction();
     }
     QAction* item = menu.addAction(QLatin1String(row.caption));
     QObject::connect(item, &QAction::triggered, &menu,
-                     [this, item, click = row.click, after] { trigger(bar_, *item, click, after); });
+                     [this, item, click = row.click] { trigger(bar_, *item, click); });
     return item;
 }
 

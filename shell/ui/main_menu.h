@@ -31,7 +31,6 @@ struct Menu {
     const char* caption;
     const char* array;  // object names of the items are array(0), array(1) …, separators counted
     std::vector<MenuRow> rows{};
-    std::function<void()> after{};  // called after the click of any row, those of submenus included
 };
 
 class MainMenu {
@@ -49,9 +48,8 @@ class MainMenu {
     void enable_nvram_items(bool enabled);
 
   private:
-    void fill(QMenu& menu, const char* array, const std::vector<MenuRow>& rows,
-              const std::function<void()>& after);
-    QAction* make_item(QMenu& menu, const MenuRow& row, const std::function<void()>& after);
+    void fill(QMenu& menu, const char* array, const std::vector<MenuRow>& rows);
+    QAction* make_item(QMenu& menu, const MenuRow& row);
     void set_live(QMenu& menu, QAction& item, Live live);
 
     QMenuBar& bar_;

@@ -49,11 +49,11 @@ TEST_F(MainWindow, ABoxHoldsTheMenu) {
         {.name = "mnuHelp",
          .caption = "&Help",
          .array = "mnuHelpItem",
-         .rows = {{"&About", count},
-                  {.caption = "&Options",
-                   .array = "mnuModemOpt",
-                   .rows = {{.caption = "&Show Debug", .click = count, .checkable = true, .item = &debug}}}},
-         .after = [&] { calls += 10; }});
+         .rows = {
+             {"&About", count},
+             {.caption = "&Options",
+              .array = "mnuModemOpt",
+              .rows = {{.caption = "&Show Debug", .click = count, .checkable = true, .item = &debug}}}}});
     const auto trigger_all = [&] {
         calls = 0;
         for (QAction* item : bar.findChildren<QAction*>())
@@ -61,11 +61,11 @@ TEST_F(MainWindow, ABoxHoldsTheMenu) {
                 item->trigger();
         return calls;
     };
-    EXPECT_EQ(trigger_all(), 22);
+    EXPECT_EQ(trigger_all(), 2);
     EXPECT_TRUE(debug->isChecked());
     QDialog tool(&form);
     tool.show();
-    EXPECT_EQ(trigger_all(), 22);
+    EXPECT_EQ(trigger_all(), 2);
     EXPECT_FALSE(debug->isChecked());
     when_box_opens([&](QMessageBox& box) {
         EXPECT_EQ(trigger_all(), 0);
