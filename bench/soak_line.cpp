@@ -20,13 +20,6 @@ bool comes_through(LineFault fault) {
     return fault != silence && fault != bad_crc && fault != truncated && fault != wrong_echo;
 }
 
-// The station's own frames are sound; this only takes them apart.
-LineRequest taken_apart(std::string_view frame) {
-    if (frame[0] == k_soh)
-        return {static_cast<unsigned char>(frame[1]), false, std::string(frame.substr(3, frame.size() - 5))};
-    return {(frame[2] - '0') * 10 + frame[3] - '0', true, std::string(frame.substr(5, frame.size() - 9))};
-}
-
 }  // namespace
 
 PortResult SoakLine::open(const PortSettings&) {
@@ -38,8 +31,7 @@ PortResult SoakLine::open(const PortSettings&) {
 PortError SoakLine::write(std::string_view bytes, Instant) {
     if (!open_)
         return PortError::failed;
-    LineRequest order = taken_apart(bytes);
-    order.speaker = std::exchange(next_speaker, Speaker::head);
+    const LineRequest order{sent_frame(bytes), std::exchange(next_speaker, Speaker::head)};
     ++exchanges;
     if (on_request)
         on_request(order);

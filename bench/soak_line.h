@@ -11,6 +11,7 @@
 #include "bench/line_faults.h"
 #include "demo/sim_bus.h"
 #include "platform/serial_port.h"
+#include "tests/support/sent_frame.h"
 
 namespace ampdesk::bench {
 
@@ -29,14 +30,8 @@ struct Said {
     Speaker speaker = Speaker::head;
 };
 
-struct LineRequest {
-    int address = 0;
-    bool text = false;
-    std::string command;
+struct LineRequest : SentFrame {
     Speaker speaker = Speaker::head;
-
-    // Changes something in the amplifier.
-    bool setting() const { return command.starts_with('\x10') || command.starts_with("SBAND"); }
 };
 
 class SoakLine : public SerialPort {

@@ -11,6 +11,7 @@
 #include "fuzz/input.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
+#include "tests/support/sent_frame.h"
 
 namespace {
 
@@ -18,15 +19,6 @@ using namespace ampdesk;
 using fuzz::check;
 
 const Crc16 k_crc;
-
-// The command of a frame that the station sent.
-std::string command_of(const std::string& frame) {
-    return frame[0] == k_soh ? frame.substr(3, frame.size() - 5) : frame.substr(5, frame.size() - 9);
-}
-
-bool is_setting(const std::string& command) {
-    return command[0] == 16 || command.starts_with("SBAND");
-}
 
 ScriptedPort::Answer answer(const std::string& frame, fuzz::Input& input) {
     enum Kind { silence, refusal, raw };
@@ -40,7 +32,7 @@ ScriptedPort::Answer answer(const std::string& frame, fuzz::Input& input) {
         bytes = input.stretch();
     else
         bytes = build_reply_frame(k_crc, choice % 8 == refusal ? k_nak : k_ack, 7,
-                                  (command_of(frame) + input.stretch()).substr(0, 255));
+                                  (sent_frame(frame).command + input.stretch()).substr(0, 255));
     return {{std::chrono::milliseconds(choice), bytes}};
 }
 
@@ -113,7 +105,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     services.options.identity_patterns = {{"Rev (.*)", "R$1"}};
     std::size_t settings = 0;
     port.responder = [&](const std::string& frame) {
-        settings += is_setting(command_of(frame)) ? 1 : 0;
+        settings += sent_frame(frame).setting() ? 1 : 0;
         return answer(frame, input);
     };
 

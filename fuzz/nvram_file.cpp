@@ -9,6 +9,7 @@
 #include "platform/run_time_error.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
+#include "tests/support/sent_frame.h"
 
 namespace {
 
@@ -55,7 +56,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     bus.open_bus_port("COM1:", 9600, 0, 8, 1);
     const Crc16 crc;
     port.responder = [&](const std::string& sent) {
-        return ScriptedPort::Answer{{{}, build_reply_frame(crc, '\x06', 1, sent.substr(3, sent.size() - 5))}};
+        return ScriptedPort::Answer{{{}, build_reply_frame(crc, '\x06', 1, sent_frame(sent).command)}};
     };
     std::optional<NvramTransfer> transfer;
     try {

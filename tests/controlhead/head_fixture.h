@@ -19,6 +19,7 @@
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
+#include "tests/support/sent_frame.h"
 
 namespace ampdesk {
 
@@ -76,7 +77,7 @@ class Bench {
     // The settings among it: class 16 and "SBAND".
     Texts take_settings() {
         Texts all = take_sent();
-        std::erase_if(all, [](const std::string& c) { return !is_setting(c); });
+        std::erase_if(all, [](const std::string& c) { return !SentFrame{.command = c}.setting(); });
         return all;
     }
     std::size_t count_sent(std::string_view command) const {
@@ -95,25 +96,20 @@ class Bench {
     Texts sent;                                  // the commands, without their frames
 
   private:
-    static bool is_setting(const std::string& command) {
-        return command[0] == 16 || command.starts_with("SBAND");
-    }
-
     ScriptedPort::Answer answer(const std::string& frame) {
-        const bool text = frame[0] == k_stx;
-        const std::string command =
-            text ? frame.substr(5, frame.find(k_etx) - 5) : frame.substr(3, frame.size() - 5);
+        const SentFrame order = sent_frame(frame);
+        const std::string& command = order.command;
         sent.push_back(command);
         const auto known = replies.find(command);
         const bool there = known != replies.end();
         const bool event = command.starts_with("\xA0\x1A");
-        if (silent || (!there && !event && !is_setting(command)))
+        if (silent || (!there && !event && !order.setting()))
             return {};
         const int code = there ? 0 : event ? 4 : refusal;
         const std::string data = there ? known->second : code != 0 ? std::string(1, char(code)) : "";
         const std::string reply =
-            text ? "\x02" + data + "\x03" + "00\r"
-                 : build_reply_frame(Crc16{}, code == 0 ? k_ack : k_nak, 1, command + data);
+            order.text ? "\x02" + data + "\x03" + "00\r"
+                       : build_reply_frame(Crc16{}, code == 0 ? k_ack : k_nak, 1, command + data);
         return {{std::chrono::milliseconds(20), reply}};
     }
 };

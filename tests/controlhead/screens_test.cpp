@@ -9,6 +9,7 @@
 #include "controlhead/screens.h"
 #include "platform/run_time_error.h"
 #include "tests/controlhead/head_fixture.h"
+#include "tests/support/sent_frame.h"
 
 namespace ampdesk {
 namespace {
@@ -236,7 +237,8 @@ TEST_F(EventScreen, FindsTheEndOfALogWithSilenceBehindIt) {
     put_entries(10);
     open(4, 1);
     port.responder = [usual = port.responder, lost = 1](const std::string& frame) mutable {
-        const bool dropped = frame[4] == '\x1A' && (frame[5] > 9 || (frame[5] == 6 && lost-- > 0));
+        const std::string command = sent_frame(frame).command;
+        const bool dropped = command[1] == '\x1A' && (command[2] > 9 || (command[2] == 6 && lost-- > 0));
         return dropped ? ScriptedPort::Answer{} : usual(frame);
     };
     const Instant start = clock.now();

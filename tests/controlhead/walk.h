@@ -13,6 +13,7 @@
 #include "tests/support/hex_bytes.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
+#include "tests/support/sent_frame.h"
 
 namespace ampdesk {
 
@@ -32,9 +33,9 @@ class Walk : public testing::Test {
         sim.add(model);
         bus.open_bus_port("COM1:", 9600, 0, 8, 1);
         bus.on_traffic = [this](const BusTraffic& traffic) {
-            const std::string command(traffic.bytes.substr(3, traffic.bytes.size() - 5));
-            if (traffic.sent && (command[0] == 16 || command.starts_with("SBAND")))
-                settings.push_back(command[0] == 16 ? to_hex(command) : command);
+            const SentFrame order = traffic.sent ? sent_frame(traffic.bytes) : SentFrame{};
+            if (order.setting())
+                settings.push_back(order.command[0] == 16 ? to_hex(order.command) : order.command);
         };
         services.options.folder = "/nowhere";
         services.options.shipped_folder = TEST_DATA "/../../data";

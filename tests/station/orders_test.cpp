@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "tests/station/rig.h"
+#include "tests/support/sent_frame.h"
 #include "tools/nvram_transfer.h"
 
 namespace ampdesk {
@@ -19,8 +20,9 @@ class Orders : public testing::Test, protected Rig {
     Orders() : Rig(1042us) {
         sim.pace_commands(5ms);
         bus.on_traffic = [this](const BusTraffic& traffic) {
-            if (traffic.sent && traffic.bytes.size() > 4 && traffic.bytes[3] == '\x10')
-                sent.emplace_back(traffic.address, static_cast<int>(traffic.bytes[4]), clock.now());
+            if (const SentFrame order = traffic.sent ? sent_frame(traffic.bytes) : SentFrame{};
+                order.setting())
+                sent.emplace_back(order.address, static_cast<int>(order.command[1]), clock.now());
         };
         open({1, 2, 3, 4});
         poll(2s);

@@ -13,6 +13,7 @@
 #include "tests/support/manual_clock.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
+#include "tests/support/sent_frame.h"
 #include "tests/support/turn.h"
 
 namespace ampdesk {
@@ -29,10 +30,11 @@ class WatchedPort : public demo::SimPort {
         return open_result.ok() ? SimPort::open(settings) : open_result;
     }
     PortError write(std::string_view bytes, Instant deadline) override {
-        if (bytes[0] == k_soh)
-            requests.emplace_back(bytes[1], bytes[3]);
-        if (bytes[0] == k_soh && bytes[3] == '\x11')
-            status_requests[bytes[1]].push_back(clock_.now());
+        const SentFrame order = sent_frame(bytes);
+        if (!order.text)
+            requests.emplace_back(order.address, order.command[0]);
+        if (order.command == "\x11")
+            status_requests[order.address].push_back(clock_.now());
         const bool lost = !lost_request.empty() && bytes.find(lost_request) != std::string_view::npos;
         return lost ? PortError::none : SimPort::write(bytes, deadline);
     }

@@ -12,6 +12,7 @@
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/scripted_port.h"
+#include "tests/support/sent_frame.h"
 
 namespace ampdesk {
 namespace {
@@ -61,8 +62,7 @@ class Setups : public testing::Test {
     Texts sent_to(int address) const {
         Texts sent;
         for (const std::string& frame : port.written)
-            if (frame[0] == '\x01' ? frame[1] == address
-                                   : frame.starts_with("\x02>0" + std::to_string(address)))
+            if (sent_frame(frame).address == address)
                 sent.push_back(frame);
         return sent;
     }

@@ -6,6 +6,7 @@
 #include "tests/support/hex_bytes.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/scripted_port.h"
+#include "tests/support/sent_frame.h"
 #include "tools/command_history.h"
 
 namespace ampdesk {
@@ -58,7 +59,7 @@ TEST_F(ConsoleTest, TypedBytes) {
         }
         EXPECT_TRUE(told.empty());
         ASSERT_EQ(port.written.size(), 1U);
-        EXPECT_EQ(to_hex(port.written[0].substr(3, port.written[0].size() - 5)), c.payload);
+        EXPECT_EQ(to_hex(sent_frame(port.written[0]).command), c.payload);
     }
 }
 

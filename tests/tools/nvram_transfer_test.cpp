@@ -12,6 +12,7 @@
 #include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/scripted_port.h"
+#include "tests/support/sent_frame.h"
 #include "tools/nvram_choice.h"
 
 namespace ampdesk {
@@ -70,8 +71,7 @@ class NvramTransferTest : public testing::Test {
     // The payloads that went out, without their frames.
     Texts payloads() {
         Texts all;
-        for (const std::string& frame : port.written)
-            all.push_back(to_hex(frame.substr(3, frame.size() - 5)));
+        for (const std::string& frame : port.written) all.push_back(to_hex(sent_frame(frame).command));
         port.written.clear();
         return all;
     }
@@ -347,7 +347,7 @@ TEST_F(NvramTransferTest, SetsWithLateRepliesAbout) {
         folder.put("nv.txt", "d\r\n1 AA 0000\r\n2 BB 0000\r\n1 CC 0000\r\n");
         std::map<char, std::string> memory{{1, "?????"}, {2, "?????"}};
         port.responder = [&](const std::string& sent) -> ScriptedPort::Answer {
-            const std::string payload = sent.substr(3, sent.size() - 5);
+            const std::string payload = sent_frame(sent).command;
             const bool read = payload[0] == '\x20';
             const bool lost = c.lost < 3 && to_hex(payload) == lines[c.lost];
             if (lost || (read && !c.lets_read))

@@ -15,6 +15,7 @@
 #include "station/station_host.h"
 #include "tests/support/manual_clock.h"
 #include "tests/support/scratch_folder.h"
+#include "tests/support/sent_frame.h"
 
 namespace ampdesk {
 
@@ -61,9 +62,8 @@ class Desk : public ::testing::Test {
             if (!traffic.sent)
                 return;
             ++frames_sent[traffic.address];
-            // SOH, address, length, then the command; class 16 are the settings.
-            if (traffic.bytes.size() > 5 && traffic.bytes[3] == 16)
-                settings.emplace_back(traffic.bytes.substr(3, traffic.bytes.size() - 5));
+            if (const SentFrame order = sent_frame(traffic.bytes); order.setting())
+                settings.push_back(order.command);
         };
         link.open_bus_port("COM1:", 9600, 0, 8, 1);
         QObject::connect(&box_watch, &QTimer::timeout, &form, [this] {

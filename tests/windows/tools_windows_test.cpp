@@ -5,6 +5,7 @@
 #include <QPushButton>
 
 #include "platform/text_file.h"
+#include "tests/support/sent_frame.h"
 #include "tests/windows/desk.h"
 #include "tests/windows/spoken.h"
 #include "tools/ui/frmBlock.h"
@@ -226,7 +227,7 @@ TEST_F(ToolWindows, Console) {
 
     std::vector<int> asked;
     link.on_traffic = [&](const BusTraffic& traffic) {
-        if (traffic.sent && traffic.bytes.substr(3, 2) == "\xA0\x17")
+        if (traffic.sent && sent_frame(traffic.bytes).command.starts_with("\xA0\x17"))
             asked.push_back(traffic.address);
     };
     auto* entry = child<QLineEdit>(*window, "TxtInput");
