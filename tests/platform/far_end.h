@@ -2,19 +2,27 @@
 #pragma once
 
 #include <fcntl.h>
-#include <poll.h>
 #include <pty.h>
 #include <termios.h>
-#include <unistd.h>
 
-#include <stdexcept>
-#include <string>
-#include <string_view>
+#include <ctime>
 
-#include "platform/descriptor.h"
+#include "platform/clock.h"
+#include "tests/support/child_program.h"
 #include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
+
+// How long something takes that is not to use the processor.
+template <class Action>
+Duration time_of(Action action) {
+    const std::clock_t used_before = std::clock();
+    const Instant start = std::chrono::steady_clock::now();
+    action();
+    const Duration taken = std::chrono::steady_clock::now() - start;
+    EXPECT_LT(std::clock() - used_before, CLOCKS_PER_SEC / 100);
+    return taken;
+}
 
 class FarEnd {
   public:
@@ -39,16 +47,7 @@ class FarEnd {
 
     // What arrives until that many bytes are there or nothing comes for so long.
     std::string receive(std::size_t size, int patience_ms = 1000) {
-        std::string bytes;
-        pollfd watched{line_.get(), POLLIN, 0};
-        while (bytes.size() < size && poll(&watched, 1, patience_ms) == 1) {
-            char block[4096];
-            const ssize_t count = ::read(line_.get(), block, std::min(sizeof block, size - bytes.size()));
-            if (count <= 0)
-                break;
-            bytes.append(block, static_cast<std::size_t>(count));
-        }
-        return bytes;
+        return read_some(line_.get(), size, patience_ms);
     }
 
     // What the near end has set.
