@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+
 #include <thread>
 
 #include "platform/posix/line_modes.h"
@@ -20,7 +22,8 @@ using namespace std::string_literals;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-bool driver_is_deaf = false;  // to settings
+bool driver_is_deaf = false;    // to settings
+bool device_is_broken = false;  // for who reads
 
 class PosixSerialPortTest : public testing::Test {
   protected:
@@ -177,6 +180,11 @@ TEST(PosixSerialPortLost, EveryCallNoticesAnIdleLineThatWasUnplugged) {
         [](PosixSerialPort& port) { EXPECT_EQ(port.write("x", Instant::max()), PortError::lost); },
         [](PosixSerialPort& port) { EXPECT_EQ(port.write_some("x"), std::nullopt); },
         [](PosixSerialPort& port) { EXPECT_EQ(port.read_waiting(), ""); },
+        [](PosixSerialPort& port) {
+            device_is_broken = true;
+            EXPECT_EQ(port.read_waiting(), "");
+            device_is_broken = false;
+        },
         [](PosixSerialPort& port) { port.discard_input(); },
         [](PosixSerialPort& port) { EXPECT_EQ(port.wait_readable({}), WaitResult::lost); },
     };
@@ -289,8 +297,14 @@ TEST_F(PosixSerialPortTest, NamesTheGroupThatOwnsAForbiddenLine) {
 }  // namespace
 }  // namespace ampdesk
 
-// Instead of the C library's.
+// Both instead of the C library's.
 extern "C" int tcsetattr(int file, int when, const termios* modes) noexcept {
     static const auto set = reinterpret_cast<decltype(&tcsetattr)>(dlsym(RTLD_NEXT, "tcsetattr"));
     return ampdesk::driver_is_deaf ? 0 : set(file, when, modes);
+}
+
+extern "C" ssize_t read(int file, void* buffer, size_t size) {
+    static const auto take = reinterpret_cast<decltype(&read)>(dlsym(RTLD_NEXT, "read"));
+    errno = EIO;
+    return ampdesk::device_is_broken ? -1 : take(file, buffer, size);
 }

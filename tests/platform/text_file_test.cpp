@@ -24,7 +24,7 @@ using Lines = std::vector<std::string>;
 struct {
     std::string saved;
     int error = 0;  // -1 loses bytes without a word
-    Lines asked;    // what is flushed, over what stands under the name meanwhile
+    Lines asked;    // what is flushed, over what stands under the name meanwhile, of how many files there
 } disk;
 
 // The number of the run-time error, 0 when there is none.
@@ -111,9 +111,10 @@ TEST_F(TextFileTest, ObeysWriteProtection) {
     }
 }
 
-// Fault: saving changes who may read the file, or turns a link into a file.
+// Fault: saving changes who owns or may read the file, or turns a link into a file.
 TEST_F(TextFileTest, KeepsModeAndLinks) {
     ASSERT_EQ(chmod(path.c_str(), 0660), 0);
+    const bool given = chown(path.c_str(), 65534, 20) == 0;  // away, as only some may
     std::filesystem::create_directory(folder / "links");
     std::filesystem::create_symlink("../com1.dat", folder / "links/near");
     std::filesystem::create_symlink(folder / "links/near", folder / "far");
@@ -121,7 +122,10 @@ TEST_F(TextFileTest, KeepsModeAndLinks) {
     write_text_lines(folder / "far", {"new"});
     write_file_bytes(folder / "unborn", "\n\0"s);
     EXPECT_EQ(file_bytes(path), "new\r\n");
-    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0660));
+    struct stat saved {};
+    ASSERT_EQ(stat(path.c_str(), &saved), 0);
+    EXPECT_EQ(saved.st_uid, given ? 65534 : geteuid());
+    EXPECT_EQ(saved.st_mode & 0777U, 0660U);
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "links/near"));
     EXPECT_EQ(file_bytes(folder / "com2.dat"), "\n\0"s);
     EXPECT_EQ(std::filesystem::status(folder / "com2.dat").permissions(), std::filesystem::perms(0644));
@@ -144,7 +148,7 @@ TEST_F(TextFileTest, CopiesByteForByte) {
 TEST_F(TextFileTest, FlushesTheNewFileBeforeItTakesThePlaceOfTheOld) {
     disk.saved = path;
     write_text_lines(path, {"new"});
-    EXPECT_EQ(disk.asked, (Lines{"new\r\n over old", "folder over new\r\n"}));
+    EXPECT_EQ(disk.asked, (Lines{"new\r\n over old of 2", "folder over new\r\n of 1"}));
 }
 
 // Fault: a full or a broken disk costs the old file, leaves half a file, or goes unsaid.
@@ -184,7 +188,8 @@ extern "C" int fsync(int file) {
     const std::string flushed = "/proc/self/fd/" + std::to_string(file);
     const std::string bytes =
         std::filesystem::is_directory(flushed) ? "folder" : ampdesk::file_bytes(flushed);
-    disk.asked.push_back(bytes + " over " + ampdesk::file_bytes(disk.saved));
+    disk.asked.push_back(bytes + " over " + ampdesk::file_bytes(disk.saved) + " of " +
+                         std::to_string(ampdesk::entries(std::filesystem::path(disk.saved).parent_path())));
     if (disk.error < 0)
         return ftruncate(file, 1);
     errno = disk.error;
