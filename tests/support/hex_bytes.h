@@ -1,6 +1,7 @@
 // Literal bytes of the wire in a form that can be read beside a traffic log.
 #pragma once
 
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 #include <string>
@@ -17,13 +18,11 @@ inline std::string hex_bytes(const std::string& text) {
 }
 
 inline std::string to_hex(std::string_view bytes) {
-    constexpr std::string_view k_digits = "0123456789ABCDEF";
     std::string text;
     for (const char c : bytes) {
-        if (!text.empty())
-            text += ' ';
-        text += k_digits[static_cast<unsigned char>(c) >> 4U];
-        text += k_digits[static_cast<unsigned char>(c) & 15U];
+        char digits[4];
+        std::snprintf(digits, sizeof digits, " %02X", static_cast<unsigned char>(c));
+        text += text.empty() ? digits + 1 : digits;
     }
     return text;
 }

@@ -18,17 +18,12 @@ class RecordingOperator : public Dialogs {
 
     // Prepared as for the boxes, and given when the test takes the replies.
     void put_question(int number, const Question& question) override {
-        switch (question.kind) {
-            case Question::Kind::choice:
-                replies_[number] = {ask(question.message)};
-                break;
-            case Question::Kind::text:
-                replies_[number] = {Answer::ok, take_input(question.message.text)};
-                break;
-            case Question::Kind::band:
-                replies_[number] = {Answer::ok, take_first(bands, {})};
-                break;
-        }
+        using enum Question::Kind;
+        if (question.kind == choice)
+            replies_[number] = {ask(question.message)};
+        else
+            replies_[number] = {Answer::ok, question.kind == text ? take_input(question.message.text)
+                                                                  : take_first(bands, {})};
     }
     void withdraw(int number) override { replies_.erase(number); }
 
@@ -69,7 +64,7 @@ class RecordingOperator : public Dialogs {
     std::deque<std::string> bands;                   // else cancelled
     std::vector<std::string> prompts;                // input boxes and file dialog titles
     std::vector<std::chrono::milliseconds> beeps;
-    std::vector<bool> pointer;
+    std::vector<bool> pointer;                   // busy or not
     std::string status;                          // the last one
     std::function<void(const Message&)> on_ask;  // runs while a box is open
     std::function<void()> on_input;              // … or an input box

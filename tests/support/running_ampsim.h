@@ -12,7 +12,10 @@ namespace ampdesk {
 class RunningAmpsim : public ChildProgram {
   public:
     explicit RunningAmpsim(std::vector<std::string> arguments)
-        : ChildProgram(with_name(std::move(arguments))) {}
+        : ChildProgram([&] {
+              arguments.insert(arguments.begin(), AMPSIM_PROGRAM);
+              return std::move(arguments);
+          }()) {}
 
     std::string command(const std::string& line) const {
         send(line + "\n");
@@ -20,19 +23,10 @@ class RunningAmpsim : public ChildProgram {
     }
     std::string answer() const {
         std::string line;
-        while (!line.ends_with('\n')) {
-            const std::string byte = receive(1, 10'000);
+        for (std::string byte; (byte = receive(1, 10'000)) != "\n"; line += byte)
             if (byte.empty())
                 return line + " (nothing more)";
-            line += byte;
-        }
-        return line.substr(0, line.size() - 1);
-    }
-
-  private:
-    static std::vector<std::string> with_name(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), AMPSIM_PROGRAM);
-        return arguments;
+        return line;
     }
 };
 

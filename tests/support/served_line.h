@@ -66,8 +66,7 @@ class ServedLine {
             char block[1024];
             if (::poll(&input, 1, 20) != 1)
                 continue;
-            const ssize_t count = ::read(master_.get(), block, sizeof block);
-            if (count > 0)
+            if (const ssize_t count = ::read(master_.get(), block, sizeof block); count > 0)
                 bus_.receive({block, static_cast<std::size_t>(count)});
             std::string reply = bus_.take_due();
             if (reply.empty())
@@ -75,12 +74,10 @@ class ServedLine {
             const bool plugged = !fate_ || fate_(reply);
             if (::write(master_.get(), reply.data(), reply.size()) < 0)
                 return;
-            if (plugged)
-                continue;
-            if (!reply.empty())  // what has gone out is to arrive
-                std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            pull();
-            return;
+            if (!plugged) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));  // what has gone out is to arrive
+                return pull();
+            }
         }
     }
 
