@@ -68,7 +68,8 @@ TEST_F(LineWaitTest, WhateverHappensEndsItOnce) {
 // time, or before its beginning, overflows.
 TEST_F(LineWaitTest, EndsAtWhateverIsDue) {
     second.due = clock.now() + milliseconds(50);
-    expect_wait(milliseconds(10'000), milliseconds(45));
+    expect_at_once();
+    EXPECT_GE(clock.now(), *second.due);
     expect_at_once();  // waiting now
     line_wait->wait({}, Instant::min());
     line_wait->wake();

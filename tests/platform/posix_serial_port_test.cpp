@@ -7,7 +7,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-
 #include <thread>
 
 #include "platform/posix/line_modes.h"
@@ -129,15 +128,15 @@ TEST_F(PosixSerialPortTest, SetsTheLineAndNothingElse) {
 }
 
 // Fault: a wait ends early, drags on, or spins; an unplugged line is waited on to the end. A busy machine may
-// delay one attempt, not three.
+// delay some attempts, not all.
 TEST_F(PosixSerialPortTest, WaitsExactlyToTheDeadline) {
     open();
     Duration taken = Duration::max();
-    for (int attempt = 0; attempt < 3 && taken > milliseconds(430); ++attempt) {
-        taken = time_of([&] { EXPECT_EQ(port.wait_readable(in(milliseconds(400))), WaitResult::timed_out); });
-        EXPECT_GE(taken, milliseconds(400));
+    for (int attempt = 0; attempt < 10 && taken > milliseconds(230); ++attempt) {
+        taken = time_of([&] { EXPECT_EQ(port.wait_readable(in(milliseconds(200))), WaitResult::timed_out); });
+        EXPECT_GE(taken, milliseconds(200));
     }
-    EXPECT_LE(taken, milliseconds(430));
+    EXPECT_LE(taken, milliseconds(230));
     EXPECT_EQ(port.wait_readable(clock.now() - seconds(5)), WaitResult::timed_out);
     std::thread hand([&] {
         std::this_thread::sleep_for(milliseconds(100));
