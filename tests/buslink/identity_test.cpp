@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/run_time_error.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/scripted_port.h"
 
@@ -10,93 +11,52 @@ namespace ampdesk {
 namespace {
 
 using State = Identification::State;
-using Texts = std::vector<std::string>;
 
-const std::string k_probe = "01 07 01 11 71 A1";
-const std::string k_ask_number = "02 3E 30 37 20 52 44 53 2F 4E 03 30 32 0D";
-const std::string k_ask_model = "02 3E 30 37 20 2A 49 44 4E 3F 03 30 32 0D";
 const std::string k_status = hex_bytes("06 07 02 11 01 E5 24");
 const std::string k_no_content = hex_bytes("06 07 00 E2 31");
 const std::string k_number = "RDS/N=0123\x03\r";
+const std::string k_cut = "~";
 const std::string k_model = "TWT*ABC 12 34*9*1\x03\r";
+
+// What has been sent, by letters: the probe, the questions for number and model.
+std::string questions(const std::vector<std::string>& frames) {
+    const std::map<std::string, char> known{{"01 07 01 11 71 A1", 'p'},
+                                            {"02 3E 30 37 20 52 44 53 2F 4E 03 30 32 0D", 'n'},
+                                            {"02 3E 30 37 20 2A 49 44 4E 3F 03 30 32 0D", 'm'}};
+    std::string letters;
+    for (const std::string& frame : frames) letters += known.at(to_hex(frame));
+    return letters;
+}
 
 // An amplifier that is asked for what it has said already, taken for another one, or given up too early;
 // a number or model that nobody has said.
 TEST(Identification, EveryWay) {
     struct Case {
         const char* fault;
-        std::deque<std::string> replies;  // empty: silence
-        Texts sent;
+        std::deque<std::string> replies;  // empty: silence; k_cut: it is not waited for
+        std::string sent;
+        std::string found;  // serial number, number, model
         State state = State::done;
-        Texts found{"0123", "123", "ABC"};          // serial number, number, model
-        std::optional<std::string> given_number{};  // nothing: must not be asked for
-        std::optional<std::string> given_band{};
-        State before = State::working;  // another line is opened when it is there
-        bool cut = false;               // the first exchange is
+        std::optional<std::string> given{};  // by a person; nothing: must not be asked for
+        bool line_changes = false;           // before it is given
     };
-    const Texts all{k_probe, k_ask_number, k_ask_model};
-    const Texts no_number{k_probe, k_ask_number, k_ask_number};
-    const Texts no_model{k_probe, k_ask_number, k_ask_model, k_ask_model};
-    const Texts numberless{k_probe, k_ask_number, k_ask_number, k_ask_model};
+    using enum State;
     const std::string too_large = "3e9\x03\r";
     const Case cases[] = {
-        {"all is told", {k_status, k_number, k_model}, all},
-        {"nobody", {""}, {k_probe}, State::no_status, {"", "", ""}},
-        {"a reply without content", {k_no_content}, {k_probe}, State::no_status, {"", "", ""}},
-        {"a cut probe is no silence",
-         {"", k_status, k_number, k_model},
-         {k_probe, k_probe, k_ask_number, k_ask_model},
-         State::done,
-         {"0123", "123", "ABC"},
-         {},
-         {},
-         State::working,
-         true},
-        {"each text once more",
-         {k_status, "", k_number, "", k_model},
-         {k_probe, k_ask_number, k_ask_number, k_ask_model, k_ask_model}},
-        {"a number is given",
-         {k_status, "", "", k_model},
-         numberless,
-         State::done,
-         {"77", "77", "ABC"},
-         " 77 "},
-        {"an empty number is an answer",
-         {k_status, "=\x03\r", k_model},
-         all,
-         State::done,
-         {"5", "5", "ABC"},
-         "5"},
-        {"no number is given", {k_status, "", ""}, no_number, State::given_up, {"", "", ""}, " "},
-        {"a number that no file can be named after",
-         {k_status, too_large},
-         {k_probe, k_ask_number},
-         State::number_too_large,
-         {"3e9", "", ""}},
-        {"a given one that is too large",
-         {k_status, "", ""},
-         no_number,
-         State::number_too_large,
-         {"3e9", "", ""},
-         "3e9"},
-        {"a band is given", {k_status, k_number}, no_model, State::done, {"0123", "123", "K"}, {}, "K"},
-        {"an empty model", {k_status, k_number, "*A\x03\r"}, all, State::done, {"0123", "123", ""}},
-        {"another line behind a question",
-         {k_status, "", ""},
-         no_number,
-         State::another_line,
-         {"77", "77", ""},
-         "77",
-         {},
-         State::needs_number},
-        {"another line behind the last question",
-         {k_status, k_number},
-         no_model,
-         State::another_line,
-         {"0123", "123", "K"},
-         {},
-         "K",
-         State::needs_band},
+        {"all is told", {k_status, k_number, k_model}, "pnm", "0123|123|ABC"},
+        {"nobody", {""}, "p", "||", no_status},
+        {"a reply without content", {k_no_content}, "p", "||", no_status},
+        {"a cut probe is no silence", {k_cut, k_status, k_number, k_model}, "ppnm", "0123|123|ABC"},
+        {"each text once more", {k_status, "", k_number, "", k_model}, "pnnmm", "0123|123|ABC"},
+        {"a number is given", {k_status, "", "", k_model}, "pnnm", "77|77|ABC", done, " 77 "},
+        {"for an empty one", {k_status, "=\x03\r", k_model}, "pnm", "5|5|ABC", done, "5"},
+        {"a blank is given", {k_status, "", ""}, "pnn", "||", given_up, " "},
+        {"no file has that name", {k_status, too_large}, "pn", "3e9||", number_too_large},
+        {"nor that given one", {k_status, "", ""}, "pnn", "3e9||", number_too_large, "3e9"},
+        {"a band is given", {k_status, k_number}, "pnmm", "0123|123|K", done, "K"},
+        {"an empty model", {k_status, k_number, "*A\x03\r"}, "pnm", "0123|123|"},
+        {"another line", {k_status, "", ""}, "pnn", "77|77|", another_line, "77", true},
+        {"another at the end", {k_status, k_number}, "pnmm", "0123|123|K", another_line, "K", true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.fault);
@@ -106,11 +66,7 @@ TEST(Identification, EveryWay) {
         bus.open_bus_port("COM1:", 9600, 0, 8, 1);
         for (const std::string& reply : c.replies) port.answer(reply);
         Identification asking(bus, 7);
-        const auto another_line = [&] {
-            if (asking.state() == c.before && c.before != State::working)
-                bus.open_bus_port("COM2:", 9600, 0, 8, 1);
-        };
-        if (c.cut) {
+        if (c.replies.front() == k_cut) {
             bus.begin(*asking.next());
             EXPECT_EQ(asking.due(), std::nullopt);
             clock.sleep_until(bus.due());
@@ -119,25 +75,43 @@ TEST(Identification, EveryWay) {
             asking.ended(*bus.poll());
         }
         carry_out(bus, asking);
-        EXPECT_EQ(asking.state() == State::needs_number, c.given_number.has_value());
-        if (c.given_number) {
-            another_line();
-            asking.give_serial_number(*c.given_number);
+        if (c.given) {
+            if (c.line_changes)
+                bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+            if (asking.state() == needs_number)
+                asking.give_serial_number(*c.given);
+            else if (asking.state() == needs_band)
+                asking.give_band(*c.given);
             carry_out(bus, asking);
         }
-        EXPECT_EQ(asking.state() == State::needs_band, c.given_band.has_value());
-        if (c.given_band) {
-            another_line();
-            asking.give_band(*c.given_band);
-        }
         EXPECT_EQ(asking.state(), c.state);
-        EXPECT_EQ((Texts{asking.serial_number(), asking.number(), asking.model()}), c.found);
-        EXPECT_EQ(asking.failure(), c.state == State::number_too_large ? "Overflow" : "");
-        Texts sent;
-        for (const std::string& frame : port.written) sent.push_back(to_hex(frame));
-        EXPECT_EQ(sent, c.sent);
+        EXPECT_EQ(asking.serial_number() + "|" + asking.number() + "|" + asking.model(), c.found);
+        EXPECT_EQ(asking.failure(), c.state == number_too_large ? "Overflow" : "");
+        EXPECT_EQ(questions(port.written), c.sent);
         EXPECT_EQ(asking.due(), std::nullopt);
     }
+}
+
+// A serial number with the frame's characters in it would name the wrong files.
+TEST(Identity, SerialNumberAndModel) {
+    using Table = const std::pair<const char*, const char*>[];
+    for (const auto& [reply, serial] : Table{{"RDS/N=1234\x03xy\r", "1234"},
+                                             {"\x02SN 34\x03\r", "SN 34"},
+                                             {"1234\r", "1234"},
+                                             {"\x02RDS/N= 12 34 \x03\r", "12 34"},
+                                             {"RDS/N=A=B\x03\r", "A=B"},
+                                             {"RDS/N=  \x03\r", ""}})
+        EXPECT_EQ(serial_number_of(reply), serial) << reply;
+    for (const auto& [reply, model] : Table{{"*ABC 12 34", "ABC"},
+                                            {"*ABC", ""},
+                                            {"\x02>01 X* ABC  12*D 1\x03", "ABC"},
+                                            {"\x02XYZ 12\x03", "XYZ"},
+                                            {"*  ", ""}})
+        EXPECT_EQ(model_of(reply), model) << reply;
+    EXPECT_EQ(amplifier_number(" 0012 34A"), "1234");
+    EXPECT_EQ(amplifier_number("SN"), "0");
+    EXPECT_EQ(amplifier_number("2147483647"), "2147483647");
+    EXPECT_THROW(amplifier_number("2147483648"), RunTimeError);
 }
 
 }  // namespace

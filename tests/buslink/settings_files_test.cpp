@@ -1,10 +1,8 @@
-// The settings files as they are found in the field, whole and damaged, and what an amplifier says
-// of itself.
+// The settings files as they are found in the field, whole and damaged.
 #include "buslink/settings_files.h"
 
 #include <gtest/gtest.h>
 
-#include "buslink/identity.h"
 #include "platform/run_time_error.h"
 #include "tests/support/scratch_folder.h"
 
@@ -78,30 +76,6 @@ TEST(Rs422Files, CodesBecomeSettings) {
         EXPECT_EQ(settings ? settings_string(*settings) : "-", expected);
     }
     EXPECT_FALSE(read_rs422(folder.put("rs422.dat", "RS-485\r\nCOM1:\r\n")).has_value());
-}
-
-// A serial number with the frame's characters in it would name the wrong files.
-TEST(Identity, SerialNumberAndModel) {
-    using Table = const std::pair<const char*, const char*>[];
-    for (const auto& [reply, serial] : Table{{"RDS/N=1234\x03xy\r", "1234"},
-                                             {"\x02SN 34\x03\r", "SN 34"},
-                                             {"1234\r", "1234"},
-                                             {"\x02RDS/N= 12 34 \x03\r", "12 34"},
-                                             {"RDS/N=A=B\x03\r", "A=B"},
-                                             {"RDS/N=  \x03\r", ""},
-                                             {"", ""}})
-        EXPECT_EQ(serial_number_of(reply), serial) << reply;
-    for (const auto& [reply, model] : Table{{"*ABC 12 34", "ABC"},
-                                            {"*ABC", ""},
-                                            {"\x02>01 X* ABC  12\x03", "ABC"},
-                                            {"\x02XYZ 12\x03", "XYZ"},
-                                            {"*  ", ""},
-                                            {"", ""}})
-        EXPECT_EQ(model_of(reply), model) << reply;
-    EXPECT_EQ(amplifier_number(" 0012 34A"), "1234");
-    EXPECT_EQ(amplifier_number("SN"), "0");
-    EXPECT_EQ(amplifier_number("2147483647"), "2147483647");
-    EXPECT_THROW(amplifier_number("2147483648"), RunTimeError);
 }
 
 }  // namespace
