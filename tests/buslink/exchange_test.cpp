@@ -3,17 +3,22 @@
 #include <gtest/gtest.h>
 
 #include "buslink/bus_link.h"
-#include "buslink/wire/text_frame.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/scripted_port.h"
 
 namespace ampdesk {
 namespace {
 
+using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 
 const std::string k_reply = hex_bytes("06 01 04 11 61 62 63 AB BA");
 const std::string k_nak = hex_bytes("15 01 02 11 03 E1 AE");
+const std::string k_text_reply = "RDBAND=1\x03\r";
+const std::string k_ask_band = hex_bytes("02 3E 30 31 20 52 44 42 41 4E 44 03 30 32 0D");
+const BusCommand k_status{.address = 1, .command = "\x11"};
+const BusCommand k_text{.address = 1, .command = "RDBAND", .form = CommandForm::text};
+const BusCommand k_unawaited{.address = 1, .command = "RDBAND", .form = CommandForm::text_only};
 
 class Exchange : public testing::Test {
   protected:
@@ -24,7 +29,7 @@ class Exchange : public testing::Test {
 
     // One good exchange: after it, nothing old is waited for.
     void settle() {
-        clock.advance(milliseconds(5000));
+        clock.advance(5000ms);
         port.answer(k_reply);
         EXPECT_EQ(status(), 9);
         port.written.clear();
@@ -32,13 +37,13 @@ class Exchange : public testing::Test {
     }
 
     std::int16_t status() { return bus.bus_command(1, "\x11", reply); }
+    int text() { return bus.text_command(1, "RDBAND", reply); }
 
-    // How long the call took on the steady clock.
-    template <class Call>
-    long long took(Call call) {
+    // How many milliseconds the call took on the steady clock.
+    int took(const std::function<void()>& call) {
         const Instant start = clock.now();
         call();
-        return std::chrono::duration_cast<milliseconds>(clock.now() - start).count();
+        return static_cast<int>((clock.now() - start) / 1ms);
     }
 
     ManualClock clock;
@@ -47,25 +52,55 @@ class Exchange : public testing::Test {
     std::string reply = "left over";
 };
 
+// Whoever asks gets bytes, at once and for ever; time passes by a millisecond at each read, or at each wait.
+struct NoisyPort : ScriptedPort {
+    NoisyPort(ManualClock& clock, bool reads_take_time)
+        : ScriptedPort(clock), time(clock), reading(reads_take_time) {}
+    std::string read_waiting() override {
+        if (++reads > 10'000)
+            throw std::runtime_error("the exchange never ends");
+        time.advance(milliseconds(reading ? 1 : 0));
+        return "\x06\x15~\r";
+    }
+    WaitResult wait_readable(Instant) override {
+        time.advance(milliseconds(reading ? 0 : 1));
+        return WaitResult::data;
+    }
+    ManualClock& time;
+    bool reading;
+    int reads = 0;
+};
+
+// A clock that is looked at only when nothing comes in: noise without end then holds the program for good.
+TEST_F(Exchange, EndsAtItsLimitThoughBytesNeverEnd) {
+    for (const bool reads_take_time : {true, false}) {
+        NoisyPort noisy(clock, reads_take_time);
+        BusLink link(noisy, clock);
+        link.open_bus_port("COM2:", 9600, 0, 8, 1);
+        for (int i = 0; i < 2; ++i)
+            EXPECT_NEAR(took([&] { link.bus_command(1, "\x11", reply); }), 300 + 1000, 2);
+        EXPECT_NEAR(took([&] { link.text_command(1, "RDBAND", reply); }), 2 * (300 + 394), 4);
+        EXPECT_EQ(noisy.written.size(), 4U);
+    }
+}
+
 // Noise beside an exchange that stays on the line, and wakes who watches it again and again.
 TEST_F(Exchange, WhatComesUnaskedIsThrownAway) {
-    port.answer({{milliseconds(0), "noise"}});
-    port.write("x", clock.now());
-    clock.advance(milliseconds(1));
+    port.arrive("noise");
     EXPECT_FALSE(bus.poll());
     EXPECT_EQ(port.read_waiting(), "");
 }
 
 // A traffic view that hides the late answer, or takes it for one of the next amplifier spoken to.
 TEST_F(Exchange, TellsAWatcherOfALateAnswer) {
-    std::vector<std::string> seen;
+    std::string seen;
     bus.on_traffic = [&](const BusTraffic& traffic) {
-        seen.push_back((traffic.sent ? "to " : "from ") + std::to_string(traffic.address));
+        seen += (traffic.sent ? ">" : "<") + std::to_string(traffic.address);
     };
-    port.answer({{milliseconds(1030), k_reply}});
+    port.answer({{1030ms, k_reply}});
     status();
     bus.bus_command(2, "\x11", reply);
-    EXPECT_EQ(seen, (std::vector<std::string>{"to 1", "from 1", "to 2"}));
+    EXPECT_EQ(seen, ">1<1>2");
 }
 
 // An amplifier that is taken for one that sends its address, or for none, on too little; that stays
@@ -73,25 +108,20 @@ TEST_F(Exchange, TellsAWatcherOfALateAnswer) {
 TEST_F(Exchange, LearnsWhoSendsItsAddress) {
     const std::string eight = "oooooooo";
     const struct {
-        // o its reply, n its NAK, x a reply with another byte, b both, s silence, t a text, p the same line
-        // opened anew, q another one
+        // o its reply, n its NAK, x a reply with another byte, b both, w one to another request, s silence,
+        // t a text, p the same line opened anew, q another one
         std::string comes;
         std::string taken;  // of the last ones: "." no reply, else which one
         ReplyAddress rule = ReplyAddress::learned;
     } table[] = {
         {"ooooooox", "ox"},
-        {"ooooooo"
-         "x"
-         "ooooooo"
-         "x",
-         "ox"},
+        {"oooooooxooooooox", "ox"},
         {eight + "x", "o."},
-        {"nnnntoooo"
-         "x",
-         "o."},
+        {"nnnntoooox", "o."},
         {eight + "xb", ".o"},
         {eight + "xxxxxx", ".....x"},
         {eight + "xxxxsxxxxxx", "..........x"},
+        {eight + "xxxxwxx", "......."},
         {eight + "xxxxoxxxxox", "....o....o."},
         {eight + "xxxxtxx", "....t.x"},
         {eight + "px", "p."},
@@ -99,46 +129,38 @@ TEST_F(Exchange, LearnsWhoSendsItsAddress) {
         {eight + "x", "ox", ReplyAddress::ignored},
         {"x", ".", ReplyAddress::checked},
     };
+    const std::string other = hex_bytes("06 07 04 11 78 62 63 7A 1B");
+    const std::map<char, ScriptedPort::Answer> answers{
+        {'o', {{20ms, k_reply}}},
+        {'n', {{20ms, k_nak}}},
+        {'x', {{10ms, other}}},
+        {'b', {{10ms, other}, {20ms, k_reply}}},
+        {'w', {{10ms, hex_bytes("06 07 04 12 78 62 63 7A 5F")}}},
+        {'s', {}},
+        {'t', {{0ms, k_text_reply}}}};
     for (const auto& row : table) {
         SCOPED_TRACE(row.comes + " gives " + row.taken);
         BusLink link{port, clock, {.crc = {}, .reply_address = row.rule, .ports = {}}};
         link.open_bus_port("COM2:", 9600, 0, 8, 1);
-        const std::string other = hex_bytes("06 07 04 11 78 62 63 7A 1B");
         std::string taken;
         for (const char c : row.comes) {
-            if (c == 'p' || c == 'q')
+            taken += c;
+            if (c == 'p' || c == 'q') {
                 link.open_bus_port(c == 'p' ? "COM2:" : "COM3:", 9600, 0, 8, 1);
-            if (c == 't') {
-                port.answer("RDBAND=1\x03\r");
-                link.text_command(1, "RDBAND", reply);
-            }
-            if (c == 'p' || c == 'q' || c == 't') {
-                taken += c;
                 continue;
             }
-            port.answer({{milliseconds(10), c == 'x' || c == 'b' ? other : ""},
-                         {milliseconds(20), c == 'b' || c == 'o' ? k_reply
-                                            : c == 'n'           ? k_nak
-                                                                 : ""}});
-            link.bus_command(1, "\x11", reply);
-            taken += reply.empty() ? '.' : reply == other ? 'x' : 'o';
+            port.answer(answers.at(c));
+            const std::string bytes = link.carry_out(c == 't' ? k_text : k_status).bytes;
+            if (c != 't')
+                taken.back() = bytes.empty() ? '.' : bytes == other ? 'x' : 'o';
         }
-        EXPECT_EQ(taken.substr(taken.size() - row.taken.size()), row.taken);
+        EXPECT_TRUE(taken.ends_with(row.taken)) << taken;
     }
 }
 
-// A command that no length byte holds, and an adapter that is gone, are failures like any other.
-TEST_F(Exchange, FailsWithoutAnException) {
-    EXPECT_EQ(bus.bus_command(1, std::string(256, 'A'), reply), 0);
-    EXPECT_TRUE(port.written.empty());
-    port.unplugged = true;
-    EXPECT_EQ(took([&] { EXPECT_EQ(status(), 0); }), 0);
-    EXPECT_EQ(bus.text_command(1, "RDBAND", reply), 1);
-    EXPECT_EQ(reply, "");
-}
-
 // A spoilt reply that is taken for silence, also when its last byte could begin another one; silence that
-// is taken for a line that carried nothing out.
+// is taken for a line that carried nothing out; a command that no length byte holds, or a lost adapter, that
+// throws or is waited for.
 TEST_F(Exchange, TellsWhyThereIsNoReply) {
     using enum BusFailure;
     const std::pair<const char*, BusFailure> replies[] = {
@@ -147,76 +169,97 @@ TEST_F(Exchange, TellsWhyThereIsNoReply) {
         {"06 01 04 12 61 62 63 AB BB", silence}, {"", silence}};
     for (const auto& [bytes, failure] : replies) {
         port.answer(hex_bytes(bytes));
-        const BusReply result = bus.carry_out({.address = 1, .command = "\x11"});
+        const BusReply result = bus.carry_out(k_status);
         EXPECT_EQ(result.failure, failure) << bytes;
         EXPECT_EQ(result.bytes.empty(), failure != none) << bytes;
     }
+    settle();
     EXPECT_EQ(bus.carry_out({.address = 1, .command = std::string(256, 'A')}).failure, not_sent);
-    status();
-    port.unplugged = true;
-    EXPECT_EQ(bus.carry_out({.address = 1, .command = "\x11"}).failure, not_sent);
+    for (const BusCommand& command : {k_status, k_text}) {
+        settle();
+        bus.begin(command);
+        bus.poll();
+        port.unplugged = true;
+        EXPECT_EQ(bus.poll()->failure, silence) << "in its midst";
+        EXPECT_EQ(took([&] { EXPECT_EQ(bus.carry_out(command).failure, not_sent); }), 0);
+        port.unplugged = false;
+    }
+    EXPECT_EQ(port.written.size(), 1U);
 }
 
 // A wait that cannot be cut; the answer of a cut exchange taken for the next one's; a line that is spoken on
 // during its rest; an exchange that outlives its line.
 TEST_F(Exchange, IsBegunFedAndEnded) {
-    const auto poll_at = [&](milliseconds after, const Instant& start) {
-        clock.sleep_until(start + after);
+    const auto poll_at = [&](int after, const Instant& start) {
+        clock.sleep_until(start + milliseconds(after));
         return bus.poll();
     };
-    port.answer({{milliseconds(130), k_nak}});
-    Instant start = clock.now();
-    bus.begin({.address = 1, .command = "\x11"});
-    EXPECT_FALSE(poll_at(milliseconds(0), start));
-    EXPECT_FALSE(poll_at(milliseconds(99), start));
-    bus.cut();
-    EXPECT_EQ(poll_at(milliseconds(100), start)->failure, BusFailure::cut);
+    for (const BusCommand& command : {k_text, k_status}) {
+        settle();
+        port.answer({{130ms, k_nak}});
+        Instant start = clock.now();
+        bus.begin(command);
+        for (const int after : {0, 99}) EXPECT_FALSE(poll_at(after, start)) << after;
+        bus.cut();
+        EXPECT_EQ(poll_at(100, start)->failure, BusFailure::cut);
 
-    port.answer({{milliseconds(20), k_reply}});
-    bus.begin({.address = 1, .command = "\x11", .rest = milliseconds(200)});
-    bus.cut();  // not sent yet
-    for (const int after : {100, 149, 150, 199}) EXPECT_FALSE(poll_at(milliseconds(after), start)) << after;
-    EXPECT_EQ(port.written.size(), 2U) << "50 ms after the late answer";
-    for (const int after : {219, 418}) EXPECT_FALSE(poll_at(milliseconds(after), start)) << after;
-    const auto reply_after_rest = poll_at(milliseconds(419), start);
-    ASSERT_TRUE(reply_after_rest);
-    EXPECT_EQ(reply_after_rest->bytes, k_reply);
-
-    start = clock.now();
-    bus.begin({.address = 1, .command = "\x11"});
+        port.answer({{20ms, k_reply}});
+        bus.begin({.address = 1, .command = "\x11", .rest = 200ms});
+        bus.cut();  // not sent yet
+        for (const int after : {100, 149, 150, 199}) EXPECT_FALSE(poll_at(after, start)) << after;
+        EXPECT_EQ(port.written.size(), 2U) << "50 ms after the late answer";
+        for (const int after : {219, 418}) EXPECT_FALSE(poll_at(after, start)) << after;
+        const auto reply_after_rest = poll_at(419, start);
+        ASSERT_TRUE(reply_after_rest);
+        EXPECT_EQ(reply_after_rest->bytes, k_reply);
+        EXPECT_EQ(reply_after_rest->took, 20ms);
+    }
+    bus.begin(k_status);
     EXPECT_FALSE(bus.poll());
     bus.close_bus_port();
     EXPECT_EQ(bus.poll()->failure, BusFailure::silence);
-    bus.begin({.address = 1, .command = "\x11"});
+    bus.begin(k_status);
     EXPECT_EQ(bus.poll()->failure, BusFailure::not_sent);
+
+    // What still comes of the time before the line was opened.
+    bus.open_bus_port("COM2:", 9600, 0, 8, 1);
+    port.arrive(k_reply, 20ms);
+    EXPECT_EQ(status(), 0);
+    // Somebody's exchange that another one breaks into.
+    port.answer({{20ms, k_reply}});
+    bus.begin(k_status);
+    port.answer({{20ms, k_text_reply}});
+    EXPECT_EQ(text(), 0);
+    EXPECT_TRUE(bus.under_way());
+    EXPECT_EQ(bus.poll()->bytes, k_reply);
 }
 
 // A second sending that is not waited for, and a wait that does not follow the baud rate.
 TEST_F(Exchange, SendsATextOnceMore) {
     port.silence();
-    port.answer({{milliseconds(390), "RDBAND=1\x03\r"}});
-    EXPECT_EQ(bus.text_command(1, "RDBAND", reply), 0);
-    EXPECT_EQ(reply, "RDBAND=1\x03\r");
-    EXPECT_EQ(port.written, std::vector(2U, build_text_frame(1, "RDBAND")));
+    port.answer({{390ms, k_text_reply}});
+    EXPECT_EQ(text(), 0);
+    EXPECT_EQ(reply, k_text_reply);
+    EXPECT_EQ(port.written, std::vector(2U, k_ask_band));
+    EXPECT_EQ(took([&] { EXPECT_EQ(text(), 1); }), 2 * 394 + 50);
+    EXPECT_EQ(reply, "");
 
     bus.open_bus_port("COM2:", 1200, 0, 8, 1);
     settle();
-    port.answer({{milliseconds(1170), "RDBAND=1\x03\r"}});
-    EXPECT_EQ(bus.text_command(1, "RDBAND", reply), 0);
-    EXPECT_EQ(port.written.size(), 1U);
-    const BusCommand unawaited{.address = 1, .command = "RDBAND", .form = CommandForm::text_only};
-    EXPECT_EQ(took([&] { EXPECT_EQ(bus.carry_out(unawaited).failure, BusFailure::none); }), 0);
-    EXPECT_EQ(port.written.size(), 2U);
+    port.answer({{1170ms, k_text_reply}});
+    EXPECT_EQ(text(), 0);
+    EXPECT_EQ(took([&] { EXPECT_EQ(bus.carry_out(k_unawaited).failure, BusFailure::none); }), 0);
+    EXPECT_EQ(port.written, std::vector(2U, k_ask_band));
 
     // The answer that nobody waited for comes between a binary frame, which does not wait for it, and its
     // reply; and that to a second one when the next text is asked for.
-    port.answer({{milliseconds(20), "RDBAND=7\x03\r"}, {milliseconds(30), k_reply}});
+    port.answer({{20ms, "RDBAND=7\x03\r"}, {30ms, k_reply}});
     EXPECT_EQ(took([&] { EXPECT_EQ(status(), 9); }), 30);
-    port.answer({{milliseconds(20), "RDBAND=8\x03\r"}});
-    bus.carry_out(unawaited);
-    port.answer({{milliseconds(30), "RDBAND=1\x03\r"}});
-    EXPECT_EQ(bus.text_command(1, "RDBAND", reply), 0);
-    EXPECT_EQ(reply, "RDBAND=1\x03\r");
+    port.answer({{20ms, "RDBAND=8\x03\r"}});
+    bus.carry_out(k_unawaited);
+    port.answer({{30ms, k_text_reply}});
+    EXPECT_EQ(text(), 0);
+    EXPECT_EQ(reply, k_text_reply);
 }
 
 // Wrong parity, device or stop bits handed to the line, and ports or rates that do not exist.
@@ -241,14 +284,10 @@ TEST_F(Exchange, OpensThePort) {
     EXPECT_EQ(bus.open_bus_port("COM2:", 9600, 0, 8, 1), 1);
     EXPECT_EQ(bus.open_failure(), "COM2: is in use");
     EXPECT_EQ(bus.settings(), std::nullopt);
-}
 
-// A port of another number, or one that is taken for one of the four.
-TEST(LineSettingsText, PortNames) {
-    const std::pair<const char*, int> names[] = {{"COM4", 4}, {"com1:", 1}, {"COM5:", 0}, {"COM0", 0},
-                                                 {"COM", 0},  {"COM12", 0}, {"cog1", 0}};
+    const std::pair<const char*, int> names[] = {{"COM4", 4}, {"com1:", 1}, {"COM5:", 0},
+                                                 {"COM0", 0}, {"COM", 0},   {"cog1", 0}};
     for (const auto& [name, com] : names) EXPECT_EQ(com_number(name), com) << name;
-    EXPECT_EQ(port_number("COM12"), 12);
 }
 
 }  // namespace
