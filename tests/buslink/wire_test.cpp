@@ -53,7 +53,7 @@ TEST(ReplyParser, SkipsAForeignFrameWhole) {
     const std::tuple<std::string, const char*, State> table[] = {
         {limits, "06 01 05 A0 15 00 01 02 94 FB", State::answered},
         {limits, "06 01 05 A0 16 00 01 02 94 BF", State::waiting},
-        {limits, "06 01 01 A0 50 A0", State::waiting},
+        {hex_bytes("01 01 02 A0 50 E5 C0"), "06 01 01 A0 50 A0", State::waiting},  // the CRC is no echo
         {k_status, "06 01 0C A0 17 00 06 01 04 11 61 62 63 AB BA 5A 7A", State::waiting},
         {k_status, "06 02 0A 11 06 01 04 11 61 62 63 AB BA 81 89", State::waiting},  // amplifier 2
     };

@@ -39,7 +39,7 @@ class ScriptedPort : public SerialPort {
         if (!is_connected())
             return PortError::lost;
         written.emplace_back(bytes);
-        ended_waits_ = 0;
+        idle_waits_ = 0;
         Answer arrivals;
         if (!answers_.empty()) {
             arrivals = std::move(answers_.front());
@@ -57,10 +57,10 @@ class ScriptedPort : public SerialPort {
         return bytes;
     }
     WaitResult wait_readable(Instant deadline) override {
+        if ((unplugged || deadline <= clock_.now()) && ++idle_waits_ > 10'000)
+            throw std::runtime_error("nobody looks at the clock");  // fails where it would hang
         if (unplugged)
             return WaitResult::lost;
-        if (deadline <= clock_.now() && ++ended_waits_ > 10'000)
-            throw std::runtime_error("nobody looks at the clock");  // fails where it would hang
         const bool arrives = !due_.empty() && due_.begin()->first <= std::max(clock_.now(), deadline);
         clock_.sleep_until(arrives ? due_.begin()->first : deadline);
         return arrives ? WaitResult::data : WaitResult::timed_out;
@@ -91,7 +91,7 @@ class ScriptedPort : public SerialPort {
   private:
     ManualClock& clock_;
     bool open_ = false;
-    int ended_waits_ = 0;  // since the last write, for a time that had come
+    int idle_waits_ = 0;  // since the last write, that took no time
     std::deque<Answer> answers_;
     std::multimap<Instant, std::string> due_;
 };
