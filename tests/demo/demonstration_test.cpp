@@ -15,26 +15,21 @@ TEST(Demonstration, ShowsOneOfEachKind) {
     ManualClock clock;
     SimBus bus(clock);
     add_demonstration(bus, 99);
-    const struct {
-        int address;
-        const char* status;
-        const char* alarm_state;
-        const char* identity;
-    } cases[] = {
+    const std::tuple<int, const char*, const char*, const char*> cases[] = {
         {1, "00 11 02 00 00 02", "0,Standby RF off", "JEX TWTA*C/KU/X*1001*Simulator Rev 1.0"},
         {2, "00 11 00 00 00 00", "0,Warm-up 0:20", "JEX TWTA*KU/DBS*1002*Simulator Rev 1.0"},
         {3, "0C 0F 01 00 00 00", "0,Transmit", "JEX TWTA*KU*1003*Simulator Rev 1.0"},
         {99, "0C 0F 01 00 00 00", "0,Transmit", "JEX TWTA*KU*1099*Simulator Rev 1.0"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.address);
-        SimAmplifier* amplifier = bus.find(c.address);
-        ASSERT_NE(amplifier, nullptr);
-        EXPECT_EQ(to_hex(amplifier->status_block()), c.status);
-        EXPECT_EQ(amplifier->alarm_state(), c.alarm_state);
-        EXPECT_EQ(amplifier->identity_text(), c.identity);
+    for (const auto& [address, status, alarm_state, identity] : cases) {
+        SCOPED_TRACE(address);
+        ASSERT_NE(bus.find(address), nullptr);
+        SimAmplifier& amplifier = *bus.find(address);
+        EXPECT_EQ(to_hex(amplifier.status_block()), status);
+        EXPECT_EQ(amplifier.alarm_state(), alarm_state);
+        EXPECT_EQ(amplifier.identity_text(), identity);
         // The filament current, 1.5 A and more, as a negative word.
-        EXPECT_EQ(amplifier->analog_block()[11] & 0xF0, 0xF0);
+        EXPECT_EQ(amplifier.analog_block()[11] & 0xF0, 0xF0);
     }
     EXPECT_EQ(bus.find(100), nullptr);
 }

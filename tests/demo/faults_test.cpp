@@ -14,6 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr const char* k_idle = "06 01 07 11 00 11 02 00 00 02 D1 12";
+constexpr const char* k_odd = "06 01 07 11 04 11 02 00 00 00 51 57";
 constexpr const char* k_status = "01 01 01 11 91 A0";
 constexpr const char* k_analog = "01 01 01 12 D1 A1";
 constexpr const char* k_limits = "01 01 03 A0 15 00 32 E7";
@@ -82,7 +83,6 @@ TEST_F(FaultTest, EachFaultShowsIsListedAndIsCleared) {
         {{"remote off"}, k_hv_on, "15 01 03 10 12 03 72 25", "remote"},
         {{"silent on"}, k_status, "", "silent"},
         {{"@2 silent on"}, k_status, k_idle, ""},
-        {{"silent on", "silent off"}, k_status, k_idle, ""},
         {{"badcrc 1"}, k_status, "06 01 07 11 00 11 02 00 00 02 D1 47", "badcrc 1"},
         {{"noise 3", "silent on"}, k_status, "", "silent;noise 3"},
         {{"refuse 26"}, k_hv_on, "15 01 03 10 12 1A B3 EF", "refuse 26"},
@@ -90,15 +90,11 @@ TEST_F(FaultTest, EachFaultShowsIsListedAndIsCleared) {
         {{"delay 60000"}, k_status, k_idle, "delay 60000 ms"},
         {{"late 800", "drip 20"}, k_status, k_idle, "late 800 ms;drip 20 ms"},
         {{"address 9"}, k_status, "06 09 07 11 00 11 02 00 00 02 B6 D2", "address 9"},
-        {{"address 9", "address off"}, k_status, k_idle, ""},
         {{"short 2", "analog 2 513"}, k_analog, "06 01 05 12 00 00 01 02 A8 ED", "short 2;analog 2 513"},
         {{"short 2"}, k_limits, "06 01 07 A0 15 00 32 00 5F 00 39 EE", "short 2"},
         {{"short 1", "overflow on"}, k_analog, "06 01 03 12 00 80 9C 47", "short 1;overflow"},
         {{"short 1", "analog 1 -2"}, k_analog, "06 01 03 12 FE FF 9D C7", "short 1;analog 1 65534"},
-        {{"status 1 4", "status 6 0"},
-         k_status,
-         "06 01 07 11 04 11 02 00 00 00 51 57",
-         "status 1 4;status 6 0"},
+        {{"status 1 4", "status 6 0"}, k_status, k_odd, "status 1 4;status 6 0"},
         {{"status 2 16"}, k_hv_on, "15 01 03 10 12 03 72 25", "status 2 16"},
     };
     std::set<std::string_view> made;
@@ -175,12 +171,10 @@ TEST_F(FaultTest, MistakesAreToldAndChangeNothing) {
         {"clear silent on", "error: clear wants nothing behind silent"},
         {"clear status 7", "error: clear wants a number from 1 to 6"},
         {"helix arc", "error: helix takes no argument"},
-        {"noise -1", "error: noise wants a number from 0 to 9999"},
-        {"late 1s", "error: late wants a number from 0 to 60000"},
+        {"late 60001", "error: late wants a number from 0 to 60000"},
         {"address on", "error: address wants a number from 0 to 255 or off"},
         {"overflow 1", "error: overflow wants on or off"},
         {"analog 0 1", "error: analog wants a number from 1 to 15"},
-        {"status 1", "error: status wants a number from 0 to 255"},
     };
     for (const auto& [line, answer] : cases) {
         SCOPED_TRACE(line);

@@ -23,6 +23,9 @@ struct AmplifierTest : testing::Test {
         const std::string payload = to_hex(reply.data.substr(command.size()));
         return std::string(reply.accepted ? "ACK" : "NAK") + (payload.empty() ? "" : " ") + payload;
     }
+    void expect(const char* answer, std::initializer_list<const char*> commands) {
+        for (const char* command : commands) EXPECT_EQ(ask(command), answer) << command;
+    }
     std::string ask_text(const std::string& command_hex) {
         return amplifier->answer(hex_bytes(command_hex)).data.substr(3);
     }
@@ -41,32 +44,19 @@ struct AmplifierTest : testing::Test {
 
 // A setting that is acknowledged without effect, or takes effect in spite of a refusal.
 TEST_F(AmplifierTest, SettingsActAndRefusalsDoNot) {
-    const std::pair<const char*, const char*> with_remote[] = {
-        {"10 16", "NAK 04"},  // RF without HV
-        {"10 12", "ACK"},
-        {"11", "ACK 04 11 02 00 00 02"},
-        {"10 16", "ACK"},
-        {"11", "ACK 0C 11 02 00 00 02"},
-        {"10 18 2D 01", "NAK 04"},  // 30.1 dB
-        {"10 18 7D", "NAK 04"},     // half a number
-        {"10 1A", "ACK"},           // to the load
-        {"11", "ACK 0C 11 02 00 01 02"},
-        {"10 1B 03", "NAK 04"},
-        {"10 17", "ACK"},
-        {"10 16", "ACK"},
-        {"10 13", "ACK"},  // takes the RF with it
-        {"11", "ACK 00 11 02 00 01 02"},
-        {"10 14", "NAK 01"},
-        {"A0 17", "NAK 01"},
-        {"40 20 40 00 00 A1 FF 3C 5A 07", "NAK 04"},  // behind the nvRam's end
-        {"40 20 0C 00 5A 07", "NAK 04"},              // no data
-        {"40 20 0C 00 A1 5A 07", "ACK"},
-        {"20 20 0C 00", "ACK A1 5A 07"},
-        {"53 42 41 4E 44 20 31", "ACK"},     // SBAND 1
-        {"53 42 41 4E 44 20 33", "NAK 04"},  // SBAND 3
-        {"53 42 41 4E 44 20 78", "NAK 04"},  // SBAND x
-    };
-    for (const auto& [command, answer] : with_remote) EXPECT_EQ(ask(command), answer) << command;
+    // RF without HV, 30.1 dB, half a number, a mode too many, nvRam behind its end and without data, bands 3,
+    // x.
+    expect("NAK 04", {"10 16", "10 18 2D 01", "10 18 7D", "10 1B 03", "40 20 40 00 00 A1 FF 3C 5A 07",
+                      "40 20 0C 00 5A 07", "53 42 41 4E 44 20 33", "53 42 41 4E 44 20 78"});
+    expect("NAK 01", {"10 14", "A0 17"});
+    expect("ACK 00 11 02 00 00 02", {"11"});
+    expect("ACK", {"10 12", "53 42 41 4E 44 20 31", "40 20 0C 00 A1 5A 07"});
+    expect("ACK 04 11 02 00 00 02", {"11"});
+    expect("ACK", {"10 16", "10 1A"});
+    expect("ACK 0C 11 02 00 01 02", {"11"});
+    expect("ACK", {"10 17", "10 16", "10 13"});  // HV off takes the RF with it
+    expect("ACK 00 11 02 00 01 02", {"11"});
+    expect("ACK A1 5A 07", {"20 20 0C 00"});
     const std::pair<const char*, const char*> texts[] = {
         {"RDBAND", "RDBAND=1"},
         {"SBAND 3", "NAK 4"},
@@ -75,15 +65,14 @@ TEST_F(AmplifierTest, SettingsActAndRefusalsDoNot) {
     for (const auto& [command, answer] : texts) EXPECT_EQ(amplifier->answer_text(command), answer);
 
     amplifier->set_remote(false);
-    for (const char* setting : {"10 12", "53 42 41 4E 44 20 30", "40 20 00 00 01 02 03"})
-        EXPECT_EQ(ask(setting), "NAK 03");
-    EXPECT_EQ(ask("11"), "ACK 00 10 02 00 01 02");
+    expect("NAK 03", {"10 12", "53 42 41 4E 44 20 30", "40 20 00 00 01 02 03"});
+    expect("ACK 00 10 02 00 01 02", {"11"});
     EXPECT_EQ(amplifier->answer_text("SBAND 0"), "NAK 3");
     // The length byte of a reply holds no more than that.
     EXPECT_EQ(amplifier->answer(std::string(255, '?')).data, std::string(254, '?') + '\x01');
 
     start({.name = "KU/K", .has_switch = false});
-    for (const char* setting : {"10 1A", "10 1B 01"}) EXPECT_EQ(ask(setting), "NAK 01");
+    expect("NAK 01", {"10 1A", "10 1B 01"});
     EXPECT_EQ(amplifier->answer_text("SBAND 1") + amplifier->answer_text("SBAND 2"), "NAK 4SBAND=2");
 }
 

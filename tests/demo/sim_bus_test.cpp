@@ -3,13 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "demo/faults.h"
 #include "demo/sim_port.h"
 #include "tests/support/hex_bytes.h"
 #include "tests/support/manual_clock.h"
-#include "tests/support/manual_line_wait.h"
 
 namespace ampdesk::demo {
 namespace {
@@ -154,28 +151,14 @@ TEST_F(PortTest, FaultsDelayAndSilenceReplies) {
     EXPECT_EQ(exchange(1000ms), "nothing 1000 ");
 }
 
-// A wait over lines that sleeps past the answer, ends before it, or is held up by one that is closed.
-TEST_F(PortTest, AnswersEndAWaitOverSeveralLines) {
-    ManualLineWait line_wait(clock);
-    SimBus other_bus(clock);
-    SimPort closed(other_bus, clock);
-    const std::array<SerialPort*, 2> ports{&closed, &port};
-    make_fault(bus, "delay 700");
-    port.write(k_ask_1, clock.now());
-    for (const auto waited : {700ms, 0ms, 1000ms}) {
-        const Instant start = clock.now();
-        line_wait.wait(ports, start + 1s);
-        EXPECT_EQ(clock.now() - start, waited);
-        if (waited == 0ms) {  // nobody had read it yet
-            EXPECT_EQ(to_hex(port.read_waiting()), k_status);
-        }
-    }
-}
-
 // A closed port that still speaks, or an answer from before that greets the next opener.
 TEST_F(PortTest, ClosingForgetsTheAnswers) {
+    make_fault(bus, "delay 700");
     EXPECT_EQ(port.write(k_ask_1, clock.now()), PortError::none);
+    EXPECT_EQ(port.input_due(), clock.now() + 700ms);
+    clock.advance(1s);
     port.close();
+    EXPECT_EQ(port.input_due(), std::nullopt);
     EXPECT_EQ(port.write(k_ask_1, clock.now()), PortError::failed);
     EXPECT_EQ(port.wait_readable(clock.now() + 1s), WaitResult::lost);
     port.open({});
