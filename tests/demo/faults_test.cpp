@@ -69,7 +69,6 @@ TEST_F(FaultTest, EachFaultShowsIsListedAndIsCleared) {
          k_shutdown,
          "2, Low Air Flow",
          "airflow cause gone, not acknowledged"},
-        {{"shutdown 12 Helix arc"}, k_shutdown, "12, Helix arc", "shutdown 12 Helix arc"},
         {{"  @1   shutdown  7  A, b "}, k_shutdown, "7, A, b", "shutdown 7 A, b"},
         {{"alarm Hot"}, k_alarm, "1,Hot", "alarm Hot"},
         {{"fan stopped"}, k_alarm, "0,Standby RF off", "fan"},
@@ -81,7 +80,6 @@ TEST_F(FaultTest, EachFaultShowsIsListedAndIsCleared) {
         {{"hottube"}, k_alarm, "1,TWT Temp", "hottube"},
         {{"highhelix"}, k_alarm, "1,Helix Current", "highhelix"},
         {{"remote off"}, k_hv_on, "15 01 03 10 12 03 72 25", "remote"},
-        {{"silent on"}, k_status, "", "silent"},
         {{"@2 silent on"}, k_status, k_idle, ""},
         {{"badcrc 1"}, k_status, "06 01 07 11 00 11 02 00 00 02 D1 47", "badcrc 1"},
         {{"noise 3", "silent on"}, k_status, "", "silent;noise 3"},
@@ -165,7 +163,6 @@ TEST_F(FaultTest, MistakesAreToldAndChangeNothing) {
         {"", "error: no command"},
         {"explode", "error: no fault is named \"explode\""},
         {"@3 clear", "error: no amplifier at @3"},
-        {"shutdown 12", "error: shutdown wants a text of 1 to 60 characters"},
         {"alarm a\tb", "error: alarm wants a text of 1 to 60 characters"},
         {"clear all", "error: clear wants nothing or the name of a fault"},
         {"clear silent on", "error: clear wants nothing behind silent"},
@@ -173,8 +170,6 @@ TEST_F(FaultTest, MistakesAreToldAndChangeNothing) {
         {"helix arc", "error: helix takes no argument"},
         {"late 60001", "error: late wants a number from 0 to 60000"},
         {"address on", "error: address wants a number from 0 to 255 or off"},
-        {"overflow 1", "error: overflow wants on or off"},
-        {"analog 0 1", "error: analog wants a number from 1 to 15"},
     };
     for (const auto& [line, answer] : cases) {
         SCOPED_TRACE(line);
