@@ -49,7 +49,7 @@ TEST(RemoteCommand, SendsAndAnswers) {
     std::vector<Row> table = {
         {">05,RDSTAT", k_ask_status_5, k_no_response, true},
         {">05,RDSTAT", k_ask_status_5, "\r\n"},
-        {"noise >  5 ,  RDSTAT  ", k_ask_status_5, "\r\n"},
+        {"noise, >  5 ,  RDSTAT  ", k_ask_status_5, "\r\n"},
         {">4.6,RDSTAT", k_ask_status_5, "\r\n"},
         {">5,A,B", "01 05 03 41 2C 42 01 70\n", "\r\n"},
         {">99.4,~", "01 63 01 7E 70 52\n", "\r\n"},

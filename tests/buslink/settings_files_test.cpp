@@ -64,7 +64,7 @@ TEST(Rs422Files, CodesBecomeSettings) {
     const std::pair<std::string, std::string> table[] = {
         {"COM1:\r\n6\r\n3\r\n0\r\n0\r\n", "9600,n,8,1"},  {"COM1:\r\n 0\r\n 0\r\n 2\r\n 1\r\n", "110,e,5,2"},
         {"COM1:\r\n7\r\n2\r\n1\r\n0\r\n", "19200,o,7,1"}, {"COM1:\r\n8\r\n3\r\n0\r\n0\r\n", "-"},
-        {"COM1:\r\n-1\r\n3\r\n0\r\n0\r\n", "-"},          {"COM1:\r\n6\r\n4\r\n0\r\n0\r\n", "-"},
+        {"COM1:\r\n-99999\r\n3\r\n0\r\n0\r\n", "-"},      {"COM1:\r\n6\r\n4\r\n0\r\n0\r\n", "-"},
         {"COM1:\r\n6\r\n3\r\n0\r\n2\r\n", "-"},           {"COM1:\r\n6\r\n3\r\n0\r\n", "-"},
     };
     const ScratchFolder folder;

@@ -59,6 +59,7 @@ TEST_F(FaultTest, EachFaultShowsIsListedAndIsCleared) {
     } cases[] = {
         {{"helix"}, k_shutdown, "12, Helix Over-Current", "helix"},
         {{"helix"}, k_hv_on, "15 01 03 10 12 04 33 E7", "helix"},
+        {{"arc"}, k_status, "06 01 07 11 10 11 02 00 00 02 D3 82", "arc"},
         {{"overtemp"}, k_shutdown, "3, Over-Temperature", "overtemp"},
         {{"cabinet"}, k_shutdown, "4, Cabinet Temperature", "cabinet"},
         {{"arc"}, k_shutdown, "7, HV Arc", "arc"},
