@@ -14,12 +14,6 @@ using Kind = Request::Kind;
 using std::chrono::milliseconds;
 
 struct AmplifierTest : testing::Test {
-    Reading take(const Request& request, const std::string& bytes, milliseconds took = {}) {
-        return amplifier.take({request, clock.now()}, {.bytes = bytes, .took = took});
-    }
-    Reading fail(const Request& request, BusFailure failure) {
-        return amplifier.take({request, clock.now()}, {.failure = failure});
-    }
     ManualClock clock;
     Amplifier amplifier{clock, 7, NegativeWords::overflow};
 };
@@ -38,7 +32,7 @@ TEST_F(AmplifierTest, RequestsOnTheWire) {
     };
     for (const auto& [request, bytes] : cases) {
         const BusCommand command = amplifier.command_of(request);
-        EXPECT_EQ(command.command, hex_bytes(bytes));
+        EXPECT_EQ(to_hex(command.command), bytes);
         EXPECT_EQ(command.address, 7);
         EXPECT_EQ(command.form == CommandForm::text, request.kind == Kind::band) << bytes;
     }
@@ -52,38 +46,30 @@ TEST_F(AmplifierTest, RepliesAreJudged) {
     const struct {
         const char* what;
         Request request;
-        std::string reply;
+        BusReply reply;
         Reading::Outcome outcome;
-        std::string text{};
+        const char* text = nullptr;
     } cases[] = {
-        {"shortest payload", event, hex_bytes("06 07 05 A0 1A 01 41 42 00 00"), good, "AB"},
-        {"payload of one", event, hex_bytes("06 07 04 A0 1A 01 41 00 00"), unusable},
-        {"none", event, hex_bytes("06 07 03 A0 1A 01 00 00"), unusable},
-        {"cut echo", event, hex_bytes("06 07 02 A0 1A"), unusable},
-        {"another event", event, hex_bytes("06 07 05 A0 1A 02 41 42 00 00"), unusable},
-        {"NAK", event, hex_bytes("15 07 05 A0 1A 01 41 42 00 00"), unusable},
-        {"no answer to read", {Kind::status}, "", unusable},
-        {"name", {Kind::band}, "NAME=  12.5\x03junk\r", good, "12.5"},
-        {"two signs",
-         {Kind::band},
-         "RDBAND=1=2 \x03"
-         "00\r",
-         good,
-         "1=2"},
-        {"no name", {Kind::band}, "\x02 2 \x03\r", good, "2"},
+        {"shortest payload", event, {.bytes = hex_bytes("06 07 05 A0 1A 01 41 42 00 00")}, good, "AB"},
+        {"payload of one", event, {.bytes = hex_bytes("06 07 04 A0 1A 01 41 00 00")}, unusable},
+        {"another event", event, {.bytes = hex_bytes("06 07 05 A0 1A 02 41 42 00 00")}, unusable},
+        {"NAK", event, {.bytes = hex_bytes("15 07 05 A0 1A 01 41 42 00 00")}, unusable},
+        {"nameless", {Kind::identity}, {.bytes = hex_bytes("06 07 05 A0 16 00 2A 4B 00 00")}, good},
+        {"no answer to read", {Kind::status}, {}, unusable},
+        {"silence", {Kind::status}, {.failure = BusFailure::silence}, silence},
+        {"bad CRC", {Kind::status}, {.failure = BusFailure::bad_crc}, bad_crc},
+        {"not sent", {Kind::status}, {.failure = BusFailure::not_sent}, not_sent},
+        {"name", {Kind::band}, {.bytes = "NAME=  12.5\x03junk\r"}, good, "12.5"},
+        {"two signs", {Kind::band}, {.bytes = "RDBAND=1=2 \x03\r"}, good, "1=2"},
+        {"no name", {Kind::band}, {.bytes = "\x02 2 \x03\r"}, good, "2"},
     };
     for (const auto& c : cases) {
-        const Reading reading = take(c.request, c.reply);
-        EXPECT_EQ(reading.outcome, c.outcome) << c.what;
-        const std::string* text = reading.get<std::string>();
-        EXPECT_EQ(text == nullptr ? "" : *text, c.text) << c.what;
+        SCOPED_TRACE(c.what);
+        const Reading told = amplifier.take({c.request, clock.now()}, c.reply);
+        EXPECT_EQ(told.outcome, c.outcome);
+        const std::string* text = told.get<std::string>();
+        EXPECT_STREQ(text == nullptr ? nullptr : text->c_str(), c.text);
     }
-    EXPECT_TRUE(take({Kind::status}, hex_bytes("06 07 03 11 04 00 00 00")).get<Status>()->hv_on);
-    EXPECT_TRUE(take({Kind::identity}, hex_bytes("06 07 05 A0 16 00 2A 4B 00 00")).good())
-        << "answered, though it does not say who it is";
-    EXPECT_EQ(fail({Kind::status}, BusFailure::silence).outcome, silence);
-    EXPECT_EQ(fail({Kind::status}, BusFailure::bad_crc).outcome, bad_crc);
-    EXPECT_EQ(fail({Kind::status}, BusFailure::not_sent).outcome, not_sent);
 }
 
 // A refusal taken for an acceptance, or told in the wrong words.
@@ -105,15 +91,12 @@ TEST_F(AmplifierTest, WhatBecomesOfASetting) {
         {"15 07 05 10 12 78 78 04 00 00", refused, "Invalid Data"},
         {"15 07 03 10 12 1A 00 00", refused, "Setting Failed, code H1A"},
     };
-    Setting told;
-    const Subscription listening = amplifier.settings.subscribe([&](const Setting& s) { told = s; });
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.reply);
-        amplifier.take("\x10\x12", Origin::key, {.failure = c.failure, .bytes = hex_bytes(c.reply)});
-        EXPECT_EQ(told.outcome, c.outcome);
-        EXPECT_EQ(told.refusal, c.refusal);
+        const BusReply reply{.failure = c.failure, .bytes = hex_bytes(c.reply)};
+        const Setting told = amplifier.take("\x10\x12", Origin::key, reply);
+        EXPECT_EQ(told.outcome, c.outcome) << c.reply;
+        EXPECT_EQ(told.refusal, c.refusal) << c.reply;
     }
-    EXPECT_EQ(amplifier.command_of("\x10\x12").limit, milliseconds(1000));
 }
 
 // A silent amplifier that holds up the others, one that is given up too soon, and a slow one that is never
@@ -129,29 +112,28 @@ TEST_F(AmplifierTest, HowLongAReadIsWaitedFor) {
             return one.command_of({.kind = Kind::event, .guess = guess}).limit;
         };
         const milliseconds shorter(c.limit);
-        const auto answer = [&](Kind kind, milliseconds took) {
-            one.take({{kind}}, {.bytes = hex_bytes("06 07 03 11 04 00 00 00"), .took = took});
-        };
-        answer(Kind::band, milliseconds(900));  // a text takes its own time
-        answer(Kind::status, milliseconds(1));
-        answer(Kind::status, milliseconds(c.answers_in));
+        const milliseconds second(1000);
+        const auto answer = [&](Kind kind, int took) { one.take({{kind}}, {.took = milliseconds(took)}); };
+        answer(Kind::band, 900);  // a text takes its own time
+        answer(Kind::status, 1);
+        answer(Kind::status, c.answers_in);
         EXPECT_EQ(one.patience_before_order(), milliseconds(c.before_order));
-        EXPECT_EQ(limit(), milliseconds(1000)) << "it answers";
-        EXPECT_EQ(limit(true), shorter);
+        EXPECT_EQ(limit(), second) << "it answers";
         one.suspect_line(true);
         EXPECT_EQ(limit(), shorter);
         one.suspect_line(false);
         for (int silences = 1; silences <= 24; ++silences) {
             one.take({{Kind::status}}, {.failure = BusFailure::silence});
             one.take({{Kind::status}}, {.failure = BusFailure::bad_crc});
-            EXPECT_EQ(limit(), silences % 12 == 0 ? milliseconds(1000) : shorter) << silences;
+            EXPECT_EQ(limit(), silences % 12 == 0 ? second : shorter) << silences;
             EXPECT_EQ(limit(true), shorter);
         }
-        answer(Kind::status, milliseconds(1));
-        EXPECT_EQ(limit(), milliseconds(1000)) << "it answers again";
-        for (int i = 0; i < 300; ++i) answer(Kind::status, milliseconds(20));
+        answer(Kind::status, 1);
+        EXPECT_EQ(limit(), second) << "it answers again";
+        for (int i = 0; i < 300; ++i) answer(Kind::status, 20);
         EXPECT_LT(one.patience_before_order(), milliseconds(110)) << "one slow answer for ever";
     }
+    EXPECT_EQ(amplifier.command_of("\x10\x12").limit, milliseconds(1000)) << "of a setting";
 }
 
 }  // namespace

@@ -12,27 +12,16 @@ using enum Quantity::Kind;
 
 // A field taken from another's bit, or from beyond a short reply.
 TEST(Status, EveryFieldFromItsOwnBit) {
-    const struct {
-        const char* payload;
-        Status expected;
-    } cases[] = {
-        {"00 00 00 00 00 00", {}},
-        {"04 00", {.hv_on = true}},
-        {"08 00", {.rf_on = true}},
-        {"10 00", {.in_shutdown = true}},
-        {"E3", {}},
-        {"00 01", {.remote_on = true}},
-        {"00 02", {.fahrenheit = true}},
-        {"00 04", {.forward_in_watts = true}},
-        {"00 08", {.reverse_in_watts = true}},
-        {"00 10", {.power_save_fitted = true}},
-        {"00 00 01", {.filament_in_ma = true}},
-        {"00 00 02", {.has_switch = true}},
-        {"00 00 FC FF", {}},
-        {"00 00 00 00 01", {.switch_locked = true}},
-        {"00 00 00 00 FE FF", {.switch_positions = 255}},
+    const std::pair<const char*, Status> cases[] = {
+        {"04 12 00 00 00 00", {.hv_on = true, .fahrenheit = true, .power_save_fitted = true}},
+        {"08 01", {.rf_on = true, .remote_on = true}},
+        {"10 04 01", {.in_shutdown = true, .forward_in_watts = true, .filament_in_ma = true}},
+        {"E3 08 02 00 01 FE",
+         {.reverse_in_watts = true, .has_switch = true, .switch_locked = true, .switch_positions = 254}},
+        {"E3 E0 FC FF FE", {}},
     };
-    for (const auto& c : cases) EXPECT_EQ(Status::parse(hex_bytes(c.payload)), c.expected) << c.payload;
+    for (const auto& [payload, expected] : cases)
+        EXPECT_EQ(Status::parse(hex_bytes(payload)), expected) << payload;
     EXPECT_EQ(Status::parse(""), std::nullopt);
 }
 
@@ -44,11 +33,8 @@ TEST(Analog, WordsInTheirUnits) {
         "D4 E5");
     const double values[] = {52.3, 21.1, 11.2, 2.15, 6.3, 1.35, 0, 46, 31, 12345, 11890, 12.5, 7, 42, 6.7};
     const auto analog = Analog::parse(block, NegativeWords::two_complement);
-    ASSERT_TRUE(analog);
-    for (std::size_t i = 0; i < Analog::k_items; ++i) {
-        EXPECT_EQ(analog->items[i].kind, value) << i;
+    for (std::size_t i = 0; i < Analog::k_items; ++i)
         EXPECT_DOUBLE_EQ(analog->items[i].value, values[i]) << i;
-    }
     const auto cautious = Analog::parse(block, NegativeWords::overflow);
     for (std::size_t i = 0; i < Analog::k_items; ++i)
         EXPECT_EQ(cautious->items[i].kind, i == 2 || i == 5 || i == 14 ? overflowed : value) << i;
@@ -65,45 +51,32 @@ TEST(Analog, WordsInTheirUnits) {
     for (std::size_t i = 0; i < std::size(levels); ++i)
         EXPECT_DOUBLE_EQ(limits->items[i].value, levels[i]) << i;
     EXPECT_EQ((*limits)[Limits::over_reverse_power].kind, overflowed);
+    EXPECT_STREQ(Limits::name(Limits::cabinet), "the warning level of the cabinet temperature");
 }
 
 // A text cut at the wrong comma, a flag that is read as text, a state that is not found in it.
 TEST(AlarmState, FlagTextAndStates) {
-    const struct {
-        const char* payload;
-        AlarmState expected;
-    } cases[] = {
-        {"0,Standby, RF off", {false, "Standby, RF off", true, true}},
-        {"1,Helix Current High", {true, "Helix Current High", false, false}},
-        {"10", {true, "10", false, false}},
-        {",x", {false, "x", false, false}},
-        {"Standby", {false, "Standby", true, false}},
+    const std::pair<const char*, std::optional<AlarmState>> cases[] = {
+        {"", std::nullopt},
+        {"0,Standby, RF off", AlarmState{false, "Standby, RF off", true, true}},
+        {"1,Helix Current High", AlarmState{true, "Helix Current High", false, false}},
+        {",x", AlarmState{false, "x", false, false}},
+        {"Standby", AlarmState{false, "Standby", true, false}},
     };
-    for (const auto& c : cases) EXPECT_EQ(AlarmState::parse(c.payload), c.expected) << c.payload;
-    EXPECT_EQ(AlarmState::parse(""), std::nullopt);
+    for (const auto& [payload, expected] : cases) EXPECT_EQ(AlarmState::parse(payload), expected) << payload;
 }
 
 TEST(Shutdown, NumberAndReason) {
-    const struct {
-        const char* payload;
-        Shutdown expected;
-    } cases[] = {{"12, Helix, over ", {"12", "Helix, over"}},
-                 {" no number ", {std::nullopt, "no number"}},
-                 {",x", {"", "x"}}};
-    for (const auto& c : cases) EXPECT_EQ(Shutdown::parse(c.payload), c.expected) << c.payload;
+    EXPECT_EQ(Shutdown::parse("12, Helix, over "), (Shutdown{"12", "Helix, over"}));
+    EXPECT_EQ(Shutdown::parse(" no number "), (Shutdown{std::nullopt, "no number"}));
     EXPECT_EQ(Shutdown::parse(""), std::nullopt);
 }
 
 TEST(Identity, FieldsBetweenStars) {
-    const struct {
-        const char* payload;
-        std::optional<Identity> expected;
-    } cases[] = {{"JEX*KU-400*1001*2.1", Identity{"KU-400", "1001", "2.1"}},
-                 {"JEX* KU *0042 * Rev 1 *more", Identity{"KU", "0042", "Rev 1"}},
-                 {"JEX*KU-4", Identity{"KU-4", std::nullopt, std::nullopt}},
-                 {"no star", Identity{}},
-                 {"*KU*1", std::nullopt}};
-    for (const auto& c : cases) EXPECT_EQ(Identity::parse(c.payload), c.expected) << c.payload;
+    EXPECT_EQ(Identity::parse("JEX* KU *0042 * Rev 1 *more"), (Identity{"KU", "0042", "Rev 1"}));
+    EXPECT_EQ(Identity::parse("JEX*KU-4"), (Identity{"KU-4", std::nullopt, std::nullopt}));
+    EXPECT_EQ(Identity::parse("no star"), Identity{});
+    EXPECT_EQ(Identity::parse("*KU*1"), std::nullopt);
 }
 
 }  // namespace
