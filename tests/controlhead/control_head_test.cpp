@@ -4,176 +4,116 @@
 #include <filesystem>
 
 #include "tests/controlhead/head_fixture.h"
-#include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
 namespace {
 
 using Life = ControlHead::Life;
 
-class ControlHeadTest : public Bench, public ::testing::Test {
-  protected:
-    ControlHeadTest() {
-        services.options.folder = folder.path();
-        reply_to("RDBAND") = "RDBAND=0";
-        station.tells = false;
-        station.start();
-    }
-    void press(std::initializer_list<std::int16_t> keys) {
-        for (const std::int16_t key : keys) {
-            head.press_key(key);
-            station.serve();
-        }
-    }
-    void press_hard(std::int16_t key) {
-        head.press_hard_key(key);
-        station.serve();
-    }
-    std::vector<Message> take_messages() {
-        std::vector<Message> messages;
-        while (auto message = head.take_message()) messages.push_back(*message);
-        return messages;
-    }
-
-    const ScratchFolder folder;
-    const HeadIdentity identity{.slot = 1, .unit_address = 7, .number = "1234", .model = "C/KU"};
-    Pump station{services, identity};
-    ControlHead& head = station.head;
-};
-
 // Catches a restore that nobody wants, a wrong box, a first screen that is live without its values, and a
 // damaged file that keeps its panel shut for ever.
-TEST_F(ControlHeadTest, MachineInit) {
+TEST_F(HeadTest, Opening) {
     const std::string good = "Color Settings\r\n 255\r\n 0\r\n 15\r\n 0\r\n";
     const std::string bad = "Color Settings\n 255\n 0\n";
     const std::string analog(k_analog_request);
-    const char* absent = "Some remote commands are absent in Amplifier";
-    const struct {
-        std::string settings;
-        bool restore;
-        std::string mute;
-        const char* analog;
-        bool live, restored;
-        const char* box;
-    } cases[] = {
-        {"", true, "", "", true, false, ""},
-        {good, true, "", "", true, true, ""},
-        {good, false, "", "", true, false, ""},
-        {bad, true, "", "", false, false, "File set1234.dat or band_set.dat corrupted."},
-        {bad, false, "", "", true, false, ""},
-        {"", true, analog, "", false, false, absent},
-        {"", true, "RDBAND", "", false, false, absent},
-        {"", true, "", "1=-1", false, false, "Overflow"},
+    const Texts corrupted{"File set1234.dat or band_set.dat corrupted."};
+    const Texts absent{"Some remote commands are absent in Amplifier"};
+    // The file, whether to restore it, what is not answered, the analog block; whether the head is live,
+    // whether it has the colours, what is told.
+    const std::tuple<std::string, bool, std::string, const char*, bool, bool, Texts> cases[] = {
+        {"", true, "", "", true, false, {}},
+        {good, true, "", "", true, true, {}},
+        {good, false, "", "", true, false, {}},
+        {bad, true, "", "", false, false, corrupted},
+        {bad, false, "", "", true, false, {}},
+        {good, false, analog, "", false, false, absent},
+        {good, false, "RDBAND", "", false, false, absent},
+        {good, false, "", "1=-1", false, false, {"Overflow"}},
     };
-    const auto answers = replies;
+    const std::string path = folder / "set1234.dat";
     const auto init = [&](bool restore) {
-        Pump its_station(services, identity);
-        ControlHead& fresh = its_station.head;
+        Pump opened(services, {.unit_address = 7, .number = "1234", .model = "C/KU"});
+        ControlHead& fresh = opened.head;
         fresh.machine_init(restore);
         EXPECT_NE(fresh.life(), Life::live) << "before anything was read";
-        its_station.hear();
+        fresh.take(
+            {.request = {Request::Kind::analog}, .outcome = Reading::Outcome::good, .value = Analog{}});
+        fresh.take({.request = {Request::Kind::alarm_state}, .last_try = false});
+        EXPECT_EQ(fresh.panel().line(1), std::string(20, ' ')) << "before its band is known";
+        opened.hear();
         EXPECT_TRUE(!fresh.started() || fresh.panel().legend(1) == "BAND" || in_shutdown(fresh.state()));
         return std::pair(fresh.life(), fresh.panel().look().fore_colour == 255);
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        std::filesystem::remove(folder / "set1234.dat");
-        if (!c.settings.empty())
-            folder.put("set1234.dat", c.settings);
-        set_analog(c.analog);
-        go_mute(c.mute);
-        EXPECT_EQ(init(c.restore), std::pair(c.live ? Life::live : Life::failed, c.restored));
-        for (const Message& box : person.messages) EXPECT_TRUE(box.detail.starts_with("JEX Amplifier 1234"));
-        EXPECT_EQ(person.take_texts(), *c.box == '\0' ? Texts{} : Texts{c.box});
-        replies = answers;
-        const bool set_aside = !c.live && c.settings == bad;
-        EXPECT_EQ(std::filesystem::exists(folder / "set1234.dat"), !c.settings.empty() && !set_aside);
-        if (set_aside) {
-            EXPECT_EQ(file_bytes(folder / "set1234.dat.bad"), bad);
-        }
+    for (const auto& [file, restore, mute, words, live, restored, boxes] : cases) {
+        SCOPED_TRACE(file + mute + words);
+        std::filesystem::remove(path);
+        if (!file.empty())
+            folder.put("set1234.dat", file);
+        replies.erase("RDBAND");
+        set_analog(words);
+        if (!mute.empty())
+            set(mute, std::nullopt);
+        EXPECT_EQ(init(restore), std::pair(live ? Life::live : Life::failed, restored));
+        EXPECT_EQ(person.take_texts(), boxes);
+        EXPECT_EQ(std::filesystem::exists(path), !file.empty() && boxes != corrupted);
     }
+    EXPECT_EQ(file_bytes(path + ".bad"), bad);
     // Nothing can be renamed to a folder, as in a folder that cannot be written.
-    std::filesystem::remove(folder / "set1234.dat.bad");
-    std::filesystem::create_directory(folder / "set1234.dat.bad");
+    std::filesystem::remove(path + ".bad");
+    std::filesystem::create_directory(path + ".bad");
     folder.put("set1234.dat", bad);
+    set_analog("");
     EXPECT_EQ(init(true).first, Life::live);
-    EXPECT_EQ(person.take_texts(), Texts{"File set1234.dat or band_set.dat corrupted."});
+    EXPECT_EQ(person.take_texts(), corrupted);
+    control.apply_screen_settings({.fore_colour = 17});
+    EXPECT_EQ(control.view().panel.look().fore_colour, 17);
+    control.save_screen_settings();
+    EXPECT_EQ(file_bytes(path).substr(0, 21), "Color Settings\r\n 17\r\n");
     // What the shutdown covers is not waited for.
     set_shutdown("12,Arc");
+    set_analog("1=-1");
     EXPECT_EQ(init(false).first, Life::live);
 }
 
-// Catches a box of the same words behind one that waits, of other words that is lost, or without its cause.
-TEST_F(ControlHeadTest, EveryBoxOnceInItsTurn) {
-    const struct {
-        const char* text;
-        const char* detail;
-        std::function<void()> bring;
-    } cases[] = {
-        {"Remote Is Not On", "JEX Amplifier 1234", [&] { press_hard(0); }},
-        {"Invalid file format", "JEX Amplifier 1234: mhelp.txt", [&] { press({2}); }},
-        {"The amplifier did not answer", "JEX Amplifier 1234",
-         [&] {
-             press({3});
-             go_mute(k_status_request);
-             press({0});
-         }},
-        {"Overflow",
-         "JEX Amplifier 1234: forward power comes as a negative number; negative_words=signed in ampdesk.ini "
-         "accepts it",
-         [&] {
-             set_analog("1=-1");
-             station.visit(3);
-         }},
+// Catches a box of the same words behind one that waits, of other words that is lost, or without its cause;
+// a value that cannot be shown told again and again, or not once more on another screen.
+TEST_F(HeadTest, EveryBoxOnceInItsTurn) {
+    station.tells = false;
+    const auto expect = [&](const std::string& text, const std::string& detail = {}) {
+        const auto message = control.take_message().value_or(Message{});
+        EXPECT_EQ(message.text, text);
+        EXPECT_EQ(message.detail, "JEX Amplifier 1234" + detail);
     };
-    const auto answers = replies;
-    folder.put("mhelp.txt", "no help\n");
-    for (const auto& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        refusal = 3;
-        c.bring();
-        c.bring();
-        const auto messages = take_messages();
-        ASSERT_EQ(messages.size(), 1U);
-        EXPECT_EQ(messages[0].text, c.text);
-        EXPECT_EQ(messages[0].detail, c.detail);
-        refusal = 0;
-        replies = answers;
-        station.visit();
-        press({4, 4});
-    }
-    for (const int code : {3, 4}) {
-        refusal = code;
+    for (const int code : {3, 3, 4}) {
+        amplifier.faults.refuse_code = code;
         press_hard(0);
     }
-    const auto messages = take_messages();
-    ASSERT_EQ(messages.size(), 2U);
-    EXPECT_EQ(messages[1].text, "Invalid Data");
-}
-
-// Catches a value that cannot be shown told again and again, or never again once it was good for a while.
-TEST_F(ControlHeadTest, OverflowIsToldOnceAScreen) {
     set_analog("3=-11200 6=-1350");
     press({3, 3, 3});
-    station.visit(12);
-    EXPECT_EQ(head.panel().line(2), "Eb  0.00kV          ") << "the other values are shown";
-    EXPECT_EQ(head.panel().line(3), std::string(20, ' ')) << "and what was so no longer is not";
-    const auto messages = take_messages();
-    ASSERT_EQ(messages.size(), 1U);
-    EXPECT_NE(messages[0].detail.find("filament current If"), std::string::npos);
+    visit(12);
+    EXPECT_EQ(head.panel.line(2), "Eb  0.00kV          ") << "the other values are shown";
+    EXPECT_EQ(head.panel.line(3), std::string(20, ' ')) << "and what was so no longer is not";
     set_analog("3=-11200");
-    station.visit(12);
-    EXPECT_EQ(take_messages().size(), 1U) << "the next item";
+    visit(12);
+    const std::string negative =
+        " comes as a negative number; negative_words=signed in ampdesk.ini accepts it";
+    expect("Remote Is Not On");
+    expect("Invalid Data");
+    expect("Overflow", ": filament current If" + negative);
+    expect("Overflow", ": cathode voltage Ek" + negative);
+    EXPECT_FALSE(control.take_message());
     press({4});
-    station.visit();
+    visit();
     press({3, 3, 3});
-    station.visit(12);
-    EXPECT_EQ(take_messages().size(), 1U) << "after another screen";
+    visit(12);
+    expect("Overflow", ": cathode voltage Ek" + negative);
+    EXPECT_FALSE(control.take_message());
 }
 
-// Catches a key that acts on a panel without a screen, an HV Off that waits for one or for the question
-// whether to restore its colours, and a head that goes on when it has closed.
-TEST_F(ControlHeadTest, BeforeAndAfterItsLife) {
+// Catches a key that acts on a panel without a screen, an HV Off that waits for one, for the question whether
+// to restore its colours or for another wait, an On-key that acts late, and a head that goes on when it has
+// closed.
+TEST_F(HeadTest, BeforeAndAfterItsLife) {
     ControlHead fresh(services, {.slot = 2, .unit_address = 8, .number = "77", .model = ""});
     for (const Life life : {Life::created, Life::opening}) {
         EXPECT_EQ(fresh.life(), life);
@@ -181,42 +121,44 @@ TEST_F(ControlHeadTest, BeforeAndAfterItsLife) {
         fresh.click_lamp(0);
         fresh.tick();
         EXPECT_TRUE(fresh.requests().empty());
-        fresh.press_hard_key(1);
-        ASSERT_EQ(fresh.orders().size(), 1U);
-        EXPECT_EQ(std::exchange(fresh.orders(), {})[0].command, "\x10\x13");
+        for (std::int16_t key = 0; key < 4; ++key) {
+            const Instant at = Instant{} + milliseconds(key + 1);
+            fresh.click_lamp(static_cast<std::int16_t>(key + 4), {}, at);
+            ASSERT_EQ(fresh.orders().size(), 1U);
+            const Order order = std::exchange(fresh.orders(), {})[0];
+            EXPECT_EQ(order.command, std::string("\x10") + "\x12\x13\x16\x17"[key]);
+            EXPECT_EQ(order.urgent, key % 2 == 1);
+            EXPECT_EQ(order.only_fresh, key % 2 == 0);
+            EXPECT_EQ(order.made_at, at);
+        }
         fresh.machine_init(true);
     }
     int changes = 0;
-    const auto seen = head.views.subscribe([&](const HeadView&) { ++changes; });
-    press_hard(1);
-    head.press_hard_key(1);
-    head.close();
+    const auto seen = control.views.subscribe([&](const HeadView&) { ++changes; });
+    control.press_hard_key(1);
+    control.close();
     changes = 0;
     set_shutdown("1,Arc");
-    take_sent();
-    head.take({.request = {Request::Kind::status}, .outcome = Reading::Outcome::good, .value = Status{}});
+    control.take({.request = {Request::Kind::status}, .outcome = Reading::Outcome::good, .value = Status{}});
     Setting refused;
     refused.refusal = "no";
-    head.take(head.orders().front(), refused);
-    head.orders().clear();
-    head.tick();
-    head.press_key(3);
-    head.press_hard_key(0);
-    head.move_scroll_bar(1, ScrollBar{true, 0, 5, 0});
-    EXPECT_TRUE(head.orders().empty() && head.requests().empty() && person.beeps.empty());
-    EXPECT_FALSE(head.take_message());
+    control.take(control.orders().front(), refused);
+    control.orders().clear();
+    control.tick();
+    press_at_once({3});
+    control.press_hard_key(0);
+    control.move_scroll_bar(1, ScrollBar{true, 0, 5, 0});
+    EXPECT_TRUE(control.orders().empty() && control.requests().empty() && person.beeps.empty());
+    EXPECT_FALSE(control.take_message());
     EXPECT_EQ(changes, 0);
-    head.machine_init(false);
-    EXPECT_TRUE(head.closed());
+    control.machine_init(false);
+    EXPECT_TRUE(control.closed());
 }
 
 // Catches a key that does what it did not say, and one whose words are another's.
-TEST_F(ControlHeadTest, KeysDoWhatTheySaid) {
-    const struct {
-        std::initializer_list<std::int16_t> keys;
-        Texts names;
-    } cases[] = {
-        {{4}, {"ATTN", "BAND", "HELP", "MORE"}},
+TEST_F(HeadTest, KeysDoWhatTheySaid) {
+    const std::pair<std::vector<std::int16_t>, Texts> cases[] = {
+        {{4}, {"ATTN", "", "HELP", "MORE"}},
         {{0}, {"Leave", "Leave", "Leave", "Leave"}},
         {{4, 2}, {"Leave", "Leave", "Leave", "Leave"}},  // help without a text
         {{4, 3, 0}, {"", "", "", "MORE"}},
@@ -224,62 +166,68 @@ TEST_F(ControlHeadTest, KeysDoWhatTheySaid) {
         {{4, 3, 0}, {"Adjust", "Previous page", "Next page", "MORE"}},
         {{4, 3, 1}, {"Line up", "Line down", "Page up", "Page down"}},
     };
-    for (const auto& c : cases) {
-        press(c.keys);
-        for (int key = 0; key < 4; ++key)
-            EXPECT_EQ(head.panel().key_name(key), c.names[static_cast<std::size_t>(key)]) << &c - cases;
+    for (const auto& [keys, names] : cases) {
+        press(keys);
+        for (std::size_t key = 0; key < 4; ++key)
+            EXPECT_EQ(control.panel().key_name(static_cast<int>(key)), names[key]) << names[0];
     }
     press({4, 4});
     set_shutdown("12,Arc");
-    station.visit(2);
-    person.beeps.clear();
-    take_sent();
+    visit(2);
+    take_settings();
     const auto press_as = [&](const char* did) {
-        head.press_key(3, did);
-        head.click_lamp(3, did);
+        person.beeps.clear();
+        control.press_key(3, did);
+        control.click_lamp(3, did);
         station.serve();
-        return std::exchange(person.beeps, {}).size();
+        return person.beeps.size();
     };
     EXPECT_EQ(press_as("MORE"), 2U);
     EXPECT_EQ(take_settings(), Texts{});
     set_status(0);
     station.hear();
     EXPECT_EQ(press_as("OK"), 2U);
-    EXPECT_EQ(head.panel().legend(0), "ATTN");
+    EXPECT_EQ(head.panel.legend(0), "ATTN");
     EXPECT_EQ(press_as("MORE"), 0U);
-    EXPECT_EQ(head.panel().legend(0), "WARNI");
+    EXPECT_EQ(head.panel.legend(0), "WARNI");
 }
 
-// Catches a move that was made on the bar of another page, one of many on the way that is sent, and a bar
-// that jumps back under the operator's hand.
-TEST_F(ControlHeadTest, MovesAreOfTheBarThatWasSeen) {
+// Catches a move that was made on the bar of another page, one of many on the way that is sent or takes a key
+// with it, and a bar that jumps back under the operator's hand.
+TEST_F(HeadTest, MovesAreOfTheBarThatWasSeen) {
     press({0});
-    ScrollBar seen = head.panel().scroll();
+    ScrollBar seen = head.panel.scroll();
     seen.value = 17;  // where the bar stood then is of no matter
     press({4, 3, 3, 0, 0});
-    head.move_scroll_bar(3, seen);
-    EXPECT_EQ(head.panel().scroll().value, 5);
+    control.move_scroll_bar(3, seen);
+    EXPECT_EQ(head.panel.scroll().value, 5);
     EXPECT_EQ(person.beeps.size(), 1U);
     press({4, 4, 4, 0});
     Setting refused;
     refused.outcome = Setting::Outcome::refused;
     for (const int value : {1, 2, 3}) {
-        head.move_scroll_bar(value, seen);
+        control.move_scroll_bar(value, seen);
         if (value == 1)
-            head.take(std::exchange(head.orders(), {}).front(), refused);
+            control.take(std::exchange(control.orders(), {}).front(), refused);
     }
+    control.press_hard_key(1);
+    control.move_scroll_bar(4, seen);
     station.hear();
-    EXPECT_EQ(take_settings(), Texts{std::string("\x10\x18\x03\0", 4)});
+    EXPECT_EQ(take_settings(), (Texts{"10 18 03 00", "10 13", "10 18 04 00"}));
     Reading analog{.request = {Request::Kind::analog}, .outcome = Reading::Outcome::good};
     analog.value = Analog{};
-    head.move_scroll_bar(4, seen);
-    head.take(std::exchange(head.orders(), {}).front(), refused);
-    head.move_scroll_bar(5, seen);
-    head.take(analog);
-    EXPECT_EQ(head.panel().scroll().value, 5);
-    head.orders().clear();
-    head.take(analog);
-    EXPECT_EQ(head.panel().scroll().value, 0);
+    control.move_scroll_bar(5, seen);
+    control.take(std::exchange(control.orders(), {}).front(), refused);
+    control.move_scroll_bar(6, seen);
+    control.take(analog);
+    EXPECT_EQ(head.panel.scroll().value, 6);
+    control.orders().clear();
+    control.take(analog);
+    EXPECT_EQ(head.panel.scroll().value, 0);
+    move_bar(7);
+    control.move_scroll_bar(8);
+    control.take(std::exchange(control.orders(), {}).front(), refused);
+    EXPECT_EQ(head.panel.scroll().value, 7);
     EXPECT_EQ(person.beeps.size(), 1U);
 }
 
