@@ -211,10 +211,9 @@ class HeadTest : public Bench {
     // Characters 1, 2, 3, 5 and 6 of the status reply. Of the first 4 is HV on, 16 a shutdown; of the second
     // 16 is power save, of the third 2 the switch.
     void set_status(int status, int settings = 0, int flags = 0, int switch_state = 0, int switch_count = 0) {
-        std::string reply;
-        for (const int c : {status, settings, flags, 0, switch_state, switch_count})
-            reply += static_cast<char>(c);
-        set(k_status_request, reply);
+        const auto c = [](int value) { return static_cast<char>(value); };
+        set(k_status_request,
+            std::string{c(status), c(settings), c(flags), '\0', c(switch_state), c(switch_count)});
     }
     void set_analog(const std::string& words) { set(k_analog_request, block(words)); }
     void set_limits(const std::string& words) { set(k_limits_request, block(words)); }

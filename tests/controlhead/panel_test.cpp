@@ -39,7 +39,6 @@ TEST(ScreenSettingsFile, IsTakenWholeOrNotAtAll) {
         {title + "   1 \r\n  2\r\n  14 \r\n 3\r\n 0\r\n 0\r\n 0\r\n", settings(1, 2, 14, 3)},
         {"Colour\r\n 1\r\n 2\r\n 14\r\n 3\r\n", std::nullopt},
         {"", std::nullopt},
-        {title + " 1\r\n 2\r\n 14\r\n", std::nullopt},
         {title + " 1\r\n 2\r\n -\r\n 3\r\n", std::nullopt},
         {title + " 1\r\n 2\r\n 14\r\nred 1\r\n", std::nullopt},
         {title + " 2147483648\r\n 2\r\n 14\r\n 3\r\n", std::nullopt},
