@@ -35,7 +35,6 @@ TEST_F(HeadTest, Opening) {
         Pump opened(services, {.unit_address = 7, .number = "1234", .model = "C/KU"});
         ControlHead& fresh = opened.head;
         fresh.machine_init(restore);
-        EXPECT_NE(fresh.life(), Life::live) << "before anything was read";
         fresh.take(
             {.request = {Request::Kind::analog}, .outcome = Reading::Outcome::good, .value = Analog{}});
         fresh.take({.request = {Request::Kind::alarm_state}, .last_try = false});
@@ -168,6 +167,7 @@ TEST_F(HeadTest, KeysDoWhatTheySaid) {
             EXPECT_EQ(control.panel().key_name(static_cast<int>(key)), names[key]) << names[0];
     }
     press({4, 4});
+    EXPECT_EQ(control.needs(), k_needs_analog | k_needs_alarm);
     set_shutdown("12,Arc");
     visit(2);
     take_settings();
