@@ -258,8 +258,7 @@ class HeadTest : public Bench {
     }
 
     demo::SimAmplifier& amplifier = sim.add({.address = 7});
-    const HeadIdentity identity{.slot = 1, .unit_address = 7, .number = "1234", .model = ""};
-    Pump station{services, identity};
+    Pump station{services, {.slot = 1, .unit_address = 7, .number = "1234", .model = ""}};
     ControlHead& control = station.head;
     Head& head = station.inside();
 };

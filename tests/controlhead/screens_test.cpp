@@ -219,6 +219,9 @@ TEST_F(EventScreen, SilenceIsNotTheEndOfTheLog) {
     visit(2);  // once more after a move of the bar
     EXPECT_EQ(count_sent(event_request(4)), 1);
     press_at_once({3, 1, 3});
+    Reading late{.request = {.kind = Request::Kind::event, .entry = 8}, .outcome = Reading::Outcome::good};
+    late.value = "event 8";
+    control.take(late);
     station.serve();
     expect_from(13, 20, 99);
 }

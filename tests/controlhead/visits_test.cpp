@@ -148,13 +148,14 @@ TEST_F(VisitTest, ShutdownsAndKeysAtOnce) {
     EXPECT_TRUE(control.view().shutdown_shown);
     set_status(0);
     station.hear();
+    Reading reason{.request = {Request::Kind::shutdown}, .outcome = Reading::Outcome::good};
+    reason.value = Shutdown{"12", "Waveguide arc"};
+    control.take(reason);  // late
     EXPECT_EQ(lines(), k_screen_1);
     set_shutdown("12,Waveguide arc");
     set(k_shutdown_request, std::nullopt);
     visit();
     press_at_once({0});
-    Reading reason{.request = {Request::Kind::shutdown}, .outcome = Reading::Outcome::good};
-    reason.value = Shutdown{"12", "Waveguide arc"};
     control.take(reason);
     EXPECT_EQ(lines(), k_screen_1);
     control.tick();
@@ -185,6 +186,9 @@ TEST_F(VisitTest, WhatComesForAScreenThatHasGone) {
     EXPECT_EQ(take_settings(), (Texts{"SBAND 2", "10 1B 01", "10 1B 02"}));
     visit();
     EXPECT_EQ(head.panel.line(2), "Mode:[Auto  ]       ");
+    press_at_once({0, 4});  // SET, left at once
+    station.serve();
+    EXPECT_EQ(head.panel.line(1), " --System Hours--   ");
 }
 
 }  // namespace

@@ -91,7 +91,6 @@ const std::string k_temps   = " --System Temps--   | 36\260C<Inside Cabinet| 76\
 const std::string k_tube    = "Ef  6.30v  If 1.50A |Eb  4.57kV          |Ek  9.16kV Iw  2.4ma|ATTN EVENT HELP MORE";
 const std::string k_sw_off  = "Redundant switch    |Mode:[Off   ]       |Press SET to Change.|SET             MORE";
 const std::string k_over    = "Warning level for   |Ku over fwd power:  |[     58.0 dBm]     |                MORE";
-const std::string k_save    = "Power save mode.    |Press SET to Change.|Shut supply  [OFF ] |SET             MORE";
 const std::string k_sw_hand = "Redundant switch    |Mode:[Manual]       |Press SET to Change.|SET             MORE";
 const std::string k_adjust  = "Warning level for   |Ku over fwd power:  |>     58.0 dBm<     |                MORE";
 const std::string k_twt     = "Warning level for   |TWT Temperature:    |[     95\260C]         |                MORE";
@@ -111,7 +110,7 @@ const Step k_fitted[] = {
     {"key 1; visit; visit", "X Fwd Pwr     56 dBm|Rev Power     36 dBm|Transmit         ANT|ATTN  BAND ANT  MORE"},
     {"key 1; visit; visit", k_powers},
     // Setup: only the switch mode can be set.
-    {"key 3 0", k_save},
+    {"key 3 0", "Power save mode.    |Press SET to Change.|Shut supply  [OFF ] |SET             MORE"},
     {"key 0 1 2 3", k_sw_off},
     {"key 0", k_sw_hand},
     {"key 0", "Redundant switch    |Mode:[Auto  ]       |Press SET to Change.|SET             MORE"},
@@ -121,7 +120,7 @@ const Step k_fitted[] = {
     {"key 3", "Forward Power reads |in:  [dBm  ]        |                    |                MORE"},
     {"key 3", "Reverse Power reads |in:  [dBm  ]        |                    |                MORE"},
     // Information; help from the screens 2 and 4.
-    {"key 3 4 1", "JEX Quorvalitics Inc|   Model C/KU/X BAND|  Serial#   1234    |Simulator Rev 1.0   "},
+    {"key 4 1", "JEX Quorvalitics Inc|   Model C/KU/X BAND|  Serial#   1234    |Simulator Rev 1.0   "},
     {"visit; key 2 2", "RUNNING HOURS       |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/27"},
     {"visit; key 0 1", "Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4|by a page. EXIT ends", "1/27"},
     {"key 3", "it.                 |--------------------|Hours and minutes   |are counted by the  ", "5/27"},
@@ -189,8 +188,6 @@ const Step k_fitted[] = {
     {"silent on; visit; visit; visit", k_error},
     {"visit; key 0 1 2 3 4; silent off; visit", k_hours},
     {"key 0 3", k_sw_off},
-    {"silent on; visit; visit; visit", k_error},
-    {"silent off; visit", k_sw_off},
     {"key 0", k_sw_hand},
 };
 
@@ -241,8 +238,8 @@ const Step k_troubles[] = {
     {"clear; visit", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Helix Current 02.4ma|ATTN    0dB     MORE", "0/300*"},
     {"key 3 3 3 0", "Warning level for   |over forward power: |    [ 58.0 dBm]     |                MORE"},
     {"visit; short 3; visit", "Warning level for   |Ku over fwd power:  |[      0.0 dBm]     |                MORE"},
-    {"clear; visit; silent on; visit; visit; key 4", " --System Temps--   |                    |                    |WARNINGS   HELP MORE"},
-    {"clear; key 0; hard 2", "Warning level for   |over forward power: |    [ 58.0 dBm]     |                MORE"},
+    {"clear; visit; key 4; silent on; visit; visit; key 0", "Warning level for   |over forward power: |                    |                MORE"},
+    {"clear; key 4 0; hard 2", "Warning level for   |over forward power: |    [ 58.0 dBm]     |                MORE"},
     // An attenuation that the amplifier does not take puts the bar back, without another command.
     {"key 4 4; analog 12 400; visit; key 0", "Ku Fwd Pwr    56 dBm|Rev Power     36 dBm|Helix Current 02.4ma|ATTN>  40dB     MORE", "300/300*"},
     {"clear; bar 120", "Ku Fwd Pwr    44 dBm|Rev Power     24 dBm|Helix Current 00.7ma|ATTN>  12dB     MORE", "120/300*"},
@@ -253,7 +250,8 @@ const Step k_troubles[] = {
     // Setup: a refused mode is not shown; the pages follow the status, and without one are left.
     {"key 0 3 0 3", k_sw_off},
     {"refuse 26; key 0; box Setting Failed, code H1A"},
-    {"key 3 3 3 3", "Reverse Power reads |in:  [dBm  ]        |                    |                MORE"},
+    {"refuse 0; key 0", k_sw_hand},
+    {"key 3 3 3", "Forward Power reads |in:  [dBm  ]        |                    |                MORE"},
     {"status 2 0; status 3 0; key 1", "                    |  Remote       OFF  |                    |                MORE"},
     {"silent on; key 3; box The amplifier did not answer", " --System Hours--   |                    |                    |SETUP INFO HELP MORE"},
     {"clear; visit; visit", k_hours},
@@ -316,7 +314,7 @@ TEST_F(Walk, ThroughTroubles) {
     EXPECT_EQ(take_settings(),
               (Texts{"10 16",  // hard key on a page
                      "10 18 78 00", "10 18 C8 00", "10 18 C9 00", "10 18 CA 00", "10 18 00 00", "10 1B 01",
-                     "SBAND 2", "10 15", "10 15", "10 13",  // refused, taken
+                     "10 1B 01", "SBAND 2", "10 15", "10 15", "10 13",  // refused, taken
                      "10 12", "10 16", "10 17", "10 15", "10 13"}));
 }
 
