@@ -156,8 +156,7 @@ bool Dispatcher::begin_next(Instant now) {
             return false;
         if (choice.what == Plan::Choice::What::read)
             return begin_read(choice, now);
-        // While he told the operator something another step may have begun an exchange.
-        if (begin_guest(now) || services_.bus.under_way())
+        if (begin_guest(now))
             return true;
     }
     next_choice_ = now;

@@ -18,6 +18,8 @@
 
 namespace ampdesk {
 
+using namespace std::chrono_literals;
+
 // The simulated port, which can also refuse to open, lose one kind of request and remember when
 // which amplifier was asked for its status.
 class WatchedPort : public demo::SimPort {
@@ -51,7 +53,7 @@ class WatchedPort : public demo::SimPort {
 
 struct Rig {
     // A visit takes about 13 ms unless told.
-    explicit Rig(Duration byte_time = std::chrono::microseconds(100)) : sim(clock, byte_time) {
+    explicit Rig(Duration byte_time = 100us) : sim(clock, byte_time) {
         for (int address = 1; address <= 4; ++address)
             sim.add({.address = address, .serial = 1000 + address, .name = "KU"});
         services.options.folder = folder.path();
@@ -74,16 +76,12 @@ struct Rig {
     }
     // Until the files are open and the first screens there.
     void let_start() {
-        bool opening = true;
-        station.when_files_are_open([&] { opening = false; });
-        poll(std::chrono::milliseconds(1));
         const auto starting = [this] {
             const auto heads = station.open_heads();
             return std::any_of(heads.begin(), heads.end(), [](const auto& head) { return !head->started(); });
         };
-        opening = opening && station.opening_files();
-        for (int i = 0; i < 1000 && (opening || starting()); ++i) poll(std::chrono::milliseconds(50));
-        station.when_files_are_open(nullptr);
+        poll(1ms);
+        for (int i = 0; i < 1000 && (station.opening_files() || starting()); ++i) poll(50ms);
     }
     // Sixteen heads that have been polled for a while; returns their addresses.
     std::vector<int> open_sixteen() {
@@ -93,7 +91,7 @@ struct Rig {
             if (sim.find(address) == nullptr)
                 sim.add({.address = address, .serial = 1000 + address, .name = "KU"});
         open(all);
-        poll(std::chrono::seconds(2));
+        poll(2s);
         return all;
     }
     std::vector<int> open_slots() const {
@@ -101,7 +99,9 @@ struct Rig {
         for (const auto& head : station.open_heads()) slots.push_back(head->identity().slot);
         return slots;
     }
-    // The station's turns for that long.
+    // The head that has so many before it, and one.
+    ControlHead& head(std::size_t place) { return *station.open_heads().at(place - 1); }
+    // The station's turns for that long; questions are answered as was prepared.
     void poll(std::chrono::milliseconds length) {
         const Instant end = clock.now() + length;
         while (clock.now() < end) {
@@ -129,6 +129,7 @@ struct Rig {
 
 class StationTest : public testing::Test, protected Rig {
   protected:
+    using Rig::Rig;
     // A box that no test asked for is a failure.
     void TearDown() override { EXPECT_EQ(person.take_texts(), Texts{}); }
 };
