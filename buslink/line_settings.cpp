@@ -1,6 +1,7 @@
 #include "buslink/line_settings.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "platform/numbers.h"
 
@@ -66,6 +67,16 @@ void PortMap::set(int number, std::string device) {
 std::string PortMap::device(int number) const {
     const auto found = devices_.find(number);
     return found == devices_.end() ? std::string() : found->second;
+}
+
+bool PortMap::same_device(int a, int b) const {
+    const auto behind = [this](int number) {
+        std::error_code failure;
+        const std::filesystem::path name = device(number);
+        const std::filesystem::path target = std::filesystem::weakly_canonical(name, failure);
+        return failure ? name : target;
+    };
+    return behind(a) == behind(b);
 }
 
 }  // namespace ampdesk

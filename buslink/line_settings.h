@@ -52,6 +52,8 @@ class PortMap {
     void set(int number, std::string device);
     // Empty for a number outside 1..4.
     std::string device(int number) const;
+    // Whether both stand for one device, which has as many names as there are links to it.
+    bool same_device(int a, int b) const;
 
   private:
     std::map<int, std::string> devices_;

@@ -21,7 +21,7 @@ void TerminalPort::open_at_start() {
         return;
     const PortSettings wanted = port_settings(settings_, bus_.ports());
     for (const int number : bus_port_numbers(bus_.settings(), folder_))
-        if (bus_.ports().device(number) == wanted.device)
+        if (bus_.ports().same_device(number, *settings_.port))
             return operator_.show_status(name() + " is used by the amplifier bus, the terminal stays closed");
     open(wanted);
 }

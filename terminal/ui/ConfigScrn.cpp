@@ -103,7 +103,7 @@ TerminalSettings ConfigScrn::settings() const {
 void ConfigScrn::cmdOk_Click() {
     const auto chosen = settings().port;
     for (const int number : bus_ports_) {
-        if (!chosen || ports_.device(number) != ports_.device(*chosen))
+        if (!chosen || !ports_.same_device(number, *chosen))
             continue;
         operator_.notify(port_name(*chosen).toStdString() + " is used by the amplifier bus",
                          "Choose another port for the terminal.");
