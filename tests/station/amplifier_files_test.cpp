@@ -22,6 +22,7 @@ TEST(OpeningFails, InTheseWords) {
     const Words wrong{"Serial Settings In File com9.dat Are Not Right",
                       "Serial Settings Are Probably Not Right, Select Settings Again When Not Communicating"};
     const char* no_serial = "Failed To Read SerialNumber For File com9.dat";
+    const char* no_identity = "Failed To Read *IDN For File com9.dat";
     const char* other_line = "The bus is in use on COM1: with 9600,n,8,1";
     const PortResult no_device{PortError::not_found, "COM1: is not there"};
     const struct {
@@ -29,7 +30,6 @@ TEST(OpeningFails, InTheseWords) {
         std::string bytes;  // of com9.dat; empty: there is none
         Words words;
         std::string cause;
-        bool port_tried = false;  // the port was opened for this file, or it was tried
         bool other_open = false;  // amplifier 1 is open on COM1: with 9600 baud
         const char* lost_request = "";
         PortResult open_result{};
@@ -38,19 +38,19 @@ TEST(OpeningFails, InTheseWords) {
         {"wrong title", "RS-422\r\nCOM1:\r\n6\r\n2\r\n", corrupted, ""},
         {"cut short", "RS-485\r\nCOM1:\r\n", corrupted, "\"\" is no address from 0 to 99"},
         {"address 100", file("COM1:", "6", "100"), corrupted, "\"100\" is no address from 0 to 99"},
-        {"address used, and another port", file("COM2:", "6", "1"), used, "", false, true},
+        {"address used, and another port", file("COM2:", "6", "1"), used, "", true},
         {"baud code 8", file("COM1:", "8", "2"), failed, "The file holds no baud code from 0 to 7"},
-        {"not the port in use", file("COM2:", "6", "2"), failed, other_line, false, true},
-        {"not the baud rate in use", file("COM1:", "7", "2"), failed, other_line, false, true},
-        {"no device", file("COM1:", "6", "2"), failed, no_device.cause, true, false, "", no_device},
-        {"nobody there", file("COM1:", "6", "50"), wrong, "", true},
-        {"nobody there beside another", file("COM1:", "6", "50"), wrong, "", false, true},
-        {"no serial number", file("COM1:", "6", "2"), {no_serial, ""}, "", true, false, "RDS/N"},
+        {"not the port in use", file("COM2:", "6", "2"), failed, other_line, true},
+        {"not the baud rate in use", file("COM1:", "7", "2"), failed, other_line, true},
+        {"no device", file("COM1:", "6", "2"), failed, no_device.cause, false, "", no_device},
+        {"nobody there", file("COM1:", "6", "50"), wrong, ""},
+        {"nobody there beside another", file("COM1:", "6", "50"), wrong, "", true},
+        {"no serial number", file("COM1:", "6", "2"), {no_serial, ""}, "", false, "RDS/N"},
+        {"no model", file("COM1:", "6", "2"), {no_identity, ""}, "", false, "*IDN?"},
         {"no 32-bit serial number",
          file("COM1:", "6", "9"),
          {no_serial, "Overflow"},
-         "Serial number 99999999999 is too large",
-         true},
+         "Serial number 99999999999 is too large"},
     };
     for (const auto& row : table)
         for (const bool interactive : {false, true}) {
@@ -63,7 +63,6 @@ TEST(OpeningFails, InTheseWords) {
                 rig.folder.put("com9.dat", row.bytes);
             rig.port.lost_request = row.lost_request;
             rig.port.open_result = row.open_result;
-            rig.port.opened.clear();
             if (interactive)
                 rig.station.open_amplifier_file(rig.folder / "com9.dat");
             else
@@ -76,8 +75,8 @@ TEST(OpeningFails, InTheseWords) {
             EXPECT_EQ(rig.person.messages[0].text, text);
             EXPECT_EQ(rig.person.messages[0].detail, missing || text.empty() ? "" : row.cause);
             EXPECT_EQ(rig.station.open_count(), row.other_open ? 1 : 0);
-            EXPECT_EQ(rig.bus.bus_link_on(), row.other_open);
-            EXPECT_EQ(rig.port.opened.size(), row.port_tried ? 1U : 0U);
+            EXPECT_EQ(rig.bus.settings(),
+                      row.other_open ? std::optional(LineSettings{"COM1:", 9600, 0, 8, 1}) : std::nullopt);
         }
 }
 
@@ -94,73 +93,49 @@ class AmplifierFiles : public StationTest {
     }
     void add(std::int16_t address, const std::string& number) {
         station.add_amplifier(address, number, "KU");
-        poll(std::chrono::milliseconds(1));
         let_start();
-    }
-    // What the head in slot 1 is; closes it.
-    std::string opened() {
-        if (station.open_count() == 0)
-            return "nothing";
-        const HeadIdentity id = station.open_heads()[0]->identity();
-        station.close_all();
-        std::filesystem::remove(folder / ("set" + id.number + ".dat"));
-        return id.number + " " + std::to_string(id.unit_address) + " " + id.model;
     }
 };
 
-// The operator's answers are ignored, asked for twice, or an empty one opens something.
-TEST_F(AmplifierFiles, AskForWhatTheAmplifierDoesNotSay) {
+// The amplifier of another line is opened: a remote station has opened one while the question stood.
+TEST_F(AmplifierFiles, AreOfTheLineThatWasAsked) {
     folder.put("com1.dat", file("1"));
-    open_interactively("com1.dat");
-    EXPECT_EQ(opened(), "1001 1 KU");
-
     port.lost_request = "RDS/N";
-    const struct {
-        std::optional<std::string> answer;
-        const char* opened;
-    } serials[] = {{" 77 x", "77 1 KU"}, {"", "nothing"}, {"  ", "nothing"}, {std::nullopt, "nothing"}};
-    for (const auto& row : serials) {
-        person.prompts.clear();
-        person.inputs = {row.answer};
+    for (const bool changes : {false, true}) {
+        person.inputs = {"77"};
+        person.on_input = [&] {
+            if (changes)
+                bus.open_bus_port("COM1:", 1200, 0, 8, 1);
+        };
         open_interactively("com1.dat");
-        EXPECT_EQ(opened(), row.opened);
-        EXPECT_EQ(person.prompts, Texts{"Input amplifier serial number:"});
+        EXPECT_EQ(station.open_count(), changes ? 0 : 1);
+        EXPECT_EQ(person.take_texts(), changes ? Texts{"Serial Initialization Failed"} : Texts{});
+        station.close_all();
     }
-
-    // A remote station opens another line while the question stands: who was asked is no longer there.
-    person.inputs = {"77"};
-    person.on_input = [&] { bus.open_bus_port("COM1:", 1200, 0, 8, 1); };
-    open_interactively("com1.dat");
-    EXPECT_EQ(opened(), "nothing");
-    EXPECT_EQ(person.take_texts(), Texts{"Serial Initialization Failed"});
-    person.on_input = nullptr;
-
-    port.lost_request = "*IDN?";
-    for (const std::string band : {"KU/K", ""}) {
-        person.bands = {band};
-        open_interactively("com1.dat");
-        EXPECT_EQ(opened(), band.empty() ? "nothing" : "1001 1 KU/K");
-    }
-    open_automatically({"com1.dat"});
-    EXPECT_EQ(person.take_texts(), Texts{"Failed To Read *IDN For File com1.dat"});
+    EXPECT_FALSE(person.pointer.back());
 }
 
-// The start of the program waits for an answer about colours, or an opening by hand does not ask.
+// The start of the program waits for an answer about colours, or an opening by hand does not ask; a question
+// that outlives its head.
 TEST_F(AmplifierFiles, RestoreColoursWithTheQuestionOnlyWhenOpenedByHand) {
-    const std::string look = "Color Settings\r\n 255\r\n 0\r\n 13\r\n 0\r\n";
-    folder.put("set1001.dat", look);
+    folder.put("set1001.dat", "Color Settings\r\n 255\r\n 0\r\n 13\r\n 0\r\n");
     open({1});
-    EXPECT_EQ(station.open_heads()[0]->panel().look().fore_colour, 255);
+    EXPECT_EQ(head(1).panel().look().fore_colour, 255);
     station.close_all();
+    const Texts question{"The settings for this HPA already exist, do you want to restore ? "};
     person.answers = {Answer::no};
     open_interactively("com1001.dat");
-    EXPECT_EQ(person.take_texts(),
-              Texts{"The settings for this HPA already exist, do you want to restore ? "});
-    EXPECT_NE(station.open_heads()[0]->panel().look().fore_colour, 255);
+    EXPECT_EQ(person.take_texts(), question);
+    EXPECT_NE(head(1).panel().look().fore_colour, 255);
+    station.close_all();
+    station.new_amplifier_window(1, "1001", "KU", true);
+    EXPECT_EQ(person.take_texts(), question);
+    station.close_all();
+    EXPECT_TRUE(person.take_replies().empty());
 }
 
-// One bad file keeps the rest from opening, the hundred-and-first name is opened, or Close All during
-// a box is followed by more windows.
+// One bad file keeps the rest from opening, the hundred-and-first name is opened, or a window opens behind
+// Close All.
 TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
     open({1, 50, 2});
     EXPECT_EQ(person.take_texts(), Texts{"Serial Settings In File com1050.dat Are Not Right"});
@@ -174,10 +149,16 @@ TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
     EXPECT_EQ(person.take_texts().size(), 100U);
     EXPECT_EQ(station.open_count(), 0);
 
-    person.on_ask = [&](const Message&) { station.close_all(); };
-    open_automatically({"com1001.dat", "missing.dat", "com1002.dat"});
-    EXPECT_EQ(person.take_texts().size(), 1U);
-    EXPECT_EQ(station.open_count(), 0);
+    for (const bool in_the_middle : {false, true}) {
+        station.auto_open_dat_files({"com1001.dat", "com1002.dat"});
+        if (in_the_middle)
+            station.step();
+        EXPECT_EQ(bus.under_way(), in_the_middle);
+        station.close_all();
+        poll(2s);
+        EXPECT_EQ(station.open_count(), 0);
+        EXPECT_FALSE(station.opening_files());
+    }
 }
 
 // A file that does not open takes the line away from the remote station that was using it, unsaid when
@@ -198,20 +179,16 @@ TEST_F(AmplifierFiles, GiveTheLineBack) {
 // next time the amplifier is opened, than it has now; an old one that is overwritten unasked.
 TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
     bus.open_bus_port("COM1:", 9600, 0, 8, 1);
-    add(1, "1001");
-    EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1"));  // "rs485.dat" could not be written
-    const std::string odd = "RS-485 \nCOM1:\n 6\n 2";
-    folder.put("rs485.dat", odd);
-    add(2, "1002");
-    EXPECT_EQ(file_bytes(folder / "com1002.dat"), odd);
-    for (const char* stale : {"COM2:", "torn"}) {
-        folder.put("rs485.dat", stale == std::string("torn") ? stale : file("4", stale, "3"));
+    const std::string odd = "RS-485 \nCOM1:\n 6\n 4";
+    for (const std::string& fields :
+         {std::string(), odd, file("4", "COM2:"), file("4", "COM1:", "3"), file("3"), std::string("torn")}) {
+        if (!fields.empty())  // else it could not be written
+            folder.put("rs485.dat", fields);
         add(4, "1004");
-        EXPECT_EQ(file_bytes(folder / "com1004.dat"), file("4"));
+        EXPECT_EQ(file_bytes(folder / "com1004.dat"), fields == odd ? odd : file("4")) << fields;
         station.close_all();
         for (const char* kept : {"com1004.dat", "set1004.dat"}) std::filesystem::remove(folder / kept);
     }
-    station.close_all();
     const struct {
         std::string held;
         const char* state;  // nullptr: not asked
@@ -244,7 +221,7 @@ TEST_F(AmplifierFiles, OfAnAddressThatWasTakenMeanwhile) {
     station.open_amplifier_file(path);
     station.step();
     station.add_amplifier(3, "1003", "KU");
-    poll(std::chrono::seconds(2));
+    poll(2s);
     EXPECT_EQ(person.take_texts(), Texts{"The HPA Address Is Used, Please Pick Up Another One."});
     station.add_amplifier(3, "1003", "KU");
     EXPECT_EQ(person.take_texts(), Texts{"This Address Is Used, Please Pick Up Another One."});

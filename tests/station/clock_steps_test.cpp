@@ -1,21 +1,14 @@
 // The clock of the PC passes midnight, is put right or changes to summer time, or the PC sleeps for
 // hours, while the program is at something.
-
 #include "demo/faults.h"
-#include "terminal/terminal.h"
-#include "terminal/xmodem_receiver.h"
-#include "terminal/xmodem_sender.h"
 #include "tests/station/rig.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/modem_port.h"
-#include "tests/terminal/transfer_rig.h"
+#include "tests/support/scripted_port.h"
 
 namespace ampdesk {
 namespace {
 
-using std::chrono::duration_cast;
 using std::chrono::milliseconds;
-using namespace std::chrono_literals;
 
 constexpr std::chrono::hours k_year{365 * 24};
 
@@ -27,84 +20,41 @@ struct ClockStep {
 };
 
 const ClockStep k_steps[] = {
-    {.name = "Midnight", .time_of_day = 24h},
-    {.name = "SummerTimeBegins", .wall = 1h, .time_of_day = 2h},
-    {.name = "SummerTimeEnds", .wall = -1h, .time_of_day = 3h},
-    {.name = "SecondsForward", .wall = 10s},
-    {.name = "SecondsBack", .wall = -10s},
-    {.name = "AYearForward", .wall = k_year},
-    {.name = "AYearBack", .wall = -k_year},
-    {.name = "HoursOfSleep", .asleep = 8h},
+    {.name = "Midnight", .time_of_day = 24h}, {.name = "SummerTimeEnds", .wall = -1h, .time_of_day = 3h},
+    {.name = "SecondsForward", .wall = 10s},  {.name = "SecondsBack", .wall = -10s},
+    {.name = "AYearForward", .wall = k_year}, {.name = "AYearBack", .wall = -k_year},
     {.name = "ADayOfSleep", .asleep = 24h},
-};
-
-std::ostream& operator<<(std::ostream& out, const ClockStep& step) {
-    return out << step.name;
-}
-
-// A line on which something happens in the middle of the wait for an answer.
-class SteppedPort : public ScriptedPort {
-  public:
-    SteppedPort(ManualClock& clock, std::function<void()> step)
-        : ScriptedPort(clock), clock_(clock), step_(std::move(step)) {}
-
-    PortError write(std::string_view bytes, Instant deadline) override {
-        sent = clock_.now();
-        waiting_ = true;
-        return ScriptedPort::write(bytes, deadline);
-    }
-    WaitResult wait_readable(Instant deadline) override {
-        if (std::exchange(waiting_, false))
-            step_();
-        return ScriptedPort::wait_readable(deadline);
-    }
-    Instant sent{};
-
-  private:
-    ManualClock& clock_;
-    std::function<void()> step_;
-    bool waiting_ = false;
 };
 
 class ClockSteps : public StationTest, public testing::WithParamInterface<ClockStep> {
   protected:
     // To be called that long before the step.
     void begin(Duration lead) { clock.set_wall(GetParam().time_of_day - lead); }
-    static void step(ManualClock& stepped) {
-        stepped.step_wall(GetParam().wall);
-        stepped.advance(GetParam().asleep);
+    void step() {
+        clock.step_wall(GetParam().wall);
+        clock.advance(GetParam().asleep);
     }
-    const milliseconds asleep = GetParam().asleep;
 };
 
 // A wait that is cut or stretched by the wall clock, or an answer that came in time and is thrown away
 // because the PC slept.
 TEST_P(ClockSteps, AnExchangeUnderWay) {
-    SteppedPort line(clock, [this] {
-        clock.advance(100ms);
-        step(clock);
-    });
+    ScriptedPort line(clock);
     BusLink link(line, clock);
     link.open_bus_port("COM2:", 9600, 0, 8, 1);
-    const struct {
-        bool text;
-        std::string answer;  // in two pieces, both after the step
-        int takes, result;
-    } table[] = {{false, hex_bytes("06 01 04 11 61 62 63 AB BA"), 900, 9},
-                 {false, "", 1000, 0},
-                 {true, "RDBAND=1\x03\r", 390, 0},
-                 {false, hex_bytes("06 01 04 11 61 62 63 AB BA"), 900, 9}};
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.takes);
+    for (const std::string& answer : {hex_bytes("06 01 04 11 61 62 63 AB BA"), std::string()}) {
         begin(100ms);
-        line.answer(
-            {{150ms, row.answer.substr(0, 4)},
-             {milliseconds(row.takes), row.answer.substr(std::min<std::size_t>(4, row.answer.size()))}});
-        std::string reply;
-        EXPECT_EQ(row.text ? link.text_command(1, "RDBAND", reply) : link.bus_command(1, "\x11", reply),
-                  row.result);
-        EXPECT_EQ(reply, row.answer);
-        EXPECT_EQ(clock.now() - line.sent, std::max(milliseconds(row.takes), asleep + 100ms));
+        line.answer({{150ms, answer.substr(0, 4)}, {900ms, answer.empty() ? "" : answer.substr(4)}});
+        link.begin({.address = 1, .command = "\x11"});
+        for (; !link.waiting_since(); link.poll()) line.wait_readable(link.due());
+        const Instant sent = clock.now();
+        clock.advance(100ms);
+        step();
+        std::optional<BusReply> reply;
+        while (!(reply = link.poll())) line.wait_readable(link.due());
+        EXPECT_EQ(reply->bytes, answer);
+        EXPECT_EQ(clock.now() - sent,
+                  std::max<Duration>(answer.empty() ? 1s : 900ms, GetParam().asleep + 100ms));
     }
 }
 
@@ -116,7 +66,7 @@ TEST_P(ClockSteps, ThePollingLoop) {
     sim.find(4)->line.silent = true;
     poll(24s);
     while (!bus.under_way()) poll(1ms);
-    step(clock);
+    step();
     const Instant start = clock.now();
     port.status_requests.clear();
     poll(20s);
@@ -136,7 +86,7 @@ TEST_P(ClockSteps, TheSpacingOfTheAlarm) {
     open({1});
     demo::make_fault(sim, "alarm Hot");
     poll(20s);
-    step(clock);
+    step();
     person.beeps.clear();
     std::vector<Instant> beeps{clock.now()};
     while (clock.now() < beeps.front() + 70s) {
@@ -150,45 +100,6 @@ TEST_P(ClockSteps, TheSpacingOfTheAlarm) {
         EXPECT_LE(beeps[i] - beeps[i - 1], 16s);
         EXPECT_GE(beeps[i] - beeps[i - 1], i == 1 ? 0s : 15s);
     }
-}
-
-// A modem that is left with DTR low, or gets it back too early.
-TEST_P(ClockSteps, HangingUp) {
-    ModemPort modem(clock);
-    modem.has_dtr = true;
-    TerminalLine line(&modem, clock);
-    Terminal terminal(line, bus);
-    line.open({.device = "modem"});
-    begin(200ms);
-    const Instant start = clock.now();
-    ASSERT_TRUE(terminal.hang_up());
-    clock.advance(200ms);
-    terminal.tick();
-    step(clock);
-    while (const auto next = terminal.next_tick()) {
-        clock.advance(*next);
-        terminal.tick();
-    }
-    EXPECT_EQ(modem.dtr, (std::vector<std::pair<Instant, bool>>{
-                             {start, false}, {start + std::max(500ms, asleep + 200ms), true}}));
-}
-
-// A transfer that ends, or loses or doubles a block, when the clock jumps in the middle of one.
-TEST_P(ClockSteps, AnXmodemTransfer) {
-    TransferRig rig;
-    rig.clock.set_wall(GetParam().time_of_day - 100ms);
-    rig.forth.spoil = [&](std::string& bytes, std::size_t offset) {
-        if (offset != std::size_t{2} * 133)
-            return;
-        step(rig.clock);
-        bytes.resize(50);
-    };
-    const std::string file = sample_file(1000);
-    XmodemSender sender(file, 1s, rig.clock.now());
-    XmodemReceiver receiver(rig.clock.now());
-    for (int i = 0; i < 2; ++i) rig.run(sender, receiver);  // the sleep ends the first
-    EXPECT_EQ(sender.state(), TransferState::done) << sender.message();
-    EXPECT_EQ(receiver.file(), filled_up(file));
 }
 
 INSTANTIATE_TEST_SUITE_P(Clock, ClockSteps, testing::ValuesIn(k_steps),
