@@ -13,6 +13,9 @@ TEST(OpeningFails, InTheseWords) {
     struct Words {
         std::string automatic;    // at the start of the program
         std::string interactive;  // Amplifier > Open
+        Words operator|(const std::string& cause) const {
+            return {automatic + "|" + cause, interactive + "|" + cause};
+        }
     };
     const Words corrupted{"Default Settings For Serial Port Corrupted In File com9.dat",
                           "Default settings for serial port corrupted"};
@@ -21,40 +24,34 @@ TEST(OpeningFails, InTheseWords) {
     const Words failed{"Serial Initialization Failed For File com9.dat", "Serial Initialization Failed"};
     const Words wrong{"Serial Settings In File com9.dat Are Not Right",
                       "Serial Settings Are Probably Not Right, Select Settings Again When Not Communicating"};
-    const char* no_serial = "Failed To Read SerialNumber For File com9.dat";
-    const char* no_identity = "Failed To Read *IDN For File com9.dat";
-    const char* other_line = "The bus is in use on COM1: with 9600,n,8,1";
-    const PortResult no_device{PortError::not_found, "COM1: is not there"};
+    const std::string no_serial = "Failed To Read SerialNumber For File com9.dat|";
+    const std::string too_large = "|Serial number 99999999999 is too large";
+    const std::string other_line = "The bus is in use on COM1: with 9600,n,8,1";
     const struct {
-        const char* fault;
         std::string bytes;  // of com9.dat; empty: there is none
-        Words words;
-        std::string cause;
+        Words said;
         bool other_open = false;  // amplifier 1 is open on COM1: with 9600 baud
         const char* lost_request = "";
         PortResult open_result{};
     } table[] = {
-        {"no file", "", {"Couldn't find file com9.dat", corrupted.interactive}, "File not found"},
-        {"wrong title", "RS-422\r\nCOM1:\r\n6\r\n2\r\n", corrupted, ""},
-        {"cut short", "RS-485\r\nCOM1:\r\n", corrupted, "\"\" is no address from 0 to 99"},
-        {"address 100", file("COM1:", "6", "100"), corrupted, "\"100\" is no address from 0 to 99"},
-        {"address used, and another port", file("COM2:", "6", "1"), used, "", true},
-        {"baud code 8", file("COM1:", "8", "2"), failed, "The file holds no baud code from 0 to 7"},
-        {"not the port in use", file("COM2:", "6", "2"), failed, other_line, true},
-        {"not the baud rate in use", file("COM1:", "7", "2"), failed, other_line, true},
-        {"no device", file("COM1:", "6", "2"), failed, no_device.cause, false, "", no_device},
-        {"nobody there", file("COM1:", "6", "50"), wrong, ""},
-        {"nobody there beside another", file("COM1:", "6", "50"), wrong, "", true},
-        {"no serial number", file("COM1:", "6", "2"), {no_serial, ""}, "", false, "RDS/N"},
-        {"no model", file("COM1:", "6", "2"), {no_identity, ""}, "", false, "*IDN?"},
-        {"no 32-bit serial number",
-         file("COM1:", "6", "9"),
-         {no_serial, "Overflow"},
-         "Serial number 99999999999 is too large"},
+        {"", {"Couldn't find file com9.dat|", corrupted.interactive + "|File not found"}},
+        {"RS-422\r\nCOM1:\r\n6\r\n2\r\n", corrupted | ""},
+        {"RS-485\r\nCOM1:\r\n", corrupted | "\"\" is no address from 0 to 99"},
+        {file("COM1:", "6", "100"), corrupted | "\"100\" is no address from 0 to 99"},
+        {file("COM2:", "6", "1"), used | "", true},
+        {file("COM1:", "8", "2"), failed | "The file holds no baud code from 0 to 7"},
+        {file("COM2:", "6", "2"), failed | other_line, true},
+        {file("COM1:", "7", "2"), failed | other_line, true},
+        {file("COM1:", "6", "2"), failed | "not there", false, "", {PortError::not_found, "not there"}},
+        {file("COM1:", "6", "50"), wrong | ""},
+        {file("COM1:", "6", "50"), wrong | "", true},
+        {file("COM1:", "6", "2"), {no_serial, ""}, false, "RDS/N"},
+        {file("COM1:", "6", "2"), {"Failed To Read *IDN For File com9.dat|", ""}, false, "*IDN?"},
+        {file("COM1:", "6", "9"), {no_serial + too_large.substr(1), "Overflow" + too_large}},
     };
     for (const auto& row : table)
         for (const bool interactive : {false, true}) {
-            SCOPED_TRACE(std::string(row.fault) + (interactive ? ", interactive" : ", automatic"));
+            SCOPED_TRACE(row.said.automatic + (interactive ? ", interactive" : ", automatic"));
             Rig rig;
             rig.sim.add({.address = 9, .serial = 99'999'999'999});
             if (row.other_open)
@@ -68,12 +65,9 @@ TEST(OpeningFails, InTheseWords) {
             else
                 rig.station.auto_open_dat_files({"com9.dat"});
             rig.let_start();
-            const std::string& text = interactive ? row.words.interactive : row.words.automatic;
-            const bool missing = text.starts_with("Couldn't");
-            ASSERT_EQ(rig.person.messages.size(), text.empty() ? 0U : 1U);
-            rig.person.messages.resize(1);
-            EXPECT_EQ(rig.person.messages[0].text, text);
-            EXPECT_EQ(rig.person.messages[0].detail, missing || text.empty() ? "" : row.cause);
+            std::string said;
+            for (const Message& message : rig.person.messages) said += message.text + "|" + message.detail;
+            EXPECT_EQ(said, interactive ? row.said.interactive : row.said.automatic);
             EXPECT_EQ(rig.station.open_count(), row.other_open ? 1 : 0);
             EXPECT_EQ(rig.bus.settings(),
                       row.other_open ? std::optional(LineSettings{"COM1:", 9600, 0, 8, 1}) : std::nullopt);
@@ -96,24 +90,6 @@ class AmplifierFiles : public StationTest {
         let_start();
     }
 };
-
-// The amplifier of another line is opened: a remote station has opened one while the question stood.
-TEST_F(AmplifierFiles, AreOfTheLineThatWasAsked) {
-    folder.put("com1.dat", file("1"));
-    port.lost_request = "RDS/N";
-    for (const bool changes : {false, true}) {
-        person.inputs = {"77"};
-        person.on_input = [&] {
-            if (changes)
-                bus.open_bus_port("COM1:", 1200, 0, 8, 1);
-        };
-        open_interactively("com1.dat");
-        EXPECT_EQ(station.open_count(), changes ? 0 : 1);
-        EXPECT_EQ(person.take_texts(), changes ? Texts{"Serial Initialization Failed"} : Texts{});
-        station.close_all();
-    }
-    EXPECT_FALSE(person.pointer.back());
-}
 
 // The start of the program waits for an answer about colours, or an opening by hand does not ask; a question
 // that outlives its head.

@@ -59,17 +59,20 @@ TEST_P(ClockSteps, AnExchangeUnderWay) {
 }
 
 // Visits that stop until the clock has caught up, or that are all made up for at once; a dead amplifier
-// that is not looked for any more.
+// that is not looked for any more; an alarm that beeps no more, or without end.
 TEST_P(ClockSteps, ThePollingLoop) {
     begin(24s);
     open({1, 2, 3, 4});
     sim.find(4)->line.silent = true;
+    demo::make_fault(sim, "@1 alarm Hot");
     poll(24s);
     while (!bus.under_way()) poll(1ms);
     step();
     const Instant start = clock.now();
     port.status_requests.clear();
+    person.beeps.clear();
     poll(20s);
+    EXPECT_NEAR(static_cast<double>(person.beeps.size()), 2, 1) << "one may come early";
     for (const int address : {1, 2, 3}) {
         const std::vector<Instant>& visits = port.status_requests[address];
         EXPECT_NEAR(static_cast<double>(visits.size()), 42, 3) << "one in 500 ms and one before each look";
@@ -77,29 +80,6 @@ TEST_P(ClockSteps, ThePollingLoop) {
         EXPECT_LE(longest_gap(address), 1100);
     }
     EXPECT_NEAR(static_cast<double>(port.status_requests[4].size()), 4, 1);
-}
-
-// An alarm that beeps no more, or without end. One beep may come early: its spacing is kept in seconds
-// since midnight.
-TEST_P(ClockSteps, TheSpacingOfTheAlarm) {
-    begin(20s);
-    open({1});
-    demo::make_fault(sim, "alarm Hot");
-    poll(20s);
-    step();
-    person.beeps.clear();
-    std::vector<Instant> beeps{clock.now()};
-    while (clock.now() < beeps.front() + 70s) {
-        poll(50ms);
-        if (person.beeps.size() == beeps.size())
-            beeps.push_back(clock.now());
-        ASSERT_LT(person.beeps.size(), beeps.size());
-    }
-    ASSERT_GE(beeps.size(), 5U);
-    for (std::size_t i = 1; i < beeps.size(); ++i) {
-        EXPECT_LE(beeps[i] - beeps[i - 1], 16s);
-        EXPECT_GE(beeps[i] - beeps[i - 1], i == 1 ? 0s : 15s);
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Clock, ClockSteps, testing::ValuesIn(k_steps),

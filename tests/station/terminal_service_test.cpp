@@ -3,6 +3,8 @@
 // other time.
 #include "station/terminal_service.h"
 
+#include <array>
+
 #include "platform/run_time_error.h"
 #include "platform/text_file.h"
 #include "tests/station/rig.h"
@@ -211,9 +213,8 @@ TEST_F(TerminalServiceTest, TheLogUntilTheDiskIsFull) {
     receive("B");
     const FullDisk full(100);
     receive("CDE");
-    EXPECT_TRUE(
-        file_bytes(path).starts_with("Terminal log of 2026-03-10\r\n12:00:00.000 sent     A\r\n"
-                                     "12:00:00.000 received B\r\n"));
+    EXPECT_NE(file_bytes(path).find("12:00:00.000 sent     A\r\n12:00:00.000 received B\r\n"),
+              std::string::npos);
     EXPECT_EQ(person.messages.at(0).detail, path + ": Disk full");
     EXPECT_EQ(person.take_texts(), Texts{"The log has been closed"});
     EXPECT_FALSE(seen.log_open);
@@ -233,14 +234,12 @@ TEST_F(TerminalServiceTest, TrafficOnlyWhileItIsWatched) {
         std::string reply;
         bus.bus_command(3, "\x11", reply);
         ASSERT_EQ(traffic.size() > 4, watched);
-        const std::tuple<TrafficLine, bool, int, std::size_t> expected[] = {
-            {TrafficLine::terminal, true, 0, 256U},
-            {TrafficLine::terminal, true, 0, 44U},
-            {TrafficLine::terminal, false, 0, 2U},
-            {TrafficLine::bus, true, 3, 6U}};
-        for (std::size_t i = 0; watched && i < 4; ++i)
-            EXPECT_EQ(std::tuple(traffic[i].line, traffic[i].sent, traffic[i].unit, traffic[i].bytes.size()),
-                      expected[i]);
+        for (std::size_t i = 0; watched && i < 4; ++i) {
+            EXPECT_EQ(traffic[i].line, i == 3 ? TrafficLine::bus : TrafficLine::terminal);
+            EXPECT_EQ(traffic[i].sent, i != 2);
+            EXPECT_EQ(traffic[i].unit, i == 3 ? 3 : 0);
+            EXPECT_EQ(traffic[i].bytes.size(), (std::array{256U, 44U, 2U, 6U}[i]));
+        }
     }
     EXPECT_TRUE(traffic.empty());
     terminal->take(act::WatchTraffic{true});

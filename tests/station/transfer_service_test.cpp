@@ -138,22 +138,6 @@ TEST_F(TransferServiceTest, KeepsAReceivedFileUnderANameThatWorks) {
     EXPECT_EQ(states.back().path, folder / "file");
 }
 
-// Fault: End throws away what has come, or ends a protocol that has no end of its own.
-TEST_F(TransferServiceTest, EndKeepsAText) {
-    for (const bool xmodem : {true, false}) {
-        transfers.begin({k_receive, xmodem, folder / "text"});
-        port.arrive("line\r\n");
-        pass(100ms);
-        transfers.end();
-        pass(400ms);
-        EXPECT_EQ(states.back().busy, xmodem);
-        transfers.cancel();
-        EXPECT_EQ(states.back().state, xmodem ? TransferState::cancelled : TransferState::done);
-        pass(4s);
-    }
-    EXPECT_EQ(file_bytes(folder / "text"), "line\r\n");
-}
-
 // Fault: the report never comes or comes twice, the line is kept, or the test passes for a transfer.
 TEST_F(TransferServiceTest, TheNullModemTestReports) {
     port.responder = [](const std::string& sent) { return ScriptedPort::Answer{{40ms, sent}}; };
