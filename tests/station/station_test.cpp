@@ -9,17 +9,6 @@ struct SlowLine : StationTest {
     SlowLine() : StationTest(1ms) {}
 };
 
-// A new head that does not take the lowest free slot, or a table that forgets who is open.
-TEST_F(StationTest, ReusesTheLowestFreeSlot) {
-    open({1, 2, 3, 4});
-    for (const int slot : {3, 2, 2, 0, 9}) station.close_window(slot);  // twice, and slots that never were
-    EXPECT_EQ(open_slots(), (std::vector{1, 4}));
-    EXPECT_FALSE(station.address_in_use(3));
-    open({3, 2});
-    EXPECT_EQ(open_slots(), (std::vector{1, 2, 3, 4}));
-    EXPECT_EQ(head(2).identity().unit_address, 3);
-}
-
 // One dead amplifier of sixteen shows what it once was, slows the others down, or is not found again.
 TEST_F(StationTest, OneDeadOfSixteenHoldsNobodyUp) {
     open_sixteen();
@@ -61,7 +50,7 @@ TEST_F(StationTest, ADeadLineIsToldOnAllHeadsSoon) {
 }
 
 // A reply that comes for a head which has closed meanwhile is taken by who has its slot now, or holds up the
-// others; what was known of that one is taken for the new one's.
+// others; a closed head whose address stays taken.
 TEST_F(SlowLine, AHeadMayCloseWhileItIsAsked) {
     open({1, 2, 3});
     std::vector<int> closed;
@@ -76,6 +65,7 @@ TEST_F(SlowLine, AHeadMayCloseWhileItIsAsked) {
     for (const auto& [address, command] : port.requests) EXPECT_NE(address, 1);
     for (const int address : {2, 3, 4}) EXPECT_LE(longest_gap(address), 550);
     for (const auto& head : station.open_heads()) EXPECT_FALSE(head->silent());
+    EXPECT_FALSE(station.address_in_use(1));
 }
 
 // A fault that is told at every visit, box upon box, or whose head or the others stand still for it.
