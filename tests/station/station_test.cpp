@@ -28,19 +28,22 @@ TEST_F(StationTest, OneDeadOfSixteenHoldsNobodyUp) {
 }
 
 // On a dead line the last values would stand on the panels for minutes, one head waiting for the other; or
-// it goes on being dead for a head that answers again, or is called so for single silences.
+// it goes on being dead for a head that answers again, or is called so for short
+// silences.
 TEST_F(StationTest, ADeadLineIsToldOnAllHeadsSoon) {
-    const std::vector<int> all = open_sixteen();
     const auto expect_silent = [&](bool silent) {
         for (const auto& open : station.open_heads()) EXPECT_EQ(open->silent(), silent) << open->caption();
     };
-    for (int i = 0; i < 8; ++i) {
-        sim.find(1 + i % 2)->line.silent = true;
-        poll(1100ms);
-        sim.find(1 + i % 2)->line.silent = false;
+    open({1, 2});
+    for (int outage = 0; outage < 6; ++outage) {
+        for (const int address : {1, 2}) sim.find(address)->line.silent = true;
+        poll(1500ms);
+        for (const int address : {1, 2}) sim.find(address)->line.silent = false;
         poll(2s);
         expect_silent(false);
     }
+    station.close_all();
+    const std::vector<int> all = open_sixteen();
     for (const int address : all) sim.find(address)->line.silent = true;
     poll(25s);
     expect_silent(true);
