@@ -126,8 +126,9 @@ TEST_F(ConsoleTest, TakesTheNextWhileOneIsUnderWay) {
     for (std::size_t i = 1; i < Console::k_most_waiting; ++i) EXPECT_TRUE(console.begin(6, "12"));
     EXPECT_FALSE(console.begin(6, "12"));
     port.answer(hex_bytes("06 05 01 11 D1 15"));
+    console.console_mode = 0;
     console.ended(bus.carry_out(*first));
-    EXPECT_TRUE(results.at(0).answered);
+    EXPECT_TRUE(results.at(0).answered && results.at(0).output.starts_with("Data Sent(Hex)"));
     bus.close_bus_port();
     carry_out(bus, console);
     ASSERT_EQ(results.size(), Console::k_most_waiting);

@@ -107,6 +107,9 @@ TEST_F(NvramTransferTest, ReadsIntoAFile) {
     EXPECT_EQ(payloads(), (Texts{"20 20 00 00", "20 20 01 00", "20 20 02 00"}));
     EXPECT_EQ(transfer->panel().output, "15 1 5 20 20 2 0 20 FB B9 ");
 
+    transfer->start();
+    EXPECT_FALSE(turn());
+
     for (const std::string& reply : {k_block_0, k_nak, k_nak, k_refusal_0}) port.answer(reply);
     for (const char* file : {"03-10-2026\r\n0 00A1FF3C 5A07\r\n", "03-10-2026\r\n"}) {
         begin(Mode::read);
@@ -135,16 +138,18 @@ TEST_F(NvramTransferTest, ReadAsksAgain) {
     EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
 }
 
-// Fault: the end of an earlier read that comes late ends this one, with half a file told as whole.
-TEST_F(NvramTransferTest, ReadPassesOverAnEarlierEnd) {
+// Fault: the end of an earlier read that comes late ends this one, with half a file told as whole; one reply
+// that comes twice makes every later one late.
+TEST_F(NvramTransferTest, ReadPassesOverWhatComesLate) {
     const std::string unnamed_end = hex_bytes("15 01 03 20 20 20 26 93");
     port.answer(k_end_2);
     port.answer({{milliseconds(5), unnamed_end}, {milliseconds(900), unnamed_end}});
-    for (const std::string& reply : {k_block_0, unnamed_end, unnamed_end}) port.answer(reply);
+    port.answer({{milliseconds(20), k_block_0}, {milliseconds(40), k_block_0}});
+    for (const std::string& reply : {k_block_1, k_block_1, k_end_2}) port.answer({{milliseconds(20), reply}});
     begin(Mode::read);
     EXPECT_EQ(run().back(), "nvRam Transfer was Successful");
-    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
-    EXPECT_EQ(payloads().size(), 5U);
+    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n1 7F 0102\r\n");
+    EXPECT_EQ(payloads().size(), 6U);
 }
 
 // Fault: a dead line is asked for ever, given up too early, or costs the lines that were read; an adapter
@@ -214,6 +219,8 @@ TEST_F(NvramTransferTest, PauseContinueExit) {
     EXPECT_EQ(payloads().size(), 2U);  // the block in hand was asked for once more, no other one
     port.answer(k_block_1);
     transfer->start();
+    ASSERT_TRUE(transfer->next());
+    transfer->ended({.failure = BusFailure::cut});
     const auto asked = transfer->next();
     ASSERT_TRUE(asked);
     EXPECT_EQ(shown.back(), "Read block #1   Errs:0");
