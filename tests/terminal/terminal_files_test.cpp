@@ -10,46 +10,38 @@
 namespace ampdesk {
 namespace {
 
-const TerminalSettings k_all{.port = 3,
-                             .baud = 1200,
-                             .data_bits = 7,
-                             .parity_code = 2,
-                             .stop_bits = 2,
-                             .handshake = Handshake::rts_cts,
-                             .echo = false};
-
-TEST(TerminalSettings, ReadsWhatItCan) {
+// A field is read from another's line or written where it is not read; a value that cannot be is used.
+TEST(TerminalSettings, KeepsWhatWasChosen) {
+    const TerminalSettings all{.port = 3,
+                               .baud = 1200,
+                               .data_bits = 7,
+                               .parity_code = 2,
+                               .stop_bits = 2,
+                               .handshake = Handshake::rts_cts,
+                               .echo = false};
     const struct {
-        const char* fault;
-        std::string bytes;
+        const char* bytes;
         TerminalSettings settings;
     } table[] = {
-        {"a field is read from another's line", "ampdesk settings\r\n3\r\n1200\r\n7\r\n2\r\n2\r\n2\r\n0\r\n",
-         k_all},
-        {"LF alone and blanks", "the ampdesk settings\n 3 \n 1200\n7\n2\n2\n2\n0", k_all},
-        {"port 5", "ampdesk settings\r\n5\r\n", {}},
-        {"half a port", "ampdesk settings\r\n0.9\r\n", {}},
-        {"values that cannot be", "ampdesk settings\r\n2\r\n9601\r\n4\r\n3\r\n0\r\n3\r\n2\r\n", {.port = 2}},
-        {"blank lines", "ampdesk settings\r\n2\r\n\r\n\r\n\r\n\r\n\r\n\r\n", {.port = 2}},
+        {"ampdesk settings\r\n3\r\n1200\r\n7\r\n2\r\n2\r\n2\r\n0\r\n", all},
+        {"the ampdesk settings\n 3 \n 1200\n7\n2\n2\n2\n0", all},
+        {"ampdesk settings\r\n5\r\n", {}},
+        {"ampdesk settings\r\n0.9\r\n", {}},
+        {"ampdesk settings\r\n2\r\n9601\r\n4\r\n3\r\n0\r\n3\r\n2\r\n", {.port = 2}},
+        {"ampdesk settings\r\n2\r\n\r\n\r\n\r\n\r\n\r\n\r\n", {.port = 2}},
     };
     const ScratchFolder folder;
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.fault);
-        EXPECT_EQ(read_terminal_settings(folder.put("ampdesk.dat", row.bytes)), row.settings);
-    }
-}
-
-// A value that is written where it is not read; a port that is written as something else than none.
-TEST(TerminalSettings, KeepsWhatWasChosen) {
-    const ScratchFolder folder;
-    const std::string path = folder / "ampdesk.dat";
-    write_terminal_settings(path, k_all);
-    EXPECT_EQ(file_bytes(path), "ampdesk settings\r\n3\r\n1200\r\n7\r\n2\r\n2\r\n2\r\n0\r\n");
+    for (const auto& row : table)
+        EXPECT_EQ(read_terminal_settings(folder.put("ampdesk.dat", row.bytes)), row.settings) << row.bytes;
+    const std::string path = folder.put("ampdesk.dat", "ampdesk\r\n3\r\n");
+    EXPECT_THROW(read_terminal_settings(path), RunTimeError);
+    write_terminal_settings(path, all);
+    EXPECT_EQ(file_bytes(path), table[0].bytes);
     write_terminal_settings(path, {});
     EXPECT_EQ(read_terminal_settings(path), TerminalSettings{});
     PortMap ports;
     ports.set(3, "/dev/modem");
-    EXPECT_EQ(port_settings(k_all, ports), (PortSettings{"/dev/modem", 1200, 'e', 7, 2, Handshake::rts_cts}));
+    EXPECT_EQ(port_settings(all, ports), (PortSettings{"/dev/modem", 1200, 'e', 7, 2, Handshake::rts_cts}));
     EXPECT_EQ(port_settings({}, ports).device, "");
 }
 
@@ -62,26 +54,18 @@ TEST(TerminalSettings, KnowsThePortsOfTheAmplifiers) {
     folder.put("rs485.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n");
     EXPECT_EQ(bus_port_numbers({}, folder.path()), (Ports{1, 4}));
     EXPECT_EQ(bus_port_numbers(LineSettings{.port_name = "COM2:"}, folder.path()), (Ports{2, 4}));
-    const LineSettings same{.port_name = "COM4:"};
-    EXPECT_EQ(bus_port_numbers(same, folder.path()), Ports{4});
+    EXPECT_EQ(bus_port_numbers(LineSettings{.port_name = "COM4:"}, folder.path()), Ports{4});
     folder.put("rs422.dat", "something else\r\nCOM1:\r\n");
-    EXPECT_EQ(bus_port_numbers(same, folder.path()), Ports{4});
+    EXPECT_EQ(bus_port_numbers({}, folder.path()), Ports{1});
 }
 
-struct LogTest : testing::Test {
-    LogTest() {
-        log.on_failure = [this](const std::string& cause) { failures.push_back(cause); };
-        clock.set_wall(std::chrono::milliseconds(((9 * 60 + 5) * 60 + 7) * 1000 + 45));
-    }
-    ManualClock clock;
-    SessionLog log{clock};
-    std::vector<std::string> failures;
-    ScratchFolder folder;
-};
-
 // A direction, a time or a byte that reads as another; a line that could be taken for two; a time of
-// day that may be of any day.
-TEST_F(LogTest, EveryStretchWithItsTimeAndDirection) {
+// day that may be of any day; a log that is not there and called open.
+TEST(SessionLog, EveryStretchWithItsTimeAndDirection) {
+    ManualClock clock;
+    clock.set_wall(std::chrono::milliseconds(((9 * 60 + 5) * 60 + 7) * 1000 + 45));
+    SessionLog log(clock);
+    const ScratchFolder folder;
     const std::string path = folder.put("my.log", "an older log that is longer than the new one\r\n");
     log.open(path);
     log.note({true, "ATE1M0S0=1\r"});
@@ -103,23 +87,15 @@ TEST_F(LogTest, EveryStretchWithItsTimeAndDirection) {
               "00:05:08.000 sent     y\r\n"
               "Terminal log of 2025-03-11\r\n"
               "00:05:08.000 sent     z\r\n");
-    EXPECT_EQ(failures, std::vector<std::string>{});
-}
-
-TEST_F(LogTest, SaysWhyItCannotBeOpened) {
-    const struct {
-        std::string path;
-        const char* cause;
-    } table[] = {{"/dev/full", "Disk full"},
-                 {folder / "none/my.log", "Path not found"},
-                 {folder.path(), "Is a directory"}};
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.path);
+    const std::pair<std::string, const char*> refused[] = {{"/dev/full", "Disk full"},
+                                                           {folder / "none/my.log", "Path not found"},
+                                                           {folder.path(), "Is a directory"}};
+    for (const auto& [bad_path, cause] : refused) {
         try {
-            log.open(row.path);
-            ADD_FAILURE() << "opened";
+            log.open(bad_path);
+            ADD_FAILURE() << bad_path << " opened";
         } catch (const RunTimeError& error) {
-            EXPECT_STREQ(error.what(), row.cause);
+            EXPECT_STREQ(error.what(), cause);
         }
         EXPECT_FALSE(log.is_open());
     }

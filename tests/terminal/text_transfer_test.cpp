@@ -9,45 +9,37 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Fault: lines run together or are doubled at the other end, or bytes get lost between two pieces.
+// Fault: lines run together or are doubled at the other end, bytes get lost between two pieces, or a
+// cancelled text goes on.
 TEST(TextSender, SendsLinesWithTheLinesEnd) {
-    const struct {
-        const char* file;
-        const char* sent;
-    } cases[] = {
-        {"a\nb\n", "a\r\nb\r\n"},         {"a\r\nb", "a\r\nb"},
-        {"a\rb\r", "a\r\nb\r\n"},         {"\n\n", "\r\n\r\n"},
-        {"a\r\r\n\nb", "a\r\n\r\n\r\nb"}, {"", ""},
-        {"5 \xB0 C", "5 \xB0 C"},
+    const std::pair<const char*, const char*> cases[] = {
+        {"a\nb\n", "a\r\nb\r\n"},       {"a\r\nb", "a\r\nb"}, {"a\r\r\n\nb", "a\r\n\r\n\r\nb"}, {"", ""},
+        {"5 \xB0 C\r", "5 \xB0 C\r\n"},
     };
-    for (const auto& c : cases) {
-        for (const std::size_t piece : {1, 2, 100}) {
-            SCOPED_TRACE(testing::PrintToString(c.file) + " by " + std::to_string(piece));
-            TextSender sender(c.file);
+    for (const auto& [file, wanted] : cases) {
+        for (const std::size_t piece : {1, 100}) {
+            SCOPED_TRACE(testing::Message() << testing::PrintToString(file) << " by " << piece);
+            TextSender sender(file);
             std::string sent;
             for (int i = 0; i < 20 && !sender.finished(); ++i) {
                 const std::string next = sender.take_output(piece);
                 EXPECT_LE(next.size(), piece);
                 sent += next;
             }
-            EXPECT_EQ(sent, c.sent);
-            EXPECT_EQ(sender.state(), TransferState::done);
+            EXPECT_EQ(sent, wanted);
             EXPECT_EQ(sender.message(), std::to_string(sent.size()) + " bytes sent.");
         }
     }
+    TextSender cancelled("one\ntwo\n");
+    EXPECT_EQ(cancelled.take_output(4), "one\r");
+    cancelled.cancel();
+    EXPECT_EQ(cancelled.take_output(4), "");
+    EXPECT_EQ(cancelled.state(), TransferState::cancelled);
+    EXPECT_EQ(cancelled.progress().bytes, 4U);
 }
 
-// Fault: a cancelled text goes on.
-TEST(TextSender, StopsWhenCancelled) {
-    TextSender sender("one\ntwo\n");
-    EXPECT_EQ(sender.take_output(4), "one\r");
-    sender.cancel();
-    EXPECT_EQ(sender.take_output(4), "");
-    EXPECT_EQ(sender.state(), TransferState::cancelled);
-    EXPECT_EQ(sender.progress().bytes, 4U);
-}
-
-// Fault: the text ends before it has begun, in a pause, or never.
+// Fault: the text ends before it has begun, in a pause, or never; what the operator wants kept is thrown
+// away, or the other way round; a text without end fills the memory.
 TEST(TextReceiver, EndsAfterTenSecondsOfSilence) {
     ManualClock clock;
     TextReceiver receiver;
@@ -55,25 +47,16 @@ TEST(TextReceiver, EndsAfterTenSecondsOfSilence) {
     receiver.tick(clock.now());
     for (int i = 0; i < 2; ++i) {
         receiver.feed("line\r\n\x1A", clock.now());
-        clock.advance(TextReceiver::k_silence - milliseconds(1));
+        clock.advance(milliseconds(9999));
         receiver.tick(clock.now());
         EXPECT_EQ(receiver.state(), TransferState::running);
     }
     clock.advance(milliseconds(1));
     receiver.tick(clock.now());
     receiver.feed("late", clock.now());
+    receiver.cancel();
     EXPECT_EQ(receiver.state(), TransferState::done);
     EXPECT_EQ(receiver.file(), "line\r\n\x1Aline\r\n\x1A");
-}
-
-// Fault: what the operator wants kept is thrown away, or the other way round; a text without end
-// fills the memory.
-TEST(TextReceiver, EndCancelAndLimit) {
-    TextReceiver ended;
-    ended.end();
-    ended.cancel();
-    EXPECT_EQ(ended.state(), TransferState::done);
-    EXPECT_EQ(ended.message(), "0 bytes received.");
     TextReceiver cancelled;
     cancelled.cancel();
     cancelled.end();
