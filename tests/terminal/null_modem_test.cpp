@@ -13,11 +13,7 @@ using std::chrono::milliseconds;
 // modem lines are mixed up.
 TEST(NullModemTest, TellsWhatComesBack) {
     const std::string none = "Modem lines: this port shows none.\nLoop-back: ";
-    const struct {
-        std::optional<ModemLines> lines;
-        std::vector<std::string> received;
-        std::string said;
-    } cases[] = {
+    const std::tuple<std::optional<ModemLines>, std::vector<std::string>, std::string> cases[] = {
         {{}, {"<loop-back test 2A>"}, none + "the text came back in 7 ms."},
         {{}, {"noise<loop", "-back test 2", "A>OK"}, none + "the text came back in 7 ms."},
         {{}, {}, none + "nothing came back within a second."},
@@ -34,13 +30,13 @@ TEST(NullModemTest, TellsWhatComesBack) {
          "Modem lines: CTS off, DSR on, carrier off, ring on. It is there (DSR), but"},
         {ModemLines{}, {}, "Modem lines: CTS off, DSR off, carrier off, ring off. Nothing is connected,"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.said);
+    for (const auto& [lines, received, said] : cases) {
+        SCOPED_TRACE(said);
         ManualClock clock;
-        NullModemTest test(c.lines, 42, milliseconds(1), clock.now());
+        NullModemTest test(lines, 42, milliseconds(1), clock.now());
         EXPECT_EQ(test.take_output(512), "<loop-back test 2A>");
         clock.advance(milliseconds(7));
-        for (const std::string& bytes : c.received) test.feed(bytes, clock.now());
+        for (const std::string& bytes : received) test.feed(bytes, clock.now());
         if (!test.finished()) {
             clock.advance(milliseconds(1000 + 2 * 19 - 7 - 1));
             test.tick(clock.now());
@@ -49,7 +45,7 @@ TEST(NullModemTest, TellsWhatComesBack) {
             test.tick(clock.now());
         }
         EXPECT_EQ(test.state(), TransferState::done);
-        EXPECT_TRUE(test.message().starts_with(c.said)) << test.message();
+        EXPECT_TRUE(test.message().starts_with(said)) << test.message();
     }
 }
 

@@ -44,34 +44,31 @@ TEST(PortEvents, EachComesFromItsOwnPlace) {
         }
         return told;
     };
-    const struct {
-        int Counts::*count;
-        int line;  // 0: it is only counted
-        std::string told;
-    } table[] = {{&Counts::cts, TIOCM_CTS, "Change in CTS Detected|"},
-                 {&Counts::dsr, TIOCM_DSR, "Change in DSR Detected|"},
-                 {&Counts::dcd, TIOCM_CAR, "Change in CD Detected|"},
-                 {&Counts::rng, TIOCM_RNG, "The Phone is Ringing|"},
-                 {&Counts::brk, 0, "Break Received|"},
-                 {&Counts::frame, 0, "Framing Error|"},
-                 {&Counts::overrun, 0, "Overrun Error!"},
-                 {&Counts::parity, 0, "Parity Error|"},
-                 {&Counts::buf_overrun, 0, "Receive Buffer Overflow!"},
-                 {&Counts::rx, 0, ""}};
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.told);
-        counts.*row.count += 3;  // several at once
-        EXPECT_EQ(look(), row.told);
-        lines = row.line;
+    const std::tuple<int Counts::*, int, std::string> table[] = {
+        {&Counts::cts, TIOCM_CTS, "Change in CTS Detected|"},
+        {&Counts::dsr, TIOCM_DSR, "Change in DSR Detected|"},
+        {&Counts::dcd, TIOCM_CAR, "Change in CD Detected|"},
+        {&Counts::rng, TIOCM_RNG, "The Phone is Ringing|"},
+        {&Counts::brk, 0, "Break Received|"},
+        {&Counts::frame, 0, "Framing Error|"},
+        {&Counts::overrun, 0, "Overrun Error!"},
+        {&Counts::parity, 0, "Parity Error|"},
+        {&Counts::buf_overrun, 0, "Receive Buffer Overflow!"},
+        {&Counts::rx, 0, ""}};
+    for (const auto& [count, level, told] : table) {
+        SCOPED_TRACE(told);
+        counts.*count += 3;  // several at once
+        EXPECT_EQ(look(), told);
+        lines = level;  // 0: it is only counted
         EXPECT_EQ(look(), "");
         tells_counts = false;
         lines = 0;
-        EXPECT_EQ(look(), row.line == 0 || row.line == TIOCM_RNG ? "" : row.told);
-        lines = row.line;
-        EXPECT_EQ(look(), row.line == 0 ? "" : row.told);
+        EXPECT_EQ(look(), level == 0 || level == TIOCM_RNG ? "" : told);
+        lines = level;
+        EXPECT_EQ(look(), level == 0 ? "" : told);
         tells_lines = false;
         lines = 0;
-        counts.*row.count += 3;
+        counts.*count += 3;
         EXPECT_EQ(look(), "");
         tells_lines = tells_counts = true;
         EXPECT_EQ(look(), "");

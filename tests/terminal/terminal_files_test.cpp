@@ -19,10 +19,7 @@ TEST(TerminalSettings, KeepsWhatWasChosen) {
                                .stop_bits = 2,
                                .handshake = Handshake::rts_cts,
                                .echo = false};
-    const struct {
-        const char* bytes;
-        TerminalSettings settings;
-    } table[] = {
+    const std::pair<const char*, TerminalSettings> table[] = {
         {"ampdesk settings\r\n3\r\n1200\r\n7\r\n2\r\n2\r\n2\r\n0\r\n", all},
         {"the ampdesk settings\n 3 \n 1200\n7\n2\n2\n2\n0", all},
         {"ampdesk settings\r\n5\r\n", {}},
@@ -31,12 +28,12 @@ TEST(TerminalSettings, KeepsWhatWasChosen) {
         {"ampdesk settings\r\n2\r\n\r\n\r\n\r\n\r\n\r\n\r\n", {.port = 2}},
     };
     const ScratchFolder folder;
-    for (const auto& row : table)
-        EXPECT_EQ(read_terminal_settings(folder.put("ampdesk.dat", row.bytes)), row.settings) << row.bytes;
+    for (const auto& [bytes, settings] : table)
+        EXPECT_EQ(read_terminal_settings(folder.put("ampdesk.dat", bytes)), settings) << bytes;
     const std::string path = folder.put("ampdesk.dat", "ampdesk\r\n3\r\n");
     EXPECT_THROW(read_terminal_settings(path), RunTimeError);
     write_terminal_settings(path, all);
-    EXPECT_EQ(file_bytes(path), table[0].bytes);
+    EXPECT_EQ(file_bytes(path), table[0].first);
     write_terminal_settings(path, {});
     EXPECT_EQ(read_terminal_settings(path), TerminalSettings{});
     PortMap ports;

@@ -151,23 +151,22 @@ TEST_F(TerminalTest, HangUpWaitsForOldOutputButNotForEver) {
 // terminal deaf for the next request.
 TEST_F(TerminalTest, TextWithoutLineEndsHangsUp) {
     port.has_dtr = true;
-    const struct {
-        std::vector<std::size_t> chunks;
-        std::vector<int> dtr;  // ms after the first chunk: low, high …
-    } cases[] = {{{51, 100}, {500, 1000}},
-                 {{51, 101}, {500, 1000, 1000, 1500}},
-                 {{51, 101, 10, 101}, {500, 1000, 1000, 1500}},
-                 {std::vector<std::size_t>(100, 100), {500, 1000}}};
-    for (const auto& c : cases) {
+    // Chunks, and when DTR goes low, high … (ms after the first chunk).
+    const std::pair<std::vector<std::size_t>, std::vector<int>> cases[] = {
+        {{51, 100}, {500, 1000}},
+        {{51, 101}, {500, 1000, 1000, 1500}},
+        {{51, 101, 10, 101}, {500, 1000, 1000, 1500}},
+        {std::vector<std::size_t>(100, 100), {500, 1000}}};
+    for (const auto& [chunks, changes] : cases) {
         open();
         port.dtr.clear();
         shown.clear();
         const Instant first = clock.now();
-        for (const std::size_t size : c.chunks) receive(std::string(size, 'x'));
-        EXPECT_EQ(shown.find("manually hang up"), c.chunks[0] + c.chunks[1]);
+        for (const std::size_t size : chunks) receive(std::string(size, 'x'));
+        EXPECT_EQ(shown.find("manually hang up"), chunks[0] + chunks[1]);
         pass(milliseconds(10000));
         std::vector<std::pair<Instant, bool>> dtr;
-        for (const int at : c.dtr) dtr.emplace_back(first + milliseconds(at), dtr.size() % 2 == 1);
+        for (const int at : changes) dtr.emplace_back(first + milliseconds(at), dtr.size() % 2 == 1);
         EXPECT_EQ(port.dtr, dtr);
         receive(k_request);
         EXPECT_TRUE(terminal.due());

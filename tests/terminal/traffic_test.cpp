@@ -67,11 +67,7 @@ TEST_F(TrafficLogTest, KeepsTheLastTenThousand) {
 TEST(TrafficFilterTest, Passes) {
     const TrafficEntry bus{{}, TrafficLine::bus, true, 5, "\x02>05 RDband\x01\x11"};
     const TrafficEntry terminal{{}, TrafficLine::terminal, false, 0, "OK\r\n"};
-    const struct {
-        TrafficFilter filter;
-        bool bus;
-        bool terminal;
-    } cases[] = {
+    const std::tuple<TrafficFilter, bool, bool> cases[] = {
         {{}, true, true},
         {{.line = TrafficLine::bus}, true, false},
         {{.unit = 5}, true, false},
@@ -81,10 +77,9 @@ TEST(TrafficFilterTest, Passes) {
         {{.text = "ok."}, false, true},
         {{.sent = false, .text = "band"}, false, false},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        EXPECT_EQ(c.filter.passes(bus), c.bus);
-        EXPECT_EQ(c.filter.passes(terminal), c.terminal);
+    for (const auto& [filter, of_bus, of_terminal] : cases) {
+        EXPECT_EQ(filter.passes(bus), of_bus) << filter.text;
+        EXPECT_EQ(filter.passes(terminal), of_terminal) << filter.text;
     }
 }
 

@@ -40,15 +40,12 @@ class ConsoleTest : public testing::Test {
 
 // Fault: another command goes out than the one that was typed.
 TEST_F(ConsoleTest, TypedBytes) {
-    const struct {
-        const char* typed;
-        const char* payload;
-    } cases[] = {{"A0 01", "A0 01"}, {"a0 1", "A0 01"}, {"05 ", "05 00"},       {"1  2", "01 00 02"},
-                 {" 1", "00 01"},    {"", "00"},        {"G1 1G G", "00 01 00"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.typed);
-        EXPECT_TRUE(send(c.typed));
-        EXPECT_EQ(to_hex(sent_frame(port.written.back()).command), c.payload);
+    const std::pair<const char*, const char*> cases[] = {
+        {"A0 01", "A0 01"}, {"a0 1", "A0 01"}, {"05 ", "05 00"},       {"1  2", "01 00 02"},
+        {" 1", "00 01"},    {"", "00"},        {"G1 1G G", "00 01 00"}};
+    for (const auto& [typed, payload] : cases) {
+        EXPECT_TRUE(send(typed)) << typed;
+        EXPECT_EQ(to_hex(sent_frame(port.written.back()).command), payload);
     }
     port.written.clear();
     for (const char* typed : {"123", "12 345", "123 4"}) EXPECT_FALSE(send(typed)) << typed;
@@ -59,11 +56,7 @@ TEST_F(ConsoleTest, TypedBytes) {
 
 // Fault: the listing leaves bytes out, pads them, or shows an older frame.
 TEST_F(ConsoleTest, HexMode) {
-    const struct {
-        const char* typed;
-        const char* reply;
-        const char* output;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"A0 01", "06 05 0A A0 01 00 30 2C 4F 4B 0A B0 41 CF 77",
          "Data Sent(Hex): 1 5 2 A0 1 25 C \r\n"
          "Data Recv(Hex): 6 5 A A0 1 0 30 2C 4F 4B A B0 41 CF 77 \r\n"
@@ -74,13 +67,12 @@ TEST_F(ConsoleTest, HexMode) {
         {"11", "", "Data Sent(Hex): 1 5 1 11 D0 61 \r\nData Recv(Hex): \r\n"},
         {"A0 01", "", "Data Sent(Hex): 1 5 2 A0 1 25 C \r\nData Recv(Hex): \r\nAsc Answer: is no response "},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.typed) + "/" + c.reply);
-        port.answer(hex_bytes(c.reply));
-        const auto result = send(c.typed);
+    for (const auto& [typed, reply, output] : cases) {
+        port.answer(hex_bytes(reply));
+        const auto result = send(typed);
         ASSERT_TRUE(result);
-        EXPECT_EQ(result->answered, *c.reply != 0);
-        EXPECT_EQ(result->output, c.output);
+        EXPECT_EQ(result->answered, *reply != 0);
+        EXPECT_EQ(result->output, output);
     }
 }
 

@@ -258,25 +258,22 @@ void lose_disk_of(const std::string& path) {
 // Fault: a file that may not have reached the disk is called good, or nobody is told, however the transfer
 // ends.
 TEST_F(NvramTransferTest, ReadOntoADiskThatIsLost) {
-    const struct {
-        const char* end;
-        std::string reply;
-        Texts told;
-    } cases[] = {{"nvRam Transfer failed", k_end_1, {"Device I/O error"}},
-                 {"Read block #1   Errs:5", "", {k_lost, "Device I/O error"}},
-                 {"Exit", "", {"Device I/O error"}}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.end);
+    const std::tuple<std::string, std::string, Texts> cases[] = {
+        {"nvRam Transfer failed", k_end_1, {"Device I/O error"}},
+        {"Read block #1   Errs:5", "", {k_lost, "Device I/O error"}},
+        {"Exit", "", {"Device I/O error"}}};
+    for (const auto& [end, reply, told] : cases) {
+        SCOPED_TRACE(end);
         port.answer(k_block_0);
         begin(Mode::read).start();
         ASSERT_TRUE(turn());
         lose_disk_of(path);
-        port.answer(c.reply);
-        if (c.end == std::string("Exit"))
+        port.answer(reply);
+        if (end == "Exit")
             transfer->exit();
         else
-            EXPECT_EQ(run().back(), c.end);
-        EXPECT_EQ(person.take_texts(), c.told);
+            EXPECT_EQ(run().back(), end);
+        EXPECT_EQ(person.take_texts(), told);
     }
 }
 
@@ -290,12 +287,8 @@ TEST_F(NvramTransferTest, SetsWhatTheFileSays) {
     std::string most_sent = "40 20 00 00";
     for (int i = 0; i < 249; ++i) most += "5A";
     for (int i = 0; i < 249 + 2; ++i) most_sent += " 5A";
-    const struct {
-        const char* what;
-        std::string file;  // behind the date line
-        Texts payloads;
-        std::string status;
-    } cases[] = {
+    // The file behind its date line, what goes out, and how it ends.
+    const std::tuple<const char*, std::string, Texts, std::string> cases[] = {
         {"date only", "", {}, end},
         {"LF, no line end", good + "\n" + good, {sent, sent}, end},
         {"marker in the third line", good + "\r\nEND_SRAM\r\n" + good, {sent}, end},
@@ -319,14 +312,14 @@ TEST_F(NvramTransferTest, SetsWhatTheFileSays) {
         const std::string echo = sent_frame(frame).command.substr(0, 4);
         return ScriptedPort::Answer{{milliseconds(0), build_reply_frame(Crc16(), '\x06', 1, echo)}};
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        folder.put("nv.txt", "END_SRAM is not looked for here\r\n" + c.file);
+    for (const auto& [what, file, wanted, status] : cases) {
+        SCOPED_TRACE(what);
+        folder.put("nv.txt", "END_SRAM is not looked for here\r\n" + file);
         begin(Mode::set);
-        EXPECT_EQ(run().back(), c.status);
-        EXPECT_EQ(payloads(), c.payloads);
+        EXPECT_EQ(run().back(), status);
+        EXPECT_EQ(payloads(), wanted);
         EXPECT_TRUE(finished());
-        EXPECT_EQ(transfer->nvram_block, static_cast<int>(c.payloads.size()));
+        EXPECT_EQ(transfer->nvram_block, static_cast<int>(wanted.size()));
     }
 }
 
@@ -421,33 +414,29 @@ TEST_F(NvramTransferTest, AsksForTheFile) {
     const std::string nowhere = folder / "no/where.txt";
     const std::string empty = folder.put("empty.txt", "");
     using enum Answer;
-    const struct {
-        Mode mode;
-        std::deque<std::optional<std::string>> choices;
-        std::deque<Answer> answers;
-        bool begun;
-        Texts told;
-        const char* there = "d\r\n";  // afterwards
-    } cases[] = {
-        {Mode::set, {missing, folder.path(), there}, {}, true, {}},
-        {Mode::set, {missing, std::nullopt}, {}, false, {}},
-        {Mode::set, {empty}, {}, false, {"Input past end of file"}},
-        {Mode::read, {there, there, std::nullopt}, {no, cancel}, false, {question, question}},
-        {Mode::read, {nowhere}, {}, false, {"Path not found"}},
-        {Mode::read, {missing}, {}, true, {}},
-        {Mode::read, {there, there}, {no, yes}, true, {question, question}, "03-10-2026\r\n"},
-    };
-    for (const auto& c : cases) {
+    // What is chosen and answered, whether it begins, what is told, and what the file there holds then.
+    const std::tuple<Mode, std::deque<std::optional<std::string>>, std::deque<Answer>, bool, Texts,
+                     const char*>
+        cases[] = {
+            {Mode::set, {missing, folder.path(), there}, {}, true, {}, "d\r\n"},
+            {Mode::set, {missing, std::nullopt}, {}, false, {}, "d\r\n"},
+            {Mode::set, {empty}, {}, false, {"Input past end of file"}, "d\r\n"},
+            {Mode::read, {there, there, std::nullopt}, {no, cancel}, false, {question, question}, "d\r\n"},
+            {Mode::read, {nowhere}, {}, false, {"Path not found"}, "d\r\n"},
+            {Mode::read, {missing}, {}, true, {}, "d\r\n"},
+            {Mode::read, {there, there}, {no, yes}, true, {question, question}, "03-10-2026\r\n"},
+        };
+    for (const auto& [mode, choices, answers, begins, told, there_then] : cases) {
         person.prompts.clear();
-        person.choices = c.choices;
-        person.answers = c.answers;
-        const auto file = choose_nvram_file(c.mode, person);
-        const auto begun = file ? make_nvram_transfer(c.mode, *file, 1, bus, person) : nullptr;
-        EXPECT_EQ(begun != nullptr, c.begun);
-        EXPECT_EQ(person.take_texts(), c.told);
-        EXPECT_EQ(person.prompts, Texts(c.choices.size(), c.mode == Mode::set ? "Open nvSram File To Read"
-                                                                              : "Open nvSram File To Save"));
-        EXPECT_EQ(file_bytes(there), c.there);
+        person.choices = choices;
+        person.answers = answers;
+        const auto file = choose_nvram_file(mode, person);
+        const auto begun = file ? make_nvram_transfer(mode, *file, 1, bus, person) : nullptr;
+        EXPECT_EQ(begun != nullptr, begins);
+        EXPECT_EQ(person.take_texts(), told);
+        EXPECT_EQ(person.prompts, Texts(choices.size(), mode == Mode::set ? "Open nvSram File To Read"
+                                                                          : "Open nvSram File To Save"));
+        EXPECT_EQ(file_bytes(there), there_then);
     }
     EXPECT_TRUE(port.written.empty());
 }
