@@ -30,9 +30,7 @@ TEST(ReceivedText, BackspacesAndLineFeeds) {
         {"a backspace splits a line feed from its removal", {"A\n\bB"}, "AB"},
         {"a backspace does not take a line break of its own chunk", {"A\r\bB"}, "AB"},
         {"LF CR, a lone LF, and CR LF over two chunks", {"A\n\rB\nC\r", "\nD"}, "A\rBC\rD"},
-        {"other control characters are eaten",
-         {std::string("\x06\x00\x7F", 3)},
-         std::string("\x06\x00\x7F", 3)},
+        {"other control characters are eaten", {"\x06\x7F"}, "\x06\x7F"},
     };
     for (const auto& [fault, chunks, shown] : table) EXPECT_EQ(shown_after(chunks), shown) << fault;
 }
@@ -60,12 +58,7 @@ TEST(LineBuffer, FindsTheLinesOfARemoteStation) {
         {"a request byte by byte", "^|^|>|0|5|,|X|\r", {">05,X"}},
         {"a line without marker is taken for one", ">05,X\r^>05,Y\r>05,^Z^\r", {}},
         {"the CR is missing", "^^>05,X", {}, true, false, 7},
-        {"what stands before the marker in the line goes along",
-         "a\rbc^^>05,X\rd",
-         {">05,X"},
-         true,
-         false,
-         1},
+        {"what stands before the marker goes along", "a\rbc^^>5,X\rd", {">5,X"}, true, false, 1},
         {"what was gathered before a marker's chunk goes along", "junk|^^>05,X\r", {">05,X"}, true},
         {"the second request of a chunk is lost", "^^>1,A\r^^>2,B\r", {">1,A", ">2,B"}, true},
         {"a third ACK", "^^^>1,A\r", {">1,A"}, true},
@@ -74,7 +67,6 @@ TEST(LineBuffer, FindsTheLinesOfARemoteStation) {
         {"51 characters are not", more + "|y", {}, false, true, 1},
         {"a line end in the next chunk comes too late", "^|^|" + more + "|\r", {}, false, true},
         {"a marker's chunk asks for a hang-up", more + "|^^>1,A\r", {">1,A"}, true},
-        {"a long line in one chunk is cut", "^^>" + more + "\r", {">" + more}, true},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.fault);

@@ -15,7 +15,7 @@ using std::chrono::milliseconds;
 struct TransferRunTest : testing::Test {
     TransferRunTest() {
         line.on_received = [this](std::string_view bytes) { terminal += bytes; };
-        line.open({.device = "line", .baud = 1200});
+        line.open({.device = "line", .baud = 1200, .parity = 'e'});
     }
     void pass(milliseconds time) {
         for (milliseconds gone{0}; gone < time; gone += TransferRun::k_tick) {
@@ -63,10 +63,10 @@ TEST_F(TransferRunTest, SwallowsTheRestOfACancelledTransfer) {
 TEST_F(TransferRunTest, SendsATextAsTheLineTakesIt) {
     TextSender text(std::string(100, 'x'));
     ASSERT_TRUE(start(text));
-    EXPECT_EQ(port.sent.size(), 60U);  // 500 ms at 1200 baud
+    EXPECT_EQ(port.sent.size(), 54U);  // 500 ms at 1200 baud with parity
     port.drained = false;
     pass(milliseconds(5000));
-    EXPECT_EQ(port.sent.size(), 60U);
+    EXPECT_EQ(port.sent.size(), 54U);
     port.drained = true;
     pass(milliseconds(50));
     EXPECT_EQ(std::exchange(port.sent, {}), std::string(100, 'x'));

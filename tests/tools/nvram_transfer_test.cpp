@@ -231,21 +231,6 @@ TEST_F(NvramTransferTest, PauseContinueExit) {
     EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
 }
 
-// Fault: a full disk ends the program, goes unnoticed, or leaves half a line that reads as a block.
-TEST_F(NvramTransferTest, ReadOntoAFullDisk) {
-    port.answer(k_block_0);
-    port.answer(k_block_1);
-    begin(Mode::read);
-    {
-        const FullDisk full(34);
-        run();
-    }
-    EXPECT_EQ(person.take_texts(), Texts{"Disk full"});
-    EXPECT_EQ(shown.back(), "nvRam Transfer failed");
-    EXPECT_TRUE(finished());
-    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
-}
-
 // From now on the open file cannot be brought to the disk, though it takes bytes and can be closed.
 void lose_disk_of(const std::string& path) {
     const Descriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
@@ -255,9 +240,20 @@ void lose_disk_of(const std::string& path) {
             dup2(nowhere.get(), std::stoi(open_one.path().filename()));
 }
 
-// Fault: a file that may not have reached the disk is called good, or nobody is told, however the transfer
-// ends.
-TEST_F(NvramTransferTest, ReadOntoADiskThatIsLost) {
+// Fault: a full disk ends the program, goes unnoticed, or leaves half a line that reads as a block; a file
+// that may not have reached the disk is called good, or nobody is told, however the transfer ends.
+TEST_F(NvramTransferTest, ReadOntoABadDisk) {
+    port.answer(k_block_0);
+    port.answer(k_block_1);
+    begin(Mode::read);
+    {
+        const FullDisk full(34);
+        EXPECT_EQ(run().back(), "nvRam Transfer failed");
+    }
+    EXPECT_EQ(person.take_texts(), Texts{"Disk full"});
+    EXPECT_TRUE(finished());
+    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
+
     const std::tuple<std::string, std::string, Texts> cases[] = {
         {"nvRam Transfer failed", k_end_1, {"Device I/O error"}},
         {"Read block #1   Errs:5", "", {k_lost, "Device I/O error"}},
