@@ -45,6 +45,7 @@ TEST(NullModemTest, TellsWhatComesBack) {
             test.tick(clock.now());
         }
         EXPECT_EQ(test.state(), TransferState::done);
+        EXPECT_EQ(NullModemTest({}, 43, milliseconds(1), {}).take_output(512), "<loop-back test 2B>");
         EXPECT_TRUE(test.message().starts_with(said)) << test.message();
     }
 }

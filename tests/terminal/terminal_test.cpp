@@ -96,6 +96,11 @@ TEST_F(TerminalTest, WhatIsTypedAndTheModemsCommands) {
     terminal.type(std::string(65537, 'x'));
     port.plug(false);
     EXPECT_EQ(terminal.next_tick(), std::chrono::seconds(2));
+    port.arrive("a port that is read ");
+    pass(milliseconds(2000));
+    port.arrive("looks for its line");
+    terminal.type("e");
+    EXPECT_EQ(shown, "a port that is read looks for its line");
     line.close();
     terminal.type("d");
     EXPECT_EQ(timeline,
@@ -122,6 +127,9 @@ TEST_F(TerminalTest, HangsUpByCommandsWherePortHasNoDtr) {
     EXPECT_EQ(timeline, "0 [Hanging up]|1000 +++|2000 ATH\r|2000 [Hung up]|2999 l|");
     EXPECT_EQ(shown, "\x06\x06>05,RDSTAT\r");
     EXPECT_TRUE(bus_port.written.empty());
+    terminal.hang_up();
+    receive(k_request);
+    EXPECT_EQ(terminal.due(), std::nullopt);
 }
 
 // The second of silence begins while the driver still sends; output that never leaves stops it all; a
@@ -246,6 +254,7 @@ TEST_F(TerminalTest, RequestsAreAGuestOfTheBus) {
     receive(k_request + k_request + "\x06\x06>5 RDSTAT\r");
     for (int i = 0; i < 2; ++i) {
         EXPECT_TRUE(terminal.due());
+        terminal.tick();
         const auto asked = terminal.next();
         ASSERT_TRUE(asked);
         EXPECT_EQ(terminal.due(), std::nullopt);
