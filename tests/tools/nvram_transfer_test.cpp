@@ -144,7 +144,7 @@ TEST_F(NvramTransferTest, ReadPassesOverWhatComesLate) {
     const std::string unnamed_end = hex_bytes("15 01 03 20 20 20 26 93");
     port.answer(k_end_2);
     port.answer({{milliseconds(5), unnamed_end}, {milliseconds(900), unnamed_end}});
-    port.answer({{milliseconds(20), k_block_0}, {milliseconds(40), k_block_0}});
+    port.answer({{milliseconds(20), k_block_0}, {milliseconds(30), k_block_0}});
     for (const std::string& reply : {k_block_1, k_block_1, k_end_2}) port.answer({{milliseconds(20), reply}});
     begin(Mode::read);
     EXPECT_EQ(run().back(), "nvRam Transfer was Successful");
