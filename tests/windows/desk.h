@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <QAccessible>
+#include <QComboBox>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QTest>
 #include <functional>
@@ -23,10 +25,7 @@ namespace ampdesk {
 class DeskOperator : public QtOperator {
   public:
     void tell(const Message& message) override {
-        if (on_ask)
-            on_ask(message);
-        else
-            QtOperator::tell(message);
+        on_ask ? static_cast<void>(on_ask(message)) : QtOperator::tell(message);
     }
     void put_question(int number, const Question& question) override {
         if (!on_ask || question.kind != Question::Kind::choice)
@@ -37,14 +36,7 @@ class DeskOperator : public QtOperator {
     Answer ask(const Message& message) override {
         return on_ask ? on_ask(message) : QtOperator::ask(message);
     }
-    std::optional<std::string> choose_file_to_save(std::string_view title, std::string_view filter,
-                                                   std::string_view suggestion,
-                                                   bool ask_to_replace) override {
-        return on_ask ? std::exchange(choice, std::nullopt)
-                      : QtOperator::choose_file_to_save(title, filter, suggestion, ask_to_replace);
-    }
     std::function<Answer(const Message&)> on_ask;
-    std::optional<std::string> choice;  // of the next file; else cancelled
 };
 
 class Desk : public ::testing::Test {
@@ -83,14 +75,12 @@ class Desk : public ::testing::Test {
             const auto action = std::move(dialog_action);
             action(*dialog);
         });
-        // Whoever waits for a dialog waits for the station, too.
-        QObject::connect(&dialog_clock, &QTimer::timeout, &form, [this] {
+        // The windows' own thread serves the station, too; whoever waits for a dialog waits for it.
+        QObject::connect(&turns, &QTimer::timeout, &form, [this] {
             if (QApplication::activeModalWidget() != nullptr)
                 clock.advance(std::chrono::milliseconds(5));
+            step();
         });
-        dialog_clock.start(1);
-        // The windows' own thread serves the station, too.
-        QObject::connect(&turns, &QTimer::timeout, &form, [this] { step(); });
         turns.start(1);
         form.show();
         activate();
@@ -98,6 +88,7 @@ class Desk : public ::testing::Test {
     ~Desk() override {
         EXPECT_FALSE(box_watch.isActive()) << "no box opened";
         EXPECT_FALSE(dialog_watch.isActive()) << "no dialog opened";
+        person.on_ask = nullptr;
         QDir::setCurrent(QDir::rootPath());
     }
 
@@ -145,9 +136,9 @@ class Desk : public ::testing::Test {
     void let_start() {
         EXPECT_TRUE(comes([this] {
             step();
-            const auto heads = station.open_heads();
             return !station.opening_files() &&
-                   std::all_of(heads.begin(), heads.end(), [](const auto& head) { return head->started(); });
+                   std::ranges::all_of(station.open_heads(),
+                                       [](const auto& head) { return head->started(); });
         }));
         settle();
     }
@@ -170,6 +161,16 @@ class Desk : public ::testing::Test {
         settle();
     }
 
+    // Types the text in place of what stands in the list's field, then the key.
+    void type(const QWidget& parent, const char* list, const char* text, Qt::Key end) {
+        auto* field = child<QComboBox>(parent, list);
+        field->setFocus();
+        field->lineEdit()->selectAll();
+        QTest::keyClicks(field, QLatin1String(text));
+        QTest::keyClick(field, end);
+        settle();
+    }
+
     void key(Qt::Key code, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(QApplication::focusWidget(), code, modifiers);
         settle();
@@ -186,6 +187,22 @@ class Desk : public ::testing::Test {
     void let_box_close() {
         EXPECT_TRUE(QTest::qWaitFor([this] { return !box_watch.isActive(); }));
         QApplication::processEvents();
+    }
+
+    // From now on no box opens: text and detail of each are kept, and OK is pressed.
+    void keep_boxes() {
+        person.on_ask = [this](const Message& message) {
+            kept_boxes.push_back(message.text + (message.detail.empty() ? "" : "|") + message.detail);
+            return Answer::ok;
+        };
+    }
+
+    // Types a file's name into the file dialog that opens next.
+    void when_asked_for_a_file(const std::string& name) {
+        when_dialog_opens("QFileDialog", [name](QDialog& dialog) {
+            child<QLineEdit>(dialog, "fileNameEdit")->setText(QString::fromStdString(name));
+            QMetaObject::invokeMethod(&dialog, "accept");
+        });
     }
 
     // Runs the action as soon as the dialog of that name is open.
@@ -223,8 +240,8 @@ class Desk : public ::testing::Test {
     StationHost* another = nullptr;  // of a second main window
     int sounds = 0;
     std::string told;
+    std::vector<std::string> kept_boxes;
     QTimer turns;
-    QTimer dialog_clock;
     QTimer box_watch;
     std::function<void(QMessageBox&)> box_action;
     QTimer dialog_watch;
