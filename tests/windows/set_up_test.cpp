@@ -1,40 +1,85 @@
-// The setup dialogs behind their menu items, with simulated amplifiers on the bus.
-#include <QComboBox>
+// The setup dialogs and the band dialog behind their menu items, by keyboard and mouse, with simulated
+// amplifiers on the bus.
 
-#include "platform/text_file.h"
 #include "tests/windows/desk.h"
 #include "tests/windows/spoken.h"
 
 namespace ampdesk {
 namespace {
 
+using Texts = std::vector<std::string>;
+
 class SetUpMenu : public Desk {
   protected:
-    SetUpMenu() : Desk(nullptr, ports()) {}
+    SetUpMenu()
+        : Desk(nullptr, {.crc = {}, .ports = ports()},
+               {.version = {},
+                .gauge = {},
+                .ports = ports(),
+                .amplifier_files = {},
+                .models = {"Ma", "Mb", "Mc", "Md", "Me", "Mf", "Mg", "Mh", "Mi"}}) {}
 
-    // There is nothing behind COM2.
-    static BusOptions ports() {
-        BusOptions options;
-        options.ports.set(2, {});
-        return options;
-    }
-    // OK and Cancel, on a line that leads to nobody.
-    void try_in_vain(const char* menu, const char* dialog_named, const char* port_name) {
-        const auto before = link.settings();
-        when_dialog_opens(dialog_named, [&](QDialog& dialog) {
-            enter(dialog, "cboPort", port_name);
-            when_box_opens();
-            click(dialog, "cmdOk");
-            EXPECT_TRUE(comes([&] { return !box_watch.isActive() && child(dialog, "cmdOk")->isEnabled(); }));
-            EXPECT_NE(link.settings(), before);
-            dialog.reject();
-        });
-        pick(menu);
+    static PortMap ports() {
+        PortMap map;
+        map.set(2, {});  // there is nothing behind it
+        map.set(3, "/dev/ttyUSB7");
+        return map;
     }
     static void enter(const QDialog& dialog, const char* list, const char* text) {
         child<QComboBox>(dialog, list)->setEditText(QLatin1String(text));
     }
 };
+
+// A text that is sent as something else than was typed or read, that is told twice or to somebody who gives
+// up; a device that is not the port's; a Cancel that sends something or keeps what the rules refuse.
+TEST_F(SetUpMenu, FieldsAreHeldToTheirRulesAndKept) {
+    const struct {
+        const char* list;
+        const char* typed;
+        Qt::Key end;
+        Texts told;
+        const char* text;
+        const char* device;
+    } cases[] = {
+        {"cboAddress", "100", Qt::Key_Tab, {"Invalid Unit Address"}, "1", ""},
+        {"cboAddress", " ", Qt::Key_Return, {"Invalid Unit Address"}, "1", ""},
+        {"cboAddress", "0", Qt::Key_Tab, {}, "0", ""},
+        {"cboPort", "com1:", Qt::Key_Return, {"Invalid Com Port"}, "COM2:", ""},
+        {"cboPort", "COM31:", Qt::Key_Tab, {"Invalid Com Port"}, "COM2:", ""},
+        {"cboPort", "COM3:", Qt::Key_Tab, {}, "COM3:", "/dev/ttyUSB7"},
+    };
+    keep_boxes();
+    folder.put("rs485.dat", "RS-485\r\nCOM7:\r\n4\r\n12\r\n");
+    for (const bool escape : {false, true}) {
+        when_dialog_opens("frmSerial", [&](QDialog& dialog) {
+            EXPECT_TRUE(QTest::qWaitForWindowActive(&dialog));
+            settle();
+            expect_spoken(dialog, QStringLiteral("Serial RS422 Setup"));
+            EXPECT_EQ(std::exchange(kept_boxes, {}), escape ? Texts{} : Texts{"Invalid Com Port"});
+            EXPECT_EQ(child<QComboBox>(dialog, "cboAddress")->currentText(), escape ? u"33" : u"12");
+            EXPECT_TRUE(child<QAbstractButton>(dialog, escape ? "optBaud(7)" : "optBaud(4)")->isChecked());
+            for (const auto& c : cases) {
+                SCOPED_TRACE(c.typed);
+                type(dialog, c.list, c.typed, c.end);
+                EXPECT_EQ(std::exchange(kept_boxes, {}), c.told);
+                EXPECT_EQ(child<QComboBox>(dialog, c.list)->currentText(), QLatin1String(c.text));
+                EXPECT_EQ(child<QLabel>(dialog, "lblDevice")->text(), QLatin1String(c.device));
+                EXPECT_TRUE(dialog.isVisible());
+            }
+            click(dialog, "optBaud(7)");
+            type(dialog, "cboAddress", "33", Qt::Key_Tab);
+            child(dialog, "cboPort")->setFocus();
+            enter(dialog, "cboPort", "COM");
+            escape ? QTest::keyClick(&dialog, Qt::Key_Escape) : click(dialog, "cmdCancel");
+            EXPECT_FALSE(dialog.isVisible());
+        });
+        pick("mnuToolsItem(2)");
+        EXPECT_EQ(kept_boxes, Texts{});
+        EXPECT_EQ(file_bytes("rs485.dat"), "RS-485\r\nCOM2:\r\n7\r\n33\r\n");
+    }
+    EXPECT_TRUE(frames_sent.empty());
+    EXPECT_EQ(link.settings()->port_name, "COM1:");
+}
 
 // A second question, or a dialog that closes, while the amplifier is asked; a notice that nobody sees; a
 // failure that leaves no second try; another amplifier's head.
@@ -65,11 +110,9 @@ TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
         EXPECT_EQ(told, "Read Status Failed, Check the Settings");
         EXPECT_EQ(exchanges, 1);
         EXPECT_TRUE(dialog.isVisible());
-        EXPECT_FALSE(file_exists("rs485.dat"));
 
         bus.find(5)->line.silent = false;
         QTest::mouseClick(ok, Qt::LeftButton);
-        QTest::keyClick(&dialog, Qt::Key_Escape);
         EXPECT_TRUE(comes([&] { return !dialog.isVisible(); }));
         EXPECT_EQ(exchanges, 4);
         link.on_traffic = nullptr;
@@ -79,81 +122,61 @@ TEST_F(SetUpMenu, NewFindsAnAmplifierAndOpensItsHead) {
     const HeadIdentity& found = form.active_machine()->identity();
     EXPECT_EQ(found.unit_address, 5);
     EXPECT_EQ(found.number + found.model, "4711KU/K");
-    EXPECT_EQ(read_text_lines("rs485.dat"), (std::vector<std::string>{"RS-485", "COM3:", "6", "5"}));
-    EXPECT_EQ(read_text_lines("com4711.dat"), read_text_lines("rs485.dat"));
+    EXPECT_EQ(file_bytes("com4711.dat"), "RS-485\r\nCOM3:\r\n6\r\n5\r\n");
     EXPECT_EQ(link.settings()->port_name, "COM3:");
-
-    // The same once more: the line stays as it is for the head that uses it, and the address is taken.
-    when_dialog_opens("frmSetup", [&](QDialog& dialog) {
-        enter(dialog, "cboPort", "COM1:");
-        when_box_opens();
-        click(dialog, "cmdOk");
-        EXPECT_TRUE(comes([&] { return !box_watch.isActive(); }));
-        dialog.reject();
-    });
-    pick("mnuMachineItem(0)");
-    EXPECT_EQ(told, "This Address Is Used, Please Pick Up Another One.");
-    EXPECT_EQ(link.settings()->port_name, "COM3:");
-    EXPECT_EQ(station.open_count(), 1);
 }
 
-TEST_F(SetUpMenu, Setup422OpensTheLineAnewAndKeepsItsSettings) {
+// Heads left dead by a port that could not be opened and a Cancel; a line that is not opened anew, or whose
+// settings the remote station does not find.
+TEST_F(SetUpMenu, Setup422OpensTheLineAnewOrGivesItBack) {
+    when_dialog_opens("frmSerial", [&](QDialog& dialog) {
+        when_box_opens();
+        click(dialog, "cmdOk");
+        EXPECT_TRUE(comes([&] { return !box_watch.isActive() && child(dialog, "cmdOk")->isEnabled(); }));
+        dialog.reject();
+    });
+    pick("mnuToolsItem(2)");
+    EXPECT_EQ(told, "Com Settings Are Not Valid, Select Settings Again.");
+    EXPECT_EQ(link.settings(), (LineSettings{"COM1:", 9600, 0, 8, 1}));
     when_dialog_opens("frmSerial", [&](QDialog& dialog) {
         enter(dialog, "cboPort", "COM4:");
+        for (const char* option : {"optBaud(4)", "optBits(2)", "optStop(1)", "optParity(2)"})
+            child<QAbstractButton>(dialog, option)->click();
         when_box_opens();
         click(dialog, "cmdOk");
     });
     pick("mnuToolsItem(2)");
-    EXPECT_TRUE(comes([&] { return !told.empty(); }));
+    EXPECT_TRUE(comes([&] { return !box_watch.isActive(); }));
     EXPECT_EQ(told, "Com Settings Are Probably Not Right, Select Settings Again When Not Communicating");
-    EXPECT_EQ(link.settings()->port_name, "COM4:");
-    EXPECT_EQ(read_text_lines("rs422.dat"),
-              (std::vector<std::string>{"RS-422", "COM4:", "6", "3", "0", "0"}));
+    EXPECT_EQ(link.settings(), (LineSettings{"COM4:", 2400, 2, 7, 2}));
+    EXPECT_EQ(file_bytes("rs422.dat"), "RS-422\r\nCOM4:\r\n4\r\n2\r\n2\r\n1\r\n");
 }
 
-// Catches heads left dead by a port that could not be opened and a Cancel, a line left open that was only
-// tried, and a remote station's line that is lost to a panel that did not open.
-TEST_F(SetUpMenu, GivenUpTheLineIsGivenBack) {
-    for (const bool new_amplifier : {true, false}) {
-        new_amplifier ? try_in_vain("mnuMachineItem(0)", "frmSetup", "COM2:")
-                      : try_in_vain("mnuToolsItem(2)", "frmSerial", "COM2:");
-        EXPECT_EQ(told, "Com Settings Are Not Valid, Select Settings Again.");
-        EXPECT_EQ(link.settings(), (LineSettings{"COM1:", 9600, 0, 8, 1}));
-    }
-    link.close_bus_port();
-    try_in_vain("mnuMachineItem(0)", "frmSetup", "COM4:");
-    EXPECT_EQ(told, "Read Status Failed, Check the Settings");
-    EXPECT_FALSE(link.bus_link_on());
-
-    // An amplifier was found, but its panel closes again.
-    link.open_bus_port("COM3:", 1200, 0, 8, 1);
-    bus.add({.address = 5, .serial = 4711});
-    folder.put("set4711.dat", "junk");
-    person.on_ask = [&](const Message& box) {
-        told = box.text;
-        return box.buttons == Buttons::yes_no ? Answer::yes : Answer::ok;
-    };
-    when_dialog_opens("frmSetup", [&](QDialog& dialog) {
-        enter(dialog, "cboPort", "COM1:");
-        enter(dialog, "cboAddress", "5");
-        click(dialog, "cmdOk");
-    });
-    pick("mnuMachineItem(0)");
-    EXPECT_TRUE(comes([&] { return told.starts_with("File set4711.dat or"); }));
-    person.on_ask = nullptr;
-    EXPECT_EQ(told, "File set4711.dat or band_set.dat corrupted.");
-    EXPECT_EQ(link.settings(), (LineSettings{"COM3:", 1200, 0, 8, 1}));
-}
-
-// An amplifier that does not tell its model, and whose band nobody asks for.
+// An amplifier that does not tell its model, and whose band nobody asks for; a name taken as another, or in
+// spite of a Cancel.
 TEST_F(SetUpMenu, TheOperatorIsAskedForTheBand) {
-    when_dialog_opens("frmBand", [&](QDialog& dialog) {
-        enter(dialog, "cboBand", "KU/DBS");
-        click(dialog, "cmdOk(1)");
-    });
-    std::string band;
-    station.questions().ask({.kind = Question::Kind::band}, [&](const Reply& reply) { band = reply.text; });
-    EXPECT_TRUE(comes([&] { return band == "KU/DBS"; }));
+    const auto answer = [&](const std::function<void(QDialog&)>& act) {
+        when_dialog_opens("frmBand", [&](QDialog& dialog) {
+            expect_spoken(dialog, QStringLiteral("Select or input the band name"));
+            act(dialog);
+        });
+        std::optional<std::string> band;
+        station.questions().ask({.kind = Question::Kind::band},
+                                [&](const Reply& reply) { band = reply.text; });
+        EXPECT_TRUE(comes([&] { return band.has_value(); }));
+        return band.value_or("nothing");
+    };
+    EXPECT_EQ(answer([&](QDialog& dialog) {
+                  const auto* list = child<QComboBox>(dialog, "cboBand");
+                  QString items;
+                  for (int i = 0; i < list->count(); ++i) items += list->itemText(i) + u' ';
+                  EXPECT_EQ(items, u"C/KU/X C/KU KU/K KU/DBS Ma Mb Mc Md Me Mf Mg Mh KU ");
+                  click(dialog, "cmdOk(1)");
+              }),
+              "C/KU/X");
+    // Typed in small letters it stays so, although the list has the same in capitals.
+    EXPECT_EQ(answer([&](QDialog& dialog) { type(dialog, "cboBand", "ku", Qt::Key_Return); }), "ku");
+    EXPECT_EQ(answer([&](QDialog& dialog) { click(dialog, "cmdOk(0)"); }), "");
 }
 
 }  // namespace
