@@ -3,7 +3,6 @@
 #include <QTextBrowser>
 #include <QTreeView>
 
-#include "platform/text_file.h"
 #include "tests/windows/desk.h"
 
 namespace ampdesk {
@@ -11,36 +10,27 @@ namespace {
 
 using Layout = Desk;
 
-QMdiSubWindow& window_of(frmMachine& machine) {
-    return *qobject_cast<QMdiSubWindow*>(machine.parentWidget());
-}
-
 // A place that is lost at the end, the icon's place kept in the window's stead, a head closed early
 // that is forgotten, a main window that opens off the screens.
 TEST_F(Layout, ComesBackAtTheNextStart) {
     form.setGeometry(40, 50, 700, 600);
-    window_of(open(1)).setGeometry(11, 12, 560, 280);
-    window_of(open(2)).setGeometry(33, 44, 570, 290);
-    window_of(*form.active_machine()).showMinimized();
-    window_of(open(3)).setGeometry(1, 2, 580, 300);
-    window_of(*form.active_machine()).close();
+    for (int address = 1; address <= 3; ++address)
+        open(address).parentWidget()->setGeometry(11 * address, 12, 560, 280);
+    form.active_machine()->parentWidget()->close();
+    form.active_machine()->parentWidget()->showMinimized();
     form.close();
     settle();
 
-    auto layout = read_window_layout("layout.dat");
-    ASSERT_TRUE(layout);
-    EXPECT_EQ(layout->main, (Place{40, 50, 700, 600}));
-    const std::vector<HeadPlace> heads = {{"1001", {11, 12, 560, 280}, false},
-                                          {"1002", {33, 44, 570, 290}, true},
-                                          {"1003", {1, 2, 580, 300}, false}};
-    EXPECT_EQ(layout->heads, heads);
+    EXPECT_EQ(file_bytes("layout.dat"),
+              "ampdesk layout\r\nmain 40 50 700 600 0\r\nhead 1001 11 12 560 280 0\r\n"
+              "head 1002 22 12 560 280 1\r\nhead 1003 33 12 560 280 0\r\n");
 
-    layout->main = {-9000, 100, 700, 600};
-    layout->heads[0].place = {5000, 12, 560, 280};
-    write_titled_lines("layout.dat", layout_lines(*layout));
+    folder.put("layout.dat",
+               "ampdesk layout\nmain -9000 100 700 600 0\nhead 1001 5000 12 560 280 0\n"
+               "head 1002 33 44 570 290 1\n");
     Talk next_talk;
     StationHost next_host{next_talk, {port}, clock, {}};
-    MDIForm1 next{next_talk, clock, person, {.version = "1", .gauge = {30, 60}, .amplifier_files = {}}};
+    MDIForm1 next{next_talk, clock, person, {}};
     next.show();
     EXPECT_EQ(next.geometry().x(), 0);
     next_host.station().new_amplifier_window(1, "1001", "KU", false);
@@ -71,10 +61,7 @@ TEST_F(Help, ShowsTheManualOrTellsWhy) {
     });
     pick("mnuHelpItem(0)");
 
-    person.on_ask = [](const Message& message) {
-        ADD_FAILURE() << message.text << ": " << message.detail;
-        return Answer::ok;
-    };
+    keep_boxes();
     // Alone in the program's folder, it is another program's or has lost its pages.
     folder.put("ampdesk.hlp", "");
     std::filesystem::copy(MANUAL_FOLDER "/ampdesk.hlp", "shipped");
@@ -89,6 +76,7 @@ TEST_F(Help, ShowsTheManualOrTellsWhy) {
     auto* contents = viewer->findChild<QTreeView*>();
     ASSERT_TRUE(QTest::qWaitFor([&] { return contents->model()->rowCount() > 10; }));
     EXPECT_FALSE(viewer->findChild<QTextBrowser*>()->toPlainText().isEmpty());
+    EXPECT_EQ(kept_boxes, std::vector<std::string>());
     form.close();
 
     std::filesystem::rename("shipped/ampdesk.hlp", "shipped/ampdesk.HLP");
