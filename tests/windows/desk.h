@@ -197,11 +197,14 @@ class Desk : public ::testing::Test {
         };
     }
 
-    // Types a file's name into the file dialog that opens next.
-    void when_asked_for_a_file(const std::string& name) {
-        when_dialog_opens("QFileDialog", [name](QDialog& dialog) {
-            child<QLineEdit>(dialog, "fileNameEdit")->setText(QString::fromStdString(name));
-            QMetaObject::invokeMethod(&dialog, "accept");
+    // Types the path into the file dialog that opens next.
+    void when_asked_for_a_file(const std::string& path) {
+        when_dialog_opens("QFileDialog", [path](QDialog& dialog) {
+            EXPECT_TRUE(QTest::qWaitForWindowActive(&dialog));
+            auto* name = child<QLineEdit>(dialog, "fileNameEdit");
+            name->setFocus();  // else the file that is suggested is chosen
+            name->setText(QString::fromStdString(path));
+            QTest::keyClick(name, Qt::Key_Return);
         });
     }
 

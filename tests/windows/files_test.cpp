@@ -52,8 +52,7 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
     open(1);
     open(2);
     for (const char* name : {"com1001.dat", "com1002.dat", "rs485.dat"}) folder.put(name, rs485);
-    for (const char* name : {"set1001.dat", "set1002.dat", "copy.dat", "rs422.dat"})
-        folder.put(name, "an old one");
+    for (const char* name : {"set1001.dat", "set1002.dat", "rs422.dat"}) folder.put(name, "an old one");
     folder.put("layout.dat", "");
     const auto try_to = [this](const char* what, const Texts& expected, const std::function<void()>& save) {
         expect_told(what, expected, [&] {
@@ -65,7 +64,10 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
     try_to("Save", {"Disk full|com1002.dat, set1002.dat"}, [&] { pick("mnuMachineItem(4)"); });
     try_to("Save All", {"Disk full|com1001.dat, set1001.dat, com1002.dat, set1002.dat"},
            [&] { pick("mnuMachineItem(6)"); });
-    try_to("Save As", {"Disk full|copy.dat"}, [&] { station.save_as(1, "copy.dat"); });
+    try_to("Save As", {"Disk full|" + (folder / "new.dat")}, [&] {
+        when_asked_for_a_file(folder / "new.dat");
+        pick("mnuMachineItem(5)");
+    });
     try_to("New", {"Disk full|rs485.dat"}, [&] { press("mnuMachineItem(0)", "frmSetup", "cmdCancel"); });
     try_to("Setup_422", {"Disk full|rs422.dat", "Disk full|rs485.dat"},
            [&] { press("mnuToolsItem(2)", "frmSerial", "cmdOk"); });

@@ -65,7 +65,7 @@ TEST_F(OperatorWindows, ABoxOutlivesItsDialog) {
 
 TEST_F(OperatorWindows, SoundAndPointer) {
     person.start_beep(std::chrono::milliseconds(10));
-    person.start_beep(std::chrono::milliseconds(120));
+    person.start_beep(std::chrono::milliseconds(4000));
     EXPECT_EQ(sounds, 1);  // prolonged, not doubled
     EXPECT_TRUE(QTest::qWaitFor([&] { return sounds == 2; }));
 

@@ -20,13 +20,10 @@ inline void expect_spoken(const QWidget& window, const QString& caption) {
     EXPECT_EQ(heard(window)->text(QAccessible::Name), caption);
     EXPECT_EQ(heard(window)->role(), QAccessible::Dialog);
     QStringList captions;
-    // No empty ones: they would excuse a name that is missing.
-    const auto add = [&](QString text) {
-        if (!text.isEmpty())
-            captions << text.remove(u'&');
-    };
-    for (const auto* label : window.findChildren<QLabel*>()) add(label->text());
-    for (const auto* button : window.findChildren<QAbstractButton*>()) add(button->text());
+    for (const auto* label : window.findChildren<QLabel*>()) captions << label->text();
+    for (const auto* button : window.findChildren<QAbstractButton*>()) captions << button->text();
+    captions.removeAll(QString());  // they would excuse a name that is missing
+    captions.replaceInStrings(QStringLiteral("&"), QString());
     for (const auto* widget : window.findChildren<QWidget*>()) {
         const QString part = widget->objectName();
         const bool reached = widget->isEnabled() && widget->focusPolicy() != Qt::NoFocus;
