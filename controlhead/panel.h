@@ -21,6 +21,12 @@ struct ScrollBar {
     bool operator==(const ScrollBar&) const = default;
 };
 
+// What the printed scale of the power gauge goes from and to, in dBm.
+struct GaugeRange {
+    double minimum = 30;
+    double maximum = 60;
+};
+
 class Panel {
   public:
     static constexpr std::size_t k_columns = 20;

@@ -16,9 +16,8 @@
 #include "platform/qt/text.h"
 #include "platform/run_time_error.h"
 #include "platform/serial_port.h"
-#include "shell/command_line.h"
 #include "shell/demo_simulator.h"
-#include "shell/site_configuration.h"
+#include "shell/program_options.h"
 #include "shell/ui/MDIForm1.h"
 #include "shell/ui/program_icon.h"
 #include "shell/ui/start_up.h"
@@ -31,31 +30,10 @@ namespace {
 constexpr int k_failed = 1;
 constexpr int k_bad_arguments = 2;
 
-BusOptions bus_options(const SiteConfiguration& site, const CommandLine& line) {
-    BusOptions options;
-    options.crc = site.crc;
-    options.reply_address = site.reply_address;
-    for (const auto& [number, device] : site.ports) options.ports.set(number, device);
-    for (const auto& [number, device] : line.ports) options.ports.set(number, device);
-    return options;
-}
-
-HeadOptions head_options(const SiteConfiguration& site) {
-    HeadOptions options;
-    const QString beside = QCoreApplication::applicationDirPath();
-    options.shipped_folder =
-        shipped_folder({beside + QStringLiteral("/../share/ampdesk"), QStringLiteral(AMPDESK_DATA_DIR)});
-    options.negative_words = site.negative_words;
-    options.model_capabilities.insert(site.models.begin(), site.models.end());
-    options.identity_patterns = site.identity_patterns;
-    return options;
-}
-
 // The bus port of this run: the real line, or the simulated bus with its amplifiers.
 class BusPort {
   public:
-    BusPort(Clock& clock, const SiteConfiguration& site, std::optional<int> demo_amplifiers)
-        : bus_(clock, {}, site.crc) {
+    BusPort(Clock& clock, std::optional<int> demo_amplifiers) : bus_(clock) {
         if (demo_amplifiers) {
             add_demonstration(bus_, *demo_amplifiers);
             port_ = std::make_unique<demo::SimPort>(bus_, clock);
@@ -73,41 +51,22 @@ class BusPort {
     std::unique_ptr<DemoSimulator> simulator_;
 };
 
-std::vector<Message> notices(const SiteConfigurationReport& site, bool folder_locked) {
-    std::vector<Message> all;
-    if (!folder_locked)
-        all.push_back({.text = "The program's folder cannot be written",
-                       .detail = QDir::currentPath().toStdString() + ": settings will not be kept"});
-    std::string warnings;
-    for (const std::string& warning : site.warnings) warnings += (warnings.empty() ? "" : "\n") + warning;
-    if (!warnings.empty())
-        all.push_back({.text = "Some settings of ampdesk.ini are not understood; their defaults are used",
-                       .detail = warnings});
-    return all;
-}
-
 // Runs in the program's folder, which is the current one and is this process's alone.
 int run_station(const CommandLine& line, QtOperator& person, bool locked) {
     const std::unique_ptr<Clock> system_clock = make_system_clock();
     Clock& clock = *system_clock;
-    const SiteConfigurationReport site = read_site_configuration("ampdesk.ini");
-    BusPort bus_port(clock, site.values, line.demo);
-    const StationHostOptions station_options{bus_options(site.values, line), head_options(site.values)};
+    const QString beside = QCoreApplication::applicationDirPath();
+    ProgramOptions options = program_options(
+        line, read_site_configuration("ampdesk.ini"),
+        shipped_folder({beside + QStringLiteral("/../share/ampdesk"), QStringLiteral(AMPDESK_DATA_DIR)}),
+        locked);
+    options.window.version = AMPDESK_VERSION;
+    BusPort bus_port(clock, line.demo);
     Talk talk;
     const std::unique_ptr<SerialPort> MSComm1 = line.demo ? nullptr : make_serial_port(clock);
-    StationHost station(talk, {bus_port.port(), MSComm1.get(), bus_port.simulator()}, clock, station_options);
-
-    MDIForm1Options options;
-    options.version = AMPDESK_VERSION;
-    options.demonstration = line.demo.has_value();
-    options.gauge = {site.values.gauge_minimum, site.values.gauge_maximum};
-    options.ports = station_options.bus.ports;
-    options.shipped_folder = station_options.heads.shipped_folder;
-    options.amplifier_files = line.amplifier_files;
-    for (const auto& [model, capability] : site.values.models) options.models.push_back(model);
-    options.notices = notices(site, locked);
+    StationHost station(talk, {bus_port.port(), MSComm1.get(), bus_port.simulator()}, clock, options.station);
     const std::unique_ptr<LineWait> wait = make_line_wait(clock);
-    MDIForm1 form(talk, clock, person, options);
+    MDIForm1 form(talk, clock, person, options.window);
     person.set_parent_window(&form);
     StationThread thread(talk, station, *wait);
     form.show();

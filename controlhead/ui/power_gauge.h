@@ -8,11 +8,6 @@
 
 namespace ampdesk {
 
-struct GaugeRange {
-    double minimum = 30;  // dBm
-    double maximum = 60;
-};
-
 class PowerGauge : public QProgressBar {
     Q_OBJECT
 

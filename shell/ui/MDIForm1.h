@@ -10,10 +10,9 @@
 #include <QTimer>
 #include <functional>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "platform/qt/qt_operator.h"
+#include "shell/program_options.h"
 #include "shell/ui/fault_window.h"
 #include "shell/ui/head_keys.h"
 #include "shell/ui/head_windows.h"
@@ -28,19 +27,6 @@
 #include "station/talk.h"
 
 namespace ampdesk {
-
-struct MDIForm1Options {
-    std::string version;         // major.minor.revision
-    bool demonstration = false;  // the amplifiers are simulated: faults can be made on them
-    GaugeRange gauge;
-    PortMap ports{};                           // which device each COM port stands for
-    std::string shipped_folder = ".";          // where the manual is when the program's folder has none
-    std::vector<std::string> amplifier_files;  // opened by the first tick of TimerFileAutoOpen
-    std::vector<std::string> models{};         // the site's own designations, in the order of its file
-
-    // Told at the start, in this order, after all amplifiers have been opened: a box may stand for hours.
-    std::vector<Message> notices{};
-};
 
 class MDIForm1 : public QMainWindow {
     Q_OBJECT

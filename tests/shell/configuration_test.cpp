@@ -1,8 +1,7 @@
 // "ampdesk.ini" and the command line, good and bad.
 #include <gtest/gtest.h>
 
-#include "shell/command_line.h"
-#include "shell/site_configuration.h"
+#include "shell/program_options.h"
 #include "tests/support/scratch_folder.h"
 
 namespace ampdesk {
@@ -15,26 +14,46 @@ SiteConfigurationReport read(const std::string& bytes) {
     return read_site_configuration(folder.put("ampdesk.ini", bytes));
 }
 
-// A key that is read into the wrong value, or not at all.
-TEST(SiteConfiguration, TakesEveryKey) {
-    const auto [site, warnings] = read(
-        "\xEF\xBB\xBF; made by hand\r\n[ports]\r\nCOM1 = /dev/ttyUSB0\r\ncom4:=/dev/serial/by-id/x=y \r\n\r\n"
-        "[crc]\npolynomial=0x8408\ninitial=65535\n# models\n[Models]\nTL 12/K = 3\nT7=0\n"
-        "[identity]\npattern2=[a-z\npattern1=^(.*)-A;#1$\nreplace1 = Rev $1\nreplace2=x\n"
-        "[gauge]\nminimum=-10.5\nmaximum=6e1\n[amplifier]\nnegative_words=Signed\nreply_address=checked\n");
-    EXPECT_EQ(warnings, Texts{"ampdesk.ini line 14: bad value for pattern2: [a-z"});
-    EXPECT_EQ(site.ports,
-              (std::vector<std::pair<int, std::string>>{{1, "/dev/ttyUSB0"}, {4, "/dev/serial/by-id/x=y"}}));
-    EXPECT_EQ(site.crc, (CrcParameters{0x8408, 0xFFFF}));
-    EXPECT_EQ(site.models, (std::vector<std::pair<std::string, int>>{{"TL 12/K", 3}, {"T7", 0}}));
-    ASSERT_EQ(site.identity_patterns.size(), 1U);
-    EXPECT_EQ(site.identity_patterns[0].pattern, "^(.*)-A;#1$");
-    EXPECT_EQ(site.identity_patterns[0].replacement, "Rev $1");
-    EXPECT_EQ(site.gauge_minimum, -10.5);
-    EXPECT_EQ(site.gauge_maximum, 60);
-    EXPECT_EQ(site.negative_words, NegativeWords::two_complement);
-    EXPECT_EQ(site.reply_address, ReplyAddress::checked);
-    EXPECT_EQ(read("[amplifier]\nreply_address=ignored\n").values.reply_address, ReplyAddress::ignored);
+// A key that is read into the wrong value, not at all, or read and not used; a port of the command line that
+// the file's goes before.
+TEST(ProgramOptions, EveryKeyReachesItsUser) {
+    const CommandLine line =
+        parse_command_line({"--port", "COM4:=/dev/ttyS9", "--demo", "com1.dat", "com2.dat"});
+    const auto [station, window] = program_options(
+        line,
+        read("\xEF\xBB\xBF; made by hand\r\n[ports]\r\nCOM1 = /dev/x=y \r\ncom4:=/dev/ttyUSB0\r\n\r\n"
+             "[crc]\npolynomial=0x8408\ninitial=65535\n# models\n[Models]\nTL 12/K = 3\nT7=0\n"
+             "[identity]\npattern2=[a-z\npattern1=^(.*)-A;#1$\nreplace1 = Rev $1\nreplace2=x\n"
+             "[gauge]\nminimum=-10.5\nmaximum=6e1\n"
+             "[amplifier]\nnegative_words=Signed\nreply_address=checked\nrest=1\n"),
+        "/shipped", false);
+    EXPECT_EQ(station.bus.crc, (CrcParameters{0x8408, 0xFFFF}));
+    EXPECT_EQ(station.bus.reply_address, ReplyAddress::checked);
+    EXPECT_EQ(station.heads.negative_words, NegativeWords::two_complement);
+    EXPECT_EQ(station.heads.model_capabilities, (std::map<std::string, int>{{"TL 12/K", 3}, {"T7", 0}}));
+    ASSERT_EQ(station.heads.identity_patterns.size(), 1U);
+    EXPECT_EQ(station.heads.identity_patterns[0].pattern, "^(.*)-A;#1$");
+    EXPECT_EQ(station.heads.identity_patterns[0].replacement, "Rev $1");
+    EXPECT_EQ(station.heads.shipped_folder, "/shipped");
+    EXPECT_EQ(window.shipped_folder, "/shipped");
+    for (const PortMap& ports : {station.bus.ports, window.ports})
+        EXPECT_EQ(ports.device(1) + ports.device(4), "/dev/x=y/dev/ttyS9");
+    EXPECT_EQ(window.gauge.minimum, -10.5);
+    EXPECT_EQ(window.gauge.maximum, 60);
+    EXPECT_EQ(window.models, (Texts{"TL 12/K", "T7"}));
+    EXPECT_EQ(window.amplifier_files, (Texts{"com1.dat", "com2.dat"}));
+    EXPECT_TRUE(window.demonstration);
+    ASSERT_EQ(window.notices.size(), 2U);
+    EXPECT_EQ(window.notices[0].text, "The program's folder cannot be written");
+    EXPECT_EQ(window.notices[1].detail,
+              "ampdesk.ini line 14: bad value for pattern2: [a-z\n"
+              "ampdesk.ini line 24: unknown key rest in [amplifier]");
+
+    const auto [quiet_station, quiet] =
+        program_options({}, read("[amplifier]\nreply_address=ignored\n"), "", true);
+    EXPECT_EQ(quiet_station.bus.reply_address, ReplyAddress::ignored);
+    EXPECT_TRUE(quiet.notices.empty());
+    EXPECT_FALSE(quiet.demonstration);
 }
 
 // A bad line that is swallowed, reported on the wrong line, or takes the good ones with it.
@@ -126,7 +145,6 @@ TEST(CommandLine, BadOnes) {
         {{"--folder="}, "--folder needs a value"},
         {{"--port", "COM1:="}, "--port takes COM1:=DEVICE to COM4:=DEVICE, not COM1:="},
         {{"--port", "COM5:=/dev/x"}, "--port takes COM1:=DEVICE to COM4:=DEVICE, not COM5:=/dev/x"},
-        {{"--verbose"}, "unknown option --verbose"},
         {{"-v"}, "unknown option -v"},
         {{"--help=yes"}, "unknown option --help=yes"},
     };
