@@ -1,104 +1,98 @@
-// The program as a person starts it, on a line of simulated amplifiers, without a screen: what only main()
-// wires together.
+// The program as a person starts it, on a line of simulated amplifiers that are a program, too, and without a
+// screen: what only main() wires together.
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdlib>
 
-#include "platform/posix/system_clock.h"
 #include "platform/text_file.h"
-#include "tests/support/child_program.h"
-#include "tests/support/scratch_folder.h"
-#include "tests/support/served_line.h"
+#include "tests/platform/far_end.h"
+#include "tests/support/running_ampsim.h"
 
 namespace ampdesk {
 namespace {
 
-class ProgramTest : public testing::Test {
-  protected:
-    ProgramTest() {
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        sim_.add({.address = 1, .serial = 1001, .noise = 0});
-    }
-    static ChildProgram start(const ScratchFolder& folder, std::vector<std::string> more = {}) {
-        std::vector<std::string> arguments = {AMPDESK_PROGRAM, "--folder", folder.path()};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return ChildProgram(arguments);
-    }
-    // Real time, at most ten seconds.
-    template <class Condition>
-    static bool comes(Condition condition) {
-        for (int i = 0; i < 1000 && !condition(); ++i) usleep(10'000);
-        return condition();
+// Without a screen, or on one whose every picture becomes a file in the current folder.
+ChildProgram start(const ScratchFolder& folder, std::vector<std::string> more = {},
+                   const char* screen = "offscreen") {
+    setenv("QT_QPA_PLATFORM", screen, 1);
+    setenv("QT_DEBUG_BACKINGSTORE", "1", 1);
+    std::vector<std::string> arguments = {AMPDESK_PROGRAM, "--folder", folder.path()};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return ChildProgram(arguments);
+}
+
+// Looked at again and again, in real time, for ten seconds at most.
+bool comes(const std::function<bool()>& condition) {
+    for (int i = 0; i < 1000 && !condition(); ++i) usleep(10'000);
+    return condition();
+}
+
+// A line that passes on what is said, and keeps it.
+class Tap {
+  public:
+    explicit Tap(const std::string& device) : far_(open(device.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)) {}
+    const std::string& device() const { return near_.device(); }
+    const std::string& asked() {
+        const std::string request = near_.receive(4096, 0);
+        asked_ += request;
+        if (!request.empty() && write(far_.get(), request.data(), request.size()) < 0)
+            ADD_FAILURE() << "the simulator has gone";
+        near_.send(read_some(far_.get(), 4096, 0));
+        return asked_;
     }
 
-    SystemClock clock_;
-    demo::SimBus sim_{clock_};
+  private:
+    FarEnd near_;
+    Descriptor far_;
+    std::string asked_;
 };
 
-// Fault: an amplifier file on the command line is not opened, or the port of "ampdesk.ini" not used; a signal
-// at the end, the one of a logout too, loses the windows' places and the panels' colours.
-TEST_F(ProgramTest, OpensItsFilesAndKeepsEverythingAtASignal) {
+// Fault: the port of the command line or of "ampdesk.ini", the amplifier files, or the terminal's line are
+// not used; a signal at the end, the one of a logout too, loses the windows' places and the panels' colours.
+TEST(Program, OpensItsFilesAndKeepsEverythingAtASignal) {
     for (const int signal : {SIGTERM, SIGHUP}) {
         SCOPED_TRACE(signal);
         const ScratchFolder folder;
+        const RunningAmpsim ampsim({"--address", "1,2", "--link", folder / "line"});
+        ASSERT_NE(ampsim.answer(), "");
+        Tap line(folder / "line");
+        FarEnd remote;
         folder.put("com1001.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n");
-        folder.put("ampdesk.ini", "[ports]\r\nCOM1=" + (folder / "line") + "\r\n");
-        std::atomic<int> analog_blocks = 0;
-        const ServedLine line(sim_, folder / "line", [&](const std::string& reply) {
-            analog_blocks += reply.size() > 3 && reply[3] == '\x12' ? 1 : 0;
-            return true;
-        });
-        ChildProgram program = start(folder, {"com1001.dat"});
-        EXPECT_TRUE(comes([&] { return analog_blocks >= 2; }));
+        folder.put("com1002.dat", "RS-485\r\nCOM1:\r\n6\r\n2\r\n");
+        folder.put("ampdesk.dat", "ampdesk settings\r\n2\r\n");
+        folder.put("ampdesk.ini", "[ports]\r\nCOM1=/dev/null\r\nCOM2=" + remote.device() + "\r\n");
+        ChildProgram program =
+            start(folder, {"--port", "COM1:=" + line.device(), "com1001.dat", "com1002.dat"});
+        // The analog block of the second one, for its panel.
+        EXPECT_TRUE(comes([&] { return line.asked().find("\x01\x02\x01\x12") != std::string::npos; }));
+        remote.send("\x06\x06>2,RDSTAT\r");
+        std::string answer;
+        EXPECT_TRUE(comes([&] {
+            line.asked();
+            answer += remote.receive(100, 0);
+            return answer.ends_with("\r\n");
+        }));
+        EXPECT_EQ(answer, "No response from amplifier, check 422/485 connection to the amplifier\r\n");
         EXPECT_EQ(program.end(signal), 0);
-        for (const char* name : {"set1001.dat", "layout.dat"})
+        for (const char* name : {"set1001.dat", "set1002.dat", "layout.dat"})
             EXPECT_TRUE(file_exists(folder / name)) << name;
-    }
-}
-
-// Fault: `reply_address=checked`, the cure for a line on which amplifiers answer for one another, is read and
-// not used.
-TEST_F(ProgramTest, ChecksTheAddressOfRepliesWhenToldSo) {
-    sim_.find(1)->line.wrong_address = 77;
-    const ScratchFolder folder;
-    folder.put("com1001.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n");
-    const std::string port = "[ports]\r\nCOM1=" + (folder / "line") + "\r\n[amplifier]\r\n";
-    for (const bool checked : {false, true}) {
-        SCOPED_TRACE(checked);
-        folder.put("ampdesk.ini", port + (checked ? "reply_address=checked\r\n" : ""));
-        std::atomic<int> replies = 0;
-        std::atomic<int> others = 0;  // than those to the first request, for the status
-        const ServedLine line(sim_, folder / "line", [&](const std::string& reply) {
-            others += reply.size() > 3 && reply[3] == '\x11' ? 0 : 1;
-            ++replies;
-            return true;
-        });
-        ChildProgram program = start(folder, {"com1001.dat"});
-        EXPECT_TRUE(comes([&] { return replies >= 1; }));
-        if (checked)
-            usleep(500'000);  // the next request would follow at once
-        else
-            EXPECT_TRUE(comes([&] { return others > 0; }));
-        EXPECT_EQ(others == 0, checked);
-        EXPECT_EQ(program.end(SIGTERM), 0);
     }
 }
 
 // Fault: a second program in the same folder is a second master on the bus, also when the lock of the first
 // is old; or it ends without its word, which a person has to see.
-TEST_F(ProgramTest, IsAloneInItsFolder) {
+TEST(Program, IsAloneInItsFolder) {
     const ScratchFolder folder;
     ChildProgram first = start(folder);
     const std::string lock = folder / "ampdesk.lock";
     ASSERT_TRUE(comes([&] { return file_exists(lock); }));
     std::filesystem::last_write_time(lock,
                                      std::filesystem::file_time_type::clock::now() - std::chrono::hours(48));
-    ChildProgram second = start(folder);
-    usleep(700'000);
-    EXPECT_TRUE(second.goes_on());
+    ChildProgram second = start(folder, {}, "minimal");
+    EXPECT_TRUE(comes([&] { return file_exists(folder / "output0000.png"); }));
     EXPECT_EQ(second.end(SIGTERM), 1);
     EXPECT_EQ(first.end(SIGTERM), 0);
+    EXPECT_EQ(start(folder, {"--port", "COM5:=/dev/null"}).end(), 2) << "a mistyped argument is passed over";
 }
 
 }  // namespace
