@@ -9,30 +9,24 @@
 namespace ampdesk {
 namespace {
 
-class LayoutFile : public testing::Test {
-  protected:
-    const ScratchFolder folder_;
-    const std::string path_ = folder_ / "layout.dat";
-};
-
-TEST_F(LayoutFile, ReadsBackWhatWasWritten) {
+// A place that is kept or read as another one, or a damaged line that takes the others with it.
+TEST(WindowLayout, IsReadBackAndPassesOverDamagedLines) {
+    const ScratchFolder folder;
+    const std::string path = folder / "layout.dat";
+    const std::vector<std::string> lines = {"ampdesk layout", "main -20 30 1200 800 1",
+                                            "head 1001 5 6 400 300 0", "head 7 0 0 410 300 1"};
     const WindowLayout layout{.main = {-20, 30, 1200, 800},
                               .maximised = true,
                               .heads = {{"1001", {5, 6, 400, 300}, false}, {"7", {0, 0, 410, 300}, true}}};
-    write_titled_lines(path_, layout_lines(layout));
-    EXPECT_EQ(read_window_layout(path_), layout);
-}
-
-TEST_F(LayoutFile, PassesOverDamagedLines) {
-    write_text_lines(path_, {"ampdesk layout", "main 1 2 0 400 0", "head 5 1 2 3", "head 6 99999 0 10 10 0",
-                             "head 9 -2147483648 0 10 10 0", "head 8 1 2 30 40 1", std::string("\0\xFF", 2)});
-    const auto layout = read_window_layout(path_);
-    ASSERT_TRUE(layout);
-    EXPECT_EQ(layout->main, Place{});
-    ASSERT_EQ(layout->heads.size(), 1U);
-    EXPECT_EQ(layout->heads[0], (HeadPlace{"8", {1, 2, 30, 40}, true}));
-    write_text_lines(path_, {"another file", "main 1 2 3 4 0"});
-    EXPECT_EQ(read_window_layout(path_), std::nullopt);
+    EXPECT_EQ(layout_lines(layout), lines);
+    std::vector<std::string> damaged = lines;
+    for (const char* line : {"main 1 2 0 400 0", "head 5 1 2 3", "head 6 99999 0 10 10 0",
+                             "head 9 -2147483648 0 10 10 0", "\xFF"})
+        damaged.emplace_back(line);
+    write_text_lines(path, damaged);
+    EXPECT_EQ(read_window_layout(path), layout);
+    write_text_lines(path, {"another file", "main 1 2 3 4 0"});
+    EXPECT_EQ(read_window_layout(path), std::nullopt);
 }
 
 TEST(WindowLayout, IsBroughtBackOntoTheScreensThereAre) {
