@@ -1,12 +1,8 @@
 // The service tools behind their menu items: frmBlock and frmIntact, with simulated amplifiers.
-#include <QElapsedTimer>
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QPushButton>
 
 #include "platform/text_file.h"
-#include "tests/support/sent_frame.h"
-#include "tests/windows/desk.h"
+#include "tests/windows/modem_desk.h"
 #include "tests/windows/spoken.h"
 #include "tools/ui/frmBlock.h"
 #include "tools/ui/frmIntact.h"
@@ -14,104 +10,84 @@
 namespace ampdesk {
 namespace {
 
-class ToolWindows : public Desk {
+class ToolWindows : public ModemDesk {
   protected:
     static QString text(const QWidget& window, const char* label) {
         return child<QLabel>(window, label)->text();
     }
-
-    // Answers the line dialog that comes first, then the file dialog.
-    frmBlock* begin(int index, const std::string& file) {
-        const auto name_it = [this, file] {
-            when_dialog_opens("QFileDialog", [this, file](QDialog& dialog) {
-                auto* name = child<QLineEdit>(dialog, "fileNameEdit");
-                name->setText(QString::fromStdString(folder / file));
-                QTest::keyClick(name, Qt::Key_Return);
-            });
-        };
-        if (std::exchange(set_up, true))
-            name_it();
-        else
-            when_dialog_opens("frmSerial", [this, name_it](QDialog& dialog) {
-                name_it();
-                click(dialog, "cmdOk");
-            });
-        pick(index == 0 ? "mnuToolsSram(0)" : "mnuToolsSram(1)");
-        return block();
-    }
-
     frmBlock* block() { return form.findChild<frmBlock*>(); }
 
-    bool items_live() {
-        const bool read = child<QAction>(form, "mnuToolsSram(0)")->isEnabled();
-        EXPECT_EQ(read, child<QAction>(form, "mnuToolsSram(1)")->isEnabled());
-        return read;
+    // Answers the line dialog that comes first, then the file dialog.
+    frmBlock* begin(const char* item, const std::string& file) {
+        if (std::exchange(set_up, true))
+            when_file_is_asked(file);
+        else
+            when_dialog_opens("frmSerial", [this, file](QDialog& dialog) {
+                when_file_is_asked(file);
+                click(dialog, "cmdOk");
+            });
+        pick(item);
+        return block();
     }
+    frmBlock* begin_read(const std::string& file) { return begin("mnuToolsSram(0)", file); }
 
-    // Escape and the close box.
-    void slip(frmBlock& window, bool by_key) {
+    bool items_live() { return child<QAction>(form, "mnuToolsSram(0)")->isEnabled(); }
+
+    // Escape or the close box.
+    static void slip(frmBlock& window, bool by_key) {
         if (by_key)
             QTest::keyClick(&window, Qt::Key_Escape);
         else
             window.close();
     }
-
     QMessageBox* question() { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); }
 
-    // Both windows are gone: one that has closed deletes itself.
+    // One that has closed deletes itself.
     bool gone() {
         settle();
-        return QTest::qWaitFor([&] { return block() == nullptr && form.findChild<frmIntact*>() == nullptr; });
+        return QTest::qWaitFor([&] { return block() == nullptr; });
     }
-
-    // As the event loop runs it, turn after turn: qWaitFor sleeps between turns.
-    static bool comes_to_show(const frmBlock& window, const char* status) {
-        QElapsedTimer patience;
-        for (patience.start(); patience.elapsed() < 5000; QApplication::processEvents())
-            if (text(window, "lblStatus") == QLatin1String(status))
-                return true;
-        return false;
+    void expect_end(const frmBlock& window, const char* status) {
+        for (int turn = 0; turn < 1000 && text(window, "lblStatus") != QLatin1String(status); ++turn)
+            settle();
+        EXPECT_EQ(text(window, "lblStatus"), QLatin1String(status));
     }
 
     bool set_up = false;
 };
 
-// Fault: another amplifier than the active one is read, a button lives at the wrong time, or the menu
+// Fault: another amplifier than the active one is read or set, a button lives at the wrong time, or the menu
 // items stay dead.
 TEST_F(ToolWindows, ReadAndSet) {
     open(2);
     open(1);
-    frmBlock* window = begin(0, "nv.txt");
-    ASSERT_NE(window, nullptr);
-    EXPECT_FALSE(items_live());
-    EXPECT_FALSE(window->isModal());
+    frmBlock* window = begin_read("nv.txt");
+    EXPECT_FALSE(items_live() || window->isModal());
     expect_spoken(*window, QStringLiteral("Reading nvRam Parameters"));
     auto* ok = child<QPushButton>(*window, "cmdOk");
     auto* pause = child<QPushButton>(*window, "cmdCancel");
-    EXPECT_TRUE(ok->isEnabled() && !pause->isEnabled() && ok->text() == QStringLiteral("Start"));
-
-    ok->setFocus();
-    QTest::keyClick(ok, Qt::Key_Space);
-    settle();
-    EXPECT_TRUE(!ok->isEnabled() && pause->isEnabled() && ok->text() == QStringLiteral("Continue"));
-    EXPECT_EQ(window->focusWidget(), pause);  // and not Exit: the next blank must not end it
-    QTest::keyClick(pause, Qt::Key_Space);
-    settle();
-    EXPECT_TRUE(ok->isEnabled() && !pause->isEnabled());
-    QTest::keyClick(window->focusWidget(), Qt::Key_Space);
-    EXPECT_TRUE(comes_to_show(*window, "nvRam Transfer was Successful"));
+    // The next blank must not end it: the focus is never at Exit.
+    const auto press_and_expect = [&](QPushButton* next) {
+        QTest::keyClick(window->focusWidget(), Qt::Key_Space);
+        settle();
+        EXPECT_EQ(ok->isEnabled(), next == ok);
+        EXPECT_EQ(pause->isEnabled(), next == pause);
+        EXPECT_EQ(window->focusWidget(), next);
+    };
+    EXPECT_EQ(ok->text(), QStringLiteral("Start"));
+    press_and_expect(pause);
+    press_and_expect(ok);
+    EXPECT_EQ(ok->text(), QStringLiteral("Continue"));
+    press_and_expect(pause);
+    expect_end(*window, "nvRam Transfer was Successful");
     EXPECT_EQ(text(*window, "lblOutput").left(14), QStringLiteral("15 1 5 20 20 4"));
-    EXPECT_TRUE(!ok->isEnabled() && !pause->isEnabled());
-    EXPECT_EQ(read_text_lines("nv.txt").size(), 1 + demo::SimNvram::k_blocks);
     click(*window, "cmdExit");
     EXPECT_TRUE(items_live() && gone());
 
     station.close_window(2);  // slot 2: what was read from amplifier 1 goes to amplifier 2
-    window = begin(1, "nv.txt");
-    ASSERT_NE(window, nullptr);
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Setting nvRam Parameters"));
+    window = begin("mnuToolsSram(1)", "nv.txt");
     click(*window, "cmdOk");
-    EXPECT_TRUE(comes_to_show(*window, "end of nvRam file"));
+    expect_end(*window, "end of nvRam file");
     EXPECT_EQ(bus.find(2)->nvram.read(63), bus.find(1)->nvram.read(63));
 }
 
@@ -121,26 +97,18 @@ TEST_F(ToolWindows, EveryWayOut) {
     const std::function<void(frmBlock&)> ways[] = {
         [&](frmBlock& window) { click(window, "cmdExit"); },
         [&](frmBlock& window) {
-            host.step();
-            window.CmdExit_Click();
-            form.take_notices();  // of what it has come to before
-            EXPECT_EQ(form.findChildren<frmBlock*>().size(), 1);
-        },
-        [&](frmBlock& window) {
             slip(window, true);
             question()->button(QMessageBox::Yes)->click();
         },
         [&](frmBlock& window) {
             bus.find(1)->line.silent = true;
             slip(window, false);
-            ASSERT_NE(question(), nullptr);
             person.on_ask = [&](const Message& message) {
                 EXPECT_EQ(question(), nullptr);
                 told = message.text;
                 return Answer::ok;
             };
-            EXPECT_TRUE(comes([&] { return !told.empty(); }));
-            EXPECT_EQ(told, "Cmd Receiving Error, Check Connection");
+            EXPECT_TRUE(comes([&] { return told == "Cmd Receiving Error, Check Connection"; }));
             person.on_ask = nullptr;
             bus.find(1)->line.silent = false;
         },
@@ -150,12 +118,10 @@ TEST_F(ToolWindows, EveryWayOut) {
         },
     };
     for (const auto& leave : ways) {
-        frmBlock* window = begin(0, "out" + std::to_string(&leave - ways));
-        ASSERT_NE(window, nullptr);
+        frmBlock* window = begin_read("out" + std::to_string(&leave - ways));
         window->cmdOk_Click();
         leave(*window);
-        EXPECT_TRUE(gone());
-        EXPECT_TRUE(items_live());
+        EXPECT_TRUE(gone() && items_live());
     }
 }
 
@@ -164,67 +130,51 @@ TEST_F(ToolWindows, EveryWayOut) {
 TEST_F(ToolWindows, ASlipEndsNoTransfer) {
     open(1);
     for (const bool by_key : {true, false}) {
-        const std::string file = by_key ? "key" : "box";
-        slip(*begin(0, file + "0"), by_key);  // not begun
+        slip(*begin_read("not begun"), by_key);
         EXPECT_TRUE(gone());
-        frmBlock* window = begin(0, file);
+        frmBlock* window = begin_read("begun");
         window->cmdOk_Click();  // no event runs: it has just begun
         window->cmdCancel_Click();
-        for (int times = 0; times < 2; ++times) {
+        for (const auto key : {Qt::Key_Return, Qt::Key_Escape}) {
             slip(*window, by_key);
             ASSERT_NE(question(), nullptr);
             EXPECT_EQ(question()->text(), QStringLiteral("The nvRam transfer is not finished. End it?"));
-            QTest::keyClick(question(), times == 0 ? Qt::Key_Return : Qt::Key_Escape);
+            QTest::keyClick(question(), key);
             EXPECT_TRUE(question() == nullptr && window->isVisible());
         }
         slip(*window, by_key);
-        ASSERT_NE(question(), nullptr);
         window->cmdOk_Click();
-        EXPECT_TRUE(comes_to_show(*window, "nvRam Transfer was Successful"));
+        expect_end(*window, "nvRam Transfer was Successful");
         EXPECT_TRUE(question() == nullptr && window->isVisible());
         slip(*window, by_key);
         EXPECT_TRUE(gone() && items_live());
+        for (const char* file : {"begun", "not begun"}) std::filesystem::remove(file);
     }
 }
 
-// Fault: the file dialog asks on its own as well, or cancelling it leaves the items dead.
-TEST_F(ToolWindows, ReplaceQuestion) {
-    open(1);
-    const std::string file = folder.put("old.txt", "");
-    bool again = false;
-    when_box_opens([&](QMessageBox&) {
-        when_dialog_opens("QFileDialog", [&](QDialog& dialog) {
-            again = true;
-            dialog.reject();
-        });
-    });
-    EXPECT_EQ(begin(0, "old.txt"), nullptr);
-    EXPECT_EQ(told, "Replace existing file - " + file + "?");
-    EXPECT_TRUE(again);
-    EXPECT_TRUE(items_live());
-}
-
+// Fault: cancelling the file dialog leaves the items dead; a window that hides behind the main window.
 TEST_F(ToolWindows, StaysInFrontOfTheMainWindow) {
     open(1);
-    frmBlock* window = begin(0, "nv.txt");
+    frmBlock* window = begin_read("nv.txt");
     ASSERT_TRUE(QTest::qWaitForWindowActive(window));
     window->showMinimized();
     form.activateWindow();
     EXPECT_TRUE(QTest::qWaitFor([&] { return !window->isMinimized(); }));
+    click(*window, "cmdExit");
+    when_dialog_opens("QFileDialog", [](QDialog& dialog) { dialog.reject(); });
+    pick("mnuToolsSram(0)");
+    EXPECT_TRUE(gone() && items_live());
 }
 
 // Fault: Enter sends twice or not at all, the arrows move nothing, the reply is another one's.
 TEST_F(ToolWindows, Console) {
     open(2);
     open(1);
-    pick("mnuToolsItem(3)");
+    for (int i = 0; i < 2; ++i) pick("mnuToolsItem(3)");
+    ASSERT_EQ(form.findChildren<frmIntact*>().size(), 1);
     auto* window = form.findChild<frmIntact*>();
-    ASSERT_TRUE(window != nullptr && QTest::qWaitForWindowActive(window));
-    pick("mnuToolsItem(3)");
-    EXPECT_EQ(form.findChildren<frmIntact*>().size(), 1);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
     expect_spoken(*window, QStringLiteral("INTERACTIVE CONTROL"));
-    EXPECT_FALSE(child<QWidget>(*window, "cmdRepeat")->isVisible());
-
     std::vector<int> asked;
     link.on_traffic = [&](const BusTraffic& traffic) {
         if (traffic.sent && sent_frame(traffic.bytes).command.starts_with("\xA0\x17"))
@@ -238,7 +188,6 @@ TEST_F(ToolWindows, Console) {
         settle();
     };
     send("A0 17 0");
-    EXPECT_EQ(asked, std::vector<int>{1});
     EXPECT_TRUE(text(*window, "LblOutput").contains(u"\nAsc Answer: 0,Standby"));
     when_box_opens();
     send("123");
@@ -246,17 +195,15 @@ TEST_F(ToolWindows, Console) {
         QTest::keyClick(entry, code);
         EXPECT_EQ(entry->text(), QLatin1String(shown));
     }
-
     bus.find(2)->line.silent = true;
     station.close_window(2);
     settle();  // amplifier 2 is the current one now
-    asked.clear();
     send("A0 17 0");
     EXPECT_TRUE(
         comes([&] { return text(*window, "lblReply") == u"Unit address: 2   There is no response"; }));
-    EXPECT_EQ(asked, std::vector<int>{2});
+    EXPECT_EQ(asked, std::vector<int>({1, 2}));
     click(*window, "CmdExit");
-    EXPECT_TRUE(gone());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return form.findChild<frmIntact*>() == nullptr; }));
 }
 
 }  // namespace
