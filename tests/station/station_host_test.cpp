@@ -217,12 +217,15 @@ TEST_F(StationHostTest, TheEnd) {
     EXPECT_TRUE(said_.ends_with("finished"));
 }
 
-// Fault: an end that has nothing to wait for waits, or leaves a question to windows that wait for its answer.
+// Fault: an end that has nothing to wait for waits, or leaves keys behind that it could carry out, or a
+// question to windows that wait for its answer.
 TEST_F(StationHostTest, TheEndWithdrawsQuestions) {
+    for (const int head : {open(1), open(2)}) put(act::PressHardKey{head, 1, clock_.now()});
     host_.station().questions().ask({}, [](const Reply&) { ADD_FAILURE(); });
     put(act::Finish{});
     run(100ms);
     EXPECT_EQ(said_, "withdrawn;finished");
+    EXPECT_EQ(sent_, "1 off 2 off ");
 }
 
 // Fault: a message that is told again and again while a window is held up fills the queue.
