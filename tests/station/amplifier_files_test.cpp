@@ -137,13 +137,16 @@ TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
     }
 }
 
-// A file that does not open takes the line away from the remote station that was using it, unsaid when
-// it does not come back.
+// A file that does not open, or whose first screen does not come, takes the line away from the remote station
+// that was using it, unsaid when it does not come back; colours are kept of a head that nobody has seen.
 TEST_F(AmplifierFiles, GiveTheLineBack) {
     bus.open_bus_port("COM3:", 1200, 1, 7, 2);
     open({50});
-    EXPECT_EQ(person.take_texts().size(), 1U);
+    port.lost_request = "\x01\x12";  // the analog values
+    open({1});
+    EXPECT_EQ(person.take_texts().size(), 2U);
     EXPECT_EQ(bus.settings(), (LineSettings{"COM3:", 1200, 1, 7, 2}));
+    EXPECT_FALSE(std::filesystem::exists(folder / "set1001.dat"));
 
     port.open_result = {PortError::in_use, "in use"};
     open({50});
