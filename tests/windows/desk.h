@@ -189,11 +189,11 @@ class Desk : public ::testing::Test {
         QApplication::processEvents();
     }
 
-    // From now on no box opens: text and detail of each are kept, and OK is pressed.
+    // From now on no box opens: text and detail of each are kept, and OK or Yes is pressed.
     void keep_boxes() {
         person.on_ask = [this](const Message& message) {
             kept_boxes.push_back(message.text + (message.detail.empty() ? "" : "|") + message.detail);
-            return Answer::ok;
+            return message.buttons == Buttons::yes_no ? Answer::yes : Answer::ok;
         };
     }
 

@@ -87,7 +87,7 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
 // replaced, or passed over without a word.
 TEST_F(Files, ThatCannotBeReadAreToldByNameAndStay) {
     bus.add({.address = 1, .serial = 1001, .noise = 0});
-    folder.put("com1001.dat", rs485);
+    folder.put("com1001.dat", "RS-485\r\nCOM1:\r\n7\r\n1\r\n");
     const auto try_to_read = [this](const char* name, const Texts& expected,
                                     const std::function<void()>& read) {
         std::filesystem::permissions(folder.put(name, rs485), std::filesystem::perms::none);
@@ -101,15 +101,16 @@ TEST_F(Files, ThatCannotBeReadAreToldByNameAndStay) {
         std::filesystem::remove(folder / name);
     };
     const auto open_amplifier = [&] {
-        station.auto_open_dat_files({"com1001.dat"});
+        station.open_amplifier_file("com1001.dat");
         let_start();
         EXPECT_EQ(station.open_count(), 0);
+        EXPECT_EQ(link.settings()->baud, 9600);  // given back
     };
     try_to_read("set1001.dat",
-                {"File set1001.dat or band_set.dat corrupted.|JEX Amplifier 1001: Permission denied"},
+                {"The settings for this HPA already exist, do you want to restore ? ",
+                 "File set1001.dat or band_set.dat corrupted.|JEX Amplifier 1001: Permission denied"},
                 open_amplifier);
-    try_to_read("com1001.dat",
-                {"Default Settings For Serial Port Corrupted In File com1001.dat|Permission denied"},
+    try_to_read("com1001.dat", {"Default settings for serial port corrupted|Permission denied"},
                 open_amplifier);
     try_to_read("rs485.dat", Texts(2, "Permission denied|rs485.dat"),
                 [&] { press("mnuToolsItem(2)", "frmSerial", "cmdCancel"); });
