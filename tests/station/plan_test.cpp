@@ -68,7 +68,7 @@ class PlanTest : public testing::Test {
         const bool silence = mute.contains(choice.slot) || mute_kinds.contains(attempt.request.kind);
         now += silence ? wait : cost(attempt.request.kind);
         head(choice.slot).failing = mute.contains(choice.slot);
-        plan.ended(choice.slot, attempt, silence ? Reading::Outcome::silence : Reading::Outcome::good, now);
+        plan.ended(choice.slot, attempt, silence ? failure : Reading::Outcome::good, now);
         if (!silence || attempt.last)
             std::erase(wishes_of(choice.slot), attempt.request);
         if (on_ended)
@@ -100,6 +100,7 @@ class PlanTest : public testing::Test {
     std::set<int> mute;
     std::set<Kind> mute_kinds;
     Duration wait = 1s;
+    Reading::Outcome failure = Reading::Outcome::silence;
     std::function<void(const Plan::Choice&, bool silence)> on_ended;
     Instant now = Instant{} + std::chrono::hours(5);
 };
@@ -234,6 +235,17 @@ TEST_F(PlanTest, ACutReadIsAskedAgain) {
         EXPECT_EQ(again.attempt.last, second);
         run(2s);
     }
+}
+
+// A station that spins on a line that takes nothing.
+TEST_F(PlanTest, ALineThatTakesNothingIsTriedNowAndThen) {
+    open(1);
+    mute = {1};
+    wait = 0ms;
+    failure = Reading::Outcome::not_sent;
+    run(10s);
+    EXPECT_GE(asked.size(), 10U);
+    EXPECT_LE(asked.size(), 60U);
 }
 
 }  // namespace

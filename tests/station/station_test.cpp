@@ -86,6 +86,22 @@ TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
     EXPECT_EQ(person.take_texts(), Texts{"Overflow"});
 }
 
+// What is in front, or has just been opened, is as old as what nobody looks at.
+TEST_F(SlowLine, TheActiveAndTheNewHeadComeFirst) {
+    open_sixteen();
+    station.set_active(5);
+    port.requests.clear();
+    poll(20s);
+    const auto asked = [&](int address) {
+        return std::count(port.requests.begin(), port.requests.end(), std::pair(address, '\x12'));
+    };
+    EXPECT_GT(asked(5), 2 * asked(6));
+    sim.add({.address = 17, .serial = 1017});
+    const Instant begun = clock.now();
+    open({17});
+    EXPECT_LE(clock.now() - begun, 1500ms);
+}
+
 // A transfer that holds the heads up or takes all the turns, or exchanges that fall into one another.
 TEST_F(SlowLine, PollsOnBesideATransfer) {
     open({1, 2});
