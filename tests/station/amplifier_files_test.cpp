@@ -110,8 +110,8 @@ TEST_F(AmplifierFiles, RestoreColoursWithTheQuestionOnlyWhenOpenedByHand) {
     EXPECT_TRUE(person.take_replies().empty());
 }
 
-// One bad file keeps the rest from opening, the hundred-and-first name is opened, or a window opens behind
-// Close All.
+// One bad file keeps the rest from opening, the hundred-and-first name is opened, or a window or a
+// question stands behind Close All.
 TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
     open({1, 50, 2});
     EXPECT_EQ(person.take_texts(), Texts{"Serial Settings In File com1050.dat Are Not Right"});
@@ -135,6 +135,12 @@ TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
         EXPECT_EQ(station.open_count(), 0);
         EXPECT_FALSE(station.opening_files());
     }
+    port.lost_request = "RDS/N";
+    station.open_amplifier_file(folder / "com1001.dat");
+    for (; person.prompts.empty(); clock.advance(1ms)) station.step();
+    station.close_all();
+    station.step();
+    EXPECT_TRUE(person.take_replies().empty());
 }
 
 // A file that does not open, or whose first screen does not come, takes the line away from the remote station
