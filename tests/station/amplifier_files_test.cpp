@@ -236,6 +236,9 @@ TEST_F(AmplifierFiles, AreSaved) {
     EXPECT_EQ(person.take_texts(), Texts{"No line to the amplifiers is open"});
     EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1", "COM3:", "7"));
     EXPECT_TRUE(std::filesystem::exists(folder / "set1001.dat"));
+    std::filesystem::remove(folder / "set1001.dat");
+    station.close_all();
+    EXPECT_TRUE(std::filesystem::exists(folder / "set1001.dat"));
 }
 
 }  // namespace
