@@ -135,6 +135,7 @@ TEST(CommandLine, BadOnes) {
     } table[] = {
         {{"--demo=0"}, "--demo takes a number from 1 to 99"},
         {{"--demo=100"}, "--demo takes a number from 1 to 99"},
+        {{"--demo=3x"}, "--demo takes a number from 1 to 99"},
         {{"--folder"}, "--folder needs a value"},
         {{"--port", "COM1:="}, "--port takes COM1:=DEVICE to COM4:=DEVICE, not COM1:="},
         {{"--port", "COM5:=/dev/x"}, "--port takes COM1:=DEVICE to COM4:=DEVICE, not COM5:=/dev/x"},

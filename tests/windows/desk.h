@@ -119,8 +119,6 @@ class Desk : public ::testing::Test {
         if (std::exchange(stepping, true))
             return;
         host.step();
-        if (another != nullptr)
-            another->step();
         stepping = false;
     }
 
@@ -240,7 +238,6 @@ class Desk : public ::testing::Test {
     std::vector<std::string> settings;  // commands of class 16, without their frames
     std::map<int, int> frames_sent;     // by address
     bool stepping = false;
-    StationHost* another = nullptr;  // of a second main window
     int sounds = 0;
     std::string told;
     std::vector<std::string> kept_boxes;

@@ -43,15 +43,13 @@ TEST_F(HeadWindow, HardKeysAndTheirLampsSendTheirSetting) {
     }
 }
 
-// Presses that come over assistive technology in quick order, which are lost or put off; a press without a
-// line that is refused without a word.
+// Presses that come over assistive technology in quick order, of which only the last one counts; a press
+// without a line that is refused without a word.
 TEST_F(HeadWindow, AssistivePressesAreOneFrameEach) {
     bus.find(1)->set_hv(true);
     const auto press = [&](const char* control, int times) {
         QAccessibleInterface* key = QAccessible::queryAccessibleInterface(child(machine, control));
-        const std::size_t before = settings.size();
         while (times-- > 0) key->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-        EXPECT_EQ(settings.size(), before) << "whoever asks is not kept waiting";
         settle();
     };
     press("cmdHardkey(3)", 2);
@@ -95,6 +93,7 @@ TEST_F(HeadWindow, AKeyFromBeforeAShutdownIsNoOk) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_F4);
         QCoreApplication::sendPostedEvents();  // the display is painted; what was pressed before comes then
     }
+    step();
     EXPECT_EQ(take_settings(), Commands{});
     QTest::qWait(30);
     key(Qt::Key_F4);

@@ -1,9 +1,5 @@
-// A whole station as in desk.h, with a modem at the terminal's line, and files that are chosen by their
-// names.
+// A whole station as in desk.h, with a modem at the terminal's line.
 #pragma once
-
-#include <QFileDialog>
-#include <QLineEdit>
 
 #include "tests/support/modem_port.h"
 #include "tests/windows/desk.h"
@@ -28,14 +24,6 @@ class ModemDesk : protected FarModem, public Desk {
     void receive(std::string bytes) {
         modem.arrive(std::move(bytes));
         settle();
-    }
-    // Of this folder, once the file dialog is open.
-    void when_file_is_asked(const std::string& name) {
-        when_dialog_opens("QFileDialog", [this, name](QDialog& dialog) {
-            auto* field = child<QLineEdit>(dialog, "fileNameEdit");
-            field->setText(QString::fromStdString(folder / name));
-            QTest::keyClick(field, Qt::Key_Return);
-        });
     }
     std::string take_sent() { return std::exchange(modem.sent, {}); }
 };

@@ -95,6 +95,8 @@ TEST_F(TerminalWindow, Settings) {
         when_dialog_opens("ConfigScrn", [this](QDialog& dialog) { click(dialog, "cmdOk"); });
         pick("mnuModemItem(2)");
     }
+    QTest::keyClicks(Term, QStringLiteral("not shown"));
+    EXPECT_EQ(text(), QString());
 }
 
 // An item of the Modem menu that does nothing or something else, or is called what it does no more.
@@ -117,7 +119,7 @@ TEST_F(TerminalWindow, ItemsOfTheModemMenu) {
     });
     expect_sent("mnuModemOpt(0)", "ATL3M1\r", "&Volume");
 
-    when_file_is_asked("my.log");
+    when_asked_for_a_file(folder / "my.log");
     for (const char* item : {"mnuModemOpt(1)", "mnuModemOpt(2)"}) {
         pick(item);
         receive("B");

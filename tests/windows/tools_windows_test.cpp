@@ -2,7 +2,7 @@
 #include <QPushButton>
 
 #include "platform/text_file.h"
-#include "tests/windows/modem_desk.h"
+#include "tests/windows/desk.h"
 #include "tests/windows/spoken.h"
 #include "tools/ui/frmBlock.h"
 #include "tools/ui/frmIntact.h"
@@ -10,7 +10,7 @@
 namespace ampdesk {
 namespace {
 
-class ToolWindows : public ModemDesk {
+class ToolWindows : public Desk {
   protected:
     static QString text(const QWidget& window, const char* label) {
         return child<QLabel>(window, label)->text();
@@ -20,10 +20,10 @@ class ToolWindows : public ModemDesk {
     // Answers the line dialog that comes first, then the file dialog.
     frmBlock* begin(const char* item, const std::string& file) {
         if (std::exchange(set_up, true))
-            when_file_is_asked(file);
+            when_asked_for_a_file(folder / file);
         else
             when_dialog_opens("frmSerial", [this, file](QDialog& dialog) {
-                when_file_is_asked(file);
+                when_asked_for_a_file(folder / file);
                 click(dialog, "cmdOk");
             });
         pick(item);

@@ -28,12 +28,12 @@ TEST_F(TransferWindows, SendsAFile) {
     folder.put("file", "hello");
     TransferDialog& dialog = open_dialog("mnuModemItem(5)");
     expect_spoken(dialog, QStringLiteral("Send File"));
-    when_file_is_asked("file");
+    when_asked_for_a_file(folder / "file");
     click(dialog, "cmdStart");
     EXPECT_TRUE(dialog.running());
     EXPECT_EQ(state(dialog), "0 bytes of 5, waiting for the other side");
-    pick("mnuModemItem(6)");
-    EXPECT_EQ(form.findChildren<TransferDialog*>().size(), 1);
+    EXPECT_EQ(&open_dialog("mnuModemItem(6)"), &dialog);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
     for (const char* answer : {"C", "\x06", "\x06"}) receive(answer);
     EXPECT_TRUE(comes([&] { return !dialog.running(); }));
     EXPECT_EQ(state(dialog), "5 bytes sent.");
@@ -44,7 +44,7 @@ TEST_F(TransferWindows, SendsAFile) {
 // transfer away; what could not be kept is not asked for again, or End does not end.
 TEST_F(TransferWindows, ReceivesCancelsAndCloses) {
     QPointer<TransferDialog> dialog = &open_dialog("mnuModemItem(6)");
-    when_file_is_asked("file");
+    when_asked_for_a_file(folder / "file");
     click(*dialog, "cmdStart");
     receive(xmodem_block(1, "a", XmodemCheck::crc));
     EXPECT_TRUE(state(*dialog).starts_with("128 bytes")) << state(*dialog);
@@ -57,12 +57,12 @@ TEST_F(TransferWindows, ReceivesCancelsAndCloses) {
     EXPECT_FALSE(std::filesystem::exists("file"));
 
     child<QAbstractButton>(*dialog, "optKind(1)")->click();
-    when_file_is_asked("text");
+    when_asked_for_a_file(folder / "text");
     click(*dialog, "cmdStart");
     std::filesystem::create_directory("text");
     receive("line\r\n");
     EXPECT_TRUE(state(*dialog).starts_with("6 bytes")) << state(*dialog);
-    when_box_opens([this](QMessageBox&) { when_file_is_asked("other"); });
+    when_box_opens([this](QMessageBox&) { when_asked_for_a_file(folder / "other"); });
     click(*dialog, "cmdEnd");
     EXPECT_TRUE(comes([&] { return !dialog->running(); }));
     EXPECT_NE(told, "");
@@ -81,7 +81,7 @@ TEST_F(TransferWindows, BeginsWhereItCanAndHasItsDialog) {
     let_box_close();
     EXPECT_EQ(told, "XMODEM needs 8 data bits");
     child<QAbstractButton>(*first, "optKind(1)")->click();
-    when_file_is_asked("file");
+    when_asked_for_a_file(folder / "file");
     turns.stop();
     first->cmdStart_Click();
     first->close();
@@ -145,7 +145,7 @@ TEST_F(TrafficView, FiltersPausesAndSaves) {
     click(*dock, "cmdCopy");
     const std::string copied = QApplication::clipboard()->text().toStdString();
     EXPECT_TRUE(copied.ends_with(" ATZ.")) << copied;
-    when_file_is_asked("traffic.txt");
+    when_asked_for_a_file(folder / "traffic.txt");
     click(*dock, "cmdSave");
     const std::string saved = file_bytes("traffic.txt");
     EXPECT_TRUE(saved.ends_with("\n" + copied + "\r\n")) << saved;
