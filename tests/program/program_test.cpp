@@ -64,8 +64,13 @@ TEST(Program, OpensItsFilesAndKeepsEverythingAtASignal) {
         folder.put("ampdesk.ini", "[ports]\r\nCOM1=/dev/null\r\nCOM2=" + remote.device() + "\r\n");
         ChildProgram program =
             start(folder, {"--port", "COM1:=" + line.device(), "com1001.dat", "com1002.dat"});
-        // The analog block of the second one, for its panel.
-        EXPECT_TRUE(comes([&] { return line.asked().find("\x01\x02\x01\x12") != std::string::npos; }));
+        // The second one's analog block once more: its panel shows its first screen, and has something to
+        // keep.
+        const std::string analog = "\x01\x02\x01\x12";
+        EXPECT_TRUE(comes([&] {
+            const std::string& asked = line.asked();
+            return asked.find(analog) != asked.rfind(analog);
+        }));
         remote.send("\x06\x06>2,RDSTAT\r");
         std::string answer;
         EXPECT_TRUE(comes([&] {
