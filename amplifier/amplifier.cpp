@@ -69,6 +69,13 @@ std::string text_of(std::string_view reply) {
     return std::string(trimmed(reply.substr(reply.find('=') + 1)));  // npos + 1 is 0
 }
 
+// The late reply to another value of the same setting differs behind the two bytes that the exchange
+// compares.
+bool answers_another(std::string_view reply, std::string_view command) {
+    const bool whole = reply.size() >= k_header + command.size() + k_check;
+    return whole && reply.substr(k_header, command.size()) != command;
+}
+
 // The refusal code of a NAK reply in the operator's words; empty when the reply carries no code.
 std::string refusal_text(std::string_view reply, std::string_view command) {
     const std::string_view rest = behind_echo(reply, command);
@@ -179,6 +186,8 @@ Setting Amplifier::take(std::string_view setting, Origin origin, const BusReply&
                  .wall = clock_.local_time()};
     if (reply.failure == BusFailure::not_sent) {
         sent.outcome = Setting::Outcome::not_sent;
+    } else if (answers_another(reply.bytes, setting)) {
+        sent.outcome = Setting::Outcome::unanswered;
     } else if (reply.bytes.size() >= k_shortest_ack && reply.bytes[0] == k_ack) {
         sent.outcome = Setting::Outcome::taken;
     } else if (!reply.bytes.empty() && reply.bytes[0] == k_nak) {

@@ -134,5 +134,16 @@ TEST_F(AmplifierTest, HowLongAReadIsWaitedFor) {
     EXPECT_EQ(amplifier.command_of("\x10\x12").limit, milliseconds(1000)) << "of a setting";
 }
 
+// The late answer to 2.0 dB is taken for the one to 5.2 dB, which was lost.
+TEST_F(AmplifierTest, AnAnswerToAnotherValueIsNone) {
+    const std::string asked("\x10\x18\x34\x00", 4);
+    const auto outcome = [&](const char* reply) {
+        return amplifier.take(asked, Origin::key, {.bytes = hex_bytes(reply)}).outcome;
+    };
+    EXPECT_EQ(outcome("06 07 04 10 18 14 00 00 00"), Setting::Outcome::unanswered);
+    EXPECT_EQ(outcome("15 07 05 10 18 14 00 04 00 00"), Setting::Outcome::unanswered);
+    EXPECT_EQ(outcome("06 07 04 10 18 34 00 00 00"), Setting::Outcome::taken);
+}
+
 }  // namespace
 }  // namespace ampdesk
