@@ -32,8 +32,10 @@ constexpr double k_reason_of_shutdown = 3e9;
 constexpr double k_asked_by_operator = 2e9;
 constexpr double k_round = 1e9;
 
-constexpr milliseconds k_line_gone{250};      // between tries on a line that takes nothing
-constexpr milliseconds k_unanswerable{5000};  // between requests that an amplifier has no answer to
+constexpr milliseconds k_line_gone{250};  // between tries on a line that takes nothing
+// Between requests that an amplifier has no answer to. Two replies in a row may get lost, four hardly do.
+constexpr milliseconds k_unanswerable{5000};
+constexpr int k_hopeless = 2;
 
 // How much of its period has passed since then.
 double share(Instant since, Seconds period, Instant now) {
@@ -231,6 +233,8 @@ void Plan::ended(int slot, const Try& attempt, Reading::Outcome outcome, Instant
     const bool silence = outcome == Reading::Outcome::silence;
     if (silence && attempt.last && attempt.request.kind == Kind::status)
         last_look_ = now;
+    if (!silence)
+        entry.unanswered = 0;
     if (outcome == Reading::Outcome::good)
         return;
     if (outcome == Reading::Outcome::not_sent)
@@ -239,7 +243,8 @@ void Plan::ended(int slot, const Try& attempt, Reading::Outcome outcome, Instant
         entry.second = {.request = attempt.request, .asked_at = attempt.asked_at, .last = true};
         if (silence)
             entry.after_round = now;
-    } else if (silence && attempt.request.kind != Kind::status && !attempt.request.guess) {
+    } else if (silence && attempt.request.kind != Kind::status && !attempt.request.guess &&
+               ++entry.unanswered >= k_hopeless) {
         entry.not_before = now + k_unanswerable;
     }
 }

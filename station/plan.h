@@ -64,6 +64,7 @@ class Plan {
         Instant due{};                       // in the phase of its period
         Instant last{};                      // when it was asked last
         Instant not_before{};                // nobody answers it
+        int unanswered = 0;                  // so many times in a row after both tries
         std::optional<Instant> wanted;       // once more than its period says, since then
         std::optional<Try> second;           // the first try has failed
         std::optional<Instant> after_round;  // … and the second waits until the others were asked since

@@ -248,5 +248,19 @@ TEST_F(PlanTest, ALineThatTakesNothingIsTriedNowAndThen) {
     EXPECT_LE(asked.size(), 60U);
 }
 
+// Two replies in a row are lost, and the window in front shows values of five seconds ago.
+TEST_F(PlanTest, TwoLostRepliesAreNoAmplifierWithoutAnAnswer) {
+    open(4);
+    run(5s);
+    mute_kinds = {Kind::analog};
+    wait = 300ms;
+    on_ended = [this](const Plan::Choice& choice, bool silence) {
+        if (silence && choice.attempt.last)
+            mute_kinds.clear();
+    };
+    run(10s);
+    EXPECT_LE(gap(1, Kind::analog), 2000);
+}
+
 }  // namespace
 }  // namespace ampdesk
