@@ -6,11 +6,27 @@ namespace ampdesk::bench {
 
 using std::chrono::milliseconds;
 
-LineFault FaultyLine::draw() {
-    const bool hit = number(1, 100) <= percent_;
-    const auto fault = hit ? number(1, static_cast<int>(k_fault_names.size()) - 1) : 0;
-    ++counts[static_cast<std::size_t>(fault)];
-    return static_cast<LineFault>(fault);
+void FaultyLine::change(char& byte) {
+    byte = static_cast<char>(static_cast<unsigned char>(byte) ^ static_cast<unsigned>(number(1, 255)));
+}
+
+std::string FaultyLine::random_bytes(int least, int most) {
+    std::string bytes;
+    for (int i = number(least, most); i > 0; --i) bytes += static_cast<char>(number(0, 255));
+    return bytes;
+}
+
+std::string FaultyLine::heard(RequestFault fault, std::string_view request) {
+    const int last = static_cast<int>(request.size()) - 1;
+    std::string bytes(request);
+    if (fault == RequestFault::lost)
+        bytes.clear();
+    else if (fault == RequestFault::cut_off)
+        bytes.resize(
+            static_cast<std::size_t>(number(1, last - 1)));  // its last byte might begin the next one
+    else if (fault == RequestFault::garbled)
+        change(bytes[static_cast<std::size_t>(number(0, last))]);
+    return bytes;
 }
 
 std::vector<Arrival> FaultyLine::arrivals(LineFault fault, const Frame& frame) {
@@ -21,15 +37,12 @@ std::vector<Arrival> FaultyLine::arrivals(LineFault fault, const Frame& frame) {
     const auto put = [&](std::string_view some, Duration gap) {
         for (const char byte : some) all.push_back({at += gap, byte});
     };
-    const auto change = [&](char& byte) {
-        byte = static_cast<char>(static_cast<unsigned char>(byte) ^ static_cast<unsigned>(number(1, 255)));
-    };
     const int last = static_cast<int>(bytes.size()) - 1;
     switch (fault) {
         case LineFault::silence:
             return {};
         case LineFault::noise:
-            for (int i = number(1, 12); i > 0; --i) bytes.insert(0, 1, static_cast<char>(number(0, 255)));
+            bytes.insert(0, random_bytes(1, 12));
             break;
         case LineFault::bad_crc:
             change(bytes[static_cast<std::size_t>(number(0, last))]);

@@ -1,5 +1,5 @@
-// A line that spoils replies: which fault hits a reply, and which bytes arrive when instead of it.
-// Knows of a frame only that its last two bytes are its CRC.
+// A line that spoils requests and replies and brings what nobody asked for: which fault hits, and which bytes
+// arrive when. Knows of a frame only that its last two bytes are its CRC.
 #pragma once
 
 #include <array>
@@ -27,6 +27,34 @@ enum class LineFault : std::size_t {
 inline constexpr std::array<std::string_view, 9> k_fault_names = {
     "none", "silence", "noise before", "bad CRC", "truncated", "late", "duplicate", "wrong echo", "drip"};
 
+// What an amplifier hears of a request.
+enum class RequestFault : std::size_t {
+    none,
+    lost,     // nothing
+    cut_off,  // its first bytes
+    garbled,  // one byte is another one, any of them
+};
+inline constexpr std::array<std::string_view, 4> k_request_fault_names = {"none", "lost", "cut off",
+                                                                          "garbled"};
+
+// What else is on the line.
+enum class Stray : std::size_t {
+    none,
+    garbage,        // up to a dozen random bytes right before the request
+    echo,           // the station hears its own request
+    echo_part,      // … the first bytes of it
+    other_command,  // before the reply another amplifier's sound one to another command
+    other_address,  // … to the same command
+    noise,          // random bytes after the reply, when nobody speaks or into what comes next
+};
+inline constexpr std::array<std::string_view, 7> k_stray_names = {"none",
+                                                                  "garbage before the request",
+                                                                  "own echo",
+                                                                  "own echo in part",
+                                                                  "reply to another command",
+                                                                  "reply of another amplifier",
+                                                                  "noise at rest"};
+
 // Bytes that arrive that long after the request has gone out.
 struct Arrival {
     Duration after{};
@@ -40,7 +68,16 @@ class FaultyLine {
         : random_(seed), percent_(percent), byte_time_(byte_time) {}
 
     // Draws a fault for the next reply and counts it.
-    LineFault draw();
+    LineFault draw() { return static_cast<LineFault>(draw(counts)); }
+
+    // The same for a request, and for what else is on the line; each hits that many of a hundred, too.
+    RequestFault draw_request() { return static_cast<RequestFault>(draw(request_counts)); }
+    Stray draw_stray() { return static_cast<Stray>(draw(stray_counts)); }
+
+    // What is left of the request.
+    std::string heard(RequestFault fault, std::string_view request);
+
+    std::string random_bytes(int least, int most);
 
     struct Frame {
         std::string_view bytes;
@@ -57,10 +94,22 @@ class FaultyLine {
     bool one_in(int many) { return number(1, many) == 1; }
 
     std::array<long, k_fault_names.size()> counts{};
+    std::array<long, k_request_fault_names.size()> request_counts{};
+    std::array<long, k_stray_names.size()> stray_counts{};
+    Duration byte_time() const { return byte_time_; }
     int percent() const { return percent_; }
     void set_percent(int percent) { percent_ = percent; }
 
   private:
+    template <std::size_t N>
+    std::size_t draw(std::array<long, N>& tally) {
+        const bool hit = number(1, 100) <= percent_;
+        const auto fault = static_cast<std::size_t>(hit ? number(1, static_cast<int>(N) - 1) : 0);
+        ++tally[fault];
+        return fault;
+    }
+    void change(char& byte);
+
     std::mt19937 random_;
     int percent_;
     Duration byte_time_;
