@@ -14,192 +14,21 @@ namespace {
 // A row is drawn when its reading has come; the late answer to the first try of a read may be accepted by the
 // second. A screen that is entered draws what came within the last second.
 constexpr std::chrono::seconds k_drawn_within{4};
-constexpr std::string_view k_event_request = "\xA0\x1A";
-constexpr int k_hv_on = 4;  // bits of a status reply
-constexpr int k_rf_on = 8;
 constexpr std::chrono::seconds k_list_drawn_within{30};  // four entries are read before the first is drawn
 // Status and alarm state set the lamps when either has come.
 constexpr std::chrono::seconds k_lamp_drawn_within{6};
-constexpr std::chrono::seconds k_shown_within{30};
-
-// Word i, from 1, of an analog block.
-int word(const std::string& block, std::size_t i) {
-    if (block.size() < 2 * i)
-        return -32768;
-    const auto low = static_cast<unsigned char>(block[2 * i - 2]);
-    const auto high = static_cast<unsigned char>(block[2 * i - 1]);
-    return static_cast<std::int16_t>(high << 8U | low);
-}
-
-// The number in the columns from `at` on, times that scale.
-int number_at(const std::string& row, std::size_t at, std::size_t width, double scale) {
-    const std::string field = at < row.size() ? row.substr(at, width) : "";
-    return static_cast<int>(std::lround(std::strtod(field.c_str(), nullptr) * scale));
-}
-
-// Words of the analog block and the values they must have.
-struct Words {
-    std::vector<std::pair<std::size_t, int>> expected;
-    bool operator()(const std::string& block) const {
-        return std::all_of(expected.begin(), expected.end(),
-                           [&](const auto& e) { return word(block, e.first) == e.second; });
-    }
-};
-
-std::string padded(std::string text, std::size_t width) {
-    text.resize(std::max(text.size(), width), ' ');
-    return text;
-}
-
-std::string behind_comma(const std::string& payload) {
-    return payload.substr(payload.find(',') + 1);
-}
-
-bool contains(const std::string& text, const char* part) {
-    return text.find(part) != std::string::npos;
-}
-
-// The text of the shutdown display from what follows the number.
-std::string reason_of(const std::string& payload) {
-    const std::string text = behind_comma(payload);
-    const std::size_t start = std::min(text.find_first_not_of(' '), text.size());
-    return text.substr(start, text.find_last_not_of(' ') + 1 - start);
-}
-
-constexpr std::string_view k_fixed_rows[] = {"",
-                                             "--------------------",
-                                             " --System Hours--",
-                                             " --System Temps--",
-                                             "RS485 Communication ",
-                                             "Error,     ",
-                                             "Check Connection",
-                                             "                 OK",
-                                             "SETUP INFO HELP MORE",
-                                             "WARNINGS   HELP MORE",
-                                             "ATTN EVENT HELP MORE"};
+constexpr std::chrono::seconds k_page_drawn_within{30};  // the setup pages, from the status of their key
+constexpr std::chrono::seconds k_shown_within{60};
 
 }  // namespace
-
-bool DisplayWatch::dark_screen() const {
-    return shows_error() || in_shutdown(head_.state());
-}
-
-bool DisplayWatch::shows_error() const {
-    return head_.panel().line(1).starts_with("RS485 Communication");
-}
-
-bool DisplayWatch::shows_status_screen() const {
-    return head_.state().menu_ptr != 0 && !dark_screen() &&
-           !head_.panel().line(1).starts_with("System Shutdown");
-}
 
 bool DisplayWatch::shows_values() const {
     bool values = false;
     for (int row = 1; row <= 3; ++row)
-        values = values || !claims_of_row(row, head_.panel().line(row)).empty();
-    return values && shows_status_screen();
+        values = values || !claims_of_row(head_, row, head_.panel().line(row)).empty();
+    return values && shows_status_screen(head_);
 }
 
-DisplayWatch::Claims DisplayWatch::claims_of_alarm_row(const std::string& text) {
-    if (text.starts_with("Helix Current"))
-        return {{std::string(k_analog_request), Words{{{4, number_at(text, 13, 5, 100)}}}}};
-    return {{std::string(k_alarm_request), [text](const std::string& payload) {
-                 const std::string state = behind_comma(payload);
-                 const std::string short_state = padded(state, 16).substr(0, 16);
-                 return text == padded(state, 20) || text == short_state + " ANT" ||
-                        text == short_state + "LOAD";
-             }}};
-}
-
-// The third row may still, or again, be that of the first status screen.
-DisplayWatch::Claims DisplayWatch::claims_of_shutdown_row(int row, const std::string& text) {
-    Claims claims;
-    if (row == 3)
-        claims = claims_of_alarm_row(text);
-    claims.push_back({std::string(k_shutdown_request), [row, text](const std::string& payload) {
-                          const std::string number =
-                              "System Shutdown, #" + payload.substr(0, payload.find(','));
-                          return text == padded(row == 1 ? number : reason_of(payload), 20);
-                      }});
-    return claims;
-}
-
-// "  3 12:01 RF on": entry 3.
-DisplayWatch::Claims DisplayWatch::claims_of_event_row(const std::string& text) {
-    const auto number = static_cast<char>(number_at(text, 0, 3, 1));
-    return {{std::string(k_event_request) + number,
-             [text](const std::string& entry) { return text.substr(4) == padded(entry, 16).substr(0, 16); }}};
-}
-
-DisplayWatch::Claims DisplayWatch::claims_of_row(int row, const std::string& text) const {
-    for (const std::string_view fixed : k_fixed_rows)
-        if (text == padded(std::string(fixed), 20))
-            return {};
-    const Head& head = head_.state();
-    const auto words = [](std::vector<std::pair<std::size_t, int>> expected) {
-        return Claims{{std::string(k_analog_request), Words{std::move(expected)}}};
-    };
-    // Drawn over whatever was shown; its first row comes first.
-    const bool shutdown_shown = head_.panel().line(1).starts_with("System Shutdown");
-    if (in_shutdown(head) && shutdown_shown && (row == 1 || row == 3))
-        return claims_of_shutdown_row(row, text);
-    if (head.sub_menu == k_event_list)
-        return claims_of_event_row(text);
-    if (row == 4 && head.gain_mode && text.starts_with("ATTN") && contains(text, "dB"))
-        return words({{12, number_at(text, 5, 4, 10)}});
-    if (row == 4 || head.menu_ptr == 0)
-        return {};
-    switch (10 * head.menu_ptr + row) {
-        case 11:
-            return words({{1, number_at(text, 11, 5, 10)}});
-        case 12:
-            return words({{2, number_at(text, 11, 5, 10)}});
-        case 13:
-            return claims_of_alarm_row(text);
-        case 22:
-            return words({{10, number_at(text, 0, 5, 1)}, {13, number_at(text, 6, 2, 1)}});
-        case 23:
-            return words({{11, number_at(text, 0, 5, 1)}, {14, number_at(text, 6, 2, 1)}});
-        case 32:
-            return words({{9, number_at(text, 0, 3, 1)}});
-        case 33:
-            return words({{8, number_at(text, 0, 3, 1)}});
-        case 41:
-            return words({{5, number_at(text, 2, 6, 1000)}, {6, number_at(text, 13, 5, -1000)}});
-        case 42:
-            return words({{15, number_at(text, 2, 6, -1000)}});
-        case 43:
-            return words({{3, number_at(text, 2, 6, -1000)}, {4, number_at(text, 13, 5, 100)}});
-        default:
-            return {{"", [](const std::string&) { return false; }}};  // a text that belongs nowhere
-    }
-}
-
-DisplayWatch::Claims DisplayWatch::claims_of_lamp(int lamp, LampColour colour) {
-    const bool lit = colour != LampColour::dark;
-    const auto status = [lit](int bit) {
-        return [lit, bit](const std::string& payload) {
-            return !payload.empty() && lit == ((static_cast<unsigned char>(payload[0]) & bit) != 0);
-        };
-    };
-    const auto state = [lit](const char* part) {
-        return [lit, part](const std::string& payload) { return lit == contains(payload, part); };
-    };
-    switch (lamp) {
-        case 5:
-            return {{std::string(k_status_request), status(k_hv_on)}};
-        case 6:
-            return {{std::string(k_alarm_request), state("Standby")}};
-        case 7:
-            return {{std::string(k_status_request), status(k_rf_on)}};
-        case 8:
-            return {{std::string(k_alarm_request), state("RF off")}};
-        default:
-            return {};  // a key's own lamp
-    }
-}
-
-// The newest reply of that amplifier that bears one of the claims out.
 const Said* DisplayWatch::found(int address, const Claims& claims, Duration within) const {
     const std::deque<Said>& said = line_.said(address);
     const auto newest = std::find_if(said.rbegin(), said.rend(), [&](const Said& one) {
@@ -220,25 +49,39 @@ void DisplayWatch::judge(const Claims& claims, const std::string& what, Duration
     }
     int other = 0;
     for (const auto& amplifier : line_.bus().amplifiers())
-        if (found(amplifier->model().address, claims, k_shown_within) != nullptr)
+        if ((other == 0 || other == own) &&
+            found(amplifier->model().address, claims, k_shown_within) != nullptr)
             other = amplifier->model().address;
     if (other != 0 && other != own && !bus_.looks_at_reply_address(own))
-        ++counts_.others_early;
-    else
-        ++(other != 0 ? counts_.others : counts_.nobodys);
-    if (counts_.first_wrong.empty())
-        counts_.first_wrong = "amplifier " + std::to_string(own) + ", screen " +
-                              std::to_string(head_.state().menu_ptr) + ", exchange " +
-                              std::to_string(line_.exchanges) + ": " + what +
-                              (other == own ? ", long ago"
-                               : other != 0 ? ", of amplifier " + std::to_string(other)
-                                            : "");
+        return void(++counts_.others_early);
+    ++(other != 0 && other != own ? counts_.others : counts_.nobodys);
+    findings_.tell("value", own, "what the amplifier said lately",
+                   what + " on screen " + std::to_string(head_.state().menu_ptr) +
+                       (other == own ? ", said long ago"
+                        : other != 0 ? ", said by amplifier " + std::to_string(other)
+                                     : ", said by nobody"));
 }
 
-void DisplayWatch::judge_event(const Claims& claims) {
+void DisplayWatch::judge_event(const Claims& claims, const std::string& text) {
     ++counts_.events;
-    counts_.wrong_events +=
-        found(head_.identity().unit_address, claims, k_list_drawn_within) == nullptr ? 1 : 0;
+    const int own = head_.identity().unit_address;
+    if (found(own, claims, k_list_drawn_within) != nullptr)
+        return;
+    if (!bus_.looks_at_reply_address(own))
+        return void(++counts_.others_early);
+    ++counts_.wrong_events;
+    findings_.tell("event list", own, "the entry of that number", "\"" + text + "\"");
+}
+
+// The levels never change, and MORE shows the next one of those in hand, however old.
+void DisplayWatch::judge_level(const Claims& claims, const std::string& text) {
+    ++counts_.values;
+    const int own = head_.identity().unit_address;
+    if (claims.front().holds(line_.bus().find(own)->limits_block()) ||
+        found(own, claims, k_shown_within) != nullptr)
+        return;
+    ++counts_.nobodys;
+    findings_.tell("value", own, "the level of that name", "\"" + text + "\"");
 }
 
 // The label names a band that the amplifier said; when it was read the display may have shown something else.
@@ -248,7 +91,14 @@ void DisplayWatch::judge_label(const std::string& label) {
     label_ = label;
     ++counts_.labels;
     const char number = label.starts_with("Ku") ? '0' : label.starts_with("X ") ? '1' : '2';
-    counts_.wrong_labels += bands_said_.contains(number) ? 0 : 1;
+    const int own = head_.identity().unit_address;
+    const bool said_long_ago =
+        found(own, {{"RDBAND", [&](const std::string& t) { return t.ends_with(number); }}}, k_shown_within) !=
+        nullptr;
+    if (bands_said_.contains(number) || said_long_ago || line_.may_mistake_band(own, number))
+        return;
+    ++counts_.wrong_labels;
+    findings_.tell("band label", own, "a band that the amplifier said", "\"" + label + "\"");
 }
 
 // A band that has come is one of those that the amplifier said lately, whatever the station made of it.
@@ -286,6 +136,8 @@ std::string DisplayWatch::value_in_row(int row, const std::string& text) const {
         return padded(value, 20).substr(11);
     if (head_.state().menu_ptr == 1 && row == 3 && !value.starts_with("Helix Current"))
         return value.substr(0, 16);
+    if (head_.state().menu_ptr == 4 && row == 1)
+        return value.substr(0, 18);  // the unit comes with the status
     return value;
 }
 
@@ -296,21 +148,28 @@ void DisplayWatch::look_at_row(int row) {
         return;
     rows_[i] = text;
     const bool alarm_blinks = row == 3 && head_.state().gain_mode && text == padded("", 20);
-    const bool readout_begins = row == 4 && head_.state().gain_mode && contains(text, "    dB ");
+    const bool readout_begins =
+        row == 4 && head_.state().gain_mode && text.find("    dB ") != std::string::npos;
     const std::string value = value_in_row(row, text);
     if (alarm_blinks || readout_begins || values_[i] == value)
         return;
     values_[i] = value;
     drawn_[i] = clock_.now();
-    const Claims claims = claims_of_row(row, text);
+    const Claims claims = claims_of_row(head_, row, text);
     if (claims.empty())
         return;
     const bool comes_back = text.starts_with("Helix Current");  // in the place of an alarm
+    const bool is_page = claims.front().command == k_status_request;
+    const bool is_level = claims.front().command == k_limits_request;
     if (claims.front().command.starts_with(k_event_request))
-        judge_event(claims);
+        judge_event(claims, text);
+    else if (is_level)
+        judge_level(claims, text);
     else
         judge(claims, "row " + std::to_string(row) + " \"" + text + "\"",
-              comes_back ? k_shown_within : k_drawn_within);
+              comes_back ? k_shown_within
+              : is_page  ? k_page_drawn_within
+                         : k_drawn_within);
 }
 
 void DisplayWatch::changed() {
@@ -324,7 +183,7 @@ void DisplayWatch::changed() {
             continue;
         seen = panel.lamp(lamp);
         Instant& out = put_out_[static_cast<std::size_t>(lamp - 1)];
-        if (seen == LampColour::dark && dark_screen()) {
+        if (seen == LampColour::dark && is_dark(head_)) {
             out = clock_.now();
             continue;
         }
@@ -336,9 +195,7 @@ void DisplayWatch::changed() {
     if (gauge_ != panel.gauge()) {
         gauge_ = panel.gauge();
         if (gauge_)
-            judge(
-                {{std::string(k_analog_request), Words{{{1, static_cast<int>(std::lround(*gauge_ * 10))}}}}},
-                "gauge", k_drawn_within);
+            judge(claims_of_gauge(*gauge_), "gauge", k_drawn_within);
     }
 }
 
@@ -346,15 +203,21 @@ void DisplayWatch::look() {
     const Head& head = head_.state();
     look_for_answers();
     look_at_band();
-    if (!shows_status_screen())
+    if (!shows_status_screen(head_))
         return;
     for (int row = 1; row <= 3; ++row) {
-        const Claims claims = claims_of_row(row, head_.panel().line(row));
+        const Claims claims = claims_of_row(head_, row, head_.panel().line(row));
         if (claims.empty())
             continue;
         const Said* said = found(head.identity.unit_address, claims, k_shown_within);
         const Instant from = said != nullptr ? said->at : drawn_[static_cast<std::size_t>(row - 1)];
-        counts_.oldest_shown = std::max(counts_.oldest_shown, clock_.now() - from);
+        const Duration age = clock_.now() - from;
+        counts_.oldest_shown = std::max(counts_.oldest_shown, age);
+        if (age > k_stands_within)
+            findings_.judge("stale value", head.identity.unit_address,
+                            age - line_.lost_or_failing(from, head.identity.unit_address), k_stands_within,
+                            counts_.oldest_unspoilt, "row " + std::to_string(row) + " to be newer",
+                            "\"" + head_.panel().line(row) + "\"");
     }
 }
 
@@ -372,7 +235,8 @@ void DisplayWatch::look_for_answers() {
 void DisplayWatch::look_at_band() {
     const Head& head = head_.state();
     const std::string& row = head_.panel().line(1);
-    if (!shows_status_screen() || head.menu_ptr != 1 || head.band.band_count == 0 || !row.ends_with(" dBm"))
+    if (!shows_status_screen(head_) || head.menu_ptr != 1 || head.band.band_count == 0 ||
+        !row.ends_with(" dBm"))
         return wrong_band_since_.reset();
     const int band = line_.bus().find(head.identity.unit_address)->band();
     const int shown = row.starts_with("Ku") ? 0 : row.starts_with("X ") ? 1 : 2;
@@ -380,8 +244,24 @@ void DisplayWatch::look_at_band() {
         wrong_band_since_.reset();
     else if (!wrong_band_since_)
         wrong_band_since_ = clock_.now();
-    else
-        counts_.wrong_band = std::max(counts_.wrong_band, clock_.now() - *wrong_band_since_);
+    if (!wrong_band_since_)
+        return;
+    counts_.wrong_band = std::max(counts_.wrong_band, clock_.now() - *wrong_band_since_);
+    const std::deque<Said>& said = line_.said(head.identity.unit_address);
+    const auto set = std::find_if(said.rbegin(), said.rend(), [](const Said& one) {
+        return one.accepted && one.command.starts_with("SBAND");
+    });
+    if (set == said.rend() || set->speaker != Speaker::head)
+        return;
+    const Instant since = std::max(set->at, *wrong_band_since_);
+    // A read that fails, or a foreign one with the former band, is the last until the screen is entered
+    // again; after four in a row that nobody has answered there is none for some seconds.
+    constexpr std::chrono::seconds k_left_alone{20};
+    if (line_.spoilt_bands(head.identity.unit_address, since - k_left_alone) > 0)
+        return;
+    const Duration late = clock_.now() - since - line_.lost(since);
+    findings_.judge("band label", head.identity.unit_address, late, k_own_band_limit, counts_.own_band,
+                    "that of its BAND key", "\"" + row + "\"");
 }
 
 void DisplayWatch::watch(const LineRequest& request) {

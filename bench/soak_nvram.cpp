@@ -155,7 +155,10 @@ void ServiceEngineer::watch(const LineRequest& order) {
         asked = asked && (next || read_back || (sent_ > 0 && is(sent_ - 1)));
         sent_ += next ? 1 : 0;
     }
-    counts.unasked += asked ? 0 : 1;
+    if (asked)
+        return;
+    ++counts.unasked;
+    findings_.tell("nvRam transfer", order.address, "only what it needs", to_hex(order.command));
 }
 
 // What the transfer says of itself, against the file and the memory. What it says of an end before the
@@ -178,10 +181,8 @@ void ServiceEngineer::judge() {
     if (read ? file_is_right(static_cast<int>(taken), done) : memory_is_right(taken, done))
         return;
     ++counts.wrong;
-    if (counts.first_wrong.empty())
-        counts.first_wrong = std::string(read ? "read" : "write") + " of amplifier " +
-                             std::to_string(address_) + ", exchange " + std::to_string(line_.exchanges) +
-                             ", " + std::to_string(taken) + " blocks, \"" + status + "\"";
+    findings_.tell("nvRam transfer", address_, read ? "the memory in the file" : "the file in the memory",
+                   "\"" + status + "\" after " + std::to_string(taken) + " blocks, and something else");
 }
 
 // The blocks as they are in the memory, from the first one on, and not a byte more.

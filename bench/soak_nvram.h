@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/soak_findings.h"
 #include "bench/soak_line.h"
 #include "station/station.h"
 #include "tools/nvram_transfer.h"
@@ -18,21 +19,21 @@ struct NvramCounts {
     long writes_done = 0, writes_ended = 0;
     long blocks_read = 0, blocks_written = 0;  // of all of them
     long wrong = 0;                            // transfers whose file or memory is not what was said of it
-    long unasked = 0;         // commands to an amplifier that the transfer in hand has no use for
-    std::string first_wrong;  // in words
+    long unasked = 0;  // commands to an amplifier that the transfer in hand has no use for
 };
 
 class ServiceEngineer : public BusGuest {
   public:
     // The files are made in the folder.
     ServiceEngineer(Station& station, BusLink& bus, Operator& person, SoakLine& line, FaultyLine& chance,
-                    Clock& clock, const std::string& folder)
+                    Clock& clock, const std::string& folder, Findings& findings)
         : station_(station),
           bus_(bus),
           person_(person),
           line_(line),
           chance_(chance),
           clock_(clock),
+          findings_(findings),
           path_(folder + "/nv.txt") {}
 
     // Begins, goes on with, pauses or ends a transfer, when it is time.
@@ -73,6 +74,7 @@ class ServiceEngineer : public BusGuest {
     SoakLine& line_;
     FaultyLine& chance_;
     Clock& clock_;
+    Findings& findings_;
     const std::string path_;
 
     std::unique_ptr<NvramTransfer> transfer_;

@@ -21,7 +21,7 @@ constexpr std::string_view k_replied =
     "No response from amplifier, check 422/485 connection to the amplifier";
 constexpr std::string_view k_malformed = "No message from amplifier, wrong command";
 constexpr std::size_t k_remembered = 200;  // lines that may still be carried out
-constexpr seconds k_answer_limit{120};     // a burst on a bad line waits for itself
+constexpr seconds k_answer_limit{300};     // a burst on a bad line waits for itself
 constexpr std::string_view k_manual_hang_up = "manually hang up";
 
 constexpr std::string_view k_reads[] = {"RDBAND"sv, "RDS/N"sv, "RDSTAT"sv, "*IDN?"sv, "NOSUCH"sv};
@@ -43,11 +43,12 @@ double address_in(const std::string& text, std::size_t start, std::size_t comma)
 }  // namespace
 
 RemoteStation::RemoteStation(Station& station, BusLink& bus, SoakLine& line, FaultyLine& chance, Clock& clock,
-                             std::string folder)
+                             std::string folder, Findings& findings)
     : station_(station),
       bus_line_(line),
       chance_(chance),
       clock_(clock),
+      findings_(findings),
       port_(clock, chance),
       line_(&port_, clock),
       terminal_(line_, bus, std::move(folder)) {
@@ -151,7 +152,10 @@ void RemoteStation::remember_requests(std::string_view bytes) {
 }
 
 void RemoteStation::speak() {
-    counts.unanswered += std::exchange(awaited_, 0) + (std::exchange(awaited_wrong_, 0) > 0 ? 1 : 0);
+    const int unanswered = std::exchange(awaited_, 0) + (std::exchange(awaited_wrong_, 0) > 0 ? 1 : 0);
+    counts.unanswered += unanswered;
+    if (unanswered > 0)
+        findings_.tell("remote line", 0, "an answer", "none");
     if (chance_.one_in(4))
         say_other();
     else if (chance_.one_in(6))
@@ -226,12 +230,11 @@ void RemoteStation::watch(const LineRequest& order) {
     }
     if (std::any_of(asked_.begin(), asked_.end(), asks)) {
         ++counts.settings_twice;
+        findings_.tell("remote line", order.address, "its command once", to_hex(order.command) + " again");
         return;
     }
     ++counts.unasked;
-    if (counts.first_unasked.empty())
-        counts.first_unasked = "by the terminal, amplifier " + std::to_string(order.address) + ", exchange " +
-                               std::to_string(bus_line_.exchanges) + ": " + to_hex(order.command);
+    findings_.tell("remote line", order.address, "nothing that no line asks for", to_hex(order.command));
 }
 
 // Asked at the end of the exchange that decides the answer.
@@ -247,7 +250,7 @@ RemoteStation::Expected RemoteStation::expected(const LineRequest& order, bool s
     const std::deque<Said>& said = bus_line_.said(order.address);
     if (said.empty() || said.back().number != bus_line_.exchanges)
         return result;
-    result.silence = cut || said.back().fault != LineFault::none || !said.back().alone;
+    result.silence = cut || !said.back().sound;
     result.lost = setting_sent && said.back().accepted;
     return result;
 }
@@ -270,33 +273,32 @@ void RemoteStation::judge(const std::string& answer) {
         const auto line = std::find_if(asked_.begin(), asked_.end(),
                                        [](const Asked& asked) { return !asked.used && asked.malformed(); });
         if (line == asked_.end())
-            return wrong("a sound line was called wrong");
+            return wrong("an answer to a sound line", answer);
         line->used = true;
         return;
     }
     awaited_ = std::max(0, awaited_ - 1);
     if (expected_.empty())
-        return wrong("an answer to nothing: " + answer);
+        return wrong("no answer to nothing", answer);
     const Expected due = expected_.front();
     expected_.pop_front();
     if (answer == k_replied) {
         if (!due.replied && due.another)
             ++counts.of_another;
         else if (!due.replied)
-            wrong("no reply, but told of one: " + due.what);
+            wrong("an empty line, " + due.what + " got no reply", answer);
     } else if (!answer.empty()) {
-        wrong("not an answer that there is: " + answer);
+        wrong("an answer that there is", answer);
     } else if (!due.silence) {
-        wrong("a sound reply was not told: " + due.what);
+        wrong("word of the sound reply to " + due.what, "an empty line");
     } else {
         counts.settings_lost += due.lost ? 1 : 0;
     }
 }
 
-void RemoteStation::wrong(const std::string& what) {
+void RemoteStation::wrong(const std::string& expected, const std::string& seen) {
     ++counts.wrong;
-    if (counts.first_wrong.empty())
-        counts.first_wrong = what;
+    findings_.tell("remote answer", 0, expected, "\"" + seen + "\"");
 }
 
 Instant RemoteStation::next_turn() {

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "bench/soak_findings.h"
 #include "bench/soak_line.h"
 #include "bench/soak_terminal_port.h"
 #include "station/station.h"
@@ -27,15 +28,13 @@ struct RemoteCounts {
     long settings = 0;        // sent to an amplifier
     long settings_twice = 0;  // sent again for the same line
     long settings_lost = 0;   // carried out, but the remote station was told that nobody replied
-    std::string first_wrong;  // in words
-    std::string first_unasked;
 };
 
 class RemoteStation : public BusGuest {
   public:
     // "rs422.dat" is looked for in the folder.
     RemoteStation(Station& station, BusLink& bus, SoakLine& line, FaultyLine& chance, Clock& clock,
-                  std::string folder);
+                  std::string folder, Findings& findings);
     ~RemoteStation() override { station_.remove_guest(*this); }
 
     // Lets the remote station speak and the terminal work, when it is time.
@@ -79,13 +78,14 @@ class RemoteStation : public BusGuest {
     Expected expected(const LineRequest& order, bool setting_sent, bool cut);
     void hear();
     void judge(const std::string& answer);
-    void wrong(const std::string& what);
+    void wrong(const std::string& expected, const std::string& seen);
     void hung_up();
 
     Station& station_;
     SoakLine& bus_line_;
     FaultyLine& chance_;
     Clock& clock_;
+    Findings& findings_;
     TerminalPort port_;
     TerminalLine line_;
     Terminal terminal_;

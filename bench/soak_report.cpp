@@ -6,16 +6,13 @@
 #include <filesystem>
 #include <fstream>
 #include <numeric>
+#include <utility>
 
 namespace ampdesk::bench {
 
 namespace {
 
 using O = const Outcome&;
-
-// The third read that fails after its second try puts up the error screen; first tries of other kinds may
-// have failed between them.
-constexpr long k_most_failed = 9;
 
 // One line of the table, a column an outcome.
 class Table {
@@ -38,18 +35,31 @@ class Table {
     template <class Figure>
     void zero_when_checked_row(std::string_view what, Figure figure) {
         row(std::string(what) + " (0 when checked)", figure);
-        broken_ = broken_ || figure(outcomes_[1]) != 0;
+        check(what, figure(outcomes_[1]) != 0);
     }
 
     template <class Figure>
     void most_row(std::string_view what, Figure figure, long most) {
         row(std::string(what) + (most == 0 ? " (must be 0)" : " (at most " + std::to_string(most) + ")"),
             figure);
-        for (const Outcome& outcome : outcomes_) broken_ = broken_ || figure(outcome) > most;
+        for (const Outcome& outcome : outcomes_) check(what, figure(outcome) > most);
     }
-    bool broken() const { return broken_; }
+
+    // The longest that something took.
+    template <class Figure>
+    void limit_row(std::string_view what, Figure figure, Duration most) {
+        row(std::string(what) + " (at most " + text(most) + ")", figure);
+        for (const Outcome& outcome : outcomes_) check(what, figure(outcome) > most);
+    }
+
+    // The first check that was broken; empty when all is as it must be.
+    const std::string& broken() const { return broken_; }
 
   private:
+    void check(std::string_view what, bool is_broken) {
+        if (is_broken && broken_.empty())
+            broken_ = what;
+    }
     static std::string text(long value) { return std::to_string(value); }
     static std::string text(double value) {
         std::array<char, 32> buffer{};
@@ -61,7 +71,7 @@ class Table {
     }
 
     const std::array<Outcome, 2>& outcomes_;
-    bool broken_ = false;
+    std::string broken_;
 };
 
 void report_line(Table& table) {
@@ -71,7 +81,19 @@ void report_line(Table& table) {
               [](O o) { return std::accumulate(o.faults.begin() + 1, o.faults.end(), 0L); });
     for (std::size_t i = 1; i < k_fault_names.size(); ++i)
         table.row("  " + std::string(k_fault_names[i]), [i](O o) { return o.faults[i]; });
+    table.row("  garbled, and with a good CRC", [](O o) { return o.forgeries; });
+    table.row("requests spoilt",
+              [](O o) { return std::accumulate(o.request_faults.begin() + 1, o.request_faults.end(), 0L); });
+    for (std::size_t i = 1; i < k_request_fault_names.size(); ++i)
+        table.row("  " + std::string(k_request_fault_names[i]), [i](O o) { return o.request_faults[i]; });
+    table.row("what nobody asked for",
+              [](O o) { return std::accumulate(o.strays.begin() + 1, o.strays.end(), 0L); });
+    for (std::size_t i = 1; i < k_stray_names.size(); ++i)
+        table.row("  " + std::string(k_stray_names[i]), [i](O o) { return o.strays[i]; });
+    table.zero_row("requests into a line that was not left quiet", [](O o) { return o.interruptions; });
     table.row("times an amplifier fell silent", [](O o) { return o.outages; });
+    table.row("times all fell silent at once", [](O o) { return o.dead_lines; });
+    table.row("times an amplifier was replaced", [](O o) { return o.replacements; });
     table.row("shutdowns", [](O o) { return o.shutdowns; });
     table.row("message boxes", [](O o) { return o.boxes; });
 }
@@ -84,18 +106,57 @@ void report_display(Table& table) {
                                 [](O o) { return o.display.others_early; });
     table.row("age of a value at most, when drawn", [](O o) { return o.display.oldest_drawn; });
     table.row("  … while it stood on a status screen", [](O o) { return o.display.oldest_shown; });
+    table.limit_row(
+        "  … spoilt exchanges taken off", [](O o) { return o.display.oldest_unspoilt; }, k_stands_within);
     table.row("  … while its amplifier answered nothing", [](O o) { return o.display.unanswered; });
-    table.most_row(
-        "  … reads that failed in a row meanwhile", [](O o) { return o.display.failed_in_a_row; },
-        k_most_failed);
+    table.row("  … reads that failed in a row meanwhile", [](O o) { return o.display.failed_in_a_row; });
     table.row("a live amplifier's status is asked every, on average",
               [](O o) { return o.display.status_time / std::max(o.display.status_intervals, 1L); });
     table.row("rows of the event list drawn", [](O o) { return o.display.events; });
-    table.zero_when_checked_row("  with another entry's text", [](O o) { return o.display.wrong_events; });
+    table.zero_row("  with another entry's text", [](O o) { return o.display.wrong_events; });
     table.row("band labels drawn", [](O o) { return o.display.labels; });
-    table.zero_when_checked_row("  that the amplifier had not said",
-                                [](O o) { return o.display.wrong_labels; });
+    table.zero_row("  that the amplifier had not said", [](O o) { return o.display.wrong_labels; });
+    table.limit_row(
+        "  longest lag behind its own BAND key", [](O o) { return o.display.own_band; }, k_own_band_limit);
     table.row("  longest lag behind a band set elsewhere", [](O o) { return o.display.wrong_band; });
+}
+
+void report_timely(Table& table) {
+    table.limit_row(
+        "a display behind a reply", [](O o) { return o.timely.behind; }, limit::k_behind);
+    table.limit_row(
+        "status asked every", [](O o) { return o.pace.status; }, limit::k_status);
+    table.limit_row(
+        "what the window in front shows", [](O o) { return o.pace.front; }, limit::k_front);
+    table.limit_row(
+        "what the others show", [](O o) { return o.pace.behind_it; }, limit::k_behind_it);
+    table.limit_row(
+        "a silent amplifier", [](O o) { return o.pace.look; }, limit::k_look);
+    table.limit_row(
+        "a guest waits", [](O o) { return o.pace.guest; }, limit::k_guest);
+    table.limit_row(
+        "shutdown to its display", [](O o) { return o.timely.shutdown_due; }, limit::k_shutdown_due);
+    table.limit_row(
+        "  its display after its end", [](O o) { return o.timely.shutdown_stays; }, limit::k_behind);
+    table.limit_row(
+        "  its display without a beep", [](O o) { return o.timely.mute; }, limit::k_mute);
+    table.limit_row(
+        "an alarm without a beep", [](O o) { return o.timely.alarm_mute; }, limit::k_alarm_mute);
+    table.limit_row(
+        "a band is asked for after its key", [](O o) { return o.pace.band; }, limit::k_band);
+    table.zero_row("values that went for nothing", [](O o) { return o.timely.blanked; });
+    table.zero_row("shutdown displays without a shutdown, or another",
+                   [](O o) { return o.timely.unfounded; });
+    table.limit_row(
+        "silence to the error screen", [](O o) { return o.timely.error_due; }, limit::k_error_due);
+    table.most_row(
+        "  reads without an answer before it", [](O o) { return o.timely.unanswered; }, limit::k_unanswered);
+    table.limit_row(
+        "  the error screen after an answer", [](O o) { return o.timely.error_stays; }, limit::k_behind);
+    table.zero_row("  a dead line without all of them", [](O o) { return o.timely.dead_lines; });
+    table.zero_row("  the error screen too early, or with lamps", [](O o) { return o.timely.early_errors; });
+    table.zero_row("  looks at a silent amplifier too soon", [](O o) { return o.pace.hasty_looks; });
+    table.zero_row("replies passed over for their address", [](O o) { return o.timely.passed_over; });
 }
 
 void report_settings(Table& table) {
@@ -105,7 +166,15 @@ void report_settings(Table& table) {
     table.zero_row("  sent twice", [](O o) { return o.settings.twice; });
     table.zero_row("  of an On-key, long after it was pressed", [](O o) { return o.settings.stale; });
     table.zero_row("  refused, but taken for carried out", [](O o) { return o.settings.misread; });
+    table.zero_when_checked_row("  … before its address was learned",
+                                [](O o) { return o.settings.misread_early; });
+    table.zero_row("  answered soundly, but taken for unanswered", [](O o) { return o.settings.deaf; });
+    table.zero_row("  before a key that was pressed earlier", [](O o) { return o.settings.overtaken; });
+    table.limit_row(
+        "  from an Off-key to the line", [](O o) { return o.settings.off_key; }, k_off_key_limit);
     table.row("  lost: carried out, but the reply did not arrive", [](O o) { return o.settings.lost; });
+    table.zero_row("keys of which nothing came", [](O o) { return o.settings.unsent; });
+    table.row("  On-keys that waited too long, and said so", [](O o) { return o.settings.dropped; });
 }
 
 void report_remote(Table& table) {
@@ -157,24 +226,25 @@ Footprint Footprint::now() {
     return print;
 }
 
-bool report(const std::array<Outcome, 2>& outcomes) {
+bool report(const std::array<Outcome, 2>& outcomes, unsigned seed) {
     Table table(outcomes);
     std::printf("%-54s %14s %14s\n", "reply_address", "learned", "checked");
     report_line(table);
     report_display(table);
+    report_timely(table);
     report_settings(table);
     report_remote(table);
     report_nvram(table);
     report_footprint(table);
-    for (O o : outcomes)
-        for (const auto& [what, first] : {std::pair{"wrong value", &o.display.first_wrong},
-                                          {"unasked setting", &o.settings.first_unasked},
-                                          {"wrong answer", &o.remote.first_wrong},
-                                          {"unasked command", &o.remote.first_unasked},
-                                          {"wrong transfer", &o.nvram.first_wrong}})
-            if (!first->empty())
-                std::printf("first %s: %s\n", what, first->c_str());
-    return !table.broken();
+    constexpr const char* k_columns[] = {"learned", "checked"};
+    bool found = false;
+    for (std::size_t i = 0; i < outcomes.size(); ++i)
+        for (const std::string& finding : outcomes[i].findings)
+            std::printf("%s finding: seed %u, %s, %s\n", std::exchange(found, true) ? "another" : "first",
+                        seed, k_columns[i], finding.c_str());
+    if (!found && !table.broken().empty())
+        std::printf("first broken row: seed %u, %s\n", seed, table.broken().c_str());
+    return !found && table.broken().empty();
 }
 
 }  // namespace ampdesk::bench

@@ -43,6 +43,16 @@ void Weather::turn() {
         a.shut_down(chance_.number(1, 9), "Reason " + std::to_string(chance_.number(10, 99)));
         ++shutdowns;
     }
+    if (chance_.one_in(300))  // by somebody else
+        a.acknowledge_shutdown();
+    if (a.line.wrong_address ? chance_.one_in(300) : chance_.one_in(5000)) {
+        ++replacements;
+        a.line.wrong_address = a.line.wrong_address ? std::nullopt : std::optional<std::uint8_t>(0);
+    }
+    if (chance_.one_in(10'000)) {  // the line is dead
+        ++dead_lines;
+        for (const auto& amplifier : bus_.amplifiers()) amplifier->line.silent = true;
+    }
     if (a.line.silent ? chance_.one_in(100) : chance_.one_in(1500)) {
         outages += a.line.silent ? 0 : 1;
         a.line.silent = !a.line.silent;

@@ -20,6 +20,8 @@ class Weather {
 
     long shutdowns = 0;
     long outages = 0;
+    long dead_lines = 0;    // all of them at once
+    long replacements = 0;  // by an amplifier that does not send its address, or back
 
   private:
     demo::SimBus& bus_;
