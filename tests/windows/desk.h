@@ -39,6 +39,23 @@ class DeskOperator : public QtOperator {
     std::function<Answer(const Message&)> on_ask;
 };
 
+// Looks for a dialog of that kind and name in front of everything, and acts on it once.
+class DialogWatch : public QTimer {
+  public:
+    template <class Dialog>
+    void begin(const char* name, std::function<void(Dialog&)> act) {
+        disconnect();
+        callOnTimeout([this, name, act = std::move(act)] {
+            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+            if (dialog == nullptr || dialog->objectName() != QLatin1String(name))
+                return;
+            stop();
+            act(*dialog);
+        });
+        start(1);
+    }
+};
+
 class Desk : public ::testing::Test {
   protected:
     // Without a port the terminal stays closed, as in the demonstration.
@@ -51,30 +68,11 @@ class Desk : public ::testing::Test {
         std::filesystem::current_path(folder.path());
         person.sound = [this] { ++sounds; };
         link.on_traffic = [this](const BusTraffic& traffic) {
-            if (!traffic.sent)
-                return;
-            ++frames_sent[traffic.address];
-            if (const SentFrame order = sent_frame(traffic.bytes); order.setting())
+            if (const SentFrame order = traffic.sent ? sent_frame(traffic.bytes) : SentFrame{};
+                order.setting())
                 settings.push_back(order.command);
         };
         link.open_bus_port("COM1:", 9600, 0, 8, 1);
-        QObject::connect(&box_watch, &QTimer::timeout, &form, [this] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (box == nullptr)
-                return;
-            box_watch.stop();
-            told = box->text().toStdString();
-            box_action(*box);
-            QTest::keyClick(box, Qt::Key_Escape);
-        });
-        QObject::connect(&dialog_watch, &QTimer::timeout, &form, [this] {
-            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr || dialog->objectName() != dialog_name)
-                return;
-            dialog_watch.stop();
-            const auto action = std::move(dialog_action);
-            action(*dialog);
-        });
         // The windows' own thread serves the station, too; whoever waits for a dialog waits for it.
         QObject::connect(&turns, &QTimer::timeout, &form, [this] {
             if (QApplication::activeModalWidget() != nullptr)
@@ -176,14 +174,17 @@ class Desk : public ::testing::Test {
 
     // Keeps the text of the next message box in `told`, runs the action, then closes the box with
     // Escape. A test whose box never came fails.
-    void when_box_opens(std::function<void(QMessageBox&)> action = [](QMessageBox&) {}) {
-        box_action = std::move(action);
-        box_watch.start(1);
+    void when_box_opens(const std::function<void(QMessageBox&)>& action = [](QMessageBox&) {}) {
+        box_watch.begin<QMessageBox>("", [this, action](QMessageBox& box) {
+            told = box.text().toStdString();
+            action(box);
+            QTest::keyClick(&box, Qt::Key_Escape);
+        });
     }
 
     // Until that box has come and gone.
     void let_box_close() {
-        EXPECT_TRUE(QTest::qWaitFor([this] { return !box_watch.isActive(); }));
+        EXPECT_TRUE(soon([this] { return !box_watch.isActive(); }));
         QApplication::processEvents();
     }
 
@@ -207,15 +208,16 @@ class Desk : public ::testing::Test {
     }
 
     // Runs the action as soon as the dialog of that name is open.
-    void when_dialog_opens(const char* name, std::function<void(QDialog&)> action) {
-        dialog_name = QLatin1String(name);
-        dialog_action = std::move(action);
-        dialog_watch.start(1);
+    template <class Dialog = QDialog, class Act>
+    void when_dialog_opens(const char* name, Act act) {
+        dialog_watch.begin<Dialog>(name, std::move(act));
     }
 
+    // Until it is so; the clock stands still. A slow machine is no fault.
+    static bool soon(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 60'000); }
     // Lets the station live until it is so.
     bool comes(const std::function<bool()>& condition) {
-        return QTest::qWaitFor([&] {
+        return soon([&] {
             clock.advance(std::chrono::milliseconds(100));
             return condition();
         });
@@ -236,17 +238,13 @@ class Desk : public ::testing::Test {
     MDIForm1 form;
 
     std::vector<std::string> settings;  // commands of class 16, without their frames
-    std::map<int, int> frames_sent;     // by address
     bool stepping = false;
     int sounds = 0;
     std::string told;
     std::vector<std::string> kept_boxes;
     QTimer turns;
-    QTimer box_watch;
-    std::function<void(QMessageBox&)> box_action;
-    QTimer dialog_watch;
-    QString dialog_name;
-    std::function<void(QDialog&)> dialog_action;
+    DialogWatch box_watch;
+    DialogWatch dialog_watch;
 };
 
 }  // namespace ampdesk

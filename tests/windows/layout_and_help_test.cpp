@@ -55,13 +55,11 @@ struct Help : Desk {
 
 // A viewer without pages, a menu item that shows the wrong part, a failure that is not told.
 TEST_F(Help, ShowsTheManualOrTellsWhy) {
-    when_box_opens([](const QMessageBox& box) {
-        EXPECT_EQ(box.text(), QStringLiteral("The manual cannot be opened"));
-        EXPECT_TRUE(box.informativeText().contains(QStringLiteral("ampdesk.hlp")));
-    });
-    pick("mnuHelpItem(0)");
-
     keep_boxes();
+    pick("mnuHelpItem(0)");
+    ASSERT_EQ(kept_boxes.size(), 1U);
+    EXPECT_TRUE(kept_boxes[0].starts_with("The manual cannot be opened|")) << kept_boxes[0];
+    EXPECT_NE(kept_boxes[0].find("ampdesk.hlp"), std::string::npos);
     // Alone in the program's folder, it is another program's or has lost its pages.
     folder.put("ampdesk.hlp", "");
     std::filesystem::copy(MANUAL_FOLDER "/ampdesk.hlp", "shipped");
@@ -74,9 +72,9 @@ TEST_F(Help, ShowsTheManualOrTellsWhy) {
     ASSERT_NE(viewer, nullptr);
     EXPECT_EQ(viewer->findChild<QTabWidget*>()->currentIndex(), 1);
     auto* contents = viewer->findChild<QTreeView*>();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return contents->model()->rowCount() > 10; }));
+    ASSERT_TRUE(soon([&] { return contents->model()->rowCount() > 10; }));
     EXPECT_FALSE(viewer->findChild<QTextBrowser*>()->toPlainText().isEmpty());
-    EXPECT_EQ(kept_boxes, std::vector<std::string>());
+    EXPECT_EQ(kept_boxes.size(), 1U);
     form.close();
 
     std::filesystem::rename("shipped/ampdesk.hlp", "shipped/ampdesk.HLP");
