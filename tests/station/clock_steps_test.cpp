@@ -8,8 +8,6 @@
 namespace ampdesk {
 namespace {
 
-using std::chrono::milliseconds;
-
 constexpr std::chrono::hours k_year{365 * 24};
 
 struct ClockStep {
@@ -21,10 +19,8 @@ struct ClockStep {
 
 const ClockStep k_steps[] = {
     {.name = "Midnight", .time_of_day = 24h}, {.name = "SummerTimeEnds", .wall = -1h, .time_of_day = 3h},
-    {.name = "SecondsForward", .wall = 10s},  {.name = "SecondsBack", .wall = -10s},
-    {.name = "AYearForward", .wall = k_year}, {.name = "AYearBack", .wall = -k_year},
-    {.name = "ADayOfSleep", .asleep = 24h},
-};
+    {.name = "SecondsForward", .wall = 10s},  {.name = "AYearForward", .wall = k_year},
+    {.name = "AYearBack", .wall = -k_year},   {.name = "ADayOfSleep", .asleep = 24h}};
 
 class ClockSteps : public StationTest, public testing::WithParamInterface<ClockStep> {
   protected:

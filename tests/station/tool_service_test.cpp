@@ -14,14 +14,8 @@ class ToolServiceTest : public StationTest {
     ToolServiceTest() { bus.open_bus_port("COM1:", 9600, 0, 8, 1); }
 
     void take(const ToolNotice& notice) {
-        if (const auto* state = std::get_if<notice::NvramState>(&notice)) {
-            panel = state->panel;
-            under_way_when_told.push_back({person.messages.size(), panel && panel->under_way});
-        } else if (const auto* result = std::get_if<notice::ConsoleResult>(&notice)) {
-            console += "result of " + std::to_string(result->result.unit_address) + ";";
-        } else {
-            console += "sending;";
-        }
+        panel = std::get<notice::NvramState>(notice).panel;
+        under_way_when_told.push_back({person.messages.size(), panel && panel->under_way});
     }
     void live(std::chrono::milliseconds length) {
         for (; length > 0ms; length -= 50ms) {
@@ -35,7 +29,6 @@ class ToolServiceTest : public StationTest {
 
     std::optional<NvramPanel> panel;
     std::vector<std::pair<std::size_t, bool>> under_way_when_told;  // after so many boxes
-    std::string console;
     ToolService tools{station, bus, person,
                       [this](const std::string& /*key*/, const ToolNotice& notice) { take(notice); }};
 };
@@ -90,17 +83,6 @@ TEST_F(ToolServiceTest, ATransferThatIsLost) {
     tools.take(act::ExitNvram{});
     live(20s);
     EXPECT_FALSE(panel);
-}
-
-// A display that is emptied for a command that is refused, or an answer that is nobody's.
-TEST_F(ToolServiceTest, TheConsole) {
-    tools.take(act::SendConsoleCommand{2, "A0 17 0"});
-    live(1s);
-    tools.take(act::SendConsoleCommand{2, "123"});
-    live(1s);
-    EXPECT_EQ(console, "sending;result of 2;");
-    EXPECT_EQ(port.requests, (std::vector<std::pair<int, char>>{{2, '\xA0'}}));
-    EXPECT_EQ(person.take_texts().size(), 1U);
 }
 
 }  // namespace

@@ -64,7 +64,8 @@ TEST_F(FaultDialog, MakesAndEndsFaultsOneByOne) {
     EXPECT_EQ(active(), u"");
 }
 
-// A dialog that goes on making faults on the amplifier it was opened for, or is blind when it opens again.
+// A dialog that goes on making faults on the amplifier it was opened for, or is blind when it opens again; a
+// fault that ends by itself and stays in the list.
 TEST_F(FaultDialog, FollowsTheActiveAmplifier) {
     choose("No answer");
     click(*dialog, "cmdMake");
@@ -87,6 +88,8 @@ TEST_F(FaultDialog, FollowsTheActiveAmplifier) {
     pick("mnuToolsScreen(1)");
     EXPECT_EQ(text_of("lblAmplifier"), u"Amplifier 1003, address 3, C/KU/X");
     EXPECT_EQ(active(), u"No answer");
+    bus.find(3)->line.silent = false;
+    EXPECT_TRUE(comes([&] { return active().isEmpty(); }));
 }
 
 }  // namespace
