@@ -43,7 +43,6 @@ TEST(OpeningFails, InTheseWords) {
         {file("COM2:", "6", "2"), failed | other_line, true},
         {file("COM1:", "7", "2"), failed | other_line, true},
         {file("COM1:", "6", "2"), failed | "not there", false, "", {PortError::not_found, "not there"}},
-        {file("COM1:", "6", "50"), wrong | ""},
         {file("COM1:", "6", "50"), wrong | "", true},
         {file("COM1:", "6", "2"), {no_serial, ""}, false, "RDS/N"},
         {file("COM1:", "6", "2"), {"Failed To Read *IDN For File com9.dat|", ""}, false, "*IDN?"},
@@ -76,15 +75,6 @@ TEST(OpeningFails, InTheseWords) {
 
 class AmplifierFiles : public StationTest {
   protected:
-    // Amplifier > Open with that file.
-    void open_interactively(const std::string& name) {
-        station.open_amplifier_file(folder / name);
-        let_start();
-    }
-    void open_automatically(const Texts& names) {
-        station.auto_open_dat_files(names);
-        let_start();
-    }
     void add(std::int16_t address, const std::string& number) {
         station.add_amplifier(address, number, "KU");
         let_start();
@@ -98,14 +88,14 @@ TEST_F(AmplifierFiles, RestoreColoursWithTheQuestionOnlyWhenOpenedByHand) {
     open({1});
     EXPECT_EQ(head(1).panel().look().fore_colour, 255);
     station.close_all();
-    const Texts question{"The settings for this HPA already exist, do you want to restore ? "};
     person.answers = {Answer::no};
-    open_interactively("com1001.dat");
-    EXPECT_EQ(person.take_texts(), question);
+    station.open_amplifier_file(folder / "com1001.dat");
+    let_start();
     EXPECT_NE(head(1).panel().look().fore_colour, 255);
     station.close_all();
     station.new_amplifier_window(1, "1001", "KU", true);
-    EXPECT_EQ(person.take_texts(), question);
+    const std::string question = "The settings for this HPA already exist, do you want to restore ? ";
+    EXPECT_EQ(person.take_texts(), (Texts{question, question}));
     station.close_all();
     EXPECT_TRUE(person.take_replies().empty());
 }
@@ -121,7 +111,8 @@ TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
 
     Texts names(100, "missing.dat");
     names.emplace_back("com1001.dat");
-    open_automatically(names);
+    station.auto_open_dat_files(names);
+    let_start();
     EXPECT_EQ(person.take_texts().size(), 100U);
     EXPECT_EQ(station.open_count(), 0);
 
@@ -133,7 +124,6 @@ TEST_F(AmplifierFiles, AreTriedOneAfterAnother) {
         station.close_all();
         poll(2s);
         EXPECT_EQ(station.open_count(), 0);
-        EXPECT_FALSE(station.opening_files());
     }
     port.lost_request = "RDS/N";
     station.open_amplifier_file(folder / "com1001.dat");
@@ -174,29 +164,25 @@ TEST_F(AmplifierFiles, AreMadeForNewAmplifiers) {
         station.close_all();
         for (const char* kept : {"com1004.dat", "set1004.dat"}) std::filesystem::remove(folder / kept);
     }
-    const struct {
-        std::string held;
-        const char* state;  // nullptr: not asked
-    } old_files[] = {{"RS-485\nCOM1:\n 6\n 3\n", nullptr},
-                     {file("7"), "holds address 7"},
-                     {file("3", "COM2:"), "holds another port or baud rate"},
-                     {file("3", "COM1:", "7"), "holds another port or baud rate"},
-                     {"RS-485\r\nCOM1:\r\n", "is damaged"}};
-
-    for (const auto& old : old_files)
+    const std::pair<std::string, std::string> old_files[] = {
+        {"RS-485\nCOM1:\n 6\n 3\n", ""},  // not asked
+        {file("7"), "holds address 7"},
+        {file("3", "COM2:"), "holds another port or baud rate"},
+        {file("3", "COM1:", "7"), "holds another port or baud rate"},
+        {"RS-485\r\nCOM1:\r\n", "is damaged"}};
+    for (const auto& [held, state] : old_files)
         for (const Answer answer : {Answer::no, Answer::yes}) {
-            SCOPED_TRACE(old.held);
-            const std::string path = folder.put("com1003.dat", old.held);
+            SCOPED_TRACE(held);
+            const std::string path = folder.put("com1003.dat", held);
             person.answers = {answer};
             add(3, "1003");
             EXPECT_EQ(station.open_count(), 1);
             station.close_all();
             std::filesystem::remove(folder / "set1003.dat");
-            const bool replaced = old.state != nullptr && answer == Answer::yes;
-            EXPECT_EQ(file_bytes(path), replaced ? file("3") : old.held);
-            EXPECT_EQ(person.take_texts(), old.state == nullptr ? Texts{}
-                                                                : Texts{std::string("File com1003.dat ") +
-                                                                        old.state + ". Replace it?"});
+            EXPECT_EQ(file_bytes(path), !state.empty() && answer == Answer::yes ? file("3") : held);
+            Texts asked = person.take_texts();
+            EXPECT_EQ(asked, Texts(asked.size(), "File com1003.dat " + state + ". Replace it?"));
+            EXPECT_EQ(asked.empty(), state.empty());
         }
 }
 
@@ -216,29 +202,30 @@ TEST_F(AmplifierFiles, OfAnAddressThatWasTakenMeanwhile) {
 // Save writes what is not in use, as a line that was tried and did not open, or Save As changes the
 // amplifier's own file.
 TEST_F(AmplifierFiles, AreSaved) {
+    const std::string second = file("2", "COM3:", "7");
     folder.put("a.dat", file("1", "COM3:", "7"));
-    folder.put("b.dat", file("2", "COM3:", "7"));
-    open_automatically({"a.dat", "b.dat"});
-    const auto first = station.open_heads()[0];
-    station.save(*first);
-    EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1", "COM3:", "7"));
-    EXPECT_TRUE(file_bytes(folder / "set1001.dat").starts_with("Color Settings"));
-    EXPECT_FALSE(std::filesystem::exists(folder / "com1002.dat"));
+    folder.put("b.dat", second);
+    station.auto_open_dat_files({"a.dat", "b.dat"});
+    let_start();
+    station.save(head(2));
+    EXPECT_EQ(file_bytes(folder / "com1002.dat"), second);
+    EXPECT_TRUE(file_bytes(folder / "set1002.dat").starts_with("Color Settings"));
+    EXPECT_EQ(file_bytes(folder / "com1001.dat"), "");
     station.save_all();
-    EXPECT_EQ(file_bytes(folder / "com1002.dat"), file("2", "COM3:", "7"));
-    station.save_as(first->identity().unit_address, folder / "copy.dat");
-    EXPECT_EQ(file_bytes(folder / "copy.dat"), file("1", "COM3:", "7"));
+    EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1", "COM3:", "7"));
+    station.save_as(2, folder / "copy.dat");
+    EXPECT_EQ(file_bytes(folder / "copy.dat"), second);
 
     port.open_result = {PortError::not_found, "not there"};
     bus.open_bus_port("COM1:", 1200, 0, 8, 1);
-    std::filesystem::remove(folder / "set1001.dat");
-    station.save(*first);
+    const std::string colours = folder.put("set1002.dat", "");
+    station.save(head(2));
     EXPECT_EQ(person.take_texts(), Texts{"No line to the amplifiers is open"});
-    EXPECT_EQ(file_bytes(folder / "com1001.dat"), file("1", "COM3:", "7"));
-    EXPECT_TRUE(std::filesystem::exists(folder / "set1001.dat"));
-    std::filesystem::remove(folder / "set1001.dat");
+    EXPECT_EQ(file_bytes(folder / "com1002.dat"), second);
+    EXPECT_NE(file_bytes(colours), "");
+    std::filesystem::remove(colours);
     station.close_all();
-    EXPECT_TRUE(std::filesystem::exists(folder / "set1001.dat"));
+    EXPECT_NE(file_bytes(colours), "");
 }
 
 }  // namespace
