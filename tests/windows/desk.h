@@ -21,22 +21,32 @@
 
 namespace ampdesk {
 
-// The operator behind real windows, whose answers a test may take over.
+// The operator behind real windows. Told to keep boxes, he opens none: text and detail of each are kept, and
+// OK or Yes is pressed.
 class DeskOperator : public QtOperator {
   public:
     void tell(const Message& message) override {
-        on_ask ? static_cast<void>(on_ask(message)) : QtOperator::tell(message);
+        if (!keep(message))
+            QtOperator::tell(message);
     }
     void put_question(int number, const Question& question) override {
-        if (!on_ask || question.kind != Question::Kind::choice)
-            return QtOperator::put_question(number, question);
-        QTimer::singleShot(0, qApp,
-                           [this, number, answer = on_ask(question.message)] { on_reply(number, {answer}); });
+        if (keep(question.message))
+            on_reply(number, {Answer::yes});
+        else
+            QtOperator::put_question(number, question);
     }
     Answer ask(const Message& message) override {
-        return on_ask ? on_ask(message) : QtOperator::ask(message);
+        return keep(message) ? Answer::ok : QtOperator::ask(message);
     }
-    std::function<Answer(const Message&)> on_ask;
+    bool keeps = false;
+    std::vector<std::string> kept;
+
+  private:
+    bool keep(const Message& message) {
+        if (keeps)
+            kept.push_back(message.text + (message.detail.empty() ? "" : "|") + message.detail);
+        return keeps;
+    }
 };
 
 // Looks for a dialog of that kind and name in front of everything, and acts on it once.
@@ -86,7 +96,6 @@ class Desk : public ::testing::Test {
     ~Desk() override {
         EXPECT_FALSE(box_watch.isActive()) << "no box opened";
         EXPECT_FALSE(dialog_watch.isActive()) << "no dialog opened";
-        person.on_ask = nullptr;
         QDir::setCurrent(QDir::rootPath());
     }
 
@@ -188,14 +197,6 @@ class Desk : public ::testing::Test {
         QApplication::processEvents();
     }
 
-    // From now on no box opens: text and detail of each are kept, and OK or Yes is pressed.
-    void keep_boxes() {
-        person.on_ask = [this](const Message& message) {
-            kept_boxes.push_back(message.text + (message.detail.empty() ? "" : "|") + message.detail);
-            return message.buttons == Buttons::yes_no ? Answer::yes : Answer::ok;
-        };
-    }
-
     // Types the path into the file dialog that opens next.
     void when_asked_for_a_file(const std::string& path) {
         when_dialog_opens("QFileDialog", [path](QDialog& dialog) {
@@ -241,7 +242,7 @@ class Desk : public ::testing::Test {
     bool stepping = false;
     int sounds = 0;
     std::string told;
-    std::vector<std::string> kept_boxes;
+    std::vector<std::string>& kept_boxes = person.kept;
     QTimer turns;
     DialogWatch box_watch;
     DialogWatch dialog_watch;

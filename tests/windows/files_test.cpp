@@ -3,7 +3,6 @@
 
 #include <set>
 
-#include "controlhead/help_file.h"
 #include "shell/site_configuration.h"
 #include "tests/support/full_disk.h"
 #include "tests/windows/desk.h"
@@ -17,7 +16,7 @@ class Files : public Desk {
   protected:
     Files() {
         std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
-        keep_boxes();
+        person.keeps = true;
     }
 
     // Names and contents of the folder.
@@ -67,7 +66,6 @@ TEST_F(Files, OnAFullDiskTheOldOnesStay) {
         when_asked_for_a_file(folder / "new.dat");
         pick("mnuMachineItem(5)");
     });
-    try_to("New", {"Disk full|rs485.dat"}, [&] { press("mnuMachineItem(0)", "frmSetup", "cmdCancel"); });
     try_to("Setup_422", {"Disk full|rs422.dat", "Disk full|rs485.dat"},
            [&] { press("mnuToolsItem(2)", "frmSerial", "cmdOk"); });
     try_to("the traffic view", {"Disk full|" + (folder / "traffic.txt")}, [&] {
@@ -115,8 +113,6 @@ TEST_F(Files, ThatCannotBeReadAreToldByNameAndStay) {
     try_to_read("ampdesk.dat", {"Permission denied|ampdesk.dat"}, [&] { form.load(); });
     try_to_read("ampdesk.ini", {"ampdesk.ini: Permission denied"},
                 [&] { kept_boxes = read_site_configuration("ampdesk.ini").warnings; });
-    try_to_read("mhelp.txt", {"Permission denied"},
-                [&] { kept_boxes = {read_help(host.services().options, 1).refusal.value().what()}; });
     try_to_read("layout.dat", {"Permission denied|layout.dat"}, [&] {
         EXPECT_FALSE(read_window_layout("layout.dat"));
         form.close();

@@ -55,7 +55,7 @@ struct Help : Desk {
 
 // A viewer without pages, a menu item that shows the wrong part, a failure that is not told.
 TEST_F(Help, ShowsTheManualOrTellsWhy) {
-    keep_boxes();
+    person.keeps = true;
     pick("mnuHelpItem(0)");
     ASSERT_EQ(kept_boxes.size(), 1U);
     EXPECT_TRUE(kept_boxes[0].starts_with("The manual cannot be opened|")) << kept_boxes[0];

@@ -149,7 +149,7 @@ TEST_F(MainWindow, TroublesOfCoveredHeadsAreTold) {
 TEST_F(MainWindow, StartsWithWhatItWasGiven) {
     bus.add({.address = 1, .serial = 1001, .noise = 0});
     folder.put("com1001.dat", "RS-485\r\nCOM1:\r\n6\r\n1\r\n");
-    keep_boxes();
+    person.keeps = true;
     form.load();
     EXPECT_TRUE(comes([&] { return kept_boxes.size() >= 2; }));
     EXPECT_EQ(kept_boxes, std::vector<std::string>({"Couldn't find file com5.dat", "notice"}));

@@ -46,7 +46,7 @@ TEST_F(SetUpMenu, FieldsAreHeldToTheirRulesAndKept) {
         {"cboAddress", "33", Qt::Key_Tab, {}, "33", ""},
         {"cboPort", "COM3:", Qt::Key_Tab, {}, "COM3:", "/dev/ttyUSB7"},
     };
-    keep_boxes();
+    person.keeps = true;
     folder.put("rs485.dat", "RS-485\r\nCOM7:\r\n4\r\n12\r\n");
     when_dialog_opens("frmSerial", [&](QDialog& dialog) {
         EXPECT_TRUE(QTest::qWaitForWindowActive(&dialog));
