@@ -7,6 +7,7 @@
 #include <atomic>
 #include <random>
 #include <thread>
+#include <utility>
 
 #include "platform/line_wait.h"
 #include "platform/posix/posix_serial_port.h"
@@ -78,12 +79,10 @@ TEST(MailboxThreads, EveryValueArrivesAndWakesItsReader) {
         for (std::size_t i = 0; i < ports.size(); ++i) senders[i].bytes += ports[i]->read_waiting().size();
         for (const Letter& letter : box.take_all()) {
             Sender& sender = senders[letter.sender];
-            if (!letter.keyed) {
+            if (letter.keyed)
+                EXPECT_GT(letter.step, std::exchange(newest[letter.sender], letter.step));
+            else
                 letters[letter.sender].push_back(letter.step);
-            } else {
-                EXPECT_GT(letter.step, newest[letter.sender]);
-                newest[letter.sender] = letter.step;
-            }
             sender.seen = std::max<int>(sender.seen, letter.step);
         }
     }
