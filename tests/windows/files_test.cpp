@@ -19,13 +19,6 @@ class Files : public Desk {
         person.keeps = true;
     }
 
-    // Names and contents of the folder.
-    std::set<std::string> contents() const {
-        std::set<std::string> all;
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
-            all.insert(entry.path().filename().string() + ": " + file_bytes(entry.path()));
-        return all;
-    }
     // Chooses the menu's item and presses the button in the dialog that it opens.
     void press(const char* item, const char* dialog, const char* button) {
         when_dialog_opens(dialog, [this, button](QDialog& opened) { click(opened, button); });
@@ -35,6 +28,12 @@ class Files : public Desk {
     // What the operator is told, and that no file changes.
     void expect_told(const char* what, const Texts& expected, const std::function<void()>& act) {
         SCOPED_TRACE(what);
+        const auto contents = [this] {
+            std::set<std::string> all;
+            for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+                all.insert(entry.path().filename().string() + ": " + file_bytes(entry.path()));
+            return all;
+        };
         kept_boxes.clear();
         const auto before = contents();
         act();

@@ -262,10 +262,7 @@ TEST_F(HeadWindow, LampsAndGaugeShineAsTheyShould) {
 // A value wider than its field that loses its end, or pushes the beginning out; colours, which are stored
 // with red in the low byte, taken the other way round, so that amber turns blue.
 TEST_F(HeadWindow, ALineIsSeenWholeAndInItsColours) {
-    ScreenSettings look;
-    look.fore_colour = 0x000080FF;
-    look.back_colour = 0x00400000;
-    shown.panel.set_look(look);
+    shown.panel.set_look({.fore_colour = 0x000080FF, .back_colour = 0x00400000});
     auto* line = child<QLabel>(machine, "lblDisplayA(0)");
     const auto lit_columns = [&](const std::string& text) {
         shown.panel.set_line(1, text);
