@@ -26,13 +26,11 @@ class Orders : public StationTest {
 
     // Until that amplifier is asked, and the reply waited for.
     void until_asked(int address) {
-        port.requests.clear();
-        for (int i = 0; i < 20'000; ++i) {
-            if (!port.requests.empty() && port.requests.back().first == address && bus.waiting_since())
-                return;
+        port.requests.assign(1, {});
+        for (int i = 0; port.requests.back().first != address || !bus.waiting_since(); ++i) {
+            ASSERT_LT(i, 20'000) << "never asked";
             poll(1ms);
         }
-        FAIL() << "never asked";
     }
     // It goes out soon.
     void expect_sent_at_once(int address, std::int16_t key) {
@@ -77,12 +75,10 @@ TEST_F(Orders, GoInTheOrderOfTheKeysAndAtOnce) {
     EXPECT_TRUE(sent.empty());
     port.requests.clear();
     poll(300ms);
-    ASSERT_EQ(sent.size(), 4U);
-    const std::pair<int, int> expected[] = {{4, 0x12}, {1, 0x17}, {4, 0x13}, {2, 0x13}};
-    for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(std::pair(sent[i].address, sent[i].code), expected[i]) << i;
-        EXPECT_EQ(port.requests.at(i).second, '\x10');
-    }
+    std::vector<std::pair<int, int>> order;
+    for (const Sent& one : sent) order.emplace_back(one.address, one.code);
+    EXPECT_EQ(order, (std::vector<std::pair<int, int>>{{4, 0x12}, {1, 0x17}, {4, 0x13}, {2, 0x13}}));
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(port.requests.at(i).second, '\x10');
     EXPECT_LE(sent[0].at - pressed, 150ms);
 }
 

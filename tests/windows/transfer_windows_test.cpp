@@ -5,6 +5,7 @@
 #include <QSpinBox>
 
 #include "terminal/xmodem_block.h"
+#include "tests/support/full_disk.h"
 #include "tests/windows/modem_desk.h"
 #include "tests/windows/spoken.h"
 
@@ -52,9 +53,12 @@ TEST_F(TransferWindows, ReceivesCancelsAndCloses) {
     child<QAbstractButton>(*dialog, "optKind(1)")->click();
     when_asked_for_a_file(folder / "text");
     click(*dialog, "cmdStart");
-    std::filesystem::create_directory("text");
     receive("line\r\n");
-    when_box_opens([this](QMessageBox&) { when_asked_for_a_file(folder / "other"); });
+    auto full = std::make_unique<FullDisk>();
+    when_box_opens([&](QMessageBox&) {
+        full.reset();
+        when_asked_for_a_file(folder / "other");
+    });
     click(*dialog, "cmdEnd");
     EXPECT_TRUE(comes([&] { return !dialog->running(); }));
     EXPECT_EQ(file_bytes("other"), "line\r\n");
