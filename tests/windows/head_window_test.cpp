@@ -1,6 +1,8 @@
 // The amplifier window: keys, lamps and scroll bar to the bus, and what is seen and heard of it.
 #include <QWheelEvent>
+#include <thread>
 
+#include "controlhead/ui/power_gauge.h"
 #include "tests/windows/desk.h"
 
 namespace ampdesk {
@@ -175,6 +177,14 @@ TEST(StandStill, WhatTheLoopComesToThenIsOld) {
     expect_age(200, 0);
 }
 
+TEST_F(HeadWindow, AnOnKeyOfAHeldUpWindowIsOld) {
+    std::this_thread::sleep_for(StandStill::k_shortest + std::chrono::milliseconds(100));
+    QTest::mouseClick(child(machine, "cmdHardkey(0)"), Qt::LeftButton);
+    clock.advance(std::chrono::milliseconds(1000));
+    settle();
+    EXPECT_EQ(take_settings(), Commands{});
+}
+
 // What assistive technology reads; a scroll bar that it finds where none is shown.
 TEST_F(HeadWindow, WhatIsSpoken) {
     shown.panel.set_line(4, "SETUP INFO      MORE");
@@ -231,7 +241,8 @@ TEST_F(HeadWindow, KeysHaveTheirPlaces) {
     EXPECT_TRUE(at(0).x() < at(3).x() && at(0).y() < at(3).y());
 }
 
-// A lamp in another colour than it is said to have, or a bar that does not end above the power on its scale.
+// A lamp in another colour than it is said to have, or a bar that does not end above the power on its scale;
+// figures of another scale.
 TEST_F(HeadWindow, LampsAndGaugeShineAsTheyShould) {
     const std::pair<LampColour, int> hues[] = {// in degrees; grey has none
                                                {LampColour::red, 0},
@@ -257,6 +268,14 @@ TEST_F(HeadWindow, LampsAndGaugeShineAsTheyShould) {
                 end = x;
         EXPECT_NEAR(end, share * strip.width(), 5) << dbm;
     }
+    const auto figure = [gauge](GaugeRange range, bool right) {
+        PowerGauge scale(range, nullptr);
+        scale.resize(gauge->size());
+        return scale.grab(QRect(right ? scale.width() - 28 : 0, scale.height() - 20, 28, 20)).toImage();
+    };
+    EXPECT_EQ(figure({20, 50}, false), figure({20, 80}, false));
+    EXPECT_EQ(figure({20, 50}, true), figure({-10, 50}, true));
+    EXPECT_NE(figure({20, 50}, true), figure({20, 80}, true));
 }
 
 // A value wider than its field that loses its end, or pushes the beginning out; colours, which are stored
