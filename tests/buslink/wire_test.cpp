@@ -5,7 +5,6 @@
 #include "buslink/wire/text_frame.h"
 #include "platform/run_time_error.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/line_faults.h"
 
 namespace ampdesk {
 namespace {
@@ -60,22 +59,6 @@ TEST(ReplyParser, SkipsAForeignFrameWhole) {
     const Crc16 crc;
     for (const auto& [sent, bytes, state] : table)
         EXPECT_EQ(ReplyParser(crc, sent, true).feed(hex_bytes(bytes)), state) << bytes;
-}
-
-// The same fault comes to something else when its bytes come one by one; or a failure is taken back.
-TEST(ReplyParser, IsAllTheSameByteByByte) {
-    const Crc16 crc;
-    for (const LineFault& fault : binary_faults()) {
-        SCOPED_TRACE(fault.name);
-        ReplyParser bulk(crc, k_status);
-        ReplyParser drip(crc, k_status);
-        for (const auto& arrival : fault.line(k_status, k_reply)) {
-            bulk.feed(arrival.bytes);
-            for (const char c : arrival.bytes) drip.feed(std::string(1, c));
-            EXPECT_EQ(drip.state(), bulk.state());
-        }
-        EXPECT_EQ(to_hex(drip.reply()), to_hex(bulk.reply()));
-    }
 }
 
 // Our own echo must not be taken for a damaged reply: this command holds the start of one, echo and all.

@@ -12,13 +12,7 @@ namespace {
 
 // A field is read from another's line or written where it is not read; a value that cannot be is used.
 TEST(TerminalSettings, KeepsWhatWasChosen) {
-    const TerminalSettings all{.port = 3,
-                               .baud = 1200,
-                               .data_bits = 7,
-                               .parity_code = 2,
-                               .stop_bits = 2,
-                               .handshake = Handshake::rts_cts,
-                               .echo = false};
+    const TerminalSettings all{3, 1200, 7, 2, 2, Handshake::rts_cts, false};
     const std::pair<const char*, TerminalSettings> table[] = {
         {"ampdesk settings\r\n3\r\n1200\r\n7\r\n2\r\n2\r\n2\r\n0\r\n", all},
         {"the ampdesk settings\n 3 \n 1200\n7\n2\n2\n2\n0", all},

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "terminal/text_transfer.h"
-#include "tests/terminal/transfer_rig.h"
+#include "tests/support/manual_clock.h"
 
 namespace ampdesk {
 namespace {

@@ -1,14 +1,18 @@
-// XMODEM against literal bytes, against itself over a spoilt line, and on the clock. What another
-// implementation makes of it is in xmodem_peer_test.cpp.
+// XMODEM against literal bytes, on the clock, against itself over a spoilt line, and with an independent
+// implementation at the other end.
 #include <gtest/gtest.h>
 
 #include <map>
 #include <sstream>
 
+#include "platform/posix/posix_serial_port.h"
+#include "platform/posix/system_clock.h"
+#include "terminal/transfer_run.h"
 #include "terminal/xmodem_receiver.h"
 #include "terminal/xmodem_sender.h"
+#include "tests/platform/far_end.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/terminal/transfer_rig.h"
+#include "tests/support/manual_clock.h"
 
 namespace ampdesk {
 namespace {
@@ -16,6 +20,23 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds k_block_time{139};  // 133 bytes at 9600 baud
+
+// `size` bytes that repeat nowhere near, with every control character of the protocol among them.
+std::string sample_file(std::size_t size) {
+    std::string bytes;
+    unsigned value = 1;
+    for (std::size_t i = 0; i < size; ++i) {
+        value = value * 1103515245U + 12345U;
+        bytes += static_cast<char>(value >> 16U);
+    }
+    return bytes;
+}
+
+// As a receiver keeps it.
+std::string filled_up(std::string bytes, std::size_t block = 128) {
+    bytes.resize((bytes.size() + block - 1) / block * block, '\x1A');
+    return bytes;
+}
 
 // A word of a conversation: a character by its name, a block "B7" with the CRC or "S7" with the sum
 // ("B7~" with a byte changed, "B7-" with one lost), "OFF" for what cancels, else a byte in hexadecimal.
@@ -128,8 +149,8 @@ TEST(XmodemReceiver, Conversations) {
     }
 }
 
-// Fault: a line that never falls quiet holds the transfer for ever.
-TEST(XmodemReceiver, GivesUpOnALineThatNeverFallsQuiet) {
+// Fault: a line that never falls quiet holds the transfer for ever, or a sender without end fills the memory.
+TEST(XmodemReceiver, GivesUpOnWhatNeverEnds) {
     ManualClock clock;
     XmodemReceiver receiver(clock.now());
     for (int i = 0; i < 3000 && !receiver.finished(); ++i) {
@@ -138,6 +159,19 @@ TEST(XmodemReceiver, GivesUpOnALineThatNeverFallsQuiet) {
         receiver.tick(clock.now());
     }
     EXPECT_EQ(receiver.message(), "The other side did not begin to send.");
+    XmodemReceiver flooded(clock.now());
+    for (int call = 0; call < 4; ++call) {  // to the sum, which is quicker to work out
+        clock.advance(XmodemReceiver::k_crc_wait);
+        flooded.tick(clock.now());
+    }
+    std::string block = bytes_of("S0");
+    for (std::size_t number = 1; !flooded.finished() && number < 140'000; ++number) {
+        block[1] = static_cast<char>(number);
+        block[2] = static_cast<char>(255 - number);
+        flooded.feed(block, clock.now());
+    }
+    EXPECT_EQ(flooded.message(), "The file is longer than 16 MB.");
+    EXPECT_TRUE(flooded.take_output(0).ends_with(k_xmodem_cancel));
 }
 
 // Fault: some single error on the line, wherever it strikes and however the line cuts the stream, spoils
@@ -154,50 +188,98 @@ TEST(Xmodem, OneErrorAnywhereCostsNothingButTime) {
         {"all lost", [](std::string& bytes, std::size_t) { bytes.clear(); }},
     };
     const std::string file = sample_file(300);
+    constexpr std::size_t k_sent = 3 * 133 + 2;
+    constexpr std::size_t k_answered = 6;
     int errors = 0;  // that the sender knows of
     const auto run = [&](bool forth, std::size_t position, Change change) {
-        TransferRig rig;
-        rig.piece = position % 2 == 0 ? 1 : std::string::npos;
-        (forth ? rig.forth : rig.back).spoil = [&](std::string& bytes, std::size_t offset) {
-            if (position >= offset && position < offset + bytes.size())
-                change(bytes, position - offset);
+        ManualClock clock;
+        XmodemSender sender(file, k_block_time, clock.now());
+        XmodemReceiver receiver(clock.now());
+        std::size_t before = 0;  // bytes in the direction that is spoilt
+        const auto carry = [&](Transfer& from, Transfer& to, bool spoilt) {
+            std::string bytes = from.take_output(512);
+            const bool moved = !bytes.empty();
+            if (spoilt) {
+                const std::size_t at = position - std::exchange(before, before + bytes.size());
+                if (at < bytes.size())
+                    change(bytes, at);
+            }
+            const std::size_t piece = position % 2 == 0 ? 1 : 512;
+            for (std::size_t at = 0; at < bytes.size(); at += piece)
+                to.feed(std::string_view(bytes).substr(at, piece), clock.now());
+            return moved;
         };
-        XmodemSender sender(file, k_block_time, rig.clock.now());
-        XmodemReceiver receiver(rig.clock.now());
-        rig.run(sender, receiver);
+        for (int still = 0; still < 20'000 && !(sender.finished() && receiver.finished()); ++still) {
+            while (carry(sender, receiver, forth) | carry(receiver, sender, !forth)) {
+            }
+            clock.advance(milliseconds(50));
+            sender.tick(clock.now());
+            receiver.tick(clock.now());
+        }
         EXPECT_EQ(receiver.state(), TransferState::done) << receiver.message();
         EXPECT_EQ(receiver.file(), filled_up(file));
         errors += sender.progress().errors;
         // The very last ACK is beyond help: the receiver is gone by then.
         EXPECT_TRUE(sender.progress().bytes == 300U &&
-                    (sender.state() == TransferState::done || (!forth && position == 5)));
+                    (sender.state() == TransferState::done || (!forth && position + 1 == k_answered)));
     };
     for (const auto& [name, change] : kinds) {
-        for (std::size_t i = 0; i < 3 * 133 + 2 + 6 && !HasFailure(); ++i) {
-            const bool forth = i < 3 * 133 + 2;
+        for (std::size_t i = 0; i < k_sent + k_answered && !HasFailure(); ++i) {
+            const bool forth = i < k_sent;
             SCOPED_TRACE(testing::Message() << name << (forth ? " forth " : " back ") << i);
-            run(forth, forth ? i : i - (3 * 133 + 2), change);
+            run(forth, forth ? i : i - k_sent, change);
         }
     }
     EXPECT_GE(errors, 6 * 3 * 133);
 }
 
-// Fault: a sender without end fills the memory.
-TEST(XmodemReceiver, RefusesAFileWithoutEnd) {
-    ManualClock clock;
-    XmodemReceiver receiver(clock.now());
-    for (int call = 0; call < 4; ++call) {  // to the sum, which is quicker to work out
-        clock.advance(XmodemReceiver::k_crc_wait);
-        receiver.tick(clock.now());
+// The programs sx and rx over the real serial line. Fault: files do not reach other programs or come from
+// them, or are changed on the way.
+TEST(XmodemPeer, FilesArriveWhole) {
+    const std::tuple<std::vector<std::string>, std::size_t, std::size_t> cases[] = {
+        {{"rx", "-q", "file"}, 0, 128},
+        {{"rx", "-q", "file"}, 1024, 128},          // by the sum, blocks without filling
+        {{"rx", "-q", "-c", "file"}, 34'000, 128},  // by the CRC, more blocks than numbers
+        {{"sx", "-q", "-k", "file"}, 4096, 1024},   // in long blocks
+        {{"sx", "-q", "file"}, 34'000, 128},
+    };
+    SystemClock clock;
+    FarEnd far;
+    PosixSerialPort port(clock);
+    TerminalLine line(&port, clock);
+    ASSERT_TRUE(line.open({.device = far.device()}).ok());
+    const ScratchFolder folder;
+    for (const auto& [command, size, block] : cases) {
+        SCOPED_TRACE(command[0] + " " + std::to_string(size));
+        const std::string file = sample_file(size);
+        const bool sends = command[0] == "rx";
+        if (!sends)
+            folder.put("file", file);
+        ChildProgram program(command, folder.path());
+        XmodemSender sender(file, std::chrono::milliseconds(20), clock.now());
+        XmodemReceiver receiver(clock.now());
+        Transfer& transfer = sends ? static_cast<Transfer&>(sender) : receiver;
+        const auto to_program = [&program](const std::string& bytes) {
+            if (!bytes.empty())  // it may be gone
+                program.send(bytes);
+        };
+        TransferRun run(line, transfer);
+        ASSERT_TRUE(run.start());
+        const Instant limit = clock.now() + std::chrono::seconds(60);
+        for (Instant next_tick = clock.now(); !run.over() && clock.now() < limit;) {
+            far.send(program.receive(4096, 0));
+            line.pump();
+            to_program(far.receive(4096, 1));
+            if (clock.now() < next_tick)
+                continue;
+            next_tick = clock.now() + TransferRun::k_tick;
+            run.tick();
+        }
+        to_program(far.receive(4096, 1));
+        EXPECT_EQ(transfer.state(), TransferState::done) << transfer.message();
+        EXPECT_EQ(program.end(), 0);
+        EXPECT_EQ(sends ? file_bytes(folder / "file") : receiver.file(), filled_up(file, block));
     }
-    std::string block = bytes_of("S0");
-    for (std::size_t number = 1; !receiver.finished() && number < 140'000; ++number) {
-        block[1] = static_cast<char>(number);
-        block[2] = static_cast<char>(255 - number);
-        receiver.feed(block, clock.now());
-    }
-    EXPECT_EQ(receiver.message(), "The file is longer than 16 MB.");
-    EXPECT_TRUE(receiver.take_output(0).ends_with(k_xmodem_cancel));
 }
 
 }  // namespace
