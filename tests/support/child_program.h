@@ -68,15 +68,8 @@ class ChildProgram {
     // Halts the program where it stands, or lets it go on; halted is it when the call returns.
     void halt(bool halted) const {
         kill(process_, halted ? SIGSTOP : SIGCONT);
-        int status = 0;
         if (halted)
-            waitpid(process_, &status, WUNTRACED);
-    }
-
-    bool goes_on() const {
-        siginfo_t info{};
-        return waitid(P_PID, static_cast<id_t>(process_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
-               info.si_pid == 0;
+            waitpid(process_, nullptr, WUNTRACED);
     }
 
     // Sends the signal unless it is 0, waits until the program has ended and returns its exit status, or

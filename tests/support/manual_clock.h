@@ -10,16 +10,12 @@ class ManualClock : public Clock {
     Instant now() const override { return Instant{} + std::chrono::hours(1) + steady_; }
     CivilTime local_time() const override {
         using namespace std::chrono;
-        const auto day = floor<days>(wall_);
-        const year_month_day date(sys_days(year(2026) / 3 / 10) + day);
-        const hh_mm_ss time(floor<milliseconds>(wall_ - day));
-        return {.year = static_cast<int>(date.year()),
-                .month = static_cast<int>(static_cast<unsigned>(date.month())),
-                .day = static_cast<int>(static_cast<unsigned>(date.day())),
-                .hour = static_cast<int>(time.hours().count()),
-                .minute = static_cast<int>(time.minutes().count()),
-                .second = static_cast<int>(time.seconds().count()),
-                .millisecond = static_cast<int>(time.subseconds().count())};
+        const auto midnight = floor<days>(wall_);
+        const year_month_day date(sys_days(year(2026) / 3 / 10) + midnight);
+        const auto month = static_cast<int>(unsigned{date.month()});
+        const auto day = static_cast<int>(unsigned{date.day()});
+        const auto ms = static_cast<int>(floor<milliseconds>(wall_ - midnight).count());
+        return {int{date.year()}, month, day, ms / 3'600'000, ms / 60'000 % 60, ms / 1000 % 60, ms % 1000};
     }
     void sleep_until(Instant instant) override {
         if (instant > now())

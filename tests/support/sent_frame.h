@@ -1,4 +1,5 @@
-// Takes apart a command frame that the station has sent. The station's own frames are sound; nothing is checked.
+// Takes apart a command frame that the station has sent. The station's own frames are sound; nothing is
+// checked.
 #pragma once
 
 #include <string>

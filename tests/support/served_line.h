@@ -7,9 +7,7 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <chrono>
 #include <filesystem>
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -21,14 +19,10 @@ namespace ampdesk {
 
 class ServedLine {
   public:
-    // Called with every reply before it goes out; it may be changed. False pulls the plug behind what
-    // is left of it.
-    using Fate = std::function<bool(std::string& reply)>;
-
-    // The line is found under that name, a link; one of before is replaced. The bus is this thread's
-    // until the line is unplugged.
-    ServedLine(demo::SimBus& bus, const std::string& name, Fate fate = {})
-        : bus_(bus), name_(name), fate_(std::move(fate)) {
+    // The line is found under that name, a link; one of before is replaced. The bus is this thread's until
+    // the line is unplugged: by the test, or by itself in the middle of that reply, counted from 1.
+    ServedLine(demo::SimBus& bus, const std::string& name, int torn_reply = 0)
+        : bus_(bus), name_(name), torn_reply_(torn_reply) {
         int master = -1;
         int slave = -1;
         char device[64] = "";
@@ -68,13 +62,13 @@ class ServedLine {
                 continue;
             if (const ssize_t count = ::read(master_.get(), block, sizeof block); count > 0)
                 bus_.receive({block, static_cast<std::size_t>(count)});
-            std::string reply = bus_.take_due();
+            const std::string reply = bus_.take_due();
             if (reply.empty())
                 continue;
-            const bool plugged = !fate_ || fate_(reply);
-            if (::write(master_.get(), reply.data(), reply.size()) < 0)
+            const bool torn = --torn_reply_ == 0;
+            if (::write(master_.get(), reply.data(), torn ? reply.size() / 2 : reply.size()) < 0)
                 return;
-            if (!plugged) {
+            if (torn) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));  // what has gone out is to arrive
                 return pull();
             }
@@ -83,7 +77,7 @@ class ServedLine {
 
     demo::SimBus& bus_;
     const std::string name_;
-    Fate fate_;
+    int torn_reply_;  // so many more
     Descriptor master_;
     Descriptor slave_;
     std::atomic<bool> stop_ = false;
