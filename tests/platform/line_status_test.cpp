@@ -18,20 +18,16 @@ using std::chrono::milliseconds;
 
 struct LineStatus : testing::Test {
     int call(unsigned long request, void* argument) {
-        switch (request) {
-            case TIOCMBIS:
-            case TIOCMBIC:
-                set.emplace_back(request, *static_cast<int*>(argument));
-                return 0;
-            case TIOCOUTQ:
-                *static_cast<int*>(argument) = driver_holds-- > 0 ? 1 : 0;
-                return 0;
-            case TIOCSERGETLSR:
-                *static_cast<unsigned*>(argument) = chip_sends-- > 0 ? 0 : unsigned{TIOCSER_TEMT};
-                return 0;
-            default:
-                return -1;
-        }
+        int& value = *static_cast<int*>(argument);
+        if (request == TIOCMBIS || request == TIOCMBIC)
+            set.emplace_back(request, value);
+        else if (request == TIOCOUTQ)
+            value = driver_holds-- > 0 ? 1 : 0;
+        else if (request == TIOCSERGETLSR)
+            value = chip_sends-- > 0 ? 0 : TIOCSER_TEMT;
+        else
+            return -1;
+        return 0;
     }
     void open(Handshake handshake = Handshake::none) {
         ASSERT_TRUE(port.open({.device = far.device(), .handshake = handshake}).ok());
@@ -46,7 +42,8 @@ struct LineStatus : testing::Test {
     }
     int driver_holds = 0;  // calls in which there is output left
     int chip_sends = 0;
-    std::vector<std::pair<unsigned long, int>> set;
+    using Settings = std::vector<std::pair<unsigned long, int>>;
+    Settings set;
     ManualClock clock;
     FarEnd far;
     PosixSerialPort port{
@@ -60,8 +57,7 @@ TEST_F(LineStatus, DropsAndRaisesDtrAlone) {
     open();
     EXPECT_TRUE(port.set_dtr(false));
     EXPECT_TRUE(port.set_dtr(true));
-    EXPECT_EQ(set,
-              (std::vector<std::pair<unsigned long, int>>{{TIOCMBIC, TIOCM_DTR}, {TIOCMBIS, TIOCM_DTR}}));
+    EXPECT_EQ(set, (Settings{{TIOCMBIC, TIOCM_DTR}, {TIOCMBIS, TIOCM_DTR}}));
     port.close();
     PosixSerialPort pseudo_terminal(clock);
     ASSERT_TRUE(pseudo_terminal.open({far.device()}).ok());

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "platform/posix/posix_serial_port.h"
 #include "platform/posix/system_clock.h"
 #include "tests/platform/far_end.h"
@@ -22,10 +20,7 @@ struct PromisingPort : PosixSerialPort {
 };
 
 struct LineWaitTest : testing::Test {
-    LineWaitTest() {
-        EXPECT_TRUE(first.open({far[0].device()}).ok());
-        EXPECT_TRUE(second.open({far[1].device()}).ok());
-    }
+    LineWaitTest() { EXPECT_TRUE(first.open({far[0].device()}).ok() && second.open({far[1].device()}).ok()); }
     void expect_wait(milliseconds limit, milliseconds at_least) {
         const Duration waited = time_of([&] { line_wait->wait(ports, clock.now() + limit); });
         EXPECT_GE(waited, at_least);
@@ -36,7 +31,7 @@ struct LineWaitTest : testing::Test {
 
     SystemClock clock;
     std::unique_ptr<LineWait> line_wait = make_line_wait(clock);
-    std::array<FarEnd, 2> far;
+    FarEnd far[2];
     PosixSerialPort first{clock};
     PromisingPort second{clock};
     std::array<SerialPort*, 2> ports{&first, &second};

@@ -23,6 +23,7 @@ using std::chrono::seconds;
 
 bool driver_is_deaf = false;    // to settings
 bool device_is_broken = false;  // for who reads
+int full_reads = 0;             // so many more fill whatever they are given
 
 class PosixSerialPortTest : public testing::Test {
   protected:
@@ -35,7 +36,7 @@ class PosixSerialPortTest : public testing::Test {
 };
 
 // Fault: the terminal driver changes, swallows or echoes some byte values; a late answer, or what came in
-// before the port was opened, is taken for the next reply.
+// before the port was opened, is taken for the next reply; a line that chatters without end holds the caller.
 TEST_F(PosixSerialPortTest, CarriesEveryByteBothWaysUnchanged) {
     open();
     far.send("old");
@@ -54,7 +55,11 @@ TEST_F(PosixSerialPortTest, CarriesEveryByteBothWaysUnchanged) {
     EXPECT_EQ(port.wait_readable(in(seconds(1))), WaitResult::data);
     port.discard_input();
     EXPECT_EQ(port.wait_readable(in(milliseconds(20))), WaitResult::timed_out);
-    EXPECT_EQ(port.read_waiting(), "");
+    full_reads = 100;
+    EXPECT_EQ(port.read_waiting().size(), 65536U);
+    port.discard_input();
+    EXPECT_EQ(full_reads, 100 - 2 * 16);
+    full_reads = 0;
 }
 
 // Fault: a setting is lost or mixed up on the way to the driver, or one that no driver has is taken.
@@ -78,10 +83,9 @@ TEST(LineModes, TellTheDriverEverySetting) {
         EXPECT_EQ(std::string(modes.c_cc, modes.c_cc + 10), "\0\0\0\0\0\0\x01\0\x11\x13"s);
         EXPECT_EQ(cfgetispeed(&modes), cfgetospeed(&modes));
     }
-    for (const PortSettings& none : {PortSettings{"", 9601}, PortSettings{"", 9600, 'm'},
-                                     PortSettings{"", 9600, 'n', 4}, PortSettings{"", 9600, 'n', 9},
-                                     PortSettings{"", 9600, 'n', 8, 0}, PortSettings{"", 9600, 'n', 8, 3}})
-        EXPECT_FALSE(line_modes(none)) << settings_text(none);
+    const PortSettings nowhere[] = {{"", 9601},         {"", 9600, 'm'},       {"", 9600, 'n', 4},
+                                    {"", 9600, 'n', 9}, {"", 9600, 'n', 8, 0}, {"", 9600, 'n', 8, 3}};
+    for (const PortSettings& none : nowhere) EXPECT_FALSE(line_modes(none)) << settings_text(none);
 }
 
 // Fault: a driver that changed what was asked goes unnoticed, or a pseudo-terminal is held to what it
@@ -114,12 +118,11 @@ TEST(LineModes, NoticeWhatADriverDidNotKeep) {
 // Fault: the settings do not reach the driver, or what a pseudo-terminal cannot have is asked of it; the
 // program's children hold the line, or it becomes the terminal that ends the program when it is unplugged.
 TEST_F(PosixSerialPortTest, SetsTheLineAndNothingElse) {
-    EXPECT_EXIT(
-        {
-            setsid();
-            _exit(port.open({.device = far.device()}).ok() && ::open("/dev/tty", O_RDONLY) < 0 ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "");
+    const auto open_as_leader = [this] {
+        setsid();
+        _exit(port.open({.device = far.device()}).ok() && ::open("/dev/tty", O_RDONLY) < 0 ? 0 : 1);
+    };
+    EXPECT_EXIT(open_as_leader(), testing::ExitedWithCode(0), "");
     ASSERT_TRUE(port.open({far.device(), 1200, 'o', 5, 2, Handshake::xon_xoff}).ok());
     EXPECT_EQ(cfgetospeed(&far.modes()), speed_t{B1200});
     EXPECT_EQ(far.modes().c_cflag & (CSTOPB | CRTSCTS), tcflag_t{CSTOPB});
@@ -179,17 +182,13 @@ TEST(PosixSerialPortLost, EveryCallNoticesAnIdleLineThatWasUnplugged) {
         [](PosixSerialPort& port) { EXPECT_EQ(port.write("x", Instant::max()), PortError::lost); },
         [](PosixSerialPort& port) { EXPECT_EQ(port.write_some("x"), std::nullopt); },
         [](PosixSerialPort& port) { EXPECT_EQ(port.read_waiting(), ""); },
-        [](PosixSerialPort& port) {
-            device_is_broken = true;
-            EXPECT_EQ(port.read_waiting(), "");
-            device_is_broken = false;
-        },
         [](PosixSerialPort& port) { port.discard_input(); },
         [](PosixSerialPort& port) { EXPECT_EQ(port.wait_readable({}), WaitResult::lost); },
     };
     for (const auto& call : calls)
         for (const bool closes : {false, true}) {
             SCOPED_TRACE(&call - calls);
+            device_is_broken = closes;  // or has hung up
             ManualClock clock;
             FarEnd far;
             PosixSerialPort port(clock);
@@ -206,6 +205,7 @@ TEST(PosixSerialPortLost, EveryCallNoticesAnIdleLineThatWasUnplugged) {
             EXPECT_EQ(port.is_open(), !closes);
             EXPECT_EQ(port.watch_handle(), -1);
         }
+    device_is_broken = false;
 }
 
 // Fault: a line that is back is never taken back, is asked for too often, or comes back with other
@@ -256,20 +256,18 @@ TEST_F(PosixSerialPortTest, SaysWhyALineCannotBeOpened) {
     std::filesystem::create_symlink("line", folder / "line");
     open();
     FarEnd free;
-    const std::tuple<PortSettings, PortError, const char*> table[] = {
-        {{""}, PortError::not_found, ": no such device"},
-        {{folder / "file"}, PortError::not_a_serial_line, " is not a serial line"},
-        {{folder / "queue"}, PortError::not_a_serial_line, " is not a serial line"},
-        {{"/dev/null"}, PortError::not_a_serial_line, " is not a serial line"},
-        {{folder / "line"}, PortError::failed, ": Too many levels of symbolic links"},
-        {{far.device()}, PortError::in_use, ": in use by another program"},
-        {{free.device(), 9601, 'e', 7, 2}, PortError::bad_settings, " refused 9601,e,7,2"},
+    const std::pair<PortSettings, const char*> table[] = {
+        {{""}, ": no such device"},
+        {{folder / "file"}, " is not a serial line"},
+        {{folder / "queue"}, " is not a serial line"},
+        {{"/dev/null"}, " is not a serial line"},
+        {{folder / "line"}, ": Too many levels of symbolic links"},
+        {{far.device()}, ": in use by another program"},
+        {{free.device(), 9601, 'e', 7, 2}, " refused 9601,e,7,2"},
     };
     PosixSerialPort second(clock);
-    for (const auto& [settings, error, cause] : table) {
-        const PortResult result = second.open(settings);
-        EXPECT_EQ(result.error, error);
-        EXPECT_EQ(result.cause, settings.device + cause);
+    for (const auto& [settings, cause] : table) {
+        EXPECT_EQ(second.open(settings).cause, settings.device + cause);
         EXPECT_FALSE(second.is_open());
     }
     driver_is_deaf = true;
@@ -286,11 +284,10 @@ TEST_F(PosixSerialPortTest, NamesTheGroupThatOwnsAForbiddenLine) {
     ASSERT_EQ(chmod(device, 0), 0);
     // No mode stops the superuser.
     const bool superuser = geteuid() == 0 && chown(device, 0, 20) == 0 && seteuid(65534) == 0;
-    const PortResult result = port.open({.device = device});
+    const std::string told = port.open({.device = device}).cause;
     ASSERT_EQ(superuser ? seteuid(0) : 0, 0);
-    EXPECT_EQ(result.error, PortError::permission_denied);
     const std::string cause = far.device() + ": permission denied; the device belongs to the group ";
-    EXPECT_TRUE(result.cause.starts_with(cause + (superuser ? "dialout" : ""))) << result.cause;
+    EXPECT_TRUE(told.starts_with(cause + (superuser ? "dialout" : ""))) << told;
 }
 
 }  // namespace
@@ -304,6 +301,10 @@ extern "C" int tcsetattr(int file, int when, const termios* modes) noexcept {
 
 extern "C" ssize_t read(int file, void* buffer, size_t size) {
     static const auto take = reinterpret_cast<decltype(&read)>(dlsym(RTLD_NEXT, "read"));
+    if (ampdesk::full_reads > 0) {
+        --ampdesk::full_reads;
+        return static_cast<ssize_t>(size);
+    }
     errno = EIO;
     return ampdesk::device_is_broken ? -1 : take(file, buffer, size);
 }

@@ -20,6 +20,7 @@
 namespace ampdesk {
 namespace {
 
+using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 using Mode = NvramTransfer::Mode;
 using Texts = std::vector<std::string>;
@@ -30,8 +31,6 @@ const std::string k_block_1 = hex_bytes("06 01 07 20 20 01 00 7F 01 02 06 82");
 const std::string k_end_1 = hex_bytes("15 01 05 20 20 01 00 20 0B B9");
 const std::string k_end_2 = hex_bytes("15 01 05 20 20 02 00 20 FB B9");
 const std::string k_refusal_0 = hex_bytes("15 01 05 20 20 00 00 04 5A 62");
-const std::string k_no_room = hex_bytes("06 01 05 20 20 00 00 01 DB 78");
-const std::string k_no_data = hex_bytes("06 01 00 E1 91");
 const std::string k_nak = hex_bytes("15 01 00 10 54");
 const std::string k_lost = "Cmd Receiving Error, Check Connection";
 const std::string k_set_error = "Set nvRam Error, Exit And Set Again";
@@ -109,47 +108,47 @@ TEST_F(NvramTransferTest, ReadsIntoAFile) {
 
     transfer->start();
     EXPECT_FALSE(turn());
-
-    for (const std::string& reply : {k_block_0, k_nak, k_nak, k_refusal_0}) port.answer(reply);
-    for (const char* file : {"03-10-2026\r\n0 00A1FF3C 5A07\r\n", "03-10-2026\r\n"}) {
-        begin(Mode::read);
-        EXPECT_EQ(run().back(), "nvRam Transfer failed");
-        EXPECT_EQ(file_bytes(path), file);
-    }
 }
 
-// Fault: a reply that is no block gets into the file, or errors are counted from the wrong place.
+// Fault: a reply that is no block gets into the file, or errors are counted from the wrong place; a line that
+// spoils replies is told as one that nobody answers on; the end of an earlier read that comes late ends this
+// one, with half a file told as whole; one reply that comes twice makes every later one late.
 TEST_F(NvramTransferTest, ReadAsksAgain) {
-    port.silence(5);
-    port.answer(k_block_1);  // not the block that was asked for, but an answer: silence counts anew
-    port.silence(3);
-    port.answer(k_no_room);
-    port.answer(k_no_data);  // the eleventh and last attempt
-    port.answer(k_block_0.substr(0, 14) + "?");
-    port.answer(k_block_0);
-    port.answer(k_end_1);
-    begin(Mode::read);
-    run();
-    Texts expected;
-    for (const char* errors : {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "0", "1"})
-        expected.push_back(std::string("Read block #0   Errs:") + errors);
-    expected.insert(expected.end(), {"Read block #1   Errs:0", "nvRam Transfer was Successful"});
-    EXPECT_EQ(shown, expected);
-    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n");
-}
-
-// Fault: the end of an earlier read that comes late ends this one, with half a file told as whole; one reply
-// that comes twice makes every later one late.
-TEST_F(NvramTransferTest, ReadPassesOverWhatComesLate) {
     const std::string unnamed_end = hex_bytes("15 01 03 20 20 20 26 93");
-    port.answer(k_end_2);
-    port.answer({{milliseconds(5), unnamed_end}, {milliseconds(900), unnamed_end}});
-    port.answer({{milliseconds(20), k_block_0}, {milliseconds(30), k_block_0}});
-    for (const std::string& reply : {k_block_1, k_block_1, k_end_2}) port.answer({{milliseconds(20), reply}});
-    begin(Mode::read);
-    EXPECT_EQ(run().back(), "nvRam Transfer was Successful");
-    EXPECT_EQ(file_bytes(path), "03-10-2026\r\n0 00A1FF3C 5A07\r\n1 7F 0102\r\n");
-    EXPECT_EQ(payloads().size(), 6U);
+    const std::map<char, ScriptedPort::Answer> replies{
+        {'0', {{20ms, k_block_0}}},
+        {'1', {{20ms, k_block_1}}},
+        {'t', {{20ms, k_block_0}, {30ms, k_block_0}}},  // twice
+        {'e', {{20ms, k_end_1}}},
+        {'E', {{20ms, k_end_2}}},
+        {'u', {{5ms, unnamed_end}, {900ms, unnamed_end}}},
+        {'r', {{0ms, k_refusal_0}}},
+        {'n', {{0ms, k_nak}}},
+        {'m', {{0ms, hex_bytes("06 01 05 20 20 00 00 01 DB 78")}}},  // no room for a block
+        {'d', {{0ms, hex_bytes("06 01 00 E1 91")}}},                 // no data
+        {'x', {{0ms, k_block_0.substr(0, 14) + "?"}}},
+        {'s', {}}};
+    // The replies, the errors that are shown on the way, the blocks in the file.
+    const std::tuple<std::string, std::string, int> cases[] = {
+        {"sssss1sssmdx0e", "0 1 2 3 4 5 6 7 8 9 10 0 1 0 nvRam Transfer was Successful", 1},
+        {"xxxxxxxxxxxxxxxsssssxs0e",
+         "0 1 2 3 4 5 6 7 8 9 10 0 1 2 3 4 5 6 7 8 9 10 0 0 nvRam Transfer was Successful", 1},
+        {"Eut11E", "0 1 2 0 1 0 nvRam Transfer was Successful", 2},
+        {"0nn", "0 0 1 nvRam Transfer failed", 1},
+        {"r", "0 nvRam Transfer failed", 0},
+    };
+    const std::string file = "03-10-2026\r\n0 00A1FF3C 5A07\r\n1 7F 0102\r\n";
+    const std::size_t file_size[] = {12, 29, 40};
+    for (const auto& [script, wanted, blocks] : cases) {
+        SCOPED_TRACE(script);
+        for (const char reply : script) port.answer(replies.at(reply));
+        begin(Mode::read);
+        std::string seen;
+        for (const std::string& status : run()) seen += status.substr(status.rfind(':') + 1) + " ";
+        EXPECT_EQ(seen, wanted + " ");
+        EXPECT_EQ(file_bytes(path), file.substr(0, file_size[blocks]));
+        EXPECT_EQ(payloads().size(), script.size());
+    }
 }
 
 // Fault: a dead line is asked for ever, given up too early, or costs the lines that were read; an adapter
@@ -173,30 +172,6 @@ TEST_F(NvramTransferTest, SixSilentAttemptsEndIt) {
     port.unplugged = false;
     port.answer(k_refusal_0);
     EXPECT_EQ(run().back(), "nvRam Transfer failed");
-}
-
-// Fault: a line that spoils replies is told as one that nobody answers on, or costs a block that could
-// not be set while the rest of the file is.
-TEST_F(NvramTransferTest, SpoiltRepliesAreNoSilence) {
-    const auto spoilt = [this](int times) {
-        while (times-- > 0) port.answer(k_block_0.substr(0, 14) + "?");
-    };
-    spoilt(15);
-    port.silence(5);
-    spoilt(1);
-    port.silence(1);
-    port.answer(k_block_0);
-    port.answer(k_end_1);
-    begin(Mode::read);
-    EXPECT_EQ(run().back(), "nvRam Transfer was Successful");
-    EXPECT_EQ(payloads().size(), 24U);
-
-    folder.put("nv.txt", "d\r\n1 AA 0000\r\n2 BB 0000\r\n");
-    for (int times = 0; times < 11; ++times) port.answer(hex_bytes("06 01 04 40 20 01 00 FF FF"));
-    begin(Mode::set);
-    EXPECT_EQ(run().back(), k_set_error);
-    EXPECT_EQ(payloads(), Texts(11, "40 20 01 00 AA 00 00"));
-    EXPECT_TRUE(finished());
 }
 
 // Fault: Pause tears a block, Continue starts anew, Exit waits or keeps what came after it.
@@ -314,11 +289,13 @@ TEST_F(NvramTransferTest, SetsWhatTheFileSays) {
     }
 }
 
-// Fault: another text than the operator knows; the transfer goes on behind a refusal.
+// Fault: another text than the operator knows; the transfer goes on behind a refusal, stops at one that comes
+// when the next line is in hand, or at none; a block that could not be set is left out.
 TEST_F(NvramTransferTest, SetTexts) {
     folder.put("nv.txt", "d\r\n12 00A1FF3C 5A07\r\n13 00 0000\r\n14 00 0000\r\n");
+    const std::string taken_12 = hex_bytes("06 01 04 40 20 0C 00 87 1B");
     port.silence();
-    port.answer(hex_bytes("06 01 04 40 20 0C 00 87 1B"));
+    port.answer(taken_12);
     port.answer(hex_bytes("15 01 05 40 20 0D 00 04 4B A9"));
     begin(Mode::set);
     EXPECT_EQ(run(), (Texts{"Setting block #0   Errors:0  Status:9", "Setting block #0   Errors:1  Status:0",
@@ -326,6 +303,24 @@ TEST_F(NvramTransferTest, SetTexts) {
     EXPECT_EQ(to_hex(port.written.at(0)), "01 01 0A 40 20 0C 00 00 A1 FF 3C 5A 07 73 79");
     EXPECT_EQ(payloads().size(), 3U);  // nothing behind the refusal
     EXPECT_EQ(transfer->panel().output, "15 1 5 40 20 D 0 4 4B A9 ");
+
+    port.answer({{milliseconds(1500), hex_bytes("15 01 05 40 20 0C 00 03 5B AB")}});
+    port.answer(taken_12);
+    port.silence();
+    port.answer(hex_bytes("06 01 04 40 20 0D 00 86 8B"));
+    for (int i = 0; i < 4; ++i) port.answer(k_nak);  // to two sets, and to the reads behind them
+    begin(Mode::set);
+    EXPECT_EQ(run().back(), k_set_error);
+    const std::string set_12 = "40 20 0C 00 00 A1 FF 3C 5A 07";
+    EXPECT_EQ(payloads(),
+              (Texts{set_12, set_12, "40 20 0D 00 00 00 00", "40 20 0D 00 00 00 00", "40 20 0E 00 00 00 00",
+                     "20 20 0E 00", "40 20 0E 00 00 00 00", "20 20 0E 00"}));
+
+    for (int times = 0; times < 11; ++times) port.answer(taken_12.substr(0, 8) + "?");
+    begin(Mode::set);
+    EXPECT_EQ(run().back(), k_set_error);
+    EXPECT_EQ(payloads(), Texts(11, set_12));
+    EXPECT_TRUE(finished());
 }
 
 // Fault: a reply to the line before is taken for this one's, and a block that was never written for
@@ -374,22 +369,6 @@ TEST_F(NvramTransferTest, StopsWhenTheLineIsAnother) {
     EXPECT_EQ(run().back(), k_set_error);
     EXPECT_EQ(person.take_texts(), Texts{"Another line has been opened during the transfer"});
     EXPECT_TRUE(port.written.empty());
-}
-
-// Fault: a refusal that comes when the next line is in hand stops the transfer, or none does.
-TEST_F(NvramTransferTest, SetPassesOverALateRefusal) {
-    folder.put("nv.txt", "d\r\n12 00A1FF3C 5A07\r\n13 00 0000\r\n14 00 0000\r\n");
-    port.answer({{milliseconds(1500), hex_bytes("15 01 05 40 20 0C 00 03 5B AB")}});
-    port.answer(hex_bytes("06 01 04 40 20 0C 00 87 1B"));
-    port.silence();
-    port.answer(hex_bytes("06 01 04 40 20 0D 00 86 8B"));
-    for (int i = 0; i < 4; ++i) port.answer(k_nak);  // to two sets, and to the reads behind them
-    begin(Mode::set);
-    EXPECT_EQ(run().back(), k_set_error);
-    EXPECT_EQ(transfer->nvram_block, 2);
-    EXPECT_EQ(payloads(), (Texts{"40 20 0C 00 00 A1 FF 3C 5A 07", "40 20 0C 00 00 A1 FF 3C 5A 07",
-                                 "40 20 0D 00 00 00 00", "40 20 0D 00 00 00 00", "40 20 0E 00 00 00 00",
-                                 "20 20 0E 00", "40 20 0E 00 00 00 00", "20 20 0E 00"}));
 }
 
 // Fault: a file is replaced or opened that the operator did not mean, or there is no way out.
