@@ -2,9 +2,8 @@
 // no fault of the line.
 #include <gtest/gtest.h>
 
-#include "buslink/bus_link.h"
+#include "tests/support/bus_rig.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/scripted_port.h"
 
 namespace ampdesk {
 namespace {
@@ -20,12 +19,9 @@ const BusCommand k_status{.address = 1, .command = "\x11"};
 const BusCommand k_text{.address = 1, .command = "RDBAND", .form = CommandForm::text};
 const BusCommand k_unawaited{.address = 1, .command = "RDBAND", .form = CommandForm::text_only};
 
-class Exchange : public testing::Test {
+class Exchange : public testing::Test, protected BusRig {
   protected:
-    Exchange() {
-        bus.open_bus_port("COM2:", 9600, 0, 8, 1);
-        settle();
-    }
+    Exchange() { settle(); }
 
     // One good exchange: after it, nothing old is waited for.
     void settle() {
@@ -46,9 +42,6 @@ class Exchange : public testing::Test {
         return static_cast<int>((clock.now() - start) / 1ms);
     }
 
-    ManualClock clock;
-    ScriptedPort port{clock};
-    BusLink bus{port, clock};
     std::string reply = "left over";
 };
 
@@ -272,10 +265,9 @@ TEST_F(Exchange, OpensThePort) {
     bus.open_bus_port("COM2:", 9600, 0, 8, 1);
     EXPECT_EQ(bus.give_back(std::nullopt), "");
     EXPECT_FALSE(bus.bus_link_on());
-    BusLink other{port, clock, {.crc = {.initial = 0xFFFF}, .reply_address = {}, .ports = {}}};
-    other.open_bus_port("COM2:", 9600, 0, 8, 1);
-    other.carry_out(k_status);
-    EXPECT_EQ(to_hex(port.written.back()), "01 01 01 11 91 84");
+    BusRig other({.crc = {.initial = 0xFFFF}, .reply_address = {}, .ports = {}});
+    other.bus.carry_out(k_status);
+    EXPECT_EQ(to_hex(other.port.written.back()), "01 01 01 11 91 84");
     port.open_result = {PortError::in_use, "COM2: is in use"};
     EXPECT_EQ(bus.open_bus_port("COM2:", 9600, 0, 8, 1), 1);
     EXPECT_EQ(bus.open_failure(), "COM2: is in use");

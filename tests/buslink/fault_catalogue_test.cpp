@@ -2,11 +2,10 @@
 // exchange after it, with whomever, gets the answer of its own and not what was left over.
 #include <gtest/gtest.h>
 
-#include "buslink/bus_link.h"
 #include "buslink/wire/binary_frame.h"
 #include "buslink/wire/control_characters.h"
+#include "tests/support/bus_rig.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/scripted_port.h"
 
 namespace ampdesk {
 namespace {
@@ -170,12 +169,11 @@ struct Request {
 };
 
 // A line of amplifiers that number their answers.
-struct Line {
-    explicit Line(ReplyAddress rule) : bus(port, clock, {.crc = {}, .reply_address = rule, .ports = {}}) {
+struct Line : BusRig {
+    explicit Line(ReplyAddress rule) : BusRig({.crc = {}, .reply_address = rule, .ports = {}}) {
         port.responder = [this](const std::string& frame) {
             return fault != nullptr ? fault->line({frame, own_reply}) : Answer{{delay, own_reply}};
         };
-        bus.open_bus_port("COM2:", 9600, 0, 8, 1);
         exchange({1, "\x11"});  // after an answer nothing old is waited for
         port.written.clear();
     }
@@ -196,9 +194,6 @@ struct Line {
         return reply;
     }
 
-    ManualClock clock;
-    ScriptedPort port{clock};
-    BusLink bus;
     int number = 0;
     std::string own_reply;  // the true reply to the request under way
     const LineFault* fault = nullptr;

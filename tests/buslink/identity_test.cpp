@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/run_time_error.h"
+#include "tests/support/bus_rig.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/scripted_port.h"
 
 namespace ampdesk {
 namespace {
@@ -58,16 +58,14 @@ TEST(Identification, EveryWay) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.fault);
-        ManualClock clock;
-        ScriptedPort port(clock);
-        BusLink bus(port, clock);
-        bus.open_bus_port("COM1:", 9600, 0, 8, 1);
-        for (const std::string& reply : c.replies) port.answer(reply);
+        BusRig rig;
+        BusLink& bus = rig.bus;
+        for (const std::string& reply : c.replies) rig.port.answer(reply);
         Identification asking(bus, 7);
         if (c.replies.front() == k_cut) {
             bus.begin(*asking.next());
             EXPECT_EQ(asking.due(), std::nullopt);
-            clock.sleep_until(bus.due());
+            rig.clock.sleep_until(bus.due());
             bus.poll();
             bus.cut();
             asking.ended(*bus.poll());
@@ -83,7 +81,7 @@ TEST(Identification, EveryWay) {
         EXPECT_EQ(asking.state(), c.state);
         EXPECT_EQ(asking.serial_number() + "|" + asking.number() + "|" + asking.model(), c.found);
         EXPECT_EQ(asking.failure(), c.state == number_too_large ? "Overflow" : "");
-        EXPECT_EQ(questions(port.written), c.sent);
+        EXPECT_EQ(questions(rig.port.written), c.sent);
         EXPECT_EQ(asking.due(), std::nullopt);
     }
 }

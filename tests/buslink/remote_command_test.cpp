@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "buslink/remote_command.h"
+#include "tests/support/bus_rig.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/scripted_port.h"
 
 namespace ampdesk {
 namespace {
@@ -16,10 +16,11 @@ constexpr const char* k_wrong = "No message from amplifier, wrong command\r\n";
 const std::string k_ask_status_5 = "01 05 06 52 44 53 54 41 54 37 29\n";
 const std::string k_text_rfon_5 = "02 3E 30 35 20 52 46 4F 4E 03 30 31 0D\n";
 
-struct Line {
+struct Line : BusRig {
     explicit Line(bool open = true, const std::string& folder = ".")
         : commands(
               bus, [this](std::string_view text) { output += text; }, folder) {
+        bus.close_bus_port();
         if (open)
             bus.open_bus_port("COM2:", 1200, 1, 7, 2);
     }
@@ -29,9 +30,6 @@ struct Line {
         for (const std::string& frame : port.written) text += to_hex(frame) + "\n";
         return text;
     }
-    ManualClock clock;
-    ScriptedPort port{clock};
-    BusLink bus{port, clock};
     std::string output;
     RemoteCommands commands;
 };

@@ -19,11 +19,9 @@
 #include "controlhead/control_head.h"
 #include "controlhead/screens.h"
 #include "demo/sim_bus.h"
+#include "tests/support/bus_rig.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/manual_clock.h"
-#include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
-#include "tests/support/scripted_port.h"
 #include "tests/support/sent_frame.h"
 
 namespace ampdesk {
@@ -132,11 +130,10 @@ inline std::string lines_of(const Panel& panel) {
     return panel.line(1) + "|" + panel.line(2) + "|" + panel.line(3) + "|" + panel.line(4);
 }
 
-class Bench : public testing::Test {
+class Bench : public testing::Test, protected BusRig {
   protected:
     Bench() {
         port.responder = [this](const std::string& frame) { return answer(frame); };
-        bus.open_bus_port("COM2:", 9600, 0, 8, 1);
         services.options.folder = folder.path();
     }
 
@@ -151,15 +148,9 @@ class Bench : public testing::Test {
     std::ptrdiff_t count_sent(std::string_view command) const {
         return std::count_if(sent.begin(), sent.end(), [&](const auto& o) { return o.command == command; });
     }
-    // A box that no test asked for is a failure.
-    void TearDown() override { EXPECT_EQ(person.take_texts(), Texts{}); }
 
     const ScratchFolder folder;
-    ManualClock clock;
     demo::SimBus sim{clock};
-    ScriptedPort port{clock};
-    RecordingOperator person;
-    BusLink bus{port, clock};
     HeadServices services{bus, clock, person, {}};
     // What is answered to a command, nothing for silence; on others the simulated amplifier decides.
     std::map<std::string, std::optional<std::string>, std::less<>> replies;

@@ -3,9 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/bus_rig.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/recording_operator.h"
-#include "tests/support/scripted_port.h"
 #include "tests/support/sent_frame.h"
 #include "tools/command_history.h"
 
@@ -14,10 +13,9 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-class ConsoleTest : public testing::Test {
+class ConsoleTest : public testing::Test, protected BusRig {
   protected:
     ConsoleTest() {
-        bus.open_bus_port("COM1:", 9600, 0, 8, 1);
         console.on_result = [this](const Console::Result& r) { results.push_back(r); };
     }
 
@@ -30,10 +28,6 @@ class ConsoleTest : public testing::Test {
         return results.empty() ? std::nullopt : std::optional(results.front());
     }
 
-    ManualClock clock;
-    ScriptedPort port{clock};
-    RecordingOperator person;
-    BusLink bus{port, clock};
     Console console{bus, person};
     std::vector<Console::Result> results;
 };

@@ -9,11 +9,10 @@
 #include <map>
 
 #include "buslink/wire/binary_frame.h"
+#include "tests/support/bus_rig.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/hex_bytes.h"
-#include "tests/support/recording_operator.h"
 #include "tests/support/scratch_folder.h"
-#include "tests/support/scripted_port.h"
 #include "tests/support/sent_frame.h"
 #include "tools/nvram_choice.h"
 
@@ -35,11 +34,8 @@ const std::string k_nak = hex_bytes("15 01 00 10 54");
 const std::string k_lost = "Cmd Receiving Error, Check Connection";
 const std::string k_set_error = "Set nvRam Error, Exit And Set Again";
 
-class NvramTransferTest : public testing::Test {
+class NvramTransferTest : public testing::Test, protected BusRig {
   protected:
-    NvramTransferTest() { bus.open_bus_port("COM1:", 9600, 0, 8, 1); }
-    void TearDown() override { EXPECT_EQ(person.take_texts(), Texts{}); }
-
     NvramTransfer& begin(Mode mode) {
         transfer = std::make_unique<NvramTransfer>(mode, path, 1, bus, person);
         transfer->on_panel = [this] {
@@ -84,10 +80,6 @@ class NvramTransferTest : public testing::Test {
 
     ScratchFolder folder;
     std::string path = folder / "nv.txt";
-    ManualClock clock;
-    ScriptedPort port{clock};
-    RecordingOperator person;
-    BusLink bus{port, clock};
     std::unique_ptr<NvramTransfer> transfer;
     Texts shown;
 };
