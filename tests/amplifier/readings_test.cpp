@@ -54,8 +54,8 @@ TEST(Analog, WordsInTheirUnits) {
     EXPECT_STREQ(Limits::name(Limits::cabinet), "the warning level of the cabinet temperature");
 }
 
-// A text cut at the wrong comma, a flag that is read as text, a state that is not found in it.
-TEST(AlarmState, FlagTextAndStates) {
+// A text cut at the wrong comma or star, a flag that is read as text, a state that is not found in it.
+TEST(Readings, TextsAreTakenApart) {
     const std::pair<const char*, std::optional<AlarmState>> cases[] = {
         {"", std::nullopt},
         {"0,Standby, RF off", AlarmState{false, "Standby, RF off", true, true}},
@@ -64,15 +64,9 @@ TEST(AlarmState, FlagTextAndStates) {
         {"Standby", AlarmState{false, "Standby", true, false}},
     };
     for (const auto& [payload, expected] : cases) EXPECT_EQ(AlarmState::parse(payload), expected) << payload;
-}
-
-TEST(Shutdown, NumberAndReason) {
     EXPECT_EQ(Shutdown::parse("12, Helix, over "), (Shutdown{"12", "Helix, over"}));
     EXPECT_EQ(Shutdown::parse(" no number "), (Shutdown{std::nullopt, "no number"}));
     EXPECT_EQ(Shutdown::parse(""), std::nullopt);
-}
-
-TEST(Identity, FieldsBetweenStars) {
     EXPECT_EQ(Identity::parse("JEX* KU *0042 * Rev 1 *more"), (Identity{"KU", "0042", "Rev 1"}));
     EXPECT_EQ(Identity::parse("JEX*KU-4"), (Identity{"KU-4", std::nullopt, std::nullopt}));
     EXPECT_EQ(Identity::parse("no star"), Identity{});

@@ -65,11 +65,17 @@ TEST_F(LineStatus, DropsAndRaisesDtrAlone) {
     EXPECT_TRUE(pseudo_terminal.drain(clock.now()));
 }
 
-// Output counts as sent while the chip still holds a byte, or the wait has no end; closing waits for the
-// driver's half minute, or at all where a handshake may hold the output back.
-TEST_F(LineStatus, DrainsToTheDeadline) {
+// What the driver has no room for is lost, doubled, or waited for (it may make room at any time, by handing
+// on what it holds); output counts as sent while the chip still holds a byte, or the wait has no end; closing
+// waits for the driver's half minute, or at all where a handshake may hold the output back.
+TEST_F(LineStatus, WritesWhatTheDriverTakesAndDrainsToTheDeadline) {
+    EXPECT_EQ(port.write_some("x"), std::nullopt);
     EXPECT_FALSE(port.drain(clock.now()));
     open();
+    const std::string taken = fill();
+    EXPECT_TRUE(far.receive(taken.size(), 10'000) == taken);
+    EXPECT_EQ(port.write_some("end"), 3U);
+    EXPECT_EQ(far.receive(3, 10'000), "end");
     EXPECT_TRUE(port.drain(clock.now()));
     const Instant start = clock.now();
     const auto expect_at = [&](int time) { EXPECT_EQ(clock.now() - start, milliseconds(time)); };
@@ -89,17 +95,6 @@ TEST_F(LineStatus, DrainsToTheDeadline) {
     port.close();
     expect_at(3500);
     EXPECT_LT(far.receive(held_back, 100).size(), 8192U) << "what the far driver had not taken is still sent";
-}
-
-// What the driver has no room for is lost, doubled, or waited for. It may make room at any time, by handing
-// on what it holds.
-TEST_F(LineStatus, WritesOnlyWhatTheDriverTakes) {
-    EXPECT_EQ(port.write_some("x"), std::nullopt);
-    open();
-    const std::string taken = fill();
-    EXPECT_TRUE(far.receive(taken.size(), 10'000) == taken);
-    EXPECT_EQ(port.write_some("end"), 3U);
-    EXPECT_EQ(far.receive(3, 10'000), "end");
 }
 
 }  // namespace

@@ -132,8 +132,9 @@ TEST_F(TextFileTest, KeepsModeAndLinks) {
     EXPECT_EQ(entries(folder.path()), 5U);
 }
 
-// Fault: a copy differs in some bytes, or a failed one harms its target.
-TEST_F(TextFileTest, CopiesByteForByte) {
+// Fault: a copy differs in some bytes, or a failed one harms its target; a crash or a power cut in the middle
+// of saving leaves an empty or a torn file.
+TEST_F(TextFileTest, CopiesAndReplacesWhole) {
     std::string bytes;
     for (int i = 0; i < 50000; ++i) bytes += static_cast<char>(i * 7);
     folder.put("com1.dat", bytes);
@@ -142,13 +143,10 @@ TEST_F(TextFileTest, CopiesByteForByte) {
     EXPECT_EQ(error_of([&] { copy_file_bytes(folder / "none", folder / "copy"); }), 53);
     EXPECT_TRUE(file_bytes(folder / "copy") == bytes);
     EXPECT_TRUE(file_bytes(path) == bytes);
-}
-
-// Fault: a crash or a power cut in the middle of saving leaves an empty or a torn file.
-TEST_F(TextFileTest, FlushesTheNewFileBeforeItTakesThePlaceOfTheOld) {
+    folder.put("com1.dat", "old");
     disk.saved = path;
     write_text_lines(path, {"new"});
-    EXPECT_EQ(disk.asked, (Lines{"new\r\n over old of 2", "folder over new\r\n of 1"}));
+    EXPECT_EQ(disk.asked, (Lines{"new\r\n over old of 3", "folder over new\r\n of 2"}));
 }
 
 // Fault: a full or a broken disk costs the old file, leaves half a file, or goes unsaid.
