@@ -22,7 +22,7 @@ std::string shown_after(const Texts& chunks) {
     return text;
 }
 
-TEST(ReceivedText, BackspacesAndLineFeeds) {
+TEST(ReceivedText, BackspacesLineFeedsAndTheLimit) {
     const std::tuple<const char*, Texts, std::string> table[] = {
         {"the character before a backspace stays", {"AB\bC"}, "AC"},
         {"more backspaces than characters take one too many", {"A\b\b\bB"}, "B"},
@@ -33,13 +33,10 @@ TEST(ReceivedText, BackspacesAndLineFeeds) {
         {"other control characters are eaten", {"\x06\x7F"}, "\x06\x7F"},
     };
     for (const auto& [fault, chunks, shown] : table) EXPECT_EQ(shown_after(chunks), shown) << fault;
-}
-
-// The limit counted in characters instead of two bytes each, checked after instead of before the
-// chunk, or the wrong end cut.
-TEST(ReceivedText, DropsTheOldestQuarterOnceItIsFull) {
-    const struct { std::size_t shown, drop; } table[] = {{0, 0}, {8191, 0}, {8192, 4096}, {12287, 4096}};
-    for (const auto& [shown, drop] : table) EXPECT_EQ(ShowData(shown, "x").drop, drop) << shown;
+    // The limit counted in characters instead of two bytes each, checked after instead of before the
+    // chunk, or the wrong end cut.
+    for (const auto& [shown, drop] : {std::pair{8191U, 0U}, {8192U, 4096U}, {12287U, 4096U}})
+        EXPECT_EQ(ShowData(shown, "x").drop, drop) << shown;
     EXPECT_EQ(shown_after({std::string(4096, 'a'), std::string(4096, 'b'), "\n"}), std::string(4096, 'b'));
 }
 
@@ -71,19 +68,20 @@ TEST(LineBuffer, FindsTheLinesOfARemoteStation) {
     for (const auto& row : table) {
         SCOPED_TRACE(row.fault);
         LineBuffer buffer;
-        LineBuffer::Received got;
-        std::string chunks = row.chunks;
-        std::replace(chunks.begin(), chunks.end(), '^', '\x06');
-        std::istringstream in(chunks);
+        Texts requests;
+        bool marked = false;
+        bool overflowed = false;
+        std::istringstream in(row.chunks);
         for (std::string chunk; std::getline(in, chunk, '|');) {
-            LineBuffer::Received one = buffer.receive(chunk);
-            got.marked |= one.marked;
-            got.overflowed |= one.overflowed;
-            for (std::string& request : one.requests) got.requests.push_back(std::move(request));
+            std::replace(chunk.begin(), chunk.end(), '^', '\x06');
+            const LineBuffer::Received one = buffer.receive(chunk);
+            marked |= one.marked;
+            overflowed |= one.overflowed;
+            requests.insert(requests.end(), one.requests.begin(), one.requests.end());
         }
-        EXPECT_EQ(got.requests, row.requests);
-        EXPECT_EQ(got.marked, row.marked);
-        EXPECT_EQ(got.overflowed, row.overflowed);
+        EXPECT_EQ(requests, row.requests);
+        EXPECT_EQ(marked, row.marked);
+        EXPECT_EQ(overflowed, row.overflowed);
         EXPECT_EQ(buffer.size(), row.left);
     }
 }
