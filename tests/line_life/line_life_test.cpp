@@ -5,13 +5,13 @@
 
 #include <csignal>
 
+#include "demo/sim_bus.h"
 #include "platform/posix/posix_serial_port.h"
 #include "platform/posix/system_clock.h"
 #include "station/station.h"
+#include "tests/platform/far_end.h"
 #include "tests/support/recording_operator.h"
 #include "tests/support/running_ampsim.h"
-#include "tests/support/scratch_folder.h"
-#include "tests/support/served_line.h"
 #include "tools/nvram_transfer.h"
 
 namespace ampdesk {
@@ -30,17 +30,20 @@ class SkippingClock : public SystemClock {
     Duration skipped_{};
 };
 
-// Waits in earnest for no longer than its patience; the rest passes at once.
+// Waits in earnest for no longer than its patience; the rest passes at once. The far end has its turn before.
 class HurriedPort : public PosixSerialPort {
   public:
     explicit HurriedPort(SkippingClock& clock) : PosixSerialPort(clock), clock_(clock) {}
     WaitResult wait_readable(Instant deadline) override {
+        if (serve)
+            serve();
         const WaitResult result = PosixSerialPort::wait_readable(std::min(deadline, clock_.now() + patience));
         if (result == WaitResult::timed_out)
             clock_.sleep_until(deadline);
         return result;
     }
     Duration patience = 1h;
+    std::function<void()> serve;
 
   private:
     SkippingClock& clock_;
@@ -48,7 +51,11 @@ class HurriedPort : public PosixSerialPort {
 
 class LineLife : public testing::Test {
   protected:
-    LineLife() { services.options.folder = folder.path(); }
+    LineLife() {
+        services.options.folder = folder.path();
+        for (const int address : {1, 2}) bus.add({.address = address, .serial = 1000 + address});
+        port.serve = [this] { serve(); };
+    }
     ~LineLife() override { EXPECT_EQ(person.take_texts(), Texts{}); }
     static BusOptions ports(const std::string& device) {
         BusOptions options;
@@ -56,10 +63,20 @@ class LineLife : public testing::Test {
         return options;
     }
     void open() { ASSERT_EQ(link.open_bus_port("COM1:", 19200, 0, 8, 1), 0) << link.open_failure(); }
-    std::unique_ptr<RunningAmpsim> far_end() const {
-        auto far = std::make_unique<RunningAmpsim>(Texts{"--address", "1", "--link", name});
-        far->answer();
-        return far;
+    void plug() {
+        std::filesystem::remove(name);
+        std::filesystem::create_symlink(far.emplace().device(), name);
+    }
+    // Pulls the plug behind half of the sixth reply.
+    void serve() {
+        if (replies == 6) {
+            ++replies;
+            return far->unplug();
+        }
+        bus.receive(far->receive(1024, 0));
+        const std::string reply = bus.take_due();
+        if (!reply.empty())
+            far->send(reply.substr(0, ++replies == 6 ? reply.size() / 2 : reply.size()));
     }
     // Drives the polling loop for so long; gives the longest time that one call took.
     Duration poll(Station& station, Duration length) {
@@ -78,6 +95,8 @@ class LineLife : public testing::Test {
     std::string name = folder / "line";
     SystemClock far_clock;
     demo::SimBus bus{far_clock};
+    std::optional<FarEnd> far;
+    int replies = 0;
     SkippingClock clock;
     HurriedPort port{clock};
     RecordingOperator person;
@@ -89,24 +108,18 @@ class LineLife : public testing::Test {
 // byte that is lost, doubled or misplaced between an amplifier, the file and another amplifier.
 TEST_F(LineLife, AnUnpluggedTransferGoesOn) {
     using Mode = NvramTransfer::Mode;
-    bus.add({.address = 1, .serial = 1001});
-    bus.add({.address = 2, .serial = 1002});
     for (const Mode mode : {Mode::read, Mode::set}) {
-        auto line = std::make_unique<ServedLine>(bus, name, 6);
-        bool torn = false;
+        replies = 0;
+        plug();
         open();
         NvramTransfer transfer(mode, folder / "nv.txt", mode == Mode::read ? 1 : 2, link, person);
         transfer.start();
         while (const auto due = transfer.due()) {
             clock.sleep_until(*due);
             exchange_once(link, transfer);
-            if (port.is_connected())
-                continue;
-            torn = true;
-            line->unplug();
-            line = std::make_unique<ServedLine>(bus, name);
+            if (!port.is_connected())
+                plug();
         }
-        EXPECT_TRUE(torn);
         link.close_bus_port();
     }
     for (std::size_t i = 0; i < demo::SimNvram::k_blocks; ++i)
@@ -117,7 +130,8 @@ TEST_F(LineLife, AnUnpluggedTransferGoesOn) {
 TEST_F(LineLife, TheHeadOutlivesItsLine) {
     for (const bool unplugged : {true, false}) {
         SCOPED_TRACE(unplugged ? "unplugged" : "halted");
-        auto far = far_end();
+        replies = 7;
+        plug();
         open();
         Station station(services);
         const auto head = station.new_amplifier_window(1, "1001", "KU", false);
@@ -125,12 +139,10 @@ TEST_F(LineLife, TheHeadOutlivesItsLine) {
         poll(station, 2s);
         const std::string shown = head->panel().line(1);
         ASSERT_FALSE(head->silent());
-        if (unplugged) {
-            std::filesystem::remove(name);  // the device's number may be somebody else's the next moment
-            far->end(SIGKILL);
-        } else {
-            far->halt(true);
-        }
+        if (unplugged)
+            far->unplug();
+        else
+            port.serve = nullptr;
         port.patience = 2ms;
         int frames = 0;
         link.on_traffic = [&](const BusTraffic& traffic) { frames += traffic.sent ? 1 : 0; };
@@ -142,9 +154,8 @@ TEST_F(LineLife, TheHeadOutlivesItsLine) {
         link.on_traffic = nullptr;
         port.patience = 1h;
         if (unplugged)
-            far = far_end();
-        else
-            far->halt(false);
+            plug();
+        port.serve = [this] { serve(); };
         poll(station, 8s);
         EXPECT_EQ(head->panel().line(1), shown);
         station.close_all();
@@ -154,8 +165,9 @@ TEST_F(LineLife, TheHeadOutlivesItsLine) {
 
 // A signal cuts an exchange or a sleep short, is taken for an unplugged line, or starts its wait anew.
 TEST_F(LineLife, AStormOfSignalsDisturbsNoExchange) {
-    bus.add({.address = 1, .serial = 1001, .noise = 0});
-    const ServedLine line(bus, name);
+    RunningAmpsim ampsim({"--address", "1", "--link", name});
+    ampsim.answer();
+    port.serve = nullptr;
     open();
     struct sigaction quiet {};
     quiet.sa_handler = [](int) {};

@@ -65,13 +65,6 @@ class ChildProgram {
     }
     void end_its_input() const { shutdown(line_.get(), SHUT_WR); }
 
-    // Halts the program where it stands, or lets it go on; halted is it when the call returns.
-    void halt(bool halted) const {
-        kill(process_, halted ? SIGSTOP : SIGCONT);
-        if (halted)
-            waitpid(process_, nullptr, WUNTRACED);
-    }
-
     // Sends the signal unless it is 0, waits until the program has ended and returns its exit status, or
     // -1 when it had to be killed: by that signal, or because it went on for five seconds.
     int end(int signal = 0) {
