@@ -1,8 +1,12 @@
-// The order in which a mailbox gives its values out, and when it calls its reader. Under threads it is tested
-// in tests/threads.
-#include "platform/mailbox.h"
-
+// The order in which a mailbox gives its values out, and when it calls its reader (under threads it is tested
+// in tests/threads); a signal and the life of its subscriptions.
 #include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "platform/mailbox.h"
+#include "platform/signal.h"
 
 namespace ampdesk {
 namespace {
@@ -45,6 +49,38 @@ TEST(Mailbox, CallsItsReaderForTheFirstValueOnly) {
     EXPECT_EQ(taken, Texts{"d"});
     box.put_newest(1, "e");
     EXPECT_EQ(taken, Texts{"e"});
+}
+
+// Fault: a subscriber is told twice, after its end, or not at all because another one ended first; one that
+// outlives its signal ends in freed memory, or goes on when another takes its place.
+TEST(Signal, TellsEverySubscriberUntilItEnds) {
+    std::optional<Signal<int>> signal(std::in_place);
+    std::string told;
+    const auto note = [&](const std::string& name) {
+        return [&told, name](int value) { told += name + std::to_string(value); };
+    };
+    Subscription late;
+    Subscription second;
+    Subscription first = signal->subscribe([&](int value) {
+        note("a")(value);
+        if (value == 2)
+            second = {};
+        if (value == 3)
+            late = signal->subscribe(note("d"));
+        if (value == 4)
+            first = {};
+    });
+    second = signal->subscribe(note("b"));
+    Subscription third = signal->subscribe(note("c"));
+    for (int value = 1; value <= 6; ++value) {
+        told += ' ';
+        signal->publish(value);
+        if (value == 5)
+            third = std::move(late);
+    }
+    EXPECT_EQ(told, " a1b1c1 a2c2 a3c3 a4c4d4 c5d5 d6");
+    signal.reset();
+    third = {};
 }
 
 }  // namespace
