@@ -217,16 +217,8 @@ TEST_F(Exchange, IsBegunFedAndEnded) {
     EXPECT_EQ(bus.poll().value().bytes, k_reply);
 }
 
-// A second sending that is not waited for, and a wait that does not follow the baud rate.
-TEST_F(Exchange, SendsATextOnceMore) {
-    port.silence();
-    port.answer({{390ms, k_text_reply}});
-    EXPECT_EQ(text(), 0);
-    EXPECT_EQ(reply, k_text_reply);
-    EXPECT_EQ(port.written, std::vector(2U, k_ask_band));
-    EXPECT_EQ(took([&] { EXPECT_EQ(text(), 1); }), 2 * 394 + 50);
-    EXPECT_EQ(reply, "");
-
+// A wait for a text that does not follow the baud rate; an answer that nobody waited for, taken for another's.
+TEST_F(Exchange, TextsTakeTheirTime) {
     bus.open_bus_port("COM2:", 1200, 0, 8, 1);
     settle();
     port.answer({{1170ms, k_text_reply}});
