@@ -217,7 +217,8 @@ TEST_F(Exchange, IsBegunFedAndEnded) {
     EXPECT_EQ(bus.poll().value().bytes, k_reply);
 }
 
-// A wait for a text that does not follow the baud rate; an answer that nobody waited for, taken for another's.
+// A wait for a text that does not follow the baud rate; an answer that nobody waited for, taken for
+// another's.
 TEST_F(Exchange, TextsTakeTheirTime) {
     bus.open_bus_port("COM2:", 1200, 0, 8, 1);
     settle();

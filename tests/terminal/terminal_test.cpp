@@ -19,19 +19,18 @@ const std::string k_request = "\x06\x06>05,RDSTAT\r";
 struct TerminalTest : testing::Test {
     TerminalTest() {
         terminal.on_text = [this](std::string_view text) { shown += text; };
-        terminal.on_status = [this](std::string_view text) { tell("[", text, "]"); };
-        terminal.on_error = [this](std::string_view text) { tell("(", text, ")"); };
+        terminal.on_status = [this](std::string_view text) { tell("[" + std::string(text) + "]"); };
+        terminal.on_error = [this](std::string_view text) { tell("(" + std::string(text) + ")"); };
         line.on_change = [this] { terminal.line_changed(); };
         line.add_watcher([this](const TerminalTraffic& traffic) {
             if (traffic.sent)
-                tell("", traffic.bytes, "");
+                tell(std::string(traffic.bytes));
         });
         bus.open_bus_port("COM2:", 9600, 0, 8, 1);
     }
     void open(Handshake handshake = Handshake::none) { line.open({.device = {}, .handshake = handshake}); }
-    void tell(const char* before, std::string_view text, const char* after) {
-        const auto time = std::to_string((clock.now() - start) / milliseconds(1));
-        timeline.append(time).append(" ").append(before).append(text).append(after).append("|");
+    void tell(const std::string& text) {
+        timeline += std::to_string((clock.now() - start) / milliseconds(1)) + " " + text + "|";
     }
     void receive(std::string bytes) {
         port.arrive(std::move(bytes));

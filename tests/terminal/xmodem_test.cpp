@@ -64,9 +64,8 @@ void converse(Transfer& transfer, const std::string& script, const std::string& 
     std::istringstream steps(script);
     for (std::string step; std::getline(steps, step, ';');) {
         int times = 1;
-        std::string in;
-        std::string out;
-        std::string* side = &in;
+        std::string in_and_out[2];
+        std::size_t side = 0;
         milliseconds later{0};
         std::istringstream words(step);
         for (std::string word; words >> word;) {
@@ -77,15 +76,15 @@ void converse(Transfer& transfer, const std::string& script, const std::string& 
             else if (word.back() == 'x')
                 times = std::stoi(word);
             else if (word == "=")
-                side = &out;
+                side = 1;
             else
-                *side += bytes_of(word);
+                in_and_out[side] += bytes_of(word);
         }
         while (times-- > 0) {
             clock.advance(later);
-            transfer.feed(in, clock.now());
+            transfer.feed(in_and_out[0], clock.now());
             transfer.tick(clock.now());
-            EXPECT_EQ(to_hex(transfer.take_output(512)), to_hex(out)) << step;
+            EXPECT_EQ(to_hex(transfer.take_output(512)), to_hex(in_and_out[1])) << step;
         }
     }
     EXPECT_EQ(transfer.message(), message);
@@ -259,23 +258,19 @@ TEST(XmodemPeer, FilesArriveWhole) {
         XmodemSender sender(file, std::chrono::milliseconds(20), clock.now());
         XmodemReceiver receiver(clock.now());
         Transfer& transfer = sends ? static_cast<Transfer&>(sender) : receiver;
-        const auto to_program = [&program](const std::string& bytes) {
-            if (!bytes.empty())  // it may be gone
-                program.send(bytes);
-        };
         TransferRun run(line, transfer);
         ASSERT_TRUE(run.start());
         const Instant limit = clock.now() + std::chrono::seconds(60);
         for (Instant next_tick = clock.now(); !run.over() && clock.now() < limit;) {
             far.send(program.receive(4096, 0));
             line.pump();
-            to_program(far.receive(4096, 1));
+            program.send(far.receive(4096, 1));
             if (clock.now() < next_tick)
                 continue;
             next_tick = clock.now() + TransferRun::k_tick;
             run.tick();
         }
-        to_program(far.receive(4096, 1));
+        program.send(far.receive(4096, 1));
         EXPECT_EQ(transfer.state(), TransferState::done) << transfer.message();
         EXPECT_EQ(program.end(), 0);
         EXPECT_EQ(sends ? file_bytes(folder / "file") : receiver.file(), filled_up(file, block));
