@@ -13,7 +13,6 @@ namespace {
 using State = Identification::State;
 
 const std::string k_status = hex_bytes("06 07 02 11 01 E5 24");
-const std::string k_no_content = hex_bytes("06 07 00 E2 31");
 const std::string k_number = "RDS/N=0123\x03\r";
 const std::string k_cut = "~";
 const std::string k_model = "TWT*ABC 12 34*9*1\x03\r";
@@ -43,7 +42,7 @@ TEST(Identification, EveryWay) {
     const Case cases[] = {
         {"all is told", {k_status, k_number, k_model}, "pnm", "0123|123|ABC"},
         {"nobody", {""}, "p", "||", no_status},
-        {"a reply without content", {k_no_content}, "p", "||", no_status},
+        {"a reply without content", {hex_bytes("06 07 00 E2 31")}, "p", "||", no_status},
         {"a cut probe is no silence", {k_cut, k_status, k_number, k_model}, "ppnm", "0123|123|ABC"},
         {"each text once more", {k_status, "", k_number, "", k_model}, "pnnmm", "0123|123|ABC"},
         {"a number is given", {k_status, "", "", k_model}, "pnnm", "77|77|ABC", done, " 77 "},

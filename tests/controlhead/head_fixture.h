@@ -194,7 +194,7 @@ class HeadTest : public Bench {
     HeadTest() {
         set_status(0);
         set_analog("");
-        set_limits("");
+        set(k_limits_request, block(""));
         set_alarm("0,Standby");
         station.start();
     }
@@ -207,7 +207,6 @@ class HeadTest : public Bench {
             std::string{c(status), c(settings), c(flags), '\0', c(switch_state), c(switch_count)});
     }
     void set_analog(const std::string& words) { set(k_analog_request, block(words)); }
-    void set_limits(const std::string& words) { set(k_limits_request, block(words)); }
     void set_alarm(const std::string& reply) { set(k_alarm_request, reply); }
     void set_shutdown(const std::string& reply) {
         set_status(16);

@@ -79,7 +79,6 @@ class Walk : public Bench {
 };
 
 // clang-format off
-const std::string k_blank   = "                    |                    |                    |                    ";
 const std::string k_error   = "RS485 Communication |Error,              |Check Connection    |                    ";
 const std::string k_down    = "System Shutdown, #12|--------------------|Helix arc           |                 OK ";
 // On the air, with output switch, power save and three bands.
@@ -188,16 +187,13 @@ const demo::SimModel k_bare_model = {
     .fahrenheit = true, .forward_in_watts = true, .hv_on = true, .rf_on = true,
     .console_time = std::chrono::minutes(7), .rf_time = std::chrono::minutes(0), .noise = 0};
 const std::string k_p_powers = "Fwd Power     56 dBm|Rev Power     36 dBm|Transmit            |ATTN       HELP MORE";
-const std::string k_p_hours  = " --System Hours--   |00000:07<Console    |00000:00<RF On      |SETUP INFO HELP MORE";
-const std::string k_p_remote = "                    |  Remote        ON  |                    |                MORE";
-const std::string k_p_tube   = "Ef  6.30v  If-1.50ma|Eb -4.57kV          |Ek -9.16kV Iw  2.4ma|ATTN EVENT HELP MORE";
 
 const Step k_bare[] = {
     {"visit", k_p_powers},
     {"key 1 2", "POWERS AND ALARMS   |Soft keys 1 and 2   |scroll this text by |a line, keys 3 and 4", "0/36"},
     {"key 4; alarm Fans, both of them; visit", "Fwd Power     56 dBm|Rev Power     36 dBm|Fans, both of them  |ATTN       HELP MORE"},
-    {"clear; key 3", k_p_hours},
-    {"key 0", k_p_remote},
+    {"clear; key 3", " --System Hours--   |00000:07<Console    |00000:00<RF On      |SETUP INFO HELP MORE"},
+    {"key 0", "                    |  Remote        ON  |                    |                MORE"},
     {"key 3", "Temperature reads   |in:  [\260F]           |                    |                MORE"},
     {"key 3", "Forward Power reads |in:  [Watts]        |                    |                MORE"},
     {"key 3", "Reverse Power reads |in:  [dBm  ]        |                    |                MORE"},
@@ -208,7 +204,7 @@ const Step k_bare[] = {
     {"key 0", "Warning level for   |over forward power: |    [ 58.0 dBm]     |                MORE"},
     {"key 3", "Warning level for   |under forward power:|[     25.0 dBm]     |                MORE"},
     {"key 3", "Warning level for   |over reverse power: |[     45.0 dBm]     |                MORE"},
-    {"key 3 3 3 3 4 3", k_p_tube},
+    {"key 3 3 3 3 4 3", "Ef  6.30v  If-1.50ma|Eb -4.57kV          |Ek -9.16kV Iw  2.4ma|ATTN EVENT HELP MORE"},
     {"key 0", "Ef  6.30v  If-1.50ma|Eb -4.57kV          |Ek -9.16kV Iw  2.4ma|ATTN>   0dB     MORE", "0/300*"},
     {"key 2 1", "  0 12:00 Fans, both|  1 12:00 RF on     |  2 12:00 HV on     |  3 12:00 Power on  ", "0/99"},
     {"key 3", "  3 12:00 Power on  |                    |                    |                    ", "3/3"},

@@ -14,14 +14,11 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr const char* k_idle = "06 01 07 11 00 11 02 00 00 02 D1 12";
-constexpr const char* k_odd = "06 01 07 11 04 11 02 00 00 00 51 57";
 constexpr const char* k_status = "01 01 01 11 91 A0";
 constexpr const char* k_analog = "01 01 01 12 D1 A1";
-constexpr const char* k_limits = "01 01 03 A0 15 00 32 E7";
 constexpr const char* k_alarm = "01 01 03 A0 17 00 33 87";
 constexpr const char* k_shutdown = "01 01 03 A0 18 00 36 77";
 constexpr const char* k_hv_on = "01 01 02 10 12 10 31";
-constexpr const char* k_acknowledge = "01 01 02 10 15 51 F3";
 
 struct FaultTest : testing::Test {
     FaultTest() {
@@ -64,7 +61,7 @@ TEST_F(FaultTest, EachFaultShowsIsListedAndIsCleared) {
         {{"cabinet"}, k_shutdown, "4, Cabinet Temperature", "cabinet"},
         {{"arc"}, k_shutdown, "7, HV Arc", "arc"},
         {{"interlock open"}, k_shutdown, "1, External Interlock", "interlock"},
-        {{"interlock open"}, k_acknowledge, "15 01 03 10 15 04 31 D7", "interlock"},
+        {{"interlock open"}, "01 01 02 10 15 51 F3", "15 01 03 10 15 04 31 D7", "interlock"},
         {{"airflow low"}, k_shutdown, "2, Low Air Flow", "airflow"},
         {{"airflow low", "airflow normal"},
          k_shutdown,
@@ -90,10 +87,13 @@ TEST_F(FaultTest, EachFaultShowsIsListedAndIsCleared) {
         {{"late 800", "drip 20"}, k_status, k_idle, "late 800 ms;drip 20 ms"},
         {{"address 9"}, k_status, "06 09 07 11 00 11 02 00 00 02 B6 D2", "address 9"},
         {{"short 2", "analog 2 513"}, k_analog, "06 01 05 12 00 00 01 02 A8 ED", "short 2;analog 2 513"},
-        {{"short 2"}, k_limits, "06 01 07 A0 15 00 32 00 5F 00 39 EE", "short 2"},
+        {{"short 2"}, "01 01 03 A0 15 00 32 E7", "06 01 07 A0 15 00 32 00 5F 00 39 EE", "short 2"},
         {{"short 1", "overflow on"}, k_analog, "06 01 03 12 00 80 9C 47", "short 1;overflow"},
         {{"short 1", "analog 1 -2"}, k_analog, "06 01 03 12 FE FF 9D C7", "short 1;analog 1 65534"},
-        {{"status 1 4", "status 6 0"}, k_status, k_odd, "status 1 4;status 6 0"},
+        {{"status 1 4", "status 6 0"},
+         k_status,
+         "06 01 07 11 04 11 02 00 00 00 51 57",
+         "status 1 4;status 6 0"},
         {{"status 2 16"}, k_hv_on, "15 01 03 10 12 03 72 25", "status 2 16"},
     };
     std::set<std::string_view> made;
