@@ -67,11 +67,16 @@ class LineLife : public testing::Test {
         std::filesystem::remove(name);
         std::filesystem::create_symlink(far.emplace().device(), name);
     }
+    // The name goes first: the device's number may be somebody else's the next moment.
+    void unplug() {
+        std::filesystem::remove(name);
+        far->unplug();
+    }
     // Pulls the plug behind half of the sixth reply.
     void serve() {
         if (replies == 6) {
             ++replies;
-            return far->unplug();
+            return unplug();
         }
         bus.receive(far->receive(1024, 0));
         const std::string reply = bus.take_due();
@@ -140,7 +145,7 @@ TEST_F(LineLife, TheHeadOutlivesItsLine) {
         const std::string shown = head->panel().line(1);
         ASSERT_FALSE(head->silent());
         if (unplugged)
-            far->unplug();
+            unplug();
         else
             port.serve = nullptr;
         port.patience = 2ms;
