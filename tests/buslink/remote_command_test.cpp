@@ -55,7 +55,6 @@ TEST(RemoteCommand, SendsAndAnswers) {
         {"\x03\x03>05,RFON", k_text_rfon_5 + k_ask_status_5, "\r\n"},
         {">05,RFON\x03\x03", k_text_rfon_5 + k_ask_status_5, k_no_response, true},
         {">05,RDSTAT", "", "", false, false},
-        {"\x03\x03>05,RFON", "", "", false, false},
         {">05 RDSTAT", "", k_wrong, false, false},
         {"\x02\x02>05,RDSTAT", "", ""},
         {">05,RDSTAT" + std::string(41, ' '), "", k_wrong},
@@ -82,9 +81,7 @@ TEST(RemoteCommand, SendsAndAnswers) {
         EXPECT_FALSE(line.commands.busy());
         EXPECT_EQ(line.frames(), row.frames);
         EXPECT_EQ(line.output, row.output);
-        if (sent.size() > 1) {
-            EXPECT_EQ(sent[1] - sent[0], 200ms);
-        }
+        EXPECT_TRUE(sent.size() < 2 || sent[1] - sent[0] == 200ms);
     }
 }
 
