@@ -10,7 +10,7 @@ source scripts/common.sh
 runs=${1:-20000}
 (($# == 0)) || shift
 install_packages run fuzz
-build_preset fuzz
+build_preset fuzz asan
 
 findings=build/fuzz/findings
 mkdir -p "$findings"
@@ -18,19 +18,24 @@ targets=()
 if [[ -n ${TARGETS-} ]]; then
     read -ra targets <<<"$TARGETS"
 else
-    for program in build/fuzz/bin/fuzz_*; do targets+=("${program#build/fuzz/bin/fuzz_}"); done
+    for program in fuzz/*.cpp; do targets+=("$(basename "$program" .cpp)"); done
 fi
 
-for target in "${targets[@]}"; do
-    corpus=${CORPUS:-build/fuzz/corpus}/$target
+# A fixed seed: the same sources give the same verdict. An argument overrides it.
+fuzz() {
+    local target=$1
+    shift
+    local corpus=${CORPUS:-build/fuzz/corpus}/$target
     mkdir -p "$corpus"
-    # A fixed seed: the same sources give the same verdict. An argument overrides it.
-    if ! quietly "build/fuzz/bin/fuzz_$target" -runs="$runs" -seed=1 -max_len=2048 -timeout=10 \
+    if ! quietly "build/asan/bin/fuzz_$target" -runs="$runs" -seed=1 -max_len=2048 -timeout=10 \
         -rss_limit_mb=1024 -print_final_stats=1 -artifact_prefix="$findings/$target-" "$@" \
         "$corpus" "tests/data/fuzz/$target"; then
         say "fuzz: $target has a finding in $findings; run it alone with" \
-            "build/fuzz/bin/fuzz_$target $findings/$target-…"
-        exit 1
+            "build/asan/bin/fuzz_$target $findings/$target-…"
+        return 255 # xargs begins no other target
     fi
-done
+}
+export -f fuzz quietly say
+export runs findings
+printf '%s\0' "${targets[@]}" | xargs -0 -P "$(nproc)" -I {} bash -c 'fuzz "$@"' fuzz {} "$@"
 echo "fuzz: ${#targets[@]} targets, $runs inputs each, no finding"

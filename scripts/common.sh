@@ -50,13 +50,14 @@ install_packages() {
     quietly "${apt[@]}" install --no-install-recommends "${missing[@]}"
 }
 
-# build_preset PRESET: configures when there is need, then builds. On a terminal one line of
-# progress that moves; elsewhere one line; on failure all that was said.
+# build_preset PRESET [CONFIGURED]: configures when there is need, then builds; CONFIGURED is the preset whose
+# folder it builds in, when its name is another. On a terminal one line of progress that moves; elsewhere one
+# line; on failure all that was said.
 build_preset() {
-    local preset=$1
-    if [[ ! build/$preset/build.ninja -nt CMakePresets.json ]]; then
-        say "Configuring $preset"
-        quietly cmake --preset "$preset"
+    local preset=$1 configured=${2-$1}
+    if [[ ! build/$configured/build.ninja -nt CMakePresets.json ]]; then
+        say "Configuring $configured"
+        quietly cmake --preset "$configured"
     fi
     local build=(cmake --build --preset "$preset" --parallel "$(nproc)")
     if [[ -t 2 ]]; then

@@ -38,7 +38,7 @@ TEST(Identification, EveryWay) {
         State state = State::done;
         std::optional<std::string> given{};  // by a person; nothing: must not be asked for
     };
-    using enum State;
+    using enum Identification::State;
     const Case cases[] = {
         {"all is told", {k_status, k_number, k_model}, "pnm", "0123|123|ABC"},
         {"nobody", {""}, "p", "||", no_status},

@@ -209,7 +209,10 @@ TEST(Xmodem, OneErrorAnywhereCostsNothingButTime) {
             return moved;
         };
         for (int still = 0; still < 20'000 && !(sender.finished() && receiver.finished()); ++still) {
-            while (carry(sender, receiver, forth) | carry(receiver, sender, !forth)) {
+            bool moved = true;
+            while (moved) {
+                moved = carry(sender, receiver, forth);
+                moved = carry(receiver, sender, !forth) || moved;
             }
             clock.advance(milliseconds(50));
             sender.tick(clock.now());
