@@ -106,25 +106,6 @@ TEST_F(SetupServiceTest, SetsUpTheLine) {
     EXPECT_EQ(bus.settings(), (LineSettings{"COM1:", 1200, 2, 5, 2}));
 }
 
-// An amplifier that is added before its fields are kept, or twice; a line that is taken from it.
-TEST_F(SetupServiceTest, AnAmplifierIsAddedWhenTheDialogHasClosed) {
-    const BusChoices choices{.port = "COM2:", .address = "2", .baud = 7};
-    setups.take(act::OpenSetup{SetupKind::amplifier});
-    EXPECT_EQ(ok(choices)->outcome, Outcome::add);
-    EXPECT_EQ(std::pair(station.open_count(), int{station.last_address()}), std::pair(0, 2));
-    EXPECT_FALSE(file_exists(folder / "rs485.dat"));
-    setups.take(act::CloseSetup{choices});
-    let_start();
-    EXPECT_EQ(file_bytes(folder / "rs485.dat"), "RS-485\r\nCOM2:\r\n7\r\n2\r\n");
-    EXPECT_EQ(file_bytes(folder / "com1002.dat"), file_bytes(folder / "rs485.dat"));
-    EXPECT_EQ(bus.settings(), (LineSettings{"COM2:", 19200, 0, 8, 1}));
-
-    setups.take(act::OpenSetup{SetupKind::amplifier});
-    setups.take(act::CloseSetup{choices});
-    EXPECT_EQ(station.open_count(), 1);
-    EXPECT_FALSE(setups.rs422_mode());
-}
-
 // The line of a remote station, or of the heads, that is lost to a dialog, by a second OK or a Cancel in the
 // middle, too; a line left open that was only tried.
 TEST_F(SetupServiceTest, GivenUpTheLineIsGivenBack) {

@@ -54,7 +54,7 @@ TEST_F(ToolServiceTest, ATransferFromItsBeginningToItsEnd) {
     EXPECT_EQ(file_bytes(folder / "other.txt"), "");
 
     tools.take(act::StartNvram{});
-    while (!bus.under_way()) live(50ms);
+    for (int i = 0; !bus.under_way() && i < 100; ++i) live(50ms);
     tools.take(act::ExitNvram{});
     live(20s);
     EXPECT_FALSE(panel);
