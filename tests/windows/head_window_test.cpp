@@ -148,11 +148,15 @@ TEST_F(HeadWindow, ScrollBarSendsTheOperatorsMovesOnly) {
     EXPECT_TRUE(machine.isAncestorOf(QApplication::focusWidget()));
 }
 
-// A thumb that is held while a shutdown takes the bar away: held for ever, the bar stays where it was, and
-// the next step sets a value that nobody asked for.
-TEST_F(HeadWindow, AThumbThatIsHeldLetsGoWithTheBar) {
+// A thumb that a reading moves while it is held. One that is held while a shutdown takes the bar away: held
+// for ever, the bar stays where it was, and the next step sets a value that nobody asked for.
+TEST_F(HeadWindow, AThumbThatIsHeldStaysAndLetsGoWithTheBar) {
     key(Qt::Key_F1);
+    const int held = bar.value();
     bar.setSliderDown(true);
+    shown.panel.set_scroll({true, 0, 300, held + 9});
+    show();
+    EXPECT_EQ(bar.value(), held);
     shown.panel.hide_scroll();
     show();
     shown.panel.set_scroll({true, 0, 300, 7});
