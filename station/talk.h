@@ -54,6 +54,10 @@ using Act = std::variant<HeadAct, TerminalAct, ToolAct, SetupAct, SimulatorAct, 
 using Notice = std::variant<HeadNotice, TerminalNotice, ToolNotice, SetupNotice, SimulatorNotice,
                             PersonNotice, ProgramNotice>;
 
+// Compiled once: so many kinds of values take the compiler its time.
+extern template class Mailbox<Act>;
+extern template class Mailbox<Notice>;
+
 // The two queues. What is put into one is never touched again by who put it there.
 struct Talk {
     Mailbox<Act> acts;
