@@ -83,6 +83,12 @@ endfunction()
 
 include(GoogleTest)
 
+# What is compiled for one run is not optimised, whatever the program is.
+function(ampdesk_test_options name)
+  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O0>)
+  target_compile_definitions(${name} PRIVATE TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+endfunction()
+
 # ampdesk_test(NAME FOLDER folder [LINK lib…]): a GoogleTest program, one ctest entry a case, labelled with the
 # folder.
 function(ampdesk_test name)
@@ -91,7 +97,7 @@ function(ampdesk_test name)
   if(sources)
     add_executable(${name} ${sources})
     target_link_libraries(${name} PRIVATE test_support ${ARG_LINK} GTest::gtest GTest::gtest_main)
-    target_compile_definitions(${name} PRIVATE TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+    ampdesk_test_options(${name})
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 LABELS ${ARG_FOLDER})
   endif()
 endfunction()
@@ -107,6 +113,7 @@ function(ampdesk_widget_test name)
     add_executable(${name} ${sources})
     ampdesk_use_moc(${name})
     target_link_libraries(${name} PRIVATE test_support ${ARG_LINK} Qt6::Test Qt6::Widgets GTest::gtest)
+    ampdesk_test_options(${name})
     set(offscreen "QT_QPA_PLATFORM=offscreen;QT_ACCESSIBILITY=0")
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
       PROPERTIES TIMEOUT 120 LABELS ${ARG_FOLDER} ENVIRONMENT "${offscreen}")
