@@ -53,7 +53,8 @@ TEST_F(SlowLine, AHeadMayCloseWhileItIsAsked) {
     EXPECT_FALSE(station.address_in_use(1));
 }
 
-// A fault that is told at every visit, box upon box, or whose head or the others stand still for it.
+// A fault that is told at every visit, box upon box, or whose head or the others stand still for it; a
+// display that ticks at the pace of the line.
 TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
     open({1, 2});
     port.status_requests.clear();
@@ -66,6 +67,10 @@ TEST_F(StationTest, PollsOnWhileABoxIsOpen) {
     sim.find(2)->faults.overflow_words = true;
     poll(5s);
     EXPECT_EQ(person.take_texts(), Texts{"Overflow"});
+    sim.find(1)->shut_down(3, "System Shutdown");
+    person.beeps.clear();
+    poll(10s);
+    EXPECT_NEAR(static_cast<double>(person.beeps.size()), 19, 2) << "one a tick";
 }
 
 // What is in front, or has just been opened, is as old as what nobody looks at.
