@@ -48,15 +48,20 @@ std::string_view behind_echo(std::string_view reply, std::string_view command) {
     return reply.size() > front ? reply.substr(front) : std::string_view{};
 }
 
-// Nothing for a reply that is none. The exchange compares the first two bytes of the command with their echo;
-// a late reply to the request for another event differs in the third byte only.
+// The exchange compares the first two bytes of the command with their echo; the late reply to the request for
+// another event, or to another value of the same setting, differs behind them. The reply is long enough.
+bool repeats(std::string_view reply, std::string_view command) {
+    return reply.substr(k_header, command.size()) == command;
+}
+
+// Nothing for a reply that is none.
 std::optional<std::string_view> payload_of(std::string_view reply, std::string_view command,
                                            bool whole_echo) {
     constexpr std::size_t k_shortest = 2;
     const std::string_view rest = behind_echo(reply, command);
     if (reply.empty() || reply[0] != k_ack || rest.size() < k_shortest + k_check)
         return std::nullopt;
-    if (whole_echo && reply.substr(k_header, command.size()) != command)
+    if (whole_echo && !repeats(reply, command))
         return std::nullopt;
     return rest.substr(0, rest.size() - k_check);
 }
@@ -69,11 +74,8 @@ std::string text_of(std::string_view reply) {
     return std::string(trimmed(reply.substr(reply.find('=') + 1)));  // npos + 1 is 0
 }
 
-// The late reply to another value of the same setting differs behind the two bytes that the exchange
-// compares.
 bool answers_another(std::string_view reply, std::string_view command) {
-    const bool whole = reply.size() >= k_header + command.size() + k_check;
-    return whole && reply.substr(k_header, command.size()) != command;
+    return reply.size() >= k_header + command.size() + k_check && !repeats(reply, command);
 }
 
 // The refusal code of a NAK reply in the operator's words; empty when the reply carries no code.
