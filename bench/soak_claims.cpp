@@ -107,8 +107,7 @@ Claims claims_of_shutdown_row(int row, const std::string& text) {
 
 // "  3 12:01 RF on": entry 3.
 Claims claims_of_event_row(const std::string& text) {
-    const auto number = static_cast<char>(number_at(text, 0, 3, 1));
-    return {{std::string(k_event_request) + number, [text](const std::string& entry) {
+    return {{event_request(number_at(text, 0, 3, 1)), [text](const std::string& entry) {
                  return text.substr(4) == printed(entry, 16).substr(0, 16);
              }}};
 }
@@ -166,8 +165,7 @@ Claims claims_of_row(const ControlHead& control, int row, const std::string& tex
         return Claims{{std::string(k_analog_request), Words{std::move(expected)}}};
     };
     // Drawn over whatever was shown; its first row comes first.
-    const bool shutdown_shown = control.panel().line(1).starts_with("System Shutdown");
-    if (in_shutdown(head) && shutdown_shown && (row == 1 || row == 3))
+    if (in_shutdown(head) && shows_shutdown(control.panel()) && (row == 1 || row == 3))
         return claims_of_shutdown_row(row, text);
     if (head.sub_menu == k_event_list)
         return claims_of_event_row(text);

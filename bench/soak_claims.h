@@ -10,8 +10,6 @@
 
 namespace ampdesk::bench {
 
-inline constexpr std::string_view k_event_request = "\xA0\x1A";
-
 // What something on the panel says about a reply's payload.
 struct Claim {
     std::string command;

@@ -31,11 +31,15 @@ struct Said {
     Speaker speaker = Speaker::head;
 };
 
+inline constexpr std::string_view k_event_request = "\xA0\x1A";  // the entry's number follows
+
 struct LineRequest : SentFrame {
     Speaker speaker = Speaker::head;
 
     // A head's question that every amplifier has an answer to: past the end of its event log it is silent.
-    bool read() const { return speaker == Speaker::head && !setting() && !command.starts_with("\xA0\x1A"); }
+    bool read() const {
+        return speaker == Speaker::head && !setting() && !command.starts_with(k_event_request);
+    }
 };
 
 // One request as it went out, and what became of it.

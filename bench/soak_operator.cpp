@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "bench/soak_claims.h"
 #include "tests/support/hex_bytes.h"
 
 namespace ampdesk::bench {
@@ -35,7 +36,7 @@ std::optional<std::string> Finger::asked_by_soft_key(const Panel& panel, int key
         return "SBAND ";
     if (legend == "ANT")
         return "\x10\x1A";
-    if (legend == "OK" && panel.line(1).starts_with("System Shutdown"))
+    if (legend == "OK" && shows_shutdown(panel))
         return "\x10\x15";
     if (legend == "SET" && panel.line(1).starts_with("Redundant switch"))
         return "\x10\x1B";
@@ -148,12 +149,11 @@ void Finger::act(const Intent& intent) {
 // the first one has been answered; the page of the switch moves with the status.
 bool Finger::must_come_of(const Intent& intent) const {
     const Panel& panel = intent.head->panel();
-    const bool shut_down = panel.line(1).starts_with("System Shutdown");
+    const bool shut_down = shows_shutdown(panel);
     if (intent.soft_key < 0)
         return *intent.permit->key != 0 && !shut_down;
-    const bool error = panel.line(1).starts_with("RS485 Communication");
     const bool covered_soon = !shut_down && in_shutdown(intent.head->state());
-    if (error || covered_soon || intent.permit->begins == "\x10\x1B" ||
+    if (shows_error(panel) || covered_soon || intent.permit->begins == "\x10\x1B" ||
         panel.key_name(intent.soft_key) != intent.did ||
         asked_by_soft_key(panel, intent.soft_key) != intent.permit->begins)
         return false;
