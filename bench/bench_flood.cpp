@@ -8,7 +8,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <filesystem>
 #include <random>
 #include <thread>
 
@@ -17,6 +16,7 @@
 #include "platform/posix/system_clock.h"
 #include "terminal/received_text.h"
 #include "terminal/terminal.h"
+#include "tests/support/scratch_folder.h"
 
 using namespace ampdesk;
 
@@ -190,21 +190,16 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "Usage: bench_flood [--seconds N]\n");
         return 2;
     }
-    std::string folder = (std::filesystem::temp_directory_path() / "bench_flood-XXXXXX").string();
-    if (mkdtemp(folder.data()) == nullptr) {
-        std::perror("bench_flood");
-        return 1;
-    }
+    const ScratchFolder folder;
     std::printf("Logic only: no windows, and a bus of this process that answers at once.\n");
     Flood flood;
     SystemClock clock;
-    Desk desk(clock, folder, flood.device);
+    Desk desk(clock, folder.path(), flood.device);
     desk.run(1);
     measure(desk, flood, "three heads, nothing on the terminal", "", seconds);
     measure(desk, flood, "random bytes without end", random_bytes(), seconds);
     measure(desk, flood, "half requests, each with 60 random bytes", random_bytes(60), seconds);
     measure(desk, flood, "requests that an amplifier answers", "\x06\x06>01,RDSTAT\r", seconds);
     measure(desk, flood, "requests that nobody answers (1 s each)", "\x06\x06>77,RDSTAT\r", seconds);
-    std::filesystem::remove_all(folder);
     return 0;
 }

@@ -4,14 +4,13 @@
 //
 //   bench_polling           the tables
 //   bench_polling --check   16 amplifiers at 9600 baud alone; fails when something takes longer than it may
-#include <cstdlib>
-#include <filesystem>
 #include <random>
 #include <utility>
 
 #include "bench/watched_station.h"
 #include "platform/posix/system_clock.h"
 #include "tests/support/manual_clock.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/turn.h"
 
 using namespace ampdesk;
@@ -304,20 +303,15 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "Usage: bench_polling [--check]\n");
         return 2;
     }
-    std::string folder = (std::filesystem::temp_directory_path() / "bench_polling-XXXXXX").string();
-    if (mkdtemp(folder.data()) == nullptr) {
-        std::perror("bench_polling");
-        return 1;
-    }
+    const ScratchFolder folder;
     std::printf(
         "| baud | amplifiers | | status | active display | other displays | shutdown | HV Off | "
         "error screen |\n|---|---|---|---|---|---|---|---|---|\n");
     bool good = true;
     if (check)
-        good = keeps_its_times(folder);
+        good = keeps_its_times(folder.path());
     else
-        measure_everything(folder);
-    std::filesystem::remove_all(folder);
+        measure_everything(folder.path());
     if (!good)
         std::fprintf(stderr, "bench_polling: something takes longer than it may\n");
     return good ? 0 : 1;
