@@ -89,8 +89,11 @@ notice_by_soak() {
         code=0
         timeout 120 build/release/bin/soak --exchanges 100000 --percent 10 --seed "$seed" >"$log" 2>&1 || code=$?
         ((code != 0)) || continue
-        ((code != 124)) || echo "hangs on seed $seed"
-        ((code == 124)) || { grep -m1 '^first ' "$log" || echo "seed $seed"; }
+        if ((code == 124)); then
+            echo "hangs on seed $seed"
+        else
+            grep -m1 '^first ' "$log" || echo "seed $seed"
+        fi
         return 0
     done
     return 1
